@@ -1,0 +1,79 @@
+#include "dsp/BlockSmoother.h"
+
+#include "dsp/Denormals.h"
+#include "dsp/Vec.h"
+
+#include <algorithm>
+#include <cmath>
+
+void BlockSmoother::SetTime(double ms)
+{
+    const double a = std::clamp(std::exp(-2.0 * M_PI / (ms * 0.001 * gSampleRate)), 0.0, 1.0);
+    mCoef = a;
+    mGain = 1.0 - a;
+    double sum = 0.0;
+    for (int i = 0; i < mLen; ++i)
+    {
+        double p;
+        if (i == 0)
+            p = 1.0;
+        else if (i == 2)
+            p = a * a;
+        else
+            p = std::pow(a, i);
+        p = static_cast<float>(p);
+        sum += p;
+        mPowD[i] = p * a;
+        mPowF[i] = static_cast<float>(p * a);
+        mSumD[i] = sum;
+        mSumF[i] = static_cast<float>(sum);
+    }
+}
+
+const double* BlockSmoother::RunD(double target, int n)
+{
+    n = std::min(n, mLen);
+    if (n <= 0) return mOutD;
+    const double step = mGain * target;
+    const double last = mLastD;
+    for (int i = 0; i < n; ++i) mOutD[i] = mPowD[i] * last + mSumD[i] * step;
+    mLastD = Undenormal(mOutD[n - 1]);
+    return mOutD;
+}
+
+const float* BlockSmoother::RunF(float target, int n)
+{
+    n = std::min(n, mLen);
+    if (n <= 0) return mOutF;
+    const float step = static_cast<float>(target * mGain);
+    const double last = mLastF;
+    for (int i = 0; i < n; ++i) mOutF[i] = static_cast<float>(mPowF[i] * last + mSumF[i] * step);
+    mLastF = Undenormal(mOutF[n - 1]);
+    return mOutF;
+}
+
+void BlockSmoother::ApplyMod(const double* mod, double depth, double* value, double* dest, int n, double lo,
+                             double hi)
+{
+    if (n < 2)
+    {
+        if (dest != nullptr)
+        {
+            *dest = *value;
+            value = dest;
+        }
+        if (mod != nullptr) *value = std::clamp(depth * *mod + *value, lo, hi);
+        return;
+    }
+    if (dest != nullptr)
+    {
+        VecSet(*value, dest, n);
+        value = dest;
+    }
+    if (mod != nullptr)
+    {
+        VecAddScaled(mod, depth, value, n);
+        VecCeilI(value, n, hi);
+        VecFloorI(value, n, lo);
+    }
+}

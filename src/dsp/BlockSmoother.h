@@ -1,0 +1,45 @@
+#pragma once
+// A one-pole low-pass run over a whole block in closed form, for a target that is constant over the
+// block: out[i] = a^(i+1) * last + (1 - a) * target * (1 + a + ... + a^i). The powers and sums are
+// tabled once per time setting, so a 32-sample ramp costs two vector operations and no
+// transcendental. The powers are rounded to single precision in both tables on purpose.
+// Tables are fixed-size members: nothing allocates after construction.
+
+#include "dsp/TimeBase.h"
+
+class BlockSmoother
+{
+  public:
+    explicit BlockSmoother(double ms = 10.0) { SetTime(ms); }
+
+    // a = clamp(exp(-2 pi / (ms * 0.001 * gSampleRate)), 0, 1); refills the tables.
+    void SetTime(double ms);
+
+    // Smoothed block towards target; n <= gBlockLen. The state carries the 1e-15 guard.
+    const double* RunD(double target, int n);
+    const float* RunF(float target, int n);
+
+    // Adds a modulation block to a control value within lo..hi. For n < 2 it works on the scalar
+    // *value (or on *dest, which then takes the value over); for n >= 2 on a block of n values,
+    // filled from *value when dest is given.
+    static void ApplyMod(const double* mod, double depth, double* value, double* dest, int n, double lo, double hi);
+
+    double Coef() const { return mCoef; }
+    double Gain() const { return mGain; }
+    double LastD() const { return mLastD; }
+    void SetLastD(double y) { mLastD = y; }
+    void SetLastF(double y) { mLastF = y; }
+
+    double mCoef = 0.0;
+    double mGain = 1.0;
+    double mLastF = 0.0;
+    int mLen = gBlockLen;
+    double mLastD = 0.0;
+    bool mAllocated = true;
+    float mOutF[gBlockLen] = {};
+    float mPowF[gBlockLen] = {};
+    float mSumF[gBlockLen] = {};
+    double mOutD[gBlockLen] = {};
+    double mPowD[gBlockLen] = {};
+    double mSumD[gBlockLen] = {};
+};

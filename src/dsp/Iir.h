@@ -1,0 +1,28 @@
+#pragma once
+// Recursive filters whose only signal memory is the caller's delay array, so that a filter can be
+// redesigned at a block boundary and go on with its old memory: design taps, IirInit (or
+// IirInitBiquad) into the same working memory with the same delay array, IirSetDelay, IirRun,
+// IirGetDelay. The caller owns taps, delay and work; an IirState lives inside work and has no
+// destructor of its own.
+//
+// Cascade: six taps per section, b0 b1 b2 a0 a1 a2 (a0 need not be 1), two delay doubles per section.
+// Direct filter of order N: b0..bN then a0..aN, N delay doubles. Zeros in delay mean silence.
+
+inline constexpr int kIirMaxOrder = 12;
+
+struct IirState;
+
+void IirStateSize(int order, int* sizeOut);
+void IirBiquadStateSize(int sections, int* sizeOut);
+void IirInit(IirState** stateOut, const double* taps, int order, const double* delay, unsigned char* work);
+void IirInitBiquad(IirState** stateOut, const double* taps, int sections, const double* delay, unsigned char* work);
+void IirRun(const double* src, double* dst, int n, IirState* state);
+void IirRunI(double* srcDst, int n, IirState* state);
+void IirSetDelay(IirState* state, const double* delay);
+void IirGetDelay(const IirState* state, double* delay);
+
+// Butterworth (kind 0, ripple ignored) or Chebyshev type I (kind 1, ripple = passband ripple in dB)
+// by an analogue prototype and the bilinear transform with pre-warping. relFreq is the corner as a
+// fraction of the sample rate, in 0..0.5; order 1..12. Fills the 2 * (order + 1) taps of a direct filter.
+void IirDesignLowpass(double relFreq, double ripple, int order, double* taps, int kind, unsigned char* work);
+void IirDesignHighpass(double relFreq, double ripple, int order, double* taps, int kind, unsigned char* work);

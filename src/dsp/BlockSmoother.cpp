@@ -36,7 +36,8 @@ const double* BlockSmoother::RunD(double target, int n)
     if (n <= 0) return mOutD;
     const double step = mGain * target;
     const double last = mLastD;
-    for (int i = 0; i < n; ++i) mOutD[i] = mPowD[i] * last + mSumD[i] * step;
+    for (int i = 0; i < n; ++i)
+        mOutD[i] = mPowD[i] * last + mSumD[i] * step;
     mLastD = Undenormal(mOutD[n - 1]);
     return mOutD;
 }
@@ -47,7 +48,8 @@ const float* BlockSmoother::RunF(float target, int n)
     if (n <= 0) return mOutF;
     const float step = static_cast<float>(target * mGain);
     const double last = mLastF;
-    for (int i = 0; i < n; ++i) mOutF[i] = static_cast<float>(mPowF[i] * last + mSumF[i] * step);
+    for (int i = 0; i < n; ++i)
+        mOutF[i] = static_cast<float>(mPowF[i] * last + mSumF[i] * step);
     mLastF = Undenormal(mOutF[n - 1]);
     return mOutF;
 }

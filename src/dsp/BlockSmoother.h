@@ -22,7 +22,8 @@ class BlockSmoother
     // Adds a modulation block to a control value within lo..hi. For n < 2 it works on the scalar
     // *value (or on *dest, which then takes the value over); for n >= 2 on a block of n values,
     // filled from *value when dest is given.
-    static void ApplyMod(const double* mod, double depth, double* value, double* dest, int n, double lo, double hi);
+    static void ApplyMod(const double* mod, double depth, double* value, double* dest, int n, double lo,
+                         double hi);
 
     double Coef() const { return mCoef; }
     double Gain() const { return mGain; }

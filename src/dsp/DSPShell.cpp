@@ -26,7 +26,10 @@ void DSPShell::Wire()
     VecZero(mScratch, 2 * gBlockLen);
 }
 
-void DSPShell::Reset() { VecZero(mScratch, 2 * gBlockLen); }
+void DSPShell::Reset()
+{
+    VecZero(mScratch, 2 * gBlockLen);
+}
 
 void DSPShell::Process()
 {

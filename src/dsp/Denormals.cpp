@@ -8,13 +8,19 @@ constexpr unsigned kFlushToZero = 0x8000;      // MXCSR FTZ
 constexpr unsigned kDenormalsAreZero = 0x0040; // MXCSR DAZ
 } // namespace
 
-void EnableFlushDenormals() { _mm_setcsr(_mm_getcsr() | kFlushToZero | kDenormalsAreZero); }
+void EnableFlushDenormals()
+{
+    _mm_setcsr(_mm_getcsr() | kFlushToZero | kDenormalsAreZero);
+}
 
 ScopedFlushDenormals::ScopedFlushDenormals() : mSaved(_mm_getcsr())
 {
     _mm_setcsr(mSaved | kFlushToZero | kDenormalsAreZero);
 }
-ScopedFlushDenormals::~ScopedFlushDenormals() { _mm_setcsr(mSaved); }
+ScopedFlushDenormals::~ScopedFlushDenormals()
+{
+    _mm_setcsr(mSaved);
+}
 #else
 void EnableFlushDenormals() {}
 ScopedFlushDenormals::ScopedFlushDenormals() {}

@@ -6,7 +6,10 @@
 inline constexpr double kDenormGuard = 1e-15;
 
 // (y + 1e-15) - 1e-15: pushes a recursive state out of the denormal range without moving it otherwise.
-inline double Undenormal(double y) { return (y + kDenormGuard) - kDenormGuard; }
+inline double Undenormal(double y)
+{
+    return (y + kDenormGuard) - kDenormGuard;
+}
 
 // Sets flush-to-zero and denormals-are-zero for the calling thread.
 void EnableFlushDenormals();

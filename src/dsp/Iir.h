@@ -15,7 +15,8 @@ struct IirState;
 void IirStateSize(int order, int* sizeOut);
 void IirBiquadStateSize(int sections, int* sizeOut);
 void IirInit(IirState** stateOut, const double* taps, int order, const double* delay, unsigned char* work);
-void IirInitBiquad(IirState** stateOut, const double* taps, int sections, const double* delay, unsigned char* work);
+void IirInitBiquad(IirState** stateOut, const double* taps, int sections, const double* delay,
+                   unsigned char* work);
 void IirRun(const double* src, double* dst, int n, IirState* state);
 void IirRunI(double* srcDst, int n, IirState* state);
 void IirSetDelay(IirState* state, const double* delay);

@@ -6,7 +6,7 @@
 
 #include "dsp/Relaxed.h"
 
-inline constexpr int gBlockLen = 32;   // samples per internal block, fixed by design
+inline constexpr int gBlockLen = 32;        // samples per internal block, fixed by design
 inline constexpr int kNoSignalLength = 128; // longest block any module reads at once
 
 inline constexpr double kMinSampleRate = 32000.0;

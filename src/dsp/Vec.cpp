@@ -18,10 +18,22 @@ void* AlignedBytes(std::size_t bytes)
 }
 } // namespace
 
-double* VecAlloc(int n) { return static_cast<double*>(AlignedBytes(sizeof(double) * static_cast<std::size_t>(n > 0 ? n : 0))); }
-float* VecAllocF(int n) { return static_cast<float*>(AlignedBytes(sizeof(float) * static_cast<std::size_t>(n > 0 ? n : 0))); }
-unsigned char* VecAllocBytes(int n) { return static_cast<unsigned char*>(AlignedBytes(static_cast<std::size_t>(n > 0 ? n : 0))); }
-void VecFree(void* p) { std::free(p); }
+double* VecAlloc(int n)
+{
+    return static_cast<double*>(AlignedBytes(sizeof(double) * static_cast<std::size_t>(n > 0 ? n : 0)));
+}
+float* VecAllocF(int n)
+{
+    return static_cast<float*>(AlignedBytes(sizeof(float) * static_cast<std::size_t>(n > 0 ? n : 0)));
+}
+unsigned char* VecAllocBytes(int n)
+{
+    return static_cast<unsigned char*>(AlignedBytes(static_cast<std::size_t>(n > 0 ? n : 0)));
+}
+void VecFree(void* p)
+{
+    std::free(p);
+}
 
 void VecMove(const double* src, double* dst, int n)
 {
@@ -30,19 +42,23 @@ void VecMove(const double* src, double* dst, int n)
 
 void VecAbs(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = std::fabs(src[i]);
+    for (int i = 0; i < n; ++i)
+        dst[i] = std::fabs(src[i]);
 }
 void VecAbsI(double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] = std::fabs(srcDst[i]);
+    for (int i = 0; i < n; ++i)
+        srcDst[i] = std::fabs(srcDst[i]);
 }
 void VecSqrtI(double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] = std::sqrt(srcDst[i]);
+    for (int i = 0; i < n; ++i)
+        srcDst[i] = std::sqrt(srcDst[i]);
 }
 void VecTrunc(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = std::trunc(src[i]);
+    for (int i = 0; i < n; ++i)
+        dst[i] = std::trunc(src[i]);
 }
 void VecModf(const double* src, double* intDst, double* fracDst, int n)
 {
@@ -56,19 +72,23 @@ void VecModf(const double* src, double* intDst, double* fracDst, int n)
 }
 void VecExp(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = std::exp(src[i]);
+    for (int i = 0; i < n; ++i)
+        dst[i] = std::exp(src[i]);
 }
 void VecLn(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = std::log(src[i]);
+    for (int i = 0; i < n; ++i)
+        dst[i] = std::log(src[i]);
 }
 void VecSin(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = std::sin(src[i]);
+    for (int i = 0; i < n; ++i)
+        dst[i] = std::sin(src[i]);
 }
 void VecCos(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = std::cos(src[i]);
+    for (int i = 0; i < n; ++i)
+        dst[i] = std::cos(src[i]);
 }
 void VecSinCos(const double* src, double* sinDst, double* cosDst, int n)
 {
@@ -81,7 +101,8 @@ void VecSinCos(const double* src, double* sinDst, double* cosDst, int n)
 }
 void VecTanh(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = std::tanh(src[i]);
+    for (int i = 0; i < n; ++i)
+        dst[i] = std::tanh(src[i]);
 }
 
 void VecMaxAbs(const double* src, int n, double* result)
@@ -98,12 +119,14 @@ void VecMean(const double* src, int n, double* result)
 {
     if (n <= 0) return;
     double s = 0.0;
-    for (int i = 0; i < n; ++i) s += src[i];
+    for (int i = 0; i < n; ++i)
+        s += src[i];
     *result = s / n;
 }
 void VecSumF(const float* src, int n, float* result)
 {
     float s = 0.0f;
-    for (int i = 0; i < n; ++i) s += src[i];
+    for (int i = 0; i < n; ++i)
+        s += src[i];
     *result = n > 0 ? s : 0.0f;
 }

@@ -20,123 +20,151 @@ void VecFree(void* p);
 
 inline void VecZero(double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = 0.0;
+    for (int i = 0; i < n; ++i)
+        dst[i] = 0.0;
 }
 inline void VecZeroI32(int32_t* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = 0;
+    for (int i = 0; i < n; ++i)
+        dst[i] = 0;
 }
 inline void VecSet(double value, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = value;
+    for (int i = 0; i < n; ++i)
+        dst[i] = value;
 }
 inline void VecCopy(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = src[i];
+    for (int i = 0; i < n; ++i)
+        dst[i] = src[i];
 }
 inline void VecCopyF(const float* src, float* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = src[i];
+    for (int i = 0; i < n; ++i)
+        dst[i] = src[i];
 }
 void VecMove(const double* src, double* dst, int n);
 
 // Two blocks.
 inline void VecAdd(const double* a, const double* b, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = a[i] + b[i];
+    for (int i = 0; i < n; ++i)
+        dst[i] = a[i] + b[i];
 }
 inline void VecAddI(const double* src, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] += src[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] += src[i];
 }
 // dst = b - a: the second operand minus the first.
 inline void VecSub(const double* a, const double* b, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = b[i] - a[i];
+    for (int i = 0; i < n; ++i)
+        dst[i] = b[i] - a[i];
 }
 inline void VecSubI(const double* src, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] -= src[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] -= src[i];
 }
 inline void VecMul(const double* a, const double* b, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = a[i] * b[i];
+    for (int i = 0; i < n; ++i)
+        dst[i] = a[i] * b[i];
 }
 inline void VecMulI(const double* src, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] *= src[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] *= src[i];
 }
 inline void VecMulF(const float* a, const float* b, float* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = a[i] * b[i];
+    for (int i = 0; i < n; ++i)
+        dst[i] = a[i] * b[i];
 }
 inline void VecDivI(const double* src, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] /= src[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] /= src[i];
 }
 inline void VecAddProduct(const double* a, const double* b, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] += a[i] * b[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] += a[i] * b[i];
 }
 inline void VecMinI(const double* src, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] = src[i] < srcDst[i] ? src[i] : srcDst[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] = src[i] < srcDst[i] ? src[i] : srcDst[i];
 }
 inline void VecMaxI(const double* src, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] = src[i] > srcDst[i] ? src[i] : srcDst[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] = src[i] > srcDst[i] ? src[i] : srcDst[i];
 }
 
 // A block and a constant.
 inline void VecScale(const double* src, double k, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = src[i] * k;
+    for (int i = 0; i < n; ++i)
+        dst[i] = src[i] * k;
 }
 inline void VecScaleI(double k, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] *= k;
+    for (int i = 0; i < n; ++i)
+        srcDst[i] *= k;
 }
 inline void VecScaleF(const float* src, float k, float* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = src[i] * k;
+    for (int i = 0; i < n; ++i)
+        dst[i] = src[i] * k;
 }
 inline void VecAddScaled(const double* src, double k, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] += src[i] * k;
+    for (int i = 0; i < n; ++i)
+        srcDst[i] += src[i] * k;
 }
 inline void VecAddScaledF(const float* src, float k, float* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] += src[i] * k;
+    for (int i = 0; i < n; ++i)
+        srcDst[i] += src[i] * k;
 }
 inline void VecAddConst(const double* src, double k, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = src[i] + k;
+    for (int i = 0; i < n; ++i)
+        dst[i] = src[i] + k;
 }
 inline void VecAddConstI(double k, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] += k;
+    for (int i = 0; i < n; ++i)
+        srcDst[i] += k;
 }
 inline void VecAddConstFI(float k, float* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] += k;
+    for (int i = 0; i < n; ++i)
+        srcDst[i] += k;
 }
 inline void VecSubConstI(double k, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] -= k;
+    for (int i = 0; i < n; ++i)
+        srcDst[i] -= k;
 }
 inline void VecRevSub(const double* src, double k, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = k - src[i];
+    for (int i = 0; i < n; ++i)
+        dst[i] = k - src[i];
 }
 inline void VecRevSubI(double k, double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] = k - srcDst[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] = k - srcDst[i];
 }
 // Multiplies by the reciprocal formed once, so results may differ from a true division in the last bit.
 inline void VecDivConstI(double k, double* srcDst, int n)
 {
     const double r = 1.0 / k;
-    for (int i = 0; i < n; ++i) srcDst[i] *= r;
+    for (int i = 0; i < n; ++i)
+        srcDst[i] *= r;
 }
 
 // Element functions.
@@ -144,16 +172,19 @@ void VecAbs(const double* src, double* dst, int n);
 void VecAbsI(double* srcDst, int n);
 inline void VecSqr(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = src[i] * src[i];
+    for (int i = 0; i < n; ++i)
+        dst[i] = src[i] * src[i];
 }
 inline void VecSqrI(double* srcDst, int n)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] *= srcDst[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] *= srcDst[i];
 }
 void VecSqrtI(double* srcDst, int n);
 inline void VecRecip(const double* src, double* dst, int n)
 {
-    for (int i = 0; i < n; ++i) dst[i] = 1.0 / src[i];
+    for (int i = 0; i < n; ++i)
+        dst[i] = 1.0 / src[i];
 }
 void VecTrunc(const double* src, double* dst, int n);
 // intDst = src rounded toward zero, fracDst = the rest with the sign of src; fracDst may be src.
@@ -168,21 +199,26 @@ void VecTanh(const double* src, double* dst, int n);
 // Bounds.
 inline void VecFloorI(double* srcDst, int n, double level)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] = srcDst[i] < level ? level : srcDst[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] = srcDst[i] < level ? level : srcDst[i];
 }
 inline void VecCeilI(double* srcDst, int n, double level)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] = srcDst[i] > level ? level : srcDst[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] = srcDst[i] > level ? level : srcDst[i];
 }
 inline void VecBelowSetI(double* srcDst, int n, double level, double value)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] = srcDst[i] < level ? value : srcDst[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] = srcDst[i] < level ? value : srcDst[i];
 }
 inline void VecAboveSetI(double* srcDst, int n, double level, double value)
 {
-    for (int i = 0; i < n; ++i) srcDst[i] = srcDst[i] > level ? value : srcDst[i];
+    for (int i = 0; i < n; ++i)
+        srcDst[i] = srcDst[i] > level ? value : srcDst[i];
 }
-inline void VecBandSetI(double* srcDst, int n, double levelLow, double valueLow, double levelHigh, double valueHigh)
+inline void VecBandSetI(double* srcDst, int n, double levelLow, double valueLow, double levelHigh,
+                        double valueHigh)
 {
     for (int i = 0; i < n; ++i)
     {

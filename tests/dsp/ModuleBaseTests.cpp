@@ -56,7 +56,8 @@ TEST(BlockSmoother, RunDAgreesWithPerSampleOnePole)
             const std::vector<double> ref = OnePole(s.mCoef, y, target, 32);
             for (int i = 0; i < 32; ++i)
                 // The power tables are rounded to single precision on purpose.
-                EXPECT_NEAR(out[i], ref[i], 2e-7 * (1.0 + std::fabs(target) + std::fabs(y))) << ms << " ms, i " << i;
+                EXPECT_NEAR(out[i], ref[i], 2e-7 * (1.0 + std::fabs(target) + std::fabs(y)))
+                    << ms << " ms, i " << i;
             y = out[31];
         }
     }
@@ -66,7 +67,8 @@ TEST(BlockSmoother, SettlesOnConstantWithoutDrift)
 {
     BlockSmoother s(10.0);
     double last = 0.0;
-    for (int block = 0; block < 2000; ++block) last = s.RunD(0.5, 32)[31];
+    for (int block = 0; block < 2000; ++block)
+        last = s.RunD(0.5, 32)[31];
     // The fixed point sits within the single-precision rounding of the tables.
     EXPECT_NEAR(last, 0.5, 0.5 * 1e-7);
     const double settled = last;
@@ -75,7 +77,8 @@ TEST(BlockSmoother, SettlesOnConstantWithoutDrift)
     const double first = t.RunD(1.0, 32)[31];
     EXPECT_NEAR(1.0 - first, std::pow(t.mCoef, 32), 1e-6);
     // No creeping away from a settled value over a long run.
-    for (int block = 0; block < 100000; ++block) last = s.RunD(0.5, 32)[31];
+    for (int block = 0; block < 100000; ++block)
+        last = s.RunD(0.5, 32)[31];
     EXPECT_NEAR(last, settled, 1e-15);
 }
 
@@ -96,7 +99,8 @@ TEST(BlockSmoother, RunFTracksRunD)
     {
         const double* d = s.RunD(0.25 * block, 32);
         const float* f = s.RunF(0.25f * block, 32);
-        for (int i = 0; i < 32; ++i) EXPECT_NEAR(f[i], d[i], 1e-5);
+        for (int i = 0; i < 32; ++i)
+            EXPECT_NEAR(f[i], d[i], 1e-5);
     }
 }
 
@@ -147,8 +151,10 @@ TEST(DSPShell, ProcessCopiesExactlyOneBlock)
     shell.mIn1 = in;
     shell.mOut1 = out;
     shell.Process();
-    for (int i = 0; i < 32; ++i) EXPECT_EQ(out[i], in[i]);
-    for (int i = 32; i < 40; ++i) EXPECT_EQ(out[i], -7.0);
+    for (int i = 0; i < 32; ++i)
+        EXPECT_EQ(out[i], in[i]);
+    for (int i = 32; i < 40; ++i)
+        EXPECT_EQ(out[i], -7.0);
 }
 
 TEST(DSPShell, ConstructionWiringAndBypass)

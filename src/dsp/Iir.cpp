@@ -1,0 +1,301 @@
+// Recursive filter core. Every filter runs as a cascade of second-order sections in transposed
+// direct form II; the caller's delay array holds the two states of each section, in section order,
+// and is the filter's whole memory. A direct filter of order N is factored into sections at init
+// (IirFactor.cpp); for an odd order the first section is of first order and keeps one state, so the
+// delay array holds exactly N doubles.
+//
+// The designs (IirDesign.cpp) know their roots exactly and leave them, as sections, in the working
+// memory beside the taps they wrote; IirInit takes those when it is handed the very same taps. A
+// redesign at block rate then finds no roots, and a sharp design near DC or Nyquist keeps poles
+// that its rounded taps could not hold. The working memory must come zero-filled (as from
+// VecAllocBytes) or have been used by this code before.
+//
+// Design conventions (IirDesignLowpass, IirDesignHighpass): the corner is pre-warped; Butterworth
+// is -3.01 dB there with exactly unit gain at DC (low-pass) or Nyquist (high-pass). Chebyshev
+// type I keeps its ripple peaks at 0 dB, so the filter never amplifies: the corner is the passband
+// edge at -ripple dB, and an even order has -ripple dB at DC (low-pass) or Nyquist (high-pass), an
+// odd order 0 dB.
+//
+// Unusable input gives silence: a0 = 0, taps that are not finite, an order outside 0..12 (order 0
+// is a plain gain). A cascade of more than 12 sections keeps the first 12; one of 0 passes its
+// input.
+//
+// Threads: everything here works only on its arguments; IirInit and IirRun may run on the audio
+// thread (no allocation, no lock, no exception).
+
+#include "dsp/Iir.h"
+#include "dsp/IirSections.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <new>
+
+namespace
+{
+constexpr int kMaxSections = kIirMaxOrder;
+
+constexpr unsigned kDesignMagic = 0x51495231u;
+
+using Section = IirSection;
+
+// The sections of the last design made into this working memory, and the taps it wrote.
+struct DesignSections
+{
+    unsigned mMagic; // kDesignMagic when the rest is valid
+    int mOrder;
+    int mSections;
+    bool mHalfFirst;
+    double mTaps[2 * (kIirMaxOrder + 1)];
+    Section mSec[kMaxSections];
+};
+} // namespace
+
+// Plain data, so that it lives in the caller's byte array without construction; IirInit and a
+// design write it in place.
+struct IirState
+{
+    int mSections;   // internal sections, run in array order
+    int mDelayCount; // doubles in the caller's delay array
+    bool mHalfFirst; // the first section is of first order: its second state is not stored
+    Section mSec[kMaxSections];
+    double mZ[2 * kMaxSections]; // two transposed direct form II states per section
+    DesignSections mDesign;
+};
+
+namespace
+{
+IirState* StateIn(unsigned char* work)
+{
+    auto addr = reinterpret_cast<std::uintptr_t>(work);
+    constexpr std::uintptr_t kAlign = alignof(IirState);
+    addr = (addr + kAlign - 1) & ~(kAlign - 1);
+    return std::launder(reinterpret_cast<IirState*>(addr));
+}
+
+// Internal state index of delay element i.
+inline int StateIndex(const IirState* st, int i)
+{
+    return (st->mHalfFirst && i > 0) ? i + 1 : i;
+}
+
+void LoadDelay(IirState* st, const double* delay)
+{
+    for (double& z : st->mZ)
+        z = 0.0;
+    if (delay == nullptr) return;
+    for (int i = 0; i < st->mDelayCount; ++i)
+        st->mZ[StateIndex(st, i)] = delay[i];
+}
+
+// Zero output, with as many states as the order asks for (all of them stay zero).
+void MakeSilent(IirState* st, int order)
+{
+    st->mSections = order > 1 ? (order + 1) / 2 : 1;
+    st->mDelayCount = order;
+    st->mHalfFirst = order % 2 == 1;
+    for (Section& s : st->mSec)
+        s = Section{0.0, 0.0, 0.0, 0.0, 0.0};
+}
+
+bool HoldsDesign(const IirState* st, const double* taps, int order)
+{
+    const DesignSections& d = st->mDesign;
+    return d.mMagic == kDesignMagic && d.mOrder == order &&
+           std::memcmp(d.mTaps, taps, sizeof(double) * 2 * static_cast<std::size_t>(order + 1)) == 0;
+}
+
+// One section in transposed direct form II over a block; in and out may be the same array.
+inline void RunSection(const Section& c, double* z, const double* in, double* out, int n)
+{
+    const double b0 = c.b0, b1 = c.b1, b2 = c.b2, a1 = c.a1, a2 = c.a2;
+    double z1 = z[0], z2 = z[1];
+    for (int i = 0; i < n; ++i)
+    {
+        const double x = in[i];
+        const double y = b0 * x + z1;
+        z1 = b1 * x - a1 * y + z2;
+        z2 = b2 * x - a2 * y;
+        out[i] = y;
+    }
+    z[0] = z1;
+    z[1] = z2;
+}
+
+// Three sections in one pass: each section's recursion is a chain of dependent multiply-adds, and
+// interleaving the chains lets the processor overlap them.
+inline void RunSectionTriple(const Section* c, double* z, const double* in, double* out, int n)
+{
+    const double b0 = c[0].b0, b1 = c[0].b1, b2 = c[0].b2, a1 = c[0].a1, a2 = c[0].a2;
+    const double e0 = c[1].b0, e1 = c[1].b1, e2 = c[1].b2, f1 = c[1].a1, f2 = c[1].a2;
+    const double g0 = c[2].b0, g1 = c[2].b1, g2 = c[2].b2, h1 = c[2].a1, h2 = c[2].a2;
+    double z1 = z[0], z2 = z[1], u1 = z[2], u2 = z[3], t1 = z[4], t2 = z[5];
+    for (int i = 0; i < n; ++i)
+    {
+        const double x = in[i];
+        const double y = b0 * x + z1;
+        z1 = b1 * x - a1 * y + z2;
+        z2 = b2 * x - a2 * y;
+        const double v = e0 * y + u1;
+        u1 = e1 * y - f1 * v + u2;
+        u2 = e2 * y - f2 * v;
+        const double w = g0 * v + t1;
+        t1 = g1 * v - h1 * w + t2;
+        t2 = g2 * v - h2 * w;
+        out[i] = w;
+    }
+    z[0] = z1;
+    z[1] = z2;
+    z[2] = u1;
+    z[3] = u2;
+    z[4] = t1;
+    z[5] = t2;
+}
+
+// Two sections in one pass, likewise.
+inline void RunSectionPair(const Section& c, const Section& d, double* z, const double* in, double* out,
+                           int n)
+{
+    const double b0 = c.b0, b1 = c.b1, b2 = c.b2, a1 = c.a1, a2 = c.a2;
+    const double e0 = d.b0, e1 = d.b1, e2 = d.b2, f1 = d.a1, f2 = d.a2;
+    double z1 = z[0], z2 = z[1], u1 = z[2], u2 = z[3];
+    for (int i = 0; i < n; ++i)
+    {
+        const double x = in[i];
+        const double y = b0 * x + z1;
+        z1 = b1 * x - a1 * y + z2;
+        z2 = b2 * x - a2 * y;
+        const double v = e0 * y + u1;
+        u1 = e1 * y - f1 * v + u2;
+        u2 = e2 * y - f2 * v;
+        out[i] = v;
+    }
+    z[0] = z1;
+    z[1] = z2;
+    z[2] = u1;
+    z[3] = u2;
+}
+} // namespace
+
+// One fixed size serves every order and section count; the slack lets IirInit align the state.
+void IirStateSize(int order, int* sizeOut)
+{
+    if (sizeOut != nullptr) *sizeOut = static_cast<int>(sizeof(IirState) + alignof(IirState) - 1);
+}
+
+void IirBiquadStateSize(int sections, int* sizeOut)
+{
+    if (sizeOut != nullptr) *sizeOut = static_cast<int>(sizeof(IirState) + alignof(IirState) - 1);
+}
+
+void IirInit(IirState** stateOut, const double* taps, int order, const double* delay, unsigned char* work)
+{
+    IirState* st = StateIn(work);
+    *stateOut = st;
+    if (order < 0 || order > kIirMaxOrder || taps == nullptr)
+    {
+        MakeSilent(st, 0);
+    }
+    else if (HoldsDesign(st, taps, order))
+    {
+        const DesignSections& d = st->mDesign;
+        st->mSections = d.mSections;
+        st->mHalfFirst = d.mHalfFirst;
+        st->mDelayCount = order;
+        for (int i = 0; i < d.mSections; ++i)
+            st->mSec[i] = d.mSec[i];
+    }
+    else if (IirSectionsFromTaps(taps, order, st->mSec, st->mSections, st->mHalfFirst))
+    {
+        st->mDelayCount = order;
+    }
+    else
+    {
+        MakeSilent(st, order);
+    }
+    LoadDelay(st, delay);
+}
+
+void IirStoreDesign(unsigned char* work, const double* taps, int order, const IirRoot* poles,
+                    const IirRoot* zeros, long double gain)
+{
+    if (work == nullptr || taps == nullptr || order < 1 || order > kIirMaxOrder) return;
+    DesignSections& d = StateIn(work)->mDesign;
+    d.mMagic = 0;
+    IirSectionsFromRoots(poles, zeros, order, gain, d.mSec, d.mSections, d.mHalfFirst);
+    for (int i = 0; i < 2 * (order + 1); ++i)
+        d.mTaps[i] = taps[i];
+    d.mOrder = order;
+    d.mMagic = kDesignMagic;
+}
+
+void IirInitBiquad(IirState** stateOut, const double* taps, int sections, const double* delay,
+                   unsigned char* work)
+{
+    IirState* st = StateIn(work);
+    *stateOut = st;
+    const int count =
+        sections < 0 || taps == nullptr ? 0 : (sections > kMaxSections ? kMaxSections : sections);
+    st->mSections = count;
+    st->mDelayCount = 2 * count;
+    st->mHalfFirst = false;
+    for (int s = 0; s < count; ++s)
+    {
+        const double* t = taps + 6 * s;
+        bool finite = true;
+        for (int i = 0; i < 6; ++i)
+            finite = finite && std::isfinite(t[i]);
+        if (!finite || t[3] == 0.0)
+        {
+            st->mSec[s] = Section{0.0, 0.0, 0.0, 0.0, 0.0}; // an unusable section is silent
+            continue;
+        }
+        const double a0 = t[3];
+        st->mSec[s] = Section{t[0] / a0, t[1] / a0, t[2] / a0, t[4] / a0, t[5] / a0};
+    }
+    LoadDelay(st, delay);
+}
+
+void IirRun(const double* src, double* dst, int n, IirState* state)
+{
+    if (n <= 0 || state == nullptr) return;
+    if (state->mSections == 0)
+    {
+        if (src != dst)
+            for (int i = 0; i < n; ++i)
+                dst[i] = src[i];
+        return;
+    }
+    const double* in = src;
+    int s = 0;
+    for (; s + 2 < state->mSections; s += 3)
+    {
+        RunSectionTriple(state->mSec + s, state->mZ + 2 * s, in, dst, n);
+        in = dst;
+    }
+    for (; s + 1 < state->mSections; s += 2)
+    {
+        RunSectionPair(state->mSec[s], state->mSec[s + 1], state->mZ + 2 * s, in, dst, n);
+        in = dst;
+    }
+    if (s < state->mSections) RunSection(state->mSec[s], state->mZ + 2 * s, in, dst, n);
+}
+
+void IirRunI(double* srcDst, int n, IirState* state)
+{
+    IirRun(srcDst, srcDst, n, state);
+}
+
+void IirSetDelay(IirState* state, const double* delay)
+{
+    if (state == nullptr || delay == nullptr) return;
+    for (int i = 0; i < state->mDelayCount; ++i)
+        state->mZ[StateIndex(state, i)] = delay[i];
+}
+
+void IirGetDelay(const IirState* state, double* delay)
+{
+    if (state == nullptr || delay == nullptr) return;
+    for (int i = 0; i < state->mDelayCount; ++i)
+        delay[i] = state->mZ[StateIndex(state, i)];
+}

@@ -1,0 +1,35 @@
+#include "dsp/IppFixBiquad.h"
+
+#include "dsp/Denormals.h"
+#include "dsp/Vec.h"
+
+#include <algorithm>
+
+IppFixBiquad::IppFixBiquad(bool isRight) : QLMFilter(isRight)
+{
+    int bytes = 0;
+    IirStateSize(kIirMaxOrder, &bytes);
+    mWork = VecAllocBytes(bytes);
+    Design(4, 0.49);
+}
+
+IppFixBiquad::~IppFixBiquad()
+{
+    VecFree(mWork);
+}
+
+void IppFixBiquad::Design(int order, double relFreq)
+{
+    mOrder = std::clamp(order, 1, kIirMaxOrder);
+    VecZero(mDelay, 2 * kIirMaxOrder);
+    IirDesignLowpass(relFreq, 0.0, mOrder, mTaps, 0, mWork);
+    IirInit(&mState, mTaps, mOrder, mDelay, mWork);
+}
+
+void IppFixBiquad::RunI(double* block, int n)
+{
+    IirSetDelay(mState, mDelay);
+    IirRunI(block, n, mState);
+    IirGetDelay(mState, mDelay);
+    mDelay[0] = Undenormal(mDelay[0]);
+}

@@ -1,0 +1,105 @@
+#pragma once
+// Measuring helpers for the filter tests: run a module in 32-sample blocks and read the gain and
+// phase of a steady sine at its output by a least-squares fit of sin and cos (exact for a pure
+// tone whatever the number of cycles in the window).
+
+#include "dsp/DSPShell.h"
+#include "dsp/TimeBase.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <vector>
+
+namespace filtertest
+{
+struct RateGuard
+{
+    ~RateGuard() { SetTimeBase(44100.0); }
+};
+
+struct Tone
+{
+    double gain;  // output amplitude / input amplitude
+    double phase; // radians, output relative to input, in -pi..pi
+    double dB() const { return 20.0 * std::log10(gain); }
+};
+
+// Runs n samples of src through the module, 32 at a time; returns the output.
+inline std::vector<double> RunBlocks(DSPShell& f, const std::vector<double>& src)
+{
+    std::vector<double> out(src.size(), 0.0);
+    const size_t blocks = src.size() / gBlockLen;
+    for (size_t b = 0; b < blocks; ++b)
+    {
+        f.mIn1 = src.data() + b * gBlockLen;
+        f.mOut1 = out.data() + b * gBlockLen;
+        f.Process();
+    }
+    return out;
+}
+
+// Lets the block-rate controls reach their targets on silence.
+inline void SettleControls(DSPShell& f, double seconds = 1.0)
+{
+    std::vector<double> zeros(gBlockLen, 0.0), out(gBlockLen);
+    const int blocks = int(seconds * gSampleRate / gBlockLen) + 1;
+    for (int b = 0; b < blocks; ++b)
+    {
+        f.mIn1 = zeros.data();
+        f.mOut1 = out.data();
+        f.Process();
+    }
+}
+
+// Fits y ~ a sin(wn) + b cos(wn) over the window [from, from + count).
+inline Tone FitTone(const std::vector<double>& y, double w, size_t from, size_t count, double amp)
+{
+    double ss = 0, cc = 0, sc = 0, ys = 0, yc = 0;
+    for (size_t n = from; n < from + count; ++n)
+    {
+        const double s = std::sin(w * double(n)), c = std::cos(w * double(n));
+        ss += s * s;
+        cc += c * c;
+        sc += s * c;
+        ys += y[n] * s;
+        yc += y[n] * c;
+    }
+    const double det = ss * cc - sc * sc;
+    const double a = (ys * cc - yc * sc) / det;
+    const double b = (yc * ss - ys * sc) / det;
+    return {std::hypot(a, b) / amp, std::atan2(b, a)};
+}
+
+// Gain and phase of a steady sine of hz at the module's output. The settling time covers slow
+// high-Q responses; the window holds at least 20 cycles.
+inline Tone MeasureTone(DSPShell& f, double hz, double amp = 1.0, double settleSeconds = 0.6)
+{
+    const double rate = gSampleRate;
+    const double w = 2.0 * M_PI * hz / rate;
+    const size_t settle = size_t(settleSeconds * rate);
+    const size_t window = size_t(std::max(0.15 * rate, 20.0 * rate / hz));
+    const size_t total = (settle + window + gBlockLen) / gBlockLen * gBlockLen;
+    std::vector<double> x(total);
+    for (size_t n = 0; n < total; ++n)
+        x[n] = amp * std::sin(w * double(n));
+    const std::vector<double> y = RunBlocks(f, x);
+    return FitTone(y, w, settle, window, amp);
+}
+
+// Response of one section b0 b1 b2 / a0 a1 a2 at w radians per sample.
+inline std::complex<double> SectionResponse(const double* t, double w)
+{
+    const std::complex<double> z1 = std::polar(1.0, -w), z2 = z1 * z1;
+    return (t[0] + t[1] * z1 + t[2] * z2) / (t[3] + t[4] * z1 + t[5] * z2);
+}
+
+inline double WrapPhase(double p)
+{
+    while (p > M_PI)
+        p -= 2.0 * M_PI;
+    while (p < -M_PI)
+        p += 2.0 * M_PI;
+    return p;
+}
+} // namespace filtertest

@@ -12,7 +12,7 @@ packages=(
   libfontconfig-dev libfreetype-dev fonts-beteckna fonts-liberation2
   libsndfile1-dev
   xvfb x11-apps imagemagick
-  clang-22 libclang-rt-22-dev
+  clang-format clang-22 libclang-rt-22-dev
 )
 
 if [ "$(id -u)" -eq 0 ]; then sudo=(); else sudo=(sudo); fi

@@ -1,0 +1,17 @@
+#pragma once
+// What the VST 3 view needs of the editor beyond IEditorLink: its window and size. The editor's
+// graphics class implements both; the binding finds this side with a dynamic_cast of GetGUI().
+// UI thread only.
+
+class IEditorWindow
+{
+  public:
+    virtual ~IEditorWindow() = default;
+    // The host's window type the back end can live in ("HWND" on Windows).
+    virtual bool IsPlatformTypeSupported(const char* type) const = 0;
+    // Creates the editor's window inside the host's parent window.
+    virtual void OpenWindow(void* parent) = 0;
+    virtual void CloseWindow() = 0;
+    virtual int Width() const = 0;
+    virtual int Height() const = 0;
+};

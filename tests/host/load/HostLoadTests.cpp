@@ -1,0 +1,967 @@
+// The shipped bundle, loaded and driven the way hosts and their validators do: module entry points,
+// factory and class record, buses and arrangements, parameters and their texts, processing in both
+// sample sizes at many rates and block sizes, parameter queues, bypass, state, units, lifecycle
+// cycles, threads, and output hygiene (no NaN, infinity or subnormal numbers).
+
+#include "host/HostDoubles.h"
+
+#include "pluginterfaces/vst/ivstunits.h"
+#include "pluginterfaces/vst/vstspeaker.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+
+using namespace hostdoubles;
+
+namespace
+{
+constexpr ParamID kBypassId = 0x62706173; // "bpas"
+constexpr ParamID kPresetId = 0x70727374; // "prst"
+constexpr int kNumParams = 1095;
+// Parameters used by name below, by id as the catalogue fixes them.
+constexpr ParamID kSlotOn1 = 0;
+constexpr ParamID kFeedback1 = 68;
+constexpr ParamID kLfoRate1 = 864;
+constexpr ParamID kLimiterOn = 1063;
+constexpr ParamID kDryLevel = 1066;
+constexpr double kQuietNaN = std::numeric_limits<double>::quiet_NaN();
+
+using EntryFn = bool (*)(void*);
+using ExitFn = bool (*)();
+using FactoryFn = IPluginFactory* (*)();
+
+std::u16string Text(const char16* s)
+{
+    return std::u16string(reinterpret_cast<const char16_t*>(s));
+}
+
+// The module, loaded once for the whole run, as a host keeps it loaded.
+struct Module
+{
+    void* handle = nullptr;
+    EntryFn entry = nullptr;
+    ExitFn exit = nullptr;
+    FactoryFn getFactory = nullptr;
+    bool entered = false;
+    IPluginFactory* factory = nullptr;
+};
+Module gModule;
+
+class ModuleEnvironment : public ::testing::Environment
+{
+  public:
+    void SetUp() override
+    {
+        gModule.handle = dlopen(QUORVEX_BUNDLE_BINARY, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(gModule.handle, nullptr) << dlerror();
+        gModule.entry = reinterpret_cast<EntryFn>(dlsym(gModule.handle, "ModuleEntry"));
+        gModule.exit = reinterpret_cast<ExitFn>(dlsym(gModule.handle, "ModuleExit"));
+        gModule.getFactory = reinterpret_cast<FactoryFn>(dlsym(gModule.handle, "GetPluginFactory"));
+        ASSERT_TRUE(gModule.entry && gModule.exit && gModule.getFactory);
+        gModule.entered = gModule.entry(gModule.handle);
+        gModule.factory = gModule.getFactory();
+    }
+    void TearDown() override
+    {
+        if (gModule.factory) gModule.factory->release();
+        if (gModule.exit) gModule.exit();
+        if (gModule.handle) dlclose(gModule.handle);
+    }
+};
+const auto* const gEnvironment = ::testing::AddGlobalTestEnvironment(new ModuleEnvironment);
+
+template <typename I> I* Query(FUnknown* object)
+{
+    void* obj = nullptr;
+    if (!object || object->queryInterface(I::iid, &obj) != kResultOk) return nullptr;
+    return static_cast<I*>(obj);
+}
+
+const char8* ClassId()
+{
+    static PClassInfo info;
+    gModule.factory->getClassInfo(0, &info);
+    return info.cid;
+}
+
+// One plug-in instance with every side a host asks for.
+class Instance
+{
+  public:
+    explicit Instance(bool initialize = true)
+    {
+        void* obj = nullptr;
+        EXPECT_EQ(gModule.factory->createInstance(ClassId(), IComponent::iid, &obj), kResultOk);
+        component = static_cast<IComponent*>(obj);
+        processor = Query<IAudioProcessor>(component);
+        controller = Query<IEditController>(component);
+        units = Query<IUnitInfo>(component);
+        if (initialize)
+        {
+            EXPECT_EQ(component->initialize(&host), kResultOk);
+            controller->setComponentHandler(&handler);
+        }
+    }
+    ~Instance()
+    {
+        controller->setComponentHandler(nullptr);
+        component->terminate();
+        units->release();
+        controller->release();
+        processor->release();
+        component->release();
+    }
+    Instance(const Instance&) = delete;
+    Instance& operator=(const Instance&) = delete;
+
+    void ActivateBuses(bool sidechain = true)
+    {
+        component->activateBus(kAudio, kInput, 0, true);
+        component->activateBus(kAudio, kInput, 1, sidechain);
+        component->activateBus(kAudio, kOutput, 0, true);
+    }
+    // The usual host start: buses, set-up, activation, processing on.
+    void Start(double rate, int32 maxBlock, int32 sampleSize)
+    {
+        ActivateBuses();
+        ProcessSetup setup{kRealtime, sampleSize, maxBlock, rate};
+        ASSERT_EQ(processor->setupProcessing(setup), kResultOk);
+        ASSERT_EQ(component->setActive(true), kResultOk);
+        processor->setProcessing(true);
+    }
+    void Stop()
+    {
+        processor->setProcessing(false);
+        component->setActive(false);
+    }
+    std::vector<std::uint8_t> ComponentState()
+    {
+        MemoryStream stream;
+        EXPECT_EQ(component->getState(&stream), kResultOk);
+        return stream.Bytes();
+    }
+    std::vector<std::uint8_t> ControllerState()
+    {
+        MemoryStream stream;
+        EXPECT_EQ(controller->getState(&stream), kResultOk);
+        return stream.Bytes();
+    }
+
+    HostApplication host;
+    ComponentHandler handler;
+    IComponent* component = nullptr;
+    IAudioProcessor* processor = nullptr;
+    IEditController* controller = nullptr;
+    IUnitInfo* units = nullptr;
+};
+
+template <typename Sample> bool IsClean(Sample v)
+{
+    return std::isfinite(v) && std::fpclassify(v) != FP_SUBNORMAL;
+}
+
+template <typename Sample> void FillNoise(AudioRig<Sample>& rig, std::mt19937& rng, int inputBuses)
+{
+    std::uniform_real_distribution<double> noise(-1.0, 1.0);
+    for (int b = 0; b < inputBuses; ++b)
+        for (int ch = 0; ch < 2; ++ch)
+            for (auto& v : rig.In(b, ch))
+                v = static_cast<Sample>(noise(rng));
+}
+
+// Runs one block of noise and reports whether every output sample is clean.
+template <typename Sample>
+::testing::AssertionResult ProcessNoise(Instance& plug, int frames, std::mt19937& rng,
+                                        IParameterChanges* changes = nullptr)
+{
+    AudioRig<Sample> rig(frames, {2, 2}, {2});
+    FillNoise(rig, rng, 2);
+    rig.data.inputParameterChanges = changes;
+    if (plug.processor->process(rig.data) != kResultOk)
+        return ::testing::AssertionFailure() << "process refused a block of " << frames;
+    for (int ch = 0; ch < 2; ++ch)
+        for (int i = 0; i < frames; ++i)
+            if (!IsClean(rig.Out(0, ch)[i]))
+                return ::testing::AssertionFailure()
+                       << "output " << ch << "[" << i << "] = " << rig.Out(0, ch)[i];
+    return ::testing::AssertionSuccess();
+}
+
+TEST(HostLoad, ModuleEntryPointsAndBundleLayout)
+{
+    EXPECT_TRUE(gModule.entered);
+    ASSERT_NE(gModule.factory, nullptr);
+    // A second host user of the same module: entry and exit nest.
+    EXPECT_TRUE(gModule.entry(gModule.handle));
+    EXPECT_TRUE(gModule.exit());
+    namespace fs = std::filesystem;
+    EXPECT_TRUE(fs::is_directory(fs::path(QUORVEX_BUNDLE_DIR) / "Contents" / "Resources"));
+    EXPECT_TRUE(
+        fs::is_regular_file(fs::path(QUORVEX_BUNDLE_DIR) / "Contents" / "x86_64-linux" / "Quorvex.so"));
+    // Each call hands out a reference to the same factory.
+    IPluginFactory* again = gModule.getFactory();
+    EXPECT_EQ(again, gModule.factory);
+    again->release();
+}
+
+TEST(HostLoad, FactoryDescribesOneDelayEffectClass)
+{
+    IPluginFactory* factory = gModule.factory;
+    PFactoryInfo info;
+    ASSERT_EQ(factory->getFactoryInfo(&info), kResultOk);
+    EXPECT_STREQ(info.vendor, "qelmar-audio");
+    EXPECT_EQ(info.flags & PFactoryInfo::kUnicode, PFactoryInfo::kUnicode);
+    ASSERT_EQ(factory->countClasses(), 1);
+
+    PClassInfo basic;
+    ASSERT_EQ(factory->getClassInfo(0, &basic), kResultOk);
+    EXPECT_STREQ(basic.category, "Audio Module Class");
+    EXPECT_STREQ(basic.name, "Quorvex");
+    EXPECT_EQ(basic.cardinality, 0x7fffffff);
+    EXPECT_EQ(std::memcmp(basic.cid + 8, "QlmzQvrz", 8), 0);
+    EXPECT_NE(factory->getClassInfo(1, &basic), kResultOk);
+
+    auto* factory2 = Query<IPluginFactory2>(factory);
+    ASSERT_NE(factory2, nullptr);
+    PClassInfo2 info2;
+    ASSERT_EQ(factory2->getClassInfo2(0, &info2), kResultOk);
+    EXPECT_EQ(std::memcmp(info2.cid, basic.cid, sizeof(TUID)), 0);
+    EXPECT_EQ(info2.classFlags, 2u);
+    EXPECT_STREQ(info2.subCategories, "Fx|Delay");
+    EXPECT_STREQ(info2.vendor, "qelmar-audio");
+    EXPECT_STREQ(info2.version, "1.2.0r14");
+    EXPECT_STREQ(info2.sdkVersion, "VST 3.6.0");
+    factory2->release();
+
+    auto* factory3 = Query<IPluginFactory3>(factory);
+    ASSERT_NE(factory3, nullptr);
+    PClassInfoW infoW;
+    ASSERT_EQ(factory3->getClassInfoUnicode(0, &infoW), kResultOk);
+    EXPECT_EQ(Text(infoW.name), u"Quorvex");
+    EXPECT_EQ(Text(infoW.vendor), u"qelmar-audio");
+    EXPECT_EQ(Text(infoW.version), u"1.2.0r14");
+    EXPECT_EQ(Text(infoW.sdkVersion), u"VST 3.6.0");
+    EXPECT_STREQ(infoW.subCategories, "Fx|Delay");
+    EXPECT_EQ(factory3->setHostContext(nullptr), kResultOk);
+    factory3->release();
+
+    void* obj = reinterpret_cast<void*>(1);
+    TUID unknown = {};
+    EXPECT_NE(factory->createInstance(unknown, IComponent::iid, &obj), kResultOk);
+    EXPECT_EQ(obj, nullptr);
+    obj = reinterpret_cast<void*>(1);
+    EXPECT_EQ(factory->createInstance(basic.cid, IPluginFactory::iid, &obj), kNoInterface);
+    EXPECT_EQ(obj, nullptr);
+}
+
+TEST(HostLoad, OneObjectServesEverySide)
+{
+    Instance plug;
+    ASSERT_TRUE(plug.processor && plug.controller && plug.units);
+    auto* a = Query<FUnknown>(plug.component);
+    auto* b = Query<FUnknown>(plug.controller);
+    EXPECT_EQ(a, b);
+    a->release();
+    b->release();
+    auto* needs = Query<IProcessContextRequirements>(plug.processor);
+    ASSERT_NE(needs, nullptr);
+    const uint32 flags = needs->getProcessContextRequirements();
+    EXPECT_NE(flags & IProcessContextRequirements::kNeedTempo, 0u);
+    EXPECT_NE(flags & IProcessContextRequirements::kNeedTimeSignature, 0u);
+    EXPECT_NE(flags & IProcessContextRequirements::kNeedProjectTimeMusic, 0u);
+    EXPECT_NE(flags & IProcessContextRequirements::kNeedTransportState, 0u);
+    needs->release();
+    TUID controllerClass;
+    EXPECT_NE(plug.component->getControllerClassId(controllerClass), kResultOk);
+    // No editor exists yet: no view under any name.
+    EXPECT_EQ(plug.controller->createView("editor"), nullptr);
+    EXPECT_EQ(plug.controller->createView("other"), nullptr);
+}
+
+TEST(HostLoad, BusesAreConsistentAndCanBeSwitched)
+{
+    Instance plug;
+    IComponent* c = plug.component;
+    ASSERT_EQ(c->getBusCount(kAudio, kInput), 2);
+    ASSERT_EQ(c->getBusCount(kAudio, kOutput), 1);
+    EXPECT_EQ(c->getBusCount(kEvent, kInput), 0);
+    EXPECT_EQ(c->getBusCount(kEvent, kOutput), 0);
+
+    const struct
+    {
+        BusDirection dir;
+        int32 index;
+        const char16_t* name;
+        BusType type;
+    } expected[] = {
+        {kInput, 0, u"Main Input", kMain}, {kInput, 1, u"Aux Input", kAux}, {kOutput, 0, u"Output", kMain}};
+    for (const auto& e : expected)
+    {
+        for (int repeat = 0; repeat < 3; ++repeat)
+        {
+            BusInfo info{};
+            ASSERT_EQ(c->getBusInfo(kAudio, e.dir, e.index, info), kResultTrue);
+            EXPECT_EQ(Text(info.name), e.name);
+            EXPECT_EQ(info.busType, e.type);
+            EXPECT_EQ(info.mediaType, kAudio);
+            EXPECT_EQ(info.direction, e.dir);
+            SpeakerArrangement arr = 0;
+            ASSERT_EQ(plug.processor->getBusArrangement(e.dir, e.index, arr), kResultTrue);
+            EXPECT_EQ(arr, SpeakerArr::kStereo);
+            EXPECT_EQ(info.channelCount, SpeakerArr::getChannelCount(arr));
+        }
+        EXPECT_EQ(c->activateBus(kAudio, e.dir, e.index, true), kResultTrue);
+        EXPECT_EQ(c->activateBus(kAudio, e.dir, e.index, false), kResultTrue);
+        EXPECT_EQ(c->activateBus(kAudio, e.dir, e.index, true), kResultTrue);
+    }
+
+    BusInfo info{};
+    EXPECT_NE(c->getBusInfo(kAudio, kInput, 2, info), kResultTrue);
+    EXPECT_NE(c->getBusInfo(kAudio, kInput, -1, info), kResultTrue);
+    EXPECT_NE(c->getBusInfo(kAudio, kOutput, 1, info), kResultTrue);
+    EXPECT_NE(c->getBusInfo(kEvent, kInput, 0, info), kResultTrue);
+    EXPECT_NE(c->getBusInfo(7, kInput, 0, info), kResultTrue);
+    EXPECT_NE(c->activateBus(kAudio, kInput, 5, true), kResultTrue);
+    EXPECT_NE(c->activateBus(kEvent, kOutput, 0, true), kResultTrue);
+    SpeakerArrangement arr = 0;
+    EXPECT_NE(plug.processor->getBusArrangement(kOutput, 3, arr), kResultTrue);
+    EXPECT_NE(plug.processor->getBusArrangement(kInput, -1, arr), kResultTrue);
+}
+
+TEST(HostLoad, ArrangementsIncludingTheSidechain)
+{
+    Instance plug;
+    IAudioProcessor* p = plug.processor;
+    SpeakerArrangement in[2] = {SpeakerArr::kStereo, SpeakerArr::kStereo};
+    SpeakerArrangement out[1] = {SpeakerArr::kStereo};
+    EXPECT_EQ(p->setBusArrangements(in, 2, out, 1), kResultTrue);
+    EXPECT_EQ(p->setBusArrangements(in, 1, out, 1), kResultTrue);
+
+    // A mono sidechain is taken; what the host reads back matches what it set.
+    SpeakerArrangement monoSide[2] = {SpeakerArr::kStereo, SpeakerArr::kMono};
+    EXPECT_EQ(p->setBusArrangements(monoSide, 2, out, 1), kResultTrue);
+    BusInfo info{};
+    ASSERT_EQ(plug.component->getBusInfo(kAudio, kInput, 1, info), kResultTrue);
+    EXPECT_EQ(info.channelCount, 1);
+    EXPECT_EQ(info.busType, kAux);
+    SpeakerArrangement arr = 0;
+    ASSERT_EQ(p->getBusArrangement(kInput, 1, arr), kResultTrue);
+    EXPECT_EQ(arr, SpeakerArr::kMono);
+
+    // Mono in and out is not one of the plug-in's channel pairs: refused, and nothing changes.
+    SpeakerArrangement monoIn[1] = {SpeakerArr::kMono};
+    SpeakerArrangement monoOut[1] = {SpeakerArr::kMono};
+    EXPECT_EQ(p->setBusArrangements(monoIn, 1, monoOut, 1), kResultFalse);
+    ASSERT_EQ(p->getBusArrangement(kOutput, 0, arr), kResultTrue);
+    EXPECT_EQ(arr, SpeakerArr::kStereo);
+    ASSERT_EQ(p->getBusArrangement(kInput, 0, arr), kResultTrue);
+    EXPECT_EQ(arr, SpeakerArr::kStereo);
+
+    // Back to stereo, and the processor runs with a mono sidechain and with the stereo one.
+    EXPECT_EQ(p->setBusArrangements(in, 2, out, 1), kResultTrue);
+    plug.Start(44100.0, 256, kSample32);
+    std::mt19937 rng(7);
+    EXPECT_TRUE(ProcessNoise<float>(plug, 256, rng));
+    plug.Stop();
+}
+
+TEST(HostLoad, ParametersAsTheHostScansThem)
+{
+    Instance plug;
+    IEditController* c = plug.controller;
+    ASSERT_EQ(c->getParameterCount(), kNumParams + 2);
+
+    std::set<ParamID> ids;
+    int bypassCount = 0;
+    for (int32 i = 0; i < c->getParameterCount(); ++i)
+    {
+        ParameterInfo info{};
+        ASSERT_EQ(c->getParameterInfo(i, info), kResultTrue);
+        EXPECT_TRUE(ids.insert(info.id).second) << "duplicate id " << info.id;
+        EXPECT_GE(info.defaultNormalizedValue, 0.0);
+        EXPECT_LE(info.defaultNormalizedValue, 1.0);
+        EXPECT_GE(info.stepCount, 0);
+        EXPECT_FALSE(Text(info.title).empty()) << info.id;
+        if (info.flags & ParameterInfo::kIsBypass)
+        {
+            ++bypassCount;
+            EXPECT_EQ(info.id, kBypassId);
+            EXPECT_NE(info.flags & ParameterInfo::kCanAutomate, 0);
+            EXPECT_EQ(info.stepCount, 1);
+            EXPECT_EQ(Text(info.title), u"Bypass");
+        }
+        if (info.id == kPresetId)
+        {
+            EXPECT_EQ(Text(info.title), u"Preset");
+            EXPECT_EQ(info.flags, ParameterInfo::kIsProgramChange);
+            EXPECT_EQ(info.stepCount, 1);
+        }
+        // The default the host is told is what the plug-in holds at start.
+        if (info.id < static_cast<ParamID>(kNumParams))
+        {
+            EXPECT_NEAR(c->getParamNormalized(info.id), info.defaultNormalizedValue, 1e-9) << info.id;
+        }
+    }
+    EXPECT_EQ(bypassCount, 1);
+    EXPECT_EQ(ids.count(kPresetId), 1u);
+    for (ParamID id = 0; id < static_cast<ParamID>(kNumParams); ++id)
+        ASSERT_EQ(ids.count(id), 1u) << id;
+    ParameterInfo none{};
+    EXPECT_NE(c->getParameterInfo(kNumParams + 2, none), kResultTrue);
+    EXPECT_NE(c->getParameterInfo(-1, none), kResultTrue);
+
+    // A sample of the catalogue, as the host lists it (parameter n sits at index n + 2).
+    ParameterInfo info{};
+    ASSERT_EQ(c->getParameterInfo(2 + kSlotOn1, info), kResultTrue);
+    EXPECT_EQ(Text(info.title), u"SlotOn 1");
+    EXPECT_EQ(info.stepCount, 1);
+    EXPECT_EQ(info.defaultNormalizedValue, 1.0);
+    EXPECT_EQ(info.flags, ParameterInfo::kCanAutomate);
+
+    ASSERT_EQ(c->getParameterInfo(2 + kFeedback1, info), kResultTrue);
+    EXPECT_EQ(Text(info.title), u"Feedback 1");
+    EXPECT_EQ(Text(info.units), u"%");
+    EXPECT_EQ(info.stepCount, 0);
+    EXPECT_NEAR(info.defaultNormalizedValue, 50.0 / 160.0, 1e-12);
+    EXPECT_EQ(info.unitId, kRootUnitId);
+
+    ASSERT_EQ(c->getParameterInfo(2 + kLfoRate1, info), kResultTrue);
+    EXPECT_EQ(Text(info.title), u"LFO Rate 1");
+    EXPECT_EQ(Text(info.units), u"Hz");
+    EXPECT_NEAR(info.defaultNormalizedValue, std::pow((0.5 - 0.001) / (500.0 - 0.001), 0.25), 1e-12);
+    EXPECT_EQ(info.unitId, 1);
+
+    ASSERT_EQ(c->getParameterInfo(2 + kLimiterOn, info), kResultTrue);
+    EXPECT_EQ(Text(info.title), u"Limiter On");
+    EXPECT_EQ(info.stepCount, 3);
+}
+
+TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
+{
+    Instance plug;
+    IEditController* c = plug.controller;
+    String128 text{};
+    ASSERT_EQ(c->getParamStringByValue(kFeedback1, 0.5, text), kResultTrue);
+    EXPECT_EQ(Text(text), u"80.0");
+    ASSERT_EQ(c->getParamStringByValue(kLimiterOn, 1.0 / 3.0, text), kResultTrue);
+    EXPECT_EQ(Text(text), u"SLOW I");
+    ASSERT_EQ(c->getParamStringByValue(kLimiterOn, 1.0, text), kResultTrue);
+    EXPECT_EQ(Text(text), u"FAST");
+    ASSERT_EQ(c->getParamStringByValue(kBypassId, 0.0, text), kResultTrue);
+    EXPECT_EQ(Text(text), u"off");
+    EXPECT_NE(c->getParamStringByValue(kNumParams, 0.5, text), kResultTrue);
+
+    ParamValue normalized = -1.0;
+    char16 slowTwo[] = u"SLOW II";
+    ASSERT_EQ(c->getParamValueByString(kLimiterOn, slowTwo, normalized), kResultTrue);
+    EXPECT_NEAR(normalized, 2.0 / 3.0, 1e-12);
+    char16 percent[] = u"40.0";
+    ASSERT_EQ(c->getParamValueByString(kFeedback1, percent, normalized), kResultTrue);
+    EXPECT_NEAR(normalized, 0.25, 1e-12);
+
+    // Every parameter's text at its default reads back to the same value: exactly for steps, and
+    // within half a unit of the last digit shown for the others.
+    for (ParamID id = 0; id < static_cast<ParamID>(kNumParams); ++id)
+    {
+        const ParamValue start = c->getParamNormalized(id);
+        ASSERT_EQ(c->getParamStringByValue(id, start, text), kResultTrue) << id;
+        ParamValue back = -1.0;
+        if (c->getParamValueByString(id, text, back) != kResultTrue)
+            continue; // a text that only shows, like the empty "off" of a switch
+        ParameterInfo info{};
+        ASSERT_EQ(c->getParameterInfo(static_cast<int32>(id) + 2, info), kResultTrue);
+        if (info.stepCount > 0)
+        {
+            EXPECT_NEAR(back, start, 1e-12) << id;
+            continue;
+        }
+        const std::u16string shown = Text(text);
+        const auto point = shown.find(u'.');
+        const int digits = point == std::u16string::npos ? 0 : static_cast<int>(shown.size() - point - 1);
+        EXPECT_NEAR(c->normalizedParamToPlain(id, back), c->normalizedParamToPlain(id, start),
+                    0.5 * std::pow(10.0, -digits) + 1e-9)
+            << id;
+    }
+
+    EXPECT_NEAR(c->plainParamToNormalized(kDryLevel, 75.0), 0.75, 1e-12);
+    EXPECT_NEAR(c->normalizedParamToPlain(kDryLevel, 0.75), 75.0, 1e-12);
+    EXPECT_EQ(c->normalizedParamToPlain(kNumParams + 7, 0.25), 0.25);
+}
+
+TEST(HostLoad, SetupAcceptsEveryRateAndBothSampleSizes)
+{
+    Instance plug;
+    EXPECT_EQ(plug.processor->canProcessSampleSize(kSample32), kResultTrue);
+    EXPECT_EQ(plug.processor->canProcessSampleSize(kSample64), kResultTrue);
+    EXPECT_NE(plug.processor->canProcessSampleSize(2), kResultTrue);
+    ProcessSetup wrong{kRealtime, 2, 512, 44100.0};
+    EXPECT_NE(plug.processor->setupProcessing(wrong), kResultOk);
+
+    std::mt19937 rng(11);
+    for (double rate : {22050.0, 44100.0, 48000.0, 96000.0, 176400.0, 192000.0, 384000.0, 1234.5678})
+    {
+        SCOPED_TRACE(rate);
+        const uint32 latencyBefore = plug.processor->getLatencySamples();
+        const int restartsBefore = plug.handler.mLatencyRestarts;
+        plug.Start(rate, 1024, kSample64);
+        for (int n : {1, 32, 512, 1000})
+        {
+            EXPECT_TRUE(ProcessNoise<double>(plug, n, rng));
+            EXPECT_TRUE(ProcessNoise<float>(plug, n, rng));
+        }
+        plug.Stop();
+        // A latency that moved with the rate has been told to the host by now.
+        plug.controller->getParamNormalized(0);
+        if (plug.processor->getLatencySamples() != latencyBefore)
+        {
+            EXPECT_GT(plug.handler.mLatencyRestarts, restartsBefore);
+        }
+    }
+}
+
+TEST(HostLoad, TheLastPointOfEachQueueIsApplied)
+{
+    Instance plug;
+    plug.Start(48000.0, 512, kSample32);
+    ParameterChanges changes;
+    changes.Add(kFeedback1, 0, 0.9);
+    changes.Add(kFeedback1, 100, 0.2);
+    changes.Add(kFeedback1, 511, 0.375);
+    changes.Add(kLimiterOn, 3, 1.0);
+    changes.Add(kLimiterOn, 300, 0.34);
+    std::mt19937 rng(3);
+    EXPECT_TRUE(ProcessNoise<float>(plug, 512, rng, &changes));
+    EXPECT_NEAR(plug.controller->getParamNormalized(kFeedback1), 0.375, 1e-12);
+    EXPECT_NEAR(
+        plug.controller->normalizedParamToPlain(kFeedback1, plug.controller->getParamNormalized(kFeedback1)),
+        60.0, 1e-9);
+    // An integer parameter snaps to its step: 0.34 of 0..3 is 1.
+    EXPECT_NEAR(plug.controller->getParamNormalized(kLimiterOn), 1.0 / 3.0, 1e-12);
+
+    // Parameters only, no audio: what hosts send while the transport is stopped.
+    changes.Clear();
+    changes.Add(kDryLevel, 0, 0.1);
+    ProcessData flush;
+    flush.symbolicSampleSize = kSample32;
+    flush.inputParameterChanges = &changes;
+    EXPECT_EQ(plug.processor->process(flush), kResultOk);
+    EXPECT_NEAR(plug.controller->getParamNormalized(kDryLevel), 0.1, 1e-12);
+    plug.Stop();
+}
+
+template <typename Sample> void CheckBypassDelaysByTheLatency(double rate)
+{
+    Instance plug;
+    plug.Start(rate, 1000, sizeof(Sample) == 8 ? kSample64 : kSample32);
+    std::mt19937 rng(5);
+    std::vector<double> in[2];
+    std::vector<double> out[2];
+    ParameterChanges bypassOn;
+    bypassOn.Add(kBypassId, 0, 1.0);
+    for (int n : {1, 32, 511, 1000, 77, 300})
+    {
+        AudioRig<Sample> rig(n, {2, 2}, {2});
+        FillNoise(rig, rng, 2);
+        rig.data.inputParameterChanges = in[0].empty() ? &bypassOn : nullptr;
+        ASSERT_EQ(plug.processor->process(rig.data), kResultOk);
+        for (int ch = 0; ch < 2; ++ch)
+            for (int i = 0; i < n; ++i)
+            {
+                in[ch].push_back(static_cast<double>(rig.In(0, ch)[i]));
+                out[ch].push_back(static_cast<double>(rig.Out(0, ch)[i]));
+            }
+    }
+    const int latency = static_cast<int>(plug.processor->getLatencySamples());
+    ASSERT_GT(latency, 0);
+    ASSERT_LT(latency, 1000);
+    for (int ch = 0; ch < 2; ++ch)
+        for (size_t i = 0; i < in[ch].size(); ++i)
+        {
+            const double expected =
+                i < static_cast<size_t>(latency) ? 0.0 : in[ch][i - static_cast<size_t>(latency)];
+            ASSERT_EQ(out[ch][i], expected)
+                << "channel " << ch << ", sample " << i << ", latency " << latency;
+        }
+    EXPECT_EQ(plug.controller->getParamNormalized(kBypassId), 1.0);
+    plug.Stop();
+}
+
+TEST(HostLoad, BypassIsTheInputDelayedByTheReportedLatency)
+{
+    CheckBypassDelaysByTheLatency<float>(44100.0);
+    CheckBypassDelaysByTheLatency<double>(96000.0);
+}
+
+TEST(HostLoad, StateRoundTripGivesIdenticalBytes)
+{
+    Instance source;
+    source.Start(44100.0, 256, kSample32);
+    ParameterChanges changes;
+    changes.Add(kFeedback1, 0, 0.6);
+    changes.Add(kLimiterOn, 0, 1.0);
+    changes.Add(kLfoRate1, 0, 0.3);
+    std::mt19937 rng(9);
+    EXPECT_TRUE(ProcessNoise<float>(source, 256, rng, &changes));
+    const auto state = source.ComponentState();
+    ASSERT_FALSE(state.empty());
+    source.Stop();
+
+    Instance target;
+    const auto fresh = target.ComponentState();
+    EXPECT_NE(fresh, state);
+    MemoryStream stream(state);
+    ASSERT_EQ(target.component->setState(&stream), kResultOk);
+    EXPECT_EQ(target.ComponentState(), state);
+    for (ParamID id : {kFeedback1, kLimiterOn, kLfoRate1, kDryLevel})
+        EXPECT_NEAR(target.controller->getParamNormalized(id), source.controller->getParamNormalized(id),
+                    1e-12)
+            << id;
+
+    // The controller's state is the component's plus the bypass word, and reads back the same way.
+    const auto controllerState = source.ControllerState();
+    ASSERT_EQ(controllerState.size(), state.size() + 4);
+    MemoryStream controllerStream(controllerState);
+    ASSERT_EQ(target.controller->setState(&controllerStream), kResultOk);
+    EXPECT_EQ(target.ControllerState(), controllerState);
+    // setComponentState on the controller side changes nothing: the component already has it.
+    MemoryStream again(fresh);
+    target.controller->setComponentState(&again);
+    EXPECT_EQ(target.ComponentState(), state);
+}
+
+TEST(HostLoad, BypassSetByAutomationSurvivesControllerStateReload)
+{
+    Instance source;
+    source.Start(48000.0, 128, kSample32);
+    ParameterChanges changes;
+    changes.Add(kBypassId, 0, 1.0);
+    std::mt19937 rng(13);
+    EXPECT_TRUE(ProcessNoise<float>(source, 128, rng, &changes));
+    ASSERT_EQ(source.controller->getParamNormalized(kBypassId), 1.0);
+    const auto controllerState = source.ControllerState();
+    source.Stop();
+
+    Instance target;
+    EXPECT_EQ(target.controller->getParamNormalized(kBypassId), 0.0);
+    MemoryStream component(source.ComponentState());
+    target.component->setState(&component);
+    EXPECT_EQ(target.controller->getParamNormalized(kBypassId), 0.0);
+    MemoryStream stream(controllerState);
+    ASSERT_EQ(target.controller->setState(&stream), kResultOk);
+    EXPECT_EQ(target.controller->getParamNormalized(kBypassId), 1.0);
+    // And it really bypasses: the output is the delayed input.
+    target.Start(48000.0, 128, kSample32);
+    AudioRig<float> rig(128, {2, 2}, {2});
+    FillNoise(rig, rng, 2);
+    ASSERT_EQ(target.processor->process(rig.data), kResultOk);
+    const int latency = static_cast<int>(target.processor->getLatencySamples());
+    ASSERT_LT(latency, 128);
+    for (int i = latency; i < 128; ++i)
+        ASSERT_EQ(rig.Out(0, 0)[i], rig.In(0, 0)[i - latency]) << i;
+    target.Stop();
+}
+
+TEST(HostLoad, ShortEmptyAndRandomStatesAreSurvived)
+{
+    Instance plug;
+    const auto good = plug.ComponentState();
+    std::mt19937 rng(17);
+    std::vector<std::vector<std::uint8_t>> states;
+    states.emplace_back();
+    states.emplace_back(good.begin(), good.begin() + 3);
+    states.emplace_back(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(good.size() / 2));
+    states.emplace_back(good.begin(), good.end() - 1);
+    for (int s = 0; s < 6; ++s)
+    {
+        std::vector<std::uint8_t> noise(good.size() + static_cast<size_t>(s) * 37);
+        for (auto& byte : noise)
+            byte = static_cast<std::uint8_t>(rng());
+        // Half of them carry our version word, so the reader goes deep into the noise.
+        if (s % 2 == 0) std::memcpy(noise.data(), good.data(), 4);
+        states.push_back(noise);
+    }
+    // Our own header fields, then noise where the parameter values are: NaNs and huge numbers
+    // among them must not reach the parameters.
+    for (int s = 0; s < 3; ++s)
+    {
+        std::vector<std::uint8_t> values(good);
+        for (size_t i = good.size() - kNumParams * sizeof(double); i < values.size(); ++i)
+            values[i] = static_cast<std::uint8_t>(rng());
+        if (s == 0)
+            for (size_t i = good.size() - kNumParams * sizeof(double); i < values.size(); i += 8)
+                std::memcpy(values.data() + i, &kQuietNaN, sizeof(double));
+        states.push_back(values);
+    }
+
+    plug.Start(44100.0, 512, kSample32);
+    for (size_t k = 0; k < states.size(); ++k)
+    {
+        SCOPED_TRACE(k);
+        MemoryStream stream(states[k]);
+        const tresult result = plug.component->setState(&stream);
+        EXPECT_TRUE(result == kResultOk || result == kResultFalse) << result;
+        MemoryStream controllerStream(states[k]);
+        plug.controller->setState(&controllerStream);
+        for (ParamID id = 0; id < static_cast<ParamID>(kNumParams); ++id)
+        {
+            const ParamValue v = plug.controller->getParamNormalized(id);
+            ASSERT_TRUE(v >= 0.0 && v <= 1.0) << "parameter " << id << " = " << v;
+        }
+        EXPECT_TRUE(ProcessNoise<float>(plug, 512, rng));
+        EXPECT_FALSE(plug.ComponentState().empty());
+    }
+    MemoryStream stream(good);
+    ASSERT_EQ(plug.component->setState(&stream), kResultOk);
+    EXPECT_EQ(plug.ComponentState(), good);
+    plug.Stop();
+}
+
+TEST(HostLoad, InactiveSidechainBus)
+{
+    Instance plug;
+    plug.Start(44100.0, 256, kSample64);
+    std::mt19937 rng(19);
+    EXPECT_TRUE(ProcessNoise<double>(plug, 256, rng));
+    plug.Stop();
+    plug.component->activateBus(kAudio, kInput, 1, false);
+    plug.component->setActive(true);
+    plug.processor->setProcessing(true);
+    // The host hands over no sidechain buffers at all, then a bus with null channel pointers.
+    AudioRig<double> rig(256, {2, 2}, {2});
+    FillNoise(rig, rng, 1);
+    rig.InBus(1).channelBuffers64 = nullptr;
+    rig.InBus(1).numChannels = 0;
+    ASSERT_EQ(plug.processor->process(rig.data), kResultOk);
+    double* nulls[2] = {nullptr, nullptr};
+    rig.InBus(1).channelBuffers64 = nulls;
+    rig.InBus(1).numChannels = 2;
+    ASSERT_EQ(plug.processor->process(rig.data), kResultOk);
+    rig.data.numInputs = 1;
+    ASSERT_EQ(plug.processor->process(rig.data), kResultOk);
+    for (int ch = 0; ch < 2; ++ch)
+        for (double v : rig.Out(0, ch))
+            ASSERT_TRUE(IsClean(v));
+    plug.Stop();
+}
+
+TEST(HostLoad, ProcessCallsOfEverySizeAndShape)
+{
+    Instance plug;
+    plug.Start(48000.0, 8192, kSample32);
+    std::mt19937 rng(23);
+    for (int n : {0, 1, 2, 31, 33, 64, 127, 1024, 4095, 8192})
+        EXPECT_TRUE(ProcessNoise<float>(plug, n, rng)) << n;
+
+    // Zero samples with null buffers; no buses at all; zero-channel buses.
+    ProcessData empty;
+    empty.symbolicSampleSize = kSample32;
+    EXPECT_EQ(plug.processor->process(empty), kResultOk);
+    AudioBusBuffers none[2];
+    AudioBusBuffers noneOut[1];
+    ProcessData hollow;
+    hollow.symbolicSampleSize = kSample32;
+    hollow.numSamples = 64;
+    hollow.numInputs = 2;
+    hollow.numOutputs = 1;
+    hollow.inputs = none;
+    hollow.outputs = noneOut;
+    EXPECT_EQ(plug.processor->process(hollow), kResultOk);
+    hollow.numInputs = 0;
+    hollow.numOutputs = 0;
+    hollow.inputs = nullptr;
+    hollow.outputs = nullptr;
+    EXPECT_EQ(plug.processor->process(hollow), kResultOk);
+
+    // Silence flags on silent input: accepted, output clean and flags not claimed falsely.
+    AudioRig<float> silent(256, {2, 2}, {2});
+    silent.InBus(0).silenceFlags = 3;
+    silent.InBus(1).silenceFlags = 3;
+    silent.OutBus(0).silenceFlags = 3;
+    ASSERT_EQ(plug.processor->process(silent.data), kResultOk);
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        const bool allZero = std::all_of(silent.Out(0, ch).begin(), silent.Out(0, ch).end(),
+                                         [](float v) { return v == 0.0f; });
+        if (silent.OutBus(0).silenceFlags & (1ull << ch))
+        {
+            EXPECT_TRUE(allZero) << ch;
+        }
+        for (float v : silent.Out(0, ch))
+            ASSERT_TRUE(IsClean(v));
+    }
+    plug.Stop();
+}
+
+TEST(HostLoad, SuspendResumeAndReinitialiseCycles)
+{
+    Instance plug;
+    std::mt19937 rng(29);
+    for (int cycle = 0; cycle < 3; ++cycle)
+    {
+        plug.Start(cycle == 1 ? 96000.0 : 44100.0, 512, kSample32);
+        EXPECT_TRUE(ProcessNoise<float>(plug, 512, rng));
+        plug.processor->setProcessing(false);
+        plug.processor->setProcessing(true);
+        EXPECT_TRUE(ProcessNoise<float>(plug, 100, rng));
+        plug.Stop();
+        // Repeated transitions are harmless.
+        EXPECT_EQ(plug.component->setActive(false), kResultOk);
+    }
+
+    // Terminate and initialise again: the plug-in is the same plug-in afterwards.
+    const auto state = plug.ComponentState();
+    for (int cycle = 0; cycle < 2; ++cycle)
+    {
+        ASSERT_EQ(plug.component->terminate(), kResultOk);
+        ASSERT_EQ(plug.component->initialize(&plug.host), kResultOk);
+        EXPECT_EQ(plug.controller->getParameterCount(), kNumParams + 2);
+        EXPECT_EQ(plug.component->getBusCount(kAudio, kInput), 2);
+        EXPECT_EQ(plug.units->getUnitCount(), 2);
+        plug.Start(48000.0, 256, kSample64);
+        EXPECT_TRUE(ProcessNoise<double>(plug, 256, rng));
+        plug.Stop();
+    }
+    EXPECT_EQ(plug.ComponentState(), state);
+    // An initialised component is not initialised twice.
+    EXPECT_NE(plug.component->initialize(&plug.host), kResultOk);
+    EXPECT_EQ(plug.controller->getParameterCount(), kNumParams + 2);
+}
+
+TEST(HostLoad, AnInstanceThatIsNeverInitialisedIsReleasedCleanly)
+{
+    Instance plug(false);
+    EXPECT_EQ(plug.component->getBusCount(kAudio, kInput), 0);
+    EXPECT_EQ(plug.controller->getParameterCount(), 0);
+}
+
+TEST(HostLoad, ProcessingOnAnotherThreadWhileTheHostWorksTheController)
+{
+    Instance plug;
+    plug.Start(44100.0, 512, kSample32);
+    std::atomic<bool> clean{true};
+    std::atomic<bool> done{false};
+    std::thread audio(
+        [&]
+        {
+            std::mt19937 rng(31);
+            ParameterChanges changes;
+            for (int block = 0; block < 200; ++block)
+            {
+                changes.Clear();
+                changes.Add(static_cast<ParamID>(rng() % kNumParams), 0,
+                            std::uniform_real_distribution<double>(0, 1)(rng));
+                if (!ProcessNoise<float>(plug, 256, rng, &changes)) clean = false;
+            }
+            done = true;
+        });
+    const auto state = plug.ComponentState();
+    String128 text{};
+    for (int k = 0; !done && k < 100000; ++k)
+    {
+        plug.controller->setParamNormalized(kFeedback1, (k % 100) / 100.0);
+        plug.controller->getParamStringByValue(kLfoRate1, 0.5, text);
+        plug.controller->getParamNormalized(static_cast<ParamID>(k % kNumParams));
+        if (k % 50 == 0)
+        {
+            MemoryStream stream(state);
+            plug.component->setState(&stream);
+            plug.ComponentState();
+        }
+    }
+    audio.join();
+    EXPECT_TRUE(clean);
+    plug.Stop();
+}
+
+TEST(HostLoad, UnitsAndTheProgramList)
+{
+    Instance plug;
+    IUnitInfo* u = plug.units;
+    ASSERT_EQ(u->getUnitCount(), 2);
+    UnitInfo root{};
+    ASSERT_EQ(u->getUnitInfo(0, root), kResultTrue);
+    EXPECT_EQ(root.id, kRootUnitId);
+    EXPECT_EQ(root.parentUnitId, kNoParentUnitId);
+    EXPECT_EQ(root.programListId, kNoProgramListId);
+    EXPECT_EQ(Text(root.name), u"Root Unit");
+    UnitInfo lfo{};
+    ASSERT_EQ(u->getUnitInfo(1, lfo), kResultTrue);
+    EXPECT_EQ(lfo.id, 1);
+    EXPECT_EQ(lfo.parentUnitId, kRootUnitId);
+    EXPECT_EQ(lfo.programListId, kNoProgramListId);
+    EXPECT_EQ(Text(lfo.name), u"lfo_rate");
+    EXPECT_NE(u->getUnitInfo(2, lfo), kResultTrue);
+
+    // Every parameter's unit exists; exactly the four LFO rates live in "lfo_rate".
+    int inLfoUnit = 0;
+    for (int32 i = 0; i < plug.controller->getParameterCount(); ++i)
+    {
+        ParameterInfo info{};
+        plug.controller->getParameterInfo(i, info);
+        EXPECT_TRUE(info.unitId == 0 || info.unitId == 1) << info.id;
+        if (info.unitId == 1)
+        {
+            ++inLfoUnit;
+            EXPECT_GE(info.id, kLfoRate1);
+            EXPECT_LT(info.id, kLfoRate1 + 4);
+        }
+    }
+    EXPECT_EQ(inLfoUnit, 4);
+
+    ASSERT_EQ(u->getProgramListCount(), 1);
+    ProgramListInfo list{};
+    ASSERT_EQ(u->getProgramListInfo(0, list), kResultTrue);
+    EXPECT_EQ(list.id, static_cast<ProgramListID>(kPresetId));
+    EXPECT_EQ(Text(list.name), u"Factory Presets");
+    EXPECT_EQ(list.programCount, 1);
+    String128 name{};
+    ASSERT_EQ(u->getProgramName(list.id, 0, name), kResultTrue);
+    EXPECT_EQ(Text(name), u"user preset 1");
+    EXPECT_NE(u->getProgramName(list.id, 1, name), kResultTrue);
+    EXPECT_NE(u->getProgramName(12, 0, name), kResultTrue);
+    EXPECT_NE(u->getProgramListInfo(1, list), kResultTrue);
+    EXPECT_EQ(u->selectUnit(1), kResultTrue);
+    EXPECT_EQ(u->getSelectedUnit(), 1);
+}
+
+TEST(HostLoad, NoiseUnderRandomAutomationStaysClean)
+{
+    for (double rate : {44100.0, 48000.0, 96000.0})
+    {
+        SCOPED_TRACE(rate);
+        Instance plug;
+        plug.Start(rate, 1024, kSample32);
+        std::mt19937 rng(static_cast<unsigned>(rate));
+        std::uniform_int_distribution<int> blockSize(64, 1024);
+        std::uniform_int_distribution<int> anyParam(0, kNumParams - 1);
+        std::uniform_real_distribution<double> anyValue(0.0, 1.0);
+        ParameterChanges changes;
+        int done = 0;
+        bool useDouble = false;
+        while (done < static_cast<int>(rate / 2))
+        {
+            const int n = blockSize(rng);
+            changes.Clear();
+            // A point every 32 samples, each for a parameter drawn at random.
+            for (int offset = 0; offset < n; offset += 32)
+                changes.Add(static_cast<ParamID>(anyParam(rng)), offset, anyValue(rng));
+            const auto clean = useDouble ? ProcessNoise<double>(plug, n, rng, &changes)
+                                         : ProcessNoise<float>(plug, n, rng, &changes);
+            ASSERT_TRUE(clean) << "after " << done << " samples";
+            useDouble = !useDouble;
+            done += n;
+        }
+        plug.Stop();
+    }
+}
+} // namespace

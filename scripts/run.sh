@@ -1,12 +1,11 @@
 #!/usr/bin/env bash
-# The main job: set up, build the release configuration and show the DSP core at work
-# through its benchmarks (nanoseconds per sample of the building blocks).
+# The main job: set up, build the release configuration, install the plug-in to ~/.vst3, load the
+# installed bundle as a host does, and show the DSP core at work through its benchmarks.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
 cmake --preset release
 cmake --build --preset release
-if [ -x scripts/install.sh ] && [ -d build/release/Quorvex.vst3 ]; then
-  bash scripts/install.sh build/release
-fi
+bash scripts/install.sh build/release
+QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tests/host/load/quorvex_host_load_tests --gtest_brief=1
 ./build/release/bench/quorvex_bench --benchmark_min_time=0.05

@@ -81,7 +81,7 @@ TEST(ModDelayBuffer, WriteWrapsExactlyAtTheEnd)
 {
     ModDelayBuffer buf;
     buf.Allocate(256);
-    const double block[kN] = {};
+    const double block[256] = {};
     for (int b = 0; b < 7; ++b)
         buf.Write(block, kN);
     EXPECT_EQ(buf.mWrite, 224);

@@ -13,6 +13,7 @@
 #include <dlfcn.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <limits>
@@ -57,12 +58,23 @@ struct Module
 };
 Module gModule;
 
+// The bundle under test: the one just built, or an installed one named by QUORVEX_BUNDLE.
+std::string BundleDir()
+{
+    const char* installed = std::getenv("QUORVEX_BUNDLE");
+    return installed != nullptr && *installed != '\0' ? installed : QUORVEX_BUNDLE_DIR;
+}
+std::string BundleBinary()
+{
+    return BundleDir() + "/Contents/x86_64-linux/Quorvex.so";
+}
+
 class ModuleEnvironment : public ::testing::Environment
 {
   public:
     void SetUp() override
     {
-        gModule.handle = dlopen(QUORVEX_BUNDLE_BINARY, RTLD_NOW | RTLD_LOCAL);
+        gModule.handle = dlopen(BundleBinary().c_str(), RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(gModule.handle, nullptr) << dlerror();
         gModule.entry = reinterpret_cast<EntryFn>(dlsym(gModule.handle, "ModuleEntry"));
         gModule.exit = reinterpret_cast<ExitFn>(dlsym(gModule.handle, "ModuleExit"));
@@ -205,9 +217,8 @@ TEST(HostLoad, ModuleEntryPointsAndBundleLayout)
     EXPECT_TRUE(gModule.entry(gModule.handle));
     EXPECT_TRUE(gModule.exit());
     namespace fs = std::filesystem;
-    EXPECT_TRUE(fs::is_directory(fs::path(QUORVEX_BUNDLE_DIR) / "Contents" / "Resources"));
-    EXPECT_TRUE(
-        fs::is_regular_file(fs::path(QUORVEX_BUNDLE_DIR) / "Contents" / "x86_64-linux" / "Quorvex.so"));
+    EXPECT_TRUE(fs::is_directory(fs::path(BundleDir()) / "Contents" / "Resources"));
+    EXPECT_TRUE(fs::is_regular_file(fs::path(BundleDir()) / "Contents" / "x86_64-linux" / "Quorvex.so"));
     // Each call hands out a reference to the same factory.
     IPluginFactory* again = gModule.getFactory();
     EXPECT_EQ(again, gModule.factory);

@@ -1,5 +1,6 @@
 #include "dsp/Compressor.h"
 
+#include "dsp/Decibels.h"
 #include "dsp/Denormals.h"
 #include "dsp/Vec.h"
 
@@ -8,8 +9,6 @@
 
 namespace
 {
-constexpr double kDbToLn = 0.1151292546497;   // ln(10) / 20
-constexpr double kLnToDb = 8.685889638065037; // 20 / ln(10)
 constexpr double kMakeupRangeDb = 24.0;
 constexpr double kLookAheadMs = 10.0;
 constexpr int kMakeupInput = 4;

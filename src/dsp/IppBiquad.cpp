@@ -1,5 +1,6 @@
 #include "dsp/IppBiquad.h"
 
+#include "dsp/Decibels.h"
 #include "dsp/Denormals.h"
 #include "dsp/FreqMapping.h"
 #include "dsp/Vec.h"
@@ -10,7 +11,6 @@
 namespace
 {
 constexpr double kTwoPi = 2.0 * M_PI;
-constexpr double kDbToLn = 0.1151292546497; // ln(10) / 20: dB to the exponent of e
 // Lowest corner of the designs, and the highest: at low rates the mapped 20 kHz lies beyond
 // Nyquist, where the section formulas turn unstable.
 constexpr double kMinRelFreq = 0.0002;

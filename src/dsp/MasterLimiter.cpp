@@ -1,5 +1,6 @@
 #include "dsp/MasterLimiter.h"
 
+#include "dsp/Decibels.h"
 #include "dsp/Vec.h"
 
 #include <cmath>
@@ -15,8 +16,7 @@ const double gCoef2s = std::exp(-1.0 / 88200.0);
 
 namespace
 {
-constexpr double kDbToLn = 0.1151292546497; // ln(10) / 20
-constexpr int kChannelDelay = 200;          // rounded up to a ring of 256
+constexpr int kChannelDelay = 200; // rounded up to a ring of 256
 // The single-channel detector runs hotter than the audio so that the other channel keeps room.
 constexpr double kDetectHeadroom = 1.09;
 // SLOW I subtracts the RMS from the peak envelope scaled by about 1 / sqrt(2).

@@ -3,10 +3,9 @@
 // up to 0 (v = 1) on an exponential curve, so most of the travel sits near 0 dB. The same law
 // serves the state reader, the engine's input gain and the control's own text.
 
-#include <cmath>
+#include "dsp/Decibels.h"
 
-// Natural-log factor of one decibel: gain = exp(dB * kDbToLog).
-inline constexpr double kDbToLog = 0.1151292546497;
+#include <cmath>
 
 inline int InputAttenuatorDb(double v)
 {
@@ -17,5 +16,5 @@ inline int InputAttenuatorDb(double v)
 
 inline double InputAttenuatorGain(double v)
 {
-    return std::exp(InputAttenuatorDb(v) * kDbToLog);
+    return DbToGain(InputAttenuatorDb(v));
 }

@@ -235,44 +235,45 @@ void IPlugBase::SetOutputChannelConnections(int idx, int n, bool connected)
     ForRun(outChannels, idx, n, [&](IChannel& ch, int) { ch.connected = connected; });
 }
 
-void IPlugBase::AttachInputBuffers(int idx, int n, double** buffers, int nFrames)
+namespace
 {
-    ForRun(inChannels, idx, n,
+// Enters the host's pointers of one sample type for a run of channels; an unconnected channel
+// keeps none and reads as silence.
+void AttachRun(std::vector<IChannel>& channels, int idx, int n, double** buffers)
+{
+    ForRun(channels, idx, n,
            [&](IChannel& ch, int k)
            {
                ch.mHostDouble = ch.connected ? buffers[k] : nullptr;
                ch.mHostFloat = nullptr;
            });
 }
-
-void IPlugBase::AttachInputBuffers(int idx, int n, float** buffers, int nFrames)
+void AttachRun(std::vector<IChannel>& channels, int idx, int n, float** buffers)
 {
-    ForRun(inChannels, idx, n,
+    ForRun(channels, idx, n,
            [&](IChannel& ch, int k)
            {
                ch.mHostFloat = ch.connected ? buffers[k] : nullptr;
                ch.mHostDouble = nullptr;
            });
 }
+} // namespace
 
-void IPlugBase::AttachOutputBuffers(int idx, int n, double** buffers, int nFrames)
+void IPlugBase::AttachInputBuffers(int idx, int n, double** buffers, int)
 {
-    ForRun(outChannels, idx, n,
-           [&](IChannel& ch, int k)
-           {
-               ch.mHostDouble = ch.connected ? buffers[k] : nullptr;
-               ch.mHostFloat = nullptr;
-           });
+    AttachRun(inChannels, idx, n, buffers);
 }
-
-void IPlugBase::AttachOutputBuffers(int idx, int n, float** buffers, int nFrames)
+void IPlugBase::AttachInputBuffers(int idx, int n, float** buffers, int)
 {
-    ForRun(outChannels, idx, n,
-           [&](IChannel& ch, int k)
-           {
-               ch.mHostFloat = ch.connected ? buffers[k] : nullptr;
-               ch.mHostDouble = nullptr;
-           });
+    AttachRun(inChannels, idx, n, buffers);
+}
+void IPlugBase::AttachOutputBuffers(int idx, int n, double** buffers, int)
+{
+    AttachRun(outChannels, idx, n, buffers);
+}
+void IPlugBase::AttachOutputBuffers(int idx, int n, float** buffers, int)
+{
+    AttachRun(outChannels, idx, n, buffers);
 }
 
 void IPlugBase::ZeroScratchBuffers()
@@ -335,27 +336,17 @@ double* IPlugBase::OutputTarget(int ch, int offset)
 
 void IPlugBase::ProcessBuffers(double, int nFrames)
 {
-    nFrames = std::max(nFrames, 0);
-    const int piece = blockSize;
-    int done = 0;
-    do
-    {
-        const int n = std::min(nFrames - done, piece);
-        for (int ch = 0; ch < NInChannels(); ++ch)
-        {
-            IChannel& channel = inChannels[static_cast<std::size_t>(ch)];
-            if (!channel.connected || channel.mHostDouble == nullptr)
-                std::fill_n(channel.mOwn.data(), n, 0.0);
-            mInPtrs[static_cast<std::size_t>(ch)] = InputSource(ch, done);
-        }
-        for (int ch = 0; ch < NOutChannels(); ++ch)
-            mOutPtrs[static_cast<std::size_t>(ch)] = OutputTarget(ch, done);
-        ProcessDoubleReplacing(mInPtrs.data(), mOutPtrs.data(), n);
-        done += n;
-    } while (done < nFrames);
+    ProcessInPieces(nFrames, false);
+}
+void IPlugBase::ProcessBuffers(float, int nFrames)
+{
+    ProcessInPieces(nFrames, true);
 }
 
-void IPlugBase::ProcessBuffers(float, int nFrames)
+// The engine always works on doubles: a double host's buffers are used in place, a float host's
+// are converted into the channels' own buffers and back. Runs longer than the block size the host
+// announced go through in pieces, so the own buffers never need to grow here.
+void IPlugBase::ProcessInPieces(int nFrames, bool floatHost)
 {
     nFrames = std::max(nFrames, 0);
     const int piece = blockSize;
@@ -367,20 +358,22 @@ void IPlugBase::ProcessBuffers(float, int nFrames)
         {
             IChannel& channel = inChannels[static_cast<std::size_t>(ch)];
             double* own = channel.mOwn.data();
-            if (channel.connected && channel.mHostFloat != nullptr)
+            if (floatHost && channel.connected && channel.mHostFloat != nullptr)
                 std::copy_n(channel.mHostFloat + done, n, own);
-            else
+            else if (floatHost || !channel.connected || channel.mHostDouble == nullptr)
                 std::fill_n(own, n, 0.0);
-            mInPtrs[static_cast<std::size_t>(ch)] = own;
+            mInPtrs[static_cast<std::size_t>(ch)] = floatHost ? own : InputSource(ch, done);
         }
         for (int ch = 0; ch < NOutChannels(); ++ch)
-            mOutPtrs[static_cast<std::size_t>(ch)] = outChannels[static_cast<std::size_t>(ch)].mOwn.data();
+            mOutPtrs[static_cast<std::size_t>(ch)] =
+                floatHost ? outChannels[static_cast<std::size_t>(ch)].mOwn.data() : OutputTarget(ch, done);
         ProcessDoubleReplacing(mInPtrs.data(), mOutPtrs.data(), n);
-        for (IChannel& channel : outChannels)
-            if (channel.connected && channel.mHostFloat != nullptr)
-                for (int i = 0; i < n; ++i)
-                    channel.mHostFloat[done + i] =
-                        static_cast<float>(channel.mOwn[static_cast<std::size_t>(i)]);
+        if (floatHost)
+            for (IChannel& channel : outChannels)
+                if (channel.connected && channel.mHostFloat != nullptr)
+                    for (int i = 0; i < n; ++i)
+                        channel.mHostFloat[done + i] =
+                            static_cast<float>(channel.mOwn[static_cast<std::size_t>(i)]);
         done += n;
     } while (done < nFrames);
 }

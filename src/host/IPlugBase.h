@@ -244,6 +244,7 @@ class IPlugBase
 
     template <typename Sample> void PassThrough(int nFrames);
     void AdoptLatency();
+    void ProcessInPieces(int nFrames, bool floatHost);
     double* InputSource(int ch, int offset);
     double* OutputTarget(int ch, int offset);
 

@@ -25,6 +25,13 @@ struct Tone
     double dB() const { return 20.0 * std::log10(gain); }
 };
 
+// Bilinear transform with the corner prewarped: the analogue frequency of hz relative to the corner.
+inline double Warp(double hz, double cornerHz)
+{
+    const double rate = gSampleRate;
+    return std::tan(M_PI * hz / rate) / std::tan(M_PI * cornerHz / rate);
+}
+
 // Runs n samples of src through the module, 32 at a time; returns the output.
 inline std::vector<double> RunBlocks(DSPShell& f, const std::vector<double>& src)
 {

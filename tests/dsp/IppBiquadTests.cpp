@@ -20,13 +20,6 @@ namespace
 {
 using cd = std::complex<double>;
 
-// Bilinear transform with the corner prewarped: the analogue frequency of w relative to w0.
-double Warp(double hz, double cornerHz)
-{
-    const double rate = gSampleRate;
-    return std::tan(M_PI * hz / rate) / std::tan(M_PI * cornerHz / rate);
-}
-
 // Analogue second-order prototypes at s = jW (quality q): the responses the sections realise.
 cd Lowpass(double W, double q)
 {

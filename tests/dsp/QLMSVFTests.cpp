@@ -18,11 +18,6 @@ using cd = std::complex<double>;
 
 // Trapezoidal integrators with g = tan(pi fc / rate) realise the analogue state-variable filter
 // at the prewarped frequency W; damping 1 - k gives the quality 1 / (1 - k).
-double Warp(double hz, double cornerHz)
-{
-    const double rate = gSampleRate;
-    return std::tan(M_PI * hz / rate) / std::tan(M_PI * cornerHz / rate);
-}
 cd Den(double W, double q)
 {
     return cd(1.0 - W * W, W / q);

@@ -1,11 +1,22 @@
 #pragma once
-// The plug-in: host component, engine and, later, owner of the editor, all in one object. So far
-// it holds the construction of the frame (parameters from the catalogue, every cache applied once),
-// the state that the host chunk stores, the pending user message, and an audio path that copies
-// input to output except while it is being built or is restoring a state, when it is silent.
-// Threads: ProcessDoubleReplacing on the audio thread; the constructor, OnParamChange and the state
-// calls on the UI (host) thread, the state calls under paramsMutex.
+// The plug-in: host component, engine and, later, owner of the editor, all in one object. It holds
+// the construction of the frame (parameters from the catalogue, every cache applied once), the
+// state that the host chunk stores, the pending user message, and the engine frame: host blocks of
+// any length pass per sample through input rings of 64 and an output ring of 32, and each time 32
+// samples have gathered one internal block runs. A sample leaves 64 samples plus 1 ms after it came
+// in; the reported latency is 32 samples plus 1 ms. Every buffer is a member, sized for 96 kHz.
+// Threads: ProcessDoubleReplacing on the audio thread; the constructor, Reset, OnParamChange and
+// the state calls on the UI (host) thread, Reset and the state calls under paramsMutex.
 
+#include <atomic>
+
+#include "dsp/IppFixBiquad.h"
+#include "dsp/MasterLimiter.h"
+#include "dsp/Relaxed.h"
+#include "dsp/TimeBase.h"
+#include "engine/EngineFade.h"
+#include "engine/OutputDelay.h"
+#include "engine/TimeBase.h"
 #include "host/IPlugVST3.h"
 #include "params/ParamIds.h"
 #include "state/IStateHost.h"
@@ -34,12 +45,18 @@ inline constexpr IPlugConfig kQuorvexConfig{
 class Quorvex : public IPlugVST3, private IStateHost
 {
   public:
+    static constexpr int kBlockSize = gBlockLen;
+    static constexpr int kInRingSize = 2 * kBlockSize;
+
     Quorvex();
     ~Quorvex() override;
 
+    // Host sets up processing: the engine is derived anew for the host's rate.
+    void Reset() override;
     // Parameter handler: migration of old chunks while one is read, then the caches.
     void OnParamChange(int id) override;
-    // The base's copy, or silence while constructing or restoring a state.
+    // Audio thread: the engine frame. Silent, with nothing advancing, while the plug-in is built,
+    // a state is restored or a preset is loaded.
     void ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) override;
     bool SerializeState(ByteChunk& chunk) override;
     int UnserializeState(const ByteChunk& chunk, int startPos) override;
@@ -49,7 +66,17 @@ class Quorvex : public IPlugVST3, private IStateHost
     const PendingMessage& Message() const { return mMessage; }
     StateFields& Fields() override { return mFields; }
 
+    // Set by the preset reader around applying a file: the output is silent meanwhile.
+    void SetPresetLoading(bool loading) { mPresetLoading.store(loading); }
+    // A new fade-in from silence at the next block (a changed tap time base asks for one).
+    void RequestFadeIn() { mFadeIn.Request(); }
+    // The host's output buffers of the last call, for the editor's meters.
+    const double* OutputsL() const { return mOutputsL; }
+    const double* OutputsR() const { return mOutputsR; }
+
   private:
+    friend class QuorvexProbe; // test access to the frame's private state
+
     // The state chunk's view of the plug-in.
     std::recursive_mutex& StateMutex() override { return paramsMutex; }
     int ParamCount() const override { return NParams(); }
@@ -59,8 +86,75 @@ class Quorvex : public IPlugVST3, private IStateHost
     int ReadParamValues(const ByteChunk& chunk, int pos) override { return UnserializeParams(chunk, pos); }
     void RedrawControls() override { RedrawParamControls(); }
     void SelectPresetMenuItem(const std::string& folder, int index) override;
+    // A loaded state starts from silence: no tail of the old one survives.
+    void FinishStateLoad() override { ClearEngine(); }
+
+    bool Silenced() const;
+    // Derives every rate-dependent value from the host's rate, then clears and fades in.
+    void ResetEngine();
+    // Clears rings, buses, delays and module memories; keeps designs and positions.
+    void ClearEngine();
+    void SetLimiterMode(int mode);
+
+    // One internal block, its steps in this order.
+    void RunBlock();
+    void FillBlock();
+    void ReadTransport();
+    void ClearBuses();
+    void ScaleDry();
+    void PrepareWet();
+    void OutputStage();
 
     StateFields mFields;
     PendingMessage mMessage;
+
+    // Frame.
+    double mInRingL[kInRingSize] = {};
+    double mInRingR[kInRingSize] = {};
+    double mInRingSC[kInRingSize] = {};
+    double mOutBlockL[kBlockSize] = {};
+    double mOutBlockR[kBlockSize] = {};
+    int mInWrite = kBlockSize;
+    int mInRead = 0;
+    int mOutRead = 0;
+    Relaxed<const double*> mOutputsL{nullptr};
+    Relaxed<const double*> mOutputsR{nullptr};
+    bool mSidechainInUse = false;
+
+    // Block buffers.
+    double mBlockL[kBlockSize] = {};
+    double mBlockR[kBlockSize] = {};
+    double mBlockSC[kBlockSize] = {};
+    double mBlockMono[kBlockSize] = {};
+    double mDryL[kBlockSize] = {};
+    double mDryR[kBlockSize] = {};
+    double mWetL[kBlockSize] = {};
+    double mWetR[kBlockSize] = {};
+    double mScratchL[kBlockSize] = {};
+    double mScratchR[kBlockSize] = {};
+
+    // Modules.
+    IppFixBiquad mInputFilterL{false};
+    IppFixBiquad mInputFilterR{true};
+    MasterLimiter mLimiter;
+    OutputDelay mOutputDelayL;
+    OutputDelay mOutputDelayR;
+    EngineFade mFadeIn;
+
+    // Time base: tempo once per host call, transport and song position once per block.
+    TempoCache mTempo;
+    TransportCache mTransport;
+    SongPosition mSongPosition;
+
+    // Rate this instance was last reset for; -1 until its first call.
+    double mEngineRate = -1.0;
+    Relaxed<bool> mLatencyDirty{false};
+
+    // Caches of the output stage.
+    Relaxed<double> mWetLevel{0.0};
+    Relaxed<double> mOutputLevel{1.0};
+    Relaxed<int> mLimiterMode{kLimiterOff};
+
     Relaxed<bool> mConstructing{true};
+    std::atomic<bool> mPresetLoading{false};
 };

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
-#include <vector>
 
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
@@ -201,28 +200,5 @@ TEST(Quorvex, UserPresetRecordsTheStateChunkOnce)
     EXPECT_TRUE(plug->GetPreset(0)->chunk == StateOf(*plug));
     EXPECT_FALSE(plug->RestorePreset(0));
     EXPECT_FALSE(plug->RestorePreset(1));
-}
-
-TEST(Quorvex, AudioIsCopiedExceptWhileAStateIsRestored)
-{
-    auto plug = MakeQuorvex();
-    constexpr int kFrames = 16;
-    std::vector<std::vector<double>> in(4, std::vector<double>(kFrames));
-    for (int ch = 0; ch < 4; ++ch)
-        for (int i = 0; i < kFrames; ++i)
-            in[ch][i] = 0.01 * (i + 1) * (ch + 1);
-    std::vector<std::vector<double>> out(2, std::vector<double>(kFrames, 5.0));
-    double* inPtr[4] = {in[0].data(), in[1].data(), in[2].data(), in[3].data()};
-    double* outPtr[2] = {out[0].data(), out[1].data()};
-
-    plug->ProcessDoubleReplacing(inPtr, outPtr, kFrames);
-    EXPECT_EQ(out[0], in[0]);
-    EXPECT_EQ(out[1], in[1]);
-
-    plug->Fields().mRestoringState = true;
-    plug->ProcessDoubleReplacing(inPtr, outPtr, kFrames);
-    for (int ch = 0; ch < 2; ++ch)
-        for (double v : out[ch])
-            EXPECT_EQ(v, 0.0);
 }
 } // namespace

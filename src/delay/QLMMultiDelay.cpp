@@ -1,0 +1,387 @@
+#include "delay/QLMMultiDelay.h"
+
+#include "dsp/Denormals.h"
+#include "dsp/Vec.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+// Corner settings that keep the filters out of the way until the engine sets them.
+constexpr double kOpenLowPass = 0.5;
+constexpr double kOpenHighPass = 0.0002;
+// Where GRAIN pins the corners, whatever is asked.
+constexpr double kGrainLowPass = 0.25;
+constexpr double kGrainHighPass = 0.002;
+// The grain length stays just short of the size asked for.
+constexpr double kGrainShrink = 0.995;
+
+// Coefficient of the first-order all-pass whose delay at low frequencies is `frac` samples.
+inline double AllpassCoef(double frac)
+{
+    return (1.0 - frac) / (1.0 + frac);
+}
+} // namespace
+
+QLMMultiDelay::QLMMultiDelay(bool isRight)
+    : DSPShell(isRight), mLowPass(isRight, kBqLowpass, 1, 24.0f), mHighPass(isRight, kBqHighpass, 1, 24.0f)
+{
+    for (BlockSmoother& s : mTapSmoother)
+        s.SetTime(100.0);
+    // The corners arrive as relative frequencies and go to the designs as they are.
+    mLowPass.mMapFreq = false;
+    mHighPass.mMapFreq = false;
+    SetLowPass(kOpenLowPass);
+    SetHighPass(kOpenHighPass);
+    SetMaxDelay(gMaxDelay);
+    UpdateGrainSize(false);
+    UpdateGrainSpeed(false);
+    UpdateGrainPosition(false);
+    UpdateFade(mGrainSizeSamples * kGrainShrink);
+}
+
+void QLMMultiDelay::RetimeSmoothers()
+{
+    mReverseOffsetSmoother.SetTime(300.0);
+    mGrainSmoother.SetTime(10.0);
+    for (BlockSmoother& s : mTapSmoother)
+        s.SetTime(100.0);
+}
+
+void QLMMultiDelay::Reserve(int samples)
+{
+    const int needed = std::max(samples, 2 * gBlockLen) + gBlockLen;
+    if (needed <= mCapacity) return;
+    mBufferReady = false;
+    mBuf.reset();
+    mBuf.reset(new double[static_cast<size_t>(needed)]);
+    mCapacity = needed;
+}
+
+void QLMMultiDelay::SetMaxDelay(double samples)
+{
+    mMaxFade = static_cast<int>(gSampleRate * 0.05);
+    mBufferReady = false;
+    mSize = std::max(static_cast<int>(samples), 2 * gBlockLen);
+    Reserve(mSize);
+    RetimeSmoothers();
+    mBufferReady = true;
+    Reset();
+}
+
+void QLMMultiDelay::SetMode(int mode)
+{
+    mMode = mode;
+    switch (mode)
+    {
+    case DelayForward:
+        mReadFn = &ReadForward;
+        break;
+    case DelayBackward:
+        mReadFn = &ReadBackward;
+        break;
+    case DelayGrain:
+        mReadFn = &ReadGrain;
+        break;
+    default:
+        mReadFn = &ReadTapped;
+        break;
+    }
+    Reset();
+}
+
+void QLMMultiDelay::Reset()
+{
+    DSPShell::Reset();
+    mGrainRead = 0.0;
+    mSegElapsed = 0;
+    mWritePos = 0;
+    mLowPass.Reset();
+    mHighPass.Reset();
+    if (mBuf) VecZero(mBuf.get(), mSize + gBlockLen);
+    VecZero(mApState, kMaxDelayTaps);
+}
+
+void QLMMultiDelay::ClearInterpolators()
+{
+    VecZero(mApState, kMaxDelayTaps);
+}
+
+void QLMMultiDelay::SetLowPass(double relFreq)
+{
+    const double f = mMode == DelayGrain ? kGrainLowPass : std::clamp(relFreq, 0.0002, 0.5);
+    mLowPass.mFreqParam = f;
+    mLowOn = relFreq < 20000.0 * gInvSampleRate;
+}
+
+void QLMMultiDelay::SetHighPass(double relFreq)
+{
+    const double f = mMode == DelayGrain ? kGrainHighPass : std::clamp(relFreq, 0.0002, 0.5);
+    mHighPass.mFreqParam = f;
+    mHighOn = relFreq > 20.0 * gInvSampleRate;
+}
+
+void QLMMultiDelay::SetGrainSize(double ms)
+{
+    mGrainSizeMs = ms;
+    UpdateGrainSize(false);
+}
+
+void QLMMultiDelay::SetGrainSpeed(double value)
+{
+    mGrainSpeedParam = value;
+    UpdateGrainSpeed(false);
+}
+
+void QLMMultiDelay::SetGrainPosition(double value)
+{
+    mGrainPositionParam = value;
+    UpdateGrainPosition(false);
+}
+
+void QLMMultiDelay::SetGrainFade(double ms)
+{
+    mGrainFadeMs = ms;
+    // The running length block belongs to the audio thread; its target stands in for it here.
+    UpdateFade(mGrainSizeSamples * kGrainShrink);
+}
+
+void QLMMultiDelay::SetReverseFade(double ms)
+{
+    const double len = gSampleRate * ms * 0.001;
+    mReverseFadeLen = len;
+    mReverseFadeInv = len > 0.0 ? 1.0 / len : 0.0;
+}
+
+void QLMMultiDelay::UpdateGrainSpeed(bool modulated)
+{
+    double v = mGrainSpeedParam;
+    if (modulated) v += ModValue(4);
+    v = std::clamp(v, -1.0, 1.0);
+    // Two octaves either way, the same law up and down.
+    mGrainSpeed = std::exp2(2.0 * v);
+}
+
+void QLMMultiDelay::UpdateGrainSize(bool modulated)
+{
+    double ms = mGrainSizeMs;
+    if (modulated) ms = std::clamp(std::clamp(ModValue(5), -1.0, 1.0) * 400.0 + ms, 1.0, 400.0);
+    mGrainSizeSamples = gSampleRate * 0.001 * ms;
+}
+
+void QLMMultiDelay::UpdateGrainPosition(bool modulated)
+{
+    double pos = mGrainPositionParam;
+    if (modulated) pos += ModValue(3);
+    mGrainPosition = std::clamp(pos, 0.0, 1.0);
+}
+
+void QLMMultiDelay::UpdateFade(double g)
+{
+    const double fadeMs = mGrainFadeMs;
+    const double len =
+        fadeMs == 0.0 ? std::min(g * 0.2, double(mMaxFade)) : std::min(gSampleRate * 0.001 * fadeMs, g);
+    mFadeLen = len;
+    mInvFadeLen = len > 0.0 ? 1.0 / len : 0.0;
+}
+
+void QLMMultiDelay::Filter(IppBiquad& f)
+{
+    if (f.mBypass) return;
+    f.mIn1 = mMixOut;
+    f.mOut1 = mMixOut;
+    f.Process();
+}
+
+const double* QLMMultiDelay::ReadTap(float delaySamples, int tap)
+{
+    mTap = std::clamp(tap, 0, kMaxDelayTaps - 1);
+    mBlockLen = gBlockLen;
+    mDelay = delaySamples;
+
+    if (mMode == DelayTapped)
+    {
+        if (ModWired(6)) mDelay += static_cast<float>(ModValue(6) * gSampleRate);
+    }
+    else if (ModWired(0))
+        mDelay += static_cast<float>(ModValue(0) * mChannelSign);
+
+    const float shortest = static_cast<float>(double(gSamplesPerMs));
+    const float longest = static_cast<float>(mSize - 1);
+    if (mDelay < shortest) mDelay = shortest;
+    if (mDelay > longest) mDelay = longest;
+
+    if (mSnapTime)
+    {
+        mTapSmoother[mTap].SetLastF(mDelay);
+        mSnapTime = false;
+    }
+    const ReadFn read = mReadFn;
+    read(*this);
+    return mMixOut;
+}
+
+void QLMMultiDelay::WriteBlock(const double* src)
+{
+    double* buf = mBuf.get();
+    const int first = std::min(gBlockLen, mSize - mWritePos);
+    VecCopy(src, buf + mWritePos, first);
+    VecCopy(src + first, buf, gBlockLen - first);
+    mWritePos += gBlockLen;
+    if (mWritePos >= mSize) mWritePos -= mSize;
+    // Just after the wrap, mirror the ring's start behind its end so that reads running a few
+    // samples past the end find the newest data.
+    if (mWritePos < 2 * gBlockLen) VecCopy(buf, buf + mSize, gBlockLen);
+}
+
+void QLMMultiDelay::ReadTapped(QLMMultiDelay& d)
+{
+    const int tap = d.mTap;
+    const int size = d.mSize;
+    const double* buf = d.mBuf.get();
+    const float* delays = d.mTapSmoother[tap].RunF(d.mDelay, gBlockLen);
+    double s = d.mApState[tap];
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        const double delay = delays[i];
+        const int k = static_cast<int>(delay);
+        const double frac = delay - k;
+        int p = i - k + d.mWritePos;
+        if (p < 0)
+            p += size;
+        else if (p >= size)
+            p = 0; // only possible in the last block before the wrap
+        const int q = p - 1 < 0 ? size - 1 + p : p - 1;
+        // First-order all-pass: a delay of frac samples at low frequencies, flat in level.
+        s = (buf[p] - s) * AllpassCoef(frac) + buf[q];
+        d.mMixOut[i] = s;
+    }
+    d.mApState[tap] = s;
+}
+
+void QLMMultiDelay::ReadForward(QLMMultiDelay& d)
+{
+    ReadTapped(d);
+    if (d.mHighOn) d.Filter(d.mHighPass);
+    if (d.mLowOn) d.Filter(d.mLowPass);
+}
+
+void QLMMultiDelay::ReadBackward(QLMMultiDelay& d)
+{
+    if (d.ModWired(3)) d.UpdateGrainPosition(true);
+    const double spm = gSamplesPerMs;
+    const double pos = d.mGrainPosition;
+    const double segLen = (d.mDelay - spm) * (1.0 - pos) * (1.0 - pos) + spm;
+    const int size = d.mSize;
+    const double* buf = d.mBuf.get();
+    const double target = d.mReverseOffset;
+    const double a = d.mReverseOffsetSmoother.mCoef;
+    const double fadeLen = d.mReverseFadeLen;
+    const double fadeInv = d.mReverseFadeInv;
+    double offState = d.mReverseOffsetSmoother.mLastD;
+
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        // The offset glides sample by sample, not through the block tables.
+        offState = offState * a + target * (1.0 - a) + kDenormGuard;
+        const double o = offState - kDenormGuard;
+        const int k = static_cast<int>(o);
+        int p = d.mSegStart - d.mSegElapsed - k;
+        // The head runs backwards, so the fraction counts from the other side.
+        const double g = 1.0 - (o - k);
+        if (p < 0)
+            p += size;
+        else if (p >= size)
+            p = 0;
+        const int q = p + 1 >= size ? 0 : p + 1;
+
+        ++d.mSegElapsed;
+        if ((d.mSegElapsed >= segLen || d.mRestart) && !d.mFadeActive)
+        {
+            d.mSegStart = d.mWritePos;
+            d.mFadeReadPos = q;
+            d.mSegElapsed = 0;
+            d.mRestart = false;
+        }
+        if (d.mFadeReadPos < 0) d.mFadeReadPos += size;
+
+        const double y = (buf[p] - d.mApState[0]) * AllpassCoef(g) + buf[q];
+        d.mFadeActive = false;
+        d.mApState[0] = y;
+
+        double out = y;
+        if (d.mSegElapsed < fadeLen)
+        {
+            // The old head goes on downwards as a plain read while the new segment fades in.
+            const double w = d.mSegElapsed * fadeInv;
+            d.mFadeActive = true;
+            out = w * y + (1.0 - w) * buf[d.mFadeReadPos];
+            d.mFadeReadPos -= 1;
+        }
+        d.mMixOut[i] = out;
+    }
+    d.mReverseOffsetSmoother.mLastD = offState;
+    d.Filter(d.mLowPass);
+}
+
+void QLMMultiDelay::ReadGrain(QLMMultiDelay& d)
+{
+    if (d.ModWired(4)) d.UpdateGrainSpeed(true);
+    if (d.ModWired(5)) d.UpdateGrainSize(true);
+    if (d.ModWired(3)) d.UpdateGrainPosition(true);
+
+    const double* len = d.mGrainSmoother.RunD(d.mGrainSizeSamples * kGrainShrink, gBlockLen);
+    d.mGrainLen = len;
+    if (static_cast<int>(len[0]) != static_cast<int>(len[1])) d.UpdateFade(len[0]);
+
+    const int size = d.mSize;
+    const double* buf = d.mBuf.get();
+    const double speed = d.mGrainSpeed;
+    const double pos = d.mGrainPosition;
+    const double fadeLen = d.mFadeLen;
+    const double fadeInv = d.mInvFadeLen;
+
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        d.mGrainRead += speed;
+        if (d.mGrainRead >= size) d.mGrainRead -= size;
+        d.mGrainElapsed += speed;
+
+        const double grainLen = len[i];
+        if (d.mGrainElapsed >= grainLen)
+        {
+            d.mFadeRead = d.mGrainRead;
+            // At least one grain back, so that a fast head can't overtake the writer in a grain.
+            const double back = std::max(grainLen, (1.0 - pos) * d.mDelay);
+            d.mGrainRead = d.mWritePos + i - back;
+            if (d.mGrainRead < 0.0) d.mGrainRead += size;
+            d.mGrainElapsed = 0.0;
+        }
+
+        // Catmull-Rom through the four samples around the head.
+        const double r = d.mGrainRead;
+        const int i0 = static_cast<int>(r);
+        const double u = r - i0;
+        const double xm = buf[i0 - 1 < 0 ? size - 1 + i0 : i0 - 1];
+        const double x0 = buf[i0];
+        const double x1 = buf[i0 + 1 >= size ? i0 + 1 - size : i0 + 1];
+        const double x2 = buf[i0 + 2 >= size ? i0 + 2 - size : i0 + 2];
+        const double y =
+            ((1.5 * x0 - 0.5 * xm - 1.5 * x1 + 0.5 * x2) * u + (xm - 2.5 * x0 + 2.0 * x1 - 0.5 * x2)) * u *
+                u +
+            (0.5 * x1 - 0.5 * xm) * u + x0;
+
+        double out = y;
+        if (d.mGrainElapsed < fadeLen)
+        {
+            const double w = d.mGrainElapsed * fadeInv;
+            const double z = buf[static_cast<int>(d.mFadeRead)];
+            d.mFadeRead += speed;
+            if (d.mFadeRead >= size) d.mFadeRead -= size;
+            out = static_cast<float>(w) * y + static_cast<float>(1.0 - w) * z;
+        }
+        d.mApState[0] = y;
+        d.mMixOut[i] = out;
+    }
+}

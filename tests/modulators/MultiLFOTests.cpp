@@ -1,0 +1,175 @@
+#include "dsp/TimeBase.h"
+#include "modulators/MultiLFO.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+namespace
+{
+constexpr double kBlocksPerSecond = 44100.0 / gBlockLen;
+
+// Wobble frequency the step law aims at: the attractor turns about once per 2 pi units of time
+// and advances 2.9 x freq / 32 units a second.
+double NominalWobbleHz(double percent)
+{
+    return 2.9 * MultiLFO::RateFromPercent(percent) / gBlockLen / (2.0 * std::numbers::pi);
+}
+
+// Sign changes of L+ per second over the given span, halved: cycles per second.
+double MeasureWobbleHz(double percent, double seconds)
+{
+    MultiLFO lfo;
+    lfo.SetModRate(percent);
+    lfo.Reset();
+    const long ticks = static_cast<long>(seconds * kBlocksPerSecond);
+    long crossings = 0;
+    bool positive = false;
+    for (long i = 0; i < ticks; ++i)
+    {
+        lfo.Tick();
+        const bool now = lfo.Out(MultiLFO::kLPlus) >= 0.0;
+        if (i > 0 && now != positive) ++crossings;
+        positive = now;
+    }
+    return crossings / 2.0 / seconds;
+}
+} // namespace
+
+TEST(MultiLFO, RateLawAndStepFollowSampleRate)
+{
+    SetTimeBase(48000.0);
+    MultiLFO lfo;
+    lfo.SetModRate(30.0);
+    EXPECT_DOUBLE_EQ(lfo.mRateHz, 67.21);
+    EXPECT_DOUBLE_EQ(lfo.FreqNorm(), 67.21 / 48000.0);
+    EXPECT_DOUBLE_EQ(lfo.Step(), 2.9 * 67.21 / 48000.0);
+    // A new rate takes effect on Reset, without the parameter being sent again.
+    SetTimeBase(96000.0);
+    lfo.Reset();
+    EXPECT_DOUBLE_EQ(lfo.FreqNorm(), 67.21 / 96000.0);
+    SetTimeBase(44100.0);
+}
+
+// An hour of blocks at 44.1 kHz for every rate: the integration must not run away. L+ stays inside
+// -1 .. 1; R+ follows y, whose attractor reaches about -16.5, so it dips to about -1.17 by design.
+TEST(MultiLFO, RoesslerStaysBoundedForEveryRateOverAnHour)
+{
+    SetTimeBase(44100.0);
+    const long ticks = static_cast<long>(3600.0 * kBlocksPerSecond);
+    double globalLo[2] = {0.0, 0.0};
+    double globalHi[2] = {0.0, 0.0};
+    for (int percent = 0; percent <= 100; percent += 5)
+    {
+        MultiLFO lfo;
+        lfo.SetModRate(percent);
+        lfo.Reset();
+        double lo[2] = {0.0, 0.0};
+        double hi[2] = {0.0, 0.0};
+        for (long i = 0; i < ticks; ++i)
+        {
+            lfo.Tick();
+            for (int k = 0; k < 2; ++k)
+            {
+                lo[k] = std::min(lo[k], lfo.Out(k));
+                hi[k] = std::max(hi[k], lfo.Out(k));
+            }
+        }
+        SCOPED_TRACE(percent);
+        EXPECT_TRUE(std::isfinite(lfo.Out(0)) && std::isfinite(lfo.Out(1)));
+        EXPECT_GT(lo[0], -1.0);
+        EXPECT_LT(hi[0], 1.0);
+        EXPECT_GT(lo[1], -1.2);
+        EXPECT_LT(hi[1], 1.0);
+        // The negative pair mirrors the positive one.
+        EXPECT_EQ(lfo.Out(MultiLFO::kLMinus), -lfo.Out(MultiLFO::kLPlus));
+        EXPECT_EQ(lfo.Out(MultiLFO::kRMinus), -lfo.Out(MultiLFO::kRPlus));
+        for (int k = 0; k < 2; ++k)
+        {
+            globalLo[k] = std::min(globalLo[k], lo[k]);
+            globalHi[k] = std::max(globalHi[k], hi[k]);
+        }
+        // From 10 % on, an hour covers the whole attractor: a wide swing, not a stuck value.
+        if (percent >= 10)
+        {
+            EXPECT_LT(lo[0], -0.7);
+            EXPECT_GT(hi[0], 0.85);
+            EXPECT_LT(lo[1], -1.05);
+            EXPECT_GT(hi[1], 0.85);
+        }
+    }
+    RecordProperty("LPlusRange", std::to_string(globalLo[0]) + " .. " + std::to_string(globalHi[0]));
+    RecordProperty("RPlusRange", std::to_string(globalLo[1]) + " .. " + std::to_string(globalHi[1]));
+}
+
+TEST(MultiLFO, WobbleRateRisesWithRate)
+{
+    SetTimeBase(44100.0);
+    double previous = 0.0;
+    for (int percent : {5, 10, 30, 60, 100})
+    {
+        SCOPED_TRACE(percent);
+        const double hz = MeasureWobbleHz(percent, 120.0);
+        EXPECT_GT(hz, previous);
+        EXPECT_GT(hz, 0.97 * NominalWobbleHz(percent));
+        EXPECT_LT(hz, 1.10 * NominalWobbleHz(percent));
+        previous = hz;
+    }
+    // About 1 Hz at the default rate.
+    EXPECT_NEAR(MeasureWobbleHz(30.0, 120.0), 1.0, 0.05);
+}
+
+// With a phase step of 0.25 the phase runs 0.25, 0.5, 0.75, 1, then wraps to -1 on its own tick:
+// nine ticks a cycle. Expected values are those of each wave at these phases.
+TEST(MultiLFO, PlainShapesFollowThePhase)
+{
+    SetTimeBase(44100.0);
+    constexpr double r = 0.70710678118654752;
+    constexpr int kTicks = 18;
+    const std::array<std::array<double, kTicks>, 5> expected{{
+        {r, 1, r, 0, 0, -r, -1, -r, 0, r, 1, r, 0, 0, -r, -1, -r, 0},
+        {0.25, 0.5, 0.75, 1, -1, -0.75, -0.5, -0.25, 0, 0.25, 0.5, 0.75, 1, -1, -0.75, -0.5, -0.25, 0},
+        {-0.25, -0.5, -0.75, -1, 1, 0.75, 0.5, 0.25, 0, -0.25, -0.5, -0.75, -1, 1, 0.75, 0.5, 0.25, 0},
+        {1, 1, 1, 1, -1, -1, -1, -1, 1, 1, 1, 1, 1, -1, -1, -1, -1, 1},
+        {0.5, 0, -0.5, -1, -1, -0.5, 0, 0.5, 1, 0.5, 0, -0.5, -1, -1, -0.5, 0, 0.5, 1},
+    }};
+    for (int shape = MultiLFO::kSine; shape <= MultiLFO::kTriangle; ++shape)
+    {
+        SCOPED_TRACE(shape);
+        MultiLFO lfo;
+        lfo.SetShape(shape);
+        lfo.SetRate(0.25 * 44100.0);
+        lfo.Reset();
+        for (int i = 0; i < kTicks; ++i)
+        {
+            lfo.Tick();
+            EXPECT_NEAR(lfo.Out(MultiLFO::kLPlus), expected[shape - 1][i], 1e-12) << "tick " << i;
+            EXPECT_EQ(lfo.Out(MultiLFO::kRPlus), lfo.Out(MultiLFO::kLPlus));
+            // The plain waves leave the negative pair alone.
+            EXPECT_EQ(lfo.Out(MultiLFO::kLMinus), 0.0);
+            EXPECT_EQ(lfo.Out(MultiLFO::kRMinus), 0.0);
+        }
+    }
+}
+
+TEST(MultiLFO, FirstRoesslerStepFromStartState)
+{
+    SetTimeBase(44100.0);
+    MultiLFO lfo;
+    lfo.SetModRate(100.0);
+    lfo.Reset();
+    lfo.Tick();
+    // From x = 0, y = 1, z = 1: x' = -2 dt, y' = 1 + 0.15 dt.
+    const double dt = 2.9 * 224.01 / 44100.0;
+    EXPECT_NEAR(lfo.Out(MultiLFO::kLPlus), -2.0 * dt * 0.05107000097632408, 1e-15);
+    EXPECT_NEAR(lfo.Out(MultiLFO::kRPlus), (1.0 + 0.15 * dt) * 0.06790000200271606, 1e-15);
+    // Reset returns to the start state.
+    for (int i = 0; i < 1000; ++i)
+        lfo.Tick();
+    lfo.Reset();
+    lfo.Tick();
+    EXPECT_NEAR(lfo.Out(MultiLFO::kLPlus), -2.0 * dt * 0.05107000097632408, 1e-15);
+}

@@ -48,6 +48,7 @@ void Quorvex::OnParamChange(int id)
     IParamRecord* param = GetParam(id);
     if (param == nullptr) return;
     if (mFields.mMigrationMarker > 0) MigrateOldParam(*this, id);
+    if (ApplySlotParam(id, param->value) || ApplyMainParam(id, param->value)) return;
 
     switch (id)
     {
@@ -146,7 +147,10 @@ void Quorvex::RunBlock()
     ClearBuses();
     ScaleDry();
     PrepareWet();
+    RunSlots();
+    WriteDelays();
     OutputStage();
+    TickModulators();
 }
 
 // The oldest 32 ring entries become the block; the sidechain is taken without the fade.
@@ -177,6 +181,8 @@ void Quorvex::ClearBuses()
 {
     VecZero(mWetL, kBlockSize);
     VecZero(mWetR, kBlockSize);
+    VecZero(mMfxInL, kBlockSize);
+    VecZero(mMfxInR, kBlockSize);
 }
 
 void Quorvex::ScaleDry()
@@ -194,6 +200,72 @@ void Quorvex::PrepareWet()
     mInputFilterL.RunI(mBlockL, kBlockSize);
     mInputFilterR.RunI(mBlockR, kBlockSize);
     VecAdd(mBlockL, mBlockR, mBlockMono, kBlockSize);
+}
+
+// Forward paths in slot order, so that a later slot hears an earlier one's stage of this block.
+void Quorvex::RunSlots()
+{
+    if (mClearMfxOutRequest)
+    {
+        mClearMfxOutRequest = false;
+        VecZero(mMfxOutL, kBlockSize);
+        VecZero(mMfxOutR, kBlockSize);
+    }
+    SlotBlockContext ctx;
+    ctx.fade = mFadeIn.mFade;
+    ctx.attenuation = mFields.mAttenuation;
+    ctx.secPerBeat = mTempo.secPerBeat;
+    ctx.timeScale = mTimeScale;
+    ctx.feedbackMaster = mFeedbackMaster;
+    ctx.mainDepth = mMainDepth;
+    ctx.mainOut = mMainOsc.Outputs();
+    ctx.masterFxOn = mMasterFxType != 0;
+    ctx.wetL = mWetL;
+    ctx.wetR = mWetR;
+    ctx.mfxInL = mMfxInL;
+    ctx.mfxInR = mMfxInR;
+    ctx.sums = &mSums;
+    for (Slot& slot : mSlots)
+    {
+        if (slot.mOn)
+            slot.RunForward(ctx);
+        else
+            slot.RunOff(mSums);
+    }
+}
+
+// After every forward path: each slot that is on takes its own feedback, or with its matrix on a
+// mix of all delay outputs of this block, and writes its lines.
+void Quorvex::WriteDelays()
+{
+    for (Slot& slot : mSlots)
+    {
+        if (!slot.mOn) continue;
+        if (!slot.mMatrixOn)
+        {
+            VecScale(slot.FbOutL(), slot.FbGainL(), mFbSumL, kBlockSize);
+            VecScale(slot.FbOutR(), slot.FbGainR(), mFbSumR, kBlockSize);
+        }
+        else
+        {
+            VecZero(mFbSumL, kBlockSize);
+            VecZero(mFbSumR, kBlockSize);
+            for (const Slot& source : mSlots)
+            {
+                if (!source.mOn || !source.mDelayOn) continue;
+                const double m = slot.mMatrix[static_cast<std::size_t>(source.Index())];
+                VecAddScaled(source.FbOutL(), m * slot.FbGainL(), mFbSumL, kBlockSize);
+                VecAddScaled(source.FbOutR(), m * slot.FbGainR(), mFbSumR, kBlockSize);
+            }
+        }
+        slot.WriteDelay(mFbSumL, mFbSumR, mFadeIn.mFade);
+    }
+}
+
+// Modulators run after the audio of the block: their outputs reach the next block.
+void Quorvex::TickModulators()
+{
+    mMainOsc.Tick();
 }
 
 // Wet and dry meet here. With the limiter off the wet joins the dry before the output delay; with
@@ -241,6 +313,10 @@ void Quorvex::ResetEngine()
     mInputFilterL.Design(kInputLowpassOrder, relFreq);
     mInputFilterR.Design(kInputLowpassOrder, relFreq);
     mFadeIn.Prepare();
+    for (Slot& slot : mSlots)
+        slot.Prepare();
+    mMainOsc.SetModRate(mMainRatePercent);
+    mMainOsc.Reset();
     mFadeIn.Request();
     ClearEngine();
 }
@@ -257,6 +333,16 @@ void Quorvex::ClearEngine()
     mOutputDelayR.Clear();
     VecZero(mScratchL, kBlockSize);
     VecZero(mScratchR, kBlockSize);
+    // The band limit's memory too: a cleared engine hears nothing of what came before.
+    VecZero(mInputFilterL.mDelay, 2 * kIirMaxOrder);
+    VecZero(mInputFilterR.mDelay, 2 * kIirMaxOrder);
+    for (Slot& slot : mSlots)
+        slot.Clear();
+    mSums.Clear();
+    VecZero(mMfxOutL, kBlockSize);
+    VecZero(mMfxOutR, kBlockSize);
+    VecZero(mFbSumL, kBlockSize);
+    VecZero(mFbSumR, kBlockSize);
     mLimiter.Init();
 }
 
@@ -282,4 +368,268 @@ void Quorvex::SelectPresetMenuItem(const std::string& folder, int index)
     if (folder.empty()) return;
     mFields.mPresetMenuFolder = folder;
     mFields.mPresetMenuIndex = index;
+}
+
+// ---- parameter application of the slots and the main section ----
+
+namespace
+{
+// Modulation depths follow the cube of the percentage: fine control near zero.
+double DepthLaw(double percent)
+{
+    const double x = percent * 0.01;
+    return x * x * x;
+}
+
+// Gains in dB with -60 dB and below as silence.
+double GainLaw(double dB)
+{
+    return dB <= -60.0 ? 0.0 : DbToGain(dB);
+}
+} // namespace
+
+bool Quorvex::Loading() const
+{
+    return mConstructing || mPresetLoading.load() || mFields.mRestoringState;
+}
+
+void Quorvex::SetParamFromEngine(int id, double value)
+{
+    IParamRecord* param = GetParam(id);
+    if (param == nullptr) return;
+    param->value = std::clamp(value, param->min, param->max);
+    OnParamChange(id);
+    const double normalized = param->GetNormalized();
+    BeginInformHostOfParamChange(id);
+    InformHostOfParamChange(id, normalized);
+    EndInformHostOfParamChange(id);
+}
+
+bool Quorvex::ApplySlotParam(int id, double v)
+{
+    if (const int tapSlot = TapEngine::SlotOfParam(id);
+        tapSlot >= 0 && mSlots[tapSlot].Taps().ApplyParam(id, v))
+        return true;
+    using Handler = void (*)(Quorvex&, int, double);
+    struct Family
+    {
+        int first;
+        Handler apply;
+    };
+    static const Family kFamilies[] = {
+        {kSlotOn1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetOn(x >= 0.5); }},
+        {kDelayOn1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetDelayOn(x >= 0.5); }},
+        {kDirectOut1,
+         [](Quorvex& q, int s, double x)
+         {
+             q.mSlots[s].SetDirectOut(static_cast<int>(std::lround(x)));
+             // A later slot that takes this one as input follows it to its new stage.
+             for (int later = s + 1; later < kNumSlots; ++later)
+                 q.SelectInput(later, static_cast<int>(std::lround(q.GetParam(kInput1 + later)->value)));
+         }},
+        {kInput1, [](Quorvex& q, int s, double x) { q.SelectInput(s, static_cast<int>(std::lround(x))); }},
+        {kDirectIn1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetDirectIn(x); }},
+        // Neighbouring slots wobble in opposite senses.
+        {kModulation1,
+         [](Quorvex& q, int s, double x) { q.mSlots[s].mModulation = (s % 2 == 1 ? -x : x) * 0.01; }},
+        {kMasterFXSource1, [](Quorvex& q, int s, double x)
+         { q.mSlots[s].SetMasterFxSource(static_cast<int>(std::lround(x))); }},
+        {kPanPosition1, [](Quorvex& q, int s, double x) { q.mSlots[s].mPanPosition = x >= 0.5; }},
+        {kWidth1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetWidth(x); }},
+        {kOutputMode1,
+         [](Quorvex& q, int s, double x) { q.mSlots[s].mOutputMode = static_cast<int>(std::lround(x)); }},
+        {kLROffset1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetOffsetMs(x); }},
+        {kInputGain1, [](Quorvex& q, int s, double x) { q.mSlots[s].mInputGain = GainLaw(x); }},
+        {kInputGainModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mInputGainDepth = DepthLaw(x); }},
+        {kPanning1, [](Quorvex& q, int s, double x) { q.mSlots[s].mPanning = x * 0.01; }},
+        {kPanningModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mPanningDepth = DepthLaw(x); }},
+        {kFeedback1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFeedback = x * 0.01; }},
+        {kFeedbackModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFeedbackDepth = DepthLaw(x); }},
+        {kLevel1, [](Quorvex& q, int s, double x) { q.mSlots[s].mLevel = GainLaw(x); }},
+        {kLevelModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mLevelDepth = DepthLaw(x); }},
+        {kMFXSend1, [](Quorvex& q, int s, double x) { q.mSlots[s].mSend = x * 0.01; }},
+        {kMFXSendModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mSendDepth = DepthLaw(x); }},
+        {kFX1PR, [](Quorvex& q, int s, double x)
+         { q.mSlots[s].mFxType[Slot::kFxPre] = static_cast<int>(std::lround(x)); }},
+        {kFX1FB, [](Quorvex& q, int s, double x)
+         { q.mSlots[s].mFxType[Slot::kFxFeedback] = static_cast<int>(std::lround(x)); }},
+        {kFX1PO, [](Quorvex& q, int s, double x)
+         { q.mSlots[s].mFxType[Slot::kFxPost] = static_cast<int>(std::lround(x)); }},
+        {kFXOnPR1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFxOn[Slot::kFxPre] = x >= 0.5; }},
+        {kFXOnFB1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFxOn[Slot::kFxFeedback] = x >= 0.5; }},
+        {kFXOnPO1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFxOn[Slot::kFxPost] = x >= 0.5; }},
+        {kDelayMode1,
+         [](Quorvex& q, int s, double x) { q.mSlots[s].SetDelayMode(static_cast<int>(std::lround(x))); }},
+        {kDelayRoute1,
+         [](Quorvex& q, int s, double x) { q.mSlots[s].SetRoute(static_cast<int>(std::lround(x))); }},
+        {kFBProportional1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFbProportional = x >= 0.5; }},
+        {kTimebase1,
+         [](Quorvex& q, int s, double x) { q.SwitchTimebase(s, static_cast<int>(std::lround(x))); }},
+        {kTapTimebase1,
+         [](Quorvex& q, int s, double x)
+         {
+             q.mSlots[s].mTiming.SetTapTimebase(static_cast<int>(std::lround(x)));
+             if (q.mConstructing) return;
+             q.RequestFadeIn();
+             q.mSlots[s].RestartLines();
+         }},
+        {kDelayFactorL1,
+         [](Quorvex& q, int s, double x)
+         {
+             q.mSlots[s].mTiming.SetDelayFactor(0, static_cast<int>(std::lround(x)));
+             q.LinkTimes(s, kDelayFactorR1 + s, x);
+         }},
+        {kDelayFactorR1,
+         [](Quorvex& q, int s, double x)
+         {
+             q.mSlots[s].mTiming.SetDelayFactor(1, static_cast<int>(std::lround(x)));
+             q.LinkTimes(s, kDelayFactorL1 + s, x);
+         }},
+        {kDelayTimeL1,
+         [](Quorvex& q, int s, double x)
+         {
+             q.mSlots[s].mTiming.SetFreeTimeMs(0, x);
+             q.LinkTimes(s, kDelayTimeR1 + s, x);
+         }},
+        {kDelayTimeR1,
+         [](Quorvex& q, int s, double x)
+         {
+             q.mSlots[s].mTiming.SetFreeTimeMs(1, x);
+             q.LinkTimes(s, kDelayTimeL1 + s, x);
+         }},
+        {kDelayTapsTime1, [](Quorvex& q, int s, double x) { q.mSlots[s].mTiming.SetTapTimeMs(x); }},
+        {kDelaySpread1, [](Quorvex& q, int s, double x) { q.mSlots[s].mSpreadMs = x; }},
+        {kDelayLopass1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetLowPassHz(x); }},
+        {kDelayHipass1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetHighPassHz(x); }},
+        {kGrainSize1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetGrainSize(x); }},
+        {kGrainSpeed1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetGrainSpeed(x); }},
+        {kGrainPosition1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetGrainPosition(x); }},
+        {kGrainFade1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetGrainFade(x); }},
+        {kReverseXFade1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetReverseFade(x); }},
+        {kFBMatrix1, [](Quorvex& q, int s, double x) { q.mSlots[s].mMatrixOn = x >= 0.5; }},
+    };
+
+    for (const Family& family : kFamilies)
+        if (id >= family.first && id < family.first + kNumSlots)
+        {
+            family.apply(*this, id - family.first, v);
+            return true;
+        }
+    // "SlotN FB M": the share of slot N's delay output in slot M's feedback.
+    if (id >= kSlot1FB1 && id < kSlot1FB1 + kNumSlots * kNumSlots)
+    {
+        const int source = (id - kSlot1FB1) / kNumSlots;
+        const int dest = (id - kSlot1FB1) % kNumSlots;
+        mSlots[dest].mMatrix[static_cast<std::size_t>(source)] = v * 0.01;
+        return true;
+    }
+    return false;
+}
+
+bool Quorvex::ApplyMainParam(int id, double v)
+{
+    switch (id)
+    {
+    case kMainModRate:
+        mMainRatePercent = v;
+        mMainOsc.SetModRate(v);
+        return true;
+    case kMainModDepth:
+        mMainDepth = v;
+        return true;
+    case kFeedbackMaster:
+        mFeedbackMaster = v * 0.01;
+        return true;
+    case kDelayTimeScale:
+        mTimeScale = DelayTimeScale(v);
+        return true;
+    case kMasterFX:
+        mMasterFxType = static_cast<int>(std::lround(v));
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Inputs are pointers, never copies. A slot choice takes whatever the named slot offers at this
+// moment; the sums are buses the slots fill in the block.
+void Quorvex::SelectInput(int slot, int value)
+{
+    Slot& s = mSlots[slot];
+    const auto pair = [&s](const double* l, const double* r) { s.SetSource(l, r, false); };
+    const auto fromSlot = [&](int n) { pair(mSlots[n].FeedForwardL(), mSlots[n].FeedForwardR()); };
+    const auto fromSum = [&](double(*sum)[kBlockSize]) { pair(sum[0], sum[1]); };
+    switch (value)
+    {
+    case Slot::kInputLeft:
+        pair(mBlockL, mBlockL);
+        return;
+    case Slot::kInputRight:
+        pair(mBlockR, mBlockR);
+        return;
+    case Slot::kInputStereo:
+        pair(mBlockL, mBlockR);
+        return;
+    case Slot::kInputMasterFx:
+        mClearMfxOutRequest = true;
+        s.SetSource(mMfxOutL, mMfxOutR, true);
+        return;
+    default:
+        break;
+    }
+    const int choice = value - Slot::kFirstSlotInput;
+    if (value < Slot::kFirstSlotInput || choice >= 7)
+    {
+        pair(mBlockMono, mBlockMono);
+        return;
+    }
+    // Slot 3 lists slot 1, slot 2, then their sum; slot 4 lists three slots and then the sums.
+    if (slot == 2 && choice == 2)
+        fromSum(mSums.sum12);
+    else if (choice < slot)
+        fromSlot(choice);
+    else if (slot == 3 && choice == 3)
+        fromSum(mSums.sum12);
+    else if (slot == 3 && choice == 4)
+        fromSum(mSums.sum13);
+    else if (slot == 3 && choice == 5)
+        fromSum(mSums.sum23);
+    else if (slot == 3 && choice == 6)
+        fromSum(mSums.sum123);
+    else
+        pair(mBlockMono, mBlockMono);
+}
+
+void Quorvex::LinkTimes(int slot, int twinId, double value)
+{
+    if (mLinking || Loading() || GetParam(kDelayLRLink1 + slot)->value < 0.5) return;
+    if (GetParam(twinId)->value == value) return;
+    mLinking = true;
+    SetParamFromEngine(twinId, value);
+    mLinking = false;
+}
+
+void Quorvex::SwitchTimebase(int slot, int value)
+{
+    SlotTiming& timing = mSlots[slot].mTiming;
+    const bool wasSynced = timing.Synced();
+    const double beats[2] = {timing.syncTime[0], timing.syncTime[1]};
+    timing.SetTimebase(value);
+    if (Loading()) return;
+    if (wasSynced && !timing.Synced())
+    {
+        // The free times take over what was heard: beats at the present tempo, in ms.
+        const double secPerBeat = mTempo.secPerBeat;
+        const double leftMs = SyncedBeatsToFreeMs(beats[0], secPerBeat);
+        const double rightMs = SyncedBeatsToFreeMs(beats[1], secPerBeat);
+        mLinking = true;
+        SetParamFromEngine(kDelayTimeL1 + slot, leftMs);
+        SetParamFromEngine(kDelayTimeR1 + slot, rightMs);
+        mLinking = false;
+    }
+    else if (timing.Synced())
+    {
+        OnParamChange(kDelayFactorL1 + slot);
+        OnParamChange(kDelayFactorR1 + slot);
+    }
 }

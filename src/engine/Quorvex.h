@@ -5,6 +5,8 @@
 // any length pass per sample through input rings of 64 and an output ring of 32, and each time 32
 // samples have gathered one internal block runs. A sample leaves 64 samples plus 1 ms after it came
 // in; the reported latency is 32 samples plus 1 ms. Every buffer is a member, sized for 96 kHz.
+// Inside a block the four slots run their forward paths in order, then write their delay lines
+// (with the feedback matrix), after which the main modulator ticks for the next block.
 // Threads: ProcessDoubleReplacing on the audio thread; the constructor, Reset, OnParamChange and
 // the state calls on the UI (host) thread, Reset and the state calls under paramsMutex.
 
@@ -16,8 +18,10 @@
 #include "dsp/TimeBase.h"
 #include "engine/EngineFade.h"
 #include "engine/OutputDelay.h"
+#include "engine/Slot.h"
 #include "engine/TimeBase.h"
 #include "host/IPlugVST3.h"
+#include "modulators/MultiLFO.h"
 #include "params/ParamIds.h"
 #include "state/IStateHost.h"
 #include "state/Messages.h"
@@ -47,6 +51,7 @@ class Quorvex : public IPlugVST3, private IStateHost
   public:
     static constexpr int kBlockSize = gBlockLen;
     static constexpr int kInRingSize = 2 * kBlockSize;
+    static constexpr int kNumSlots = 4;
 
     Quorvex();
     ~Quorvex() override;
@@ -103,7 +108,23 @@ class Quorvex : public IPlugVST3, private IStateHost
     void ClearBuses();
     void ScaleDry();
     void PrepareWet();
+    void RunSlots();
+    void WriteDelays();
     void OutputStage();
+    void TickModulators();
+
+    // Parameter families of the slots and the main section; false when `id` is none of them.
+    bool ApplySlotParam(int id, double value);
+    bool ApplyMainParam(int id, double value);
+    // Points a slot's inputs at the pair its "Input " value names.
+    void SelectInput(int slot, int value);
+    // With "DelayL/R Link " on, an edited side's value goes to the other side as well.
+    void LinkTimes(int slot, int twinId, double value);
+    // "Timebase " switching: free times take over the synced ones, or the factors are re-sent.
+    void SwitchTimebase(int slot, int value);
+    // Parameter writes the engine makes itself, told to the host like an edit.
+    void SetParamFromEngine(int id, double value);
+    bool Loading() const;
 
     StateFields mFields;
     PendingMessage mMessage;
@@ -132,6 +153,20 @@ class Quorvex : public IPlugVST3, private IStateHost
     double mWetR[kBlockSize] = {};
     double mScratchL[kBlockSize] = {};
     double mScratchR[kBlockSize] = {};
+    double mMfxInL[kBlockSize] = {};
+    double mMfxInR[kBlockSize] = {};
+    // The master effect's return of the previous block, a source for the slots.
+    double mMfxOutL[kBlockSize] = {};
+    double mMfxOutR[kBlockSize] = {};
+    double mFbSumL[kBlockSize] = {};
+    double mFbSumR[kBlockSize] = {};
+
+    // Slots, in block order, and the sums of earlier slots that later ones may take as input.
+    Slot mSlots[kNumSlots] = {Slot(0), Slot(1), Slot(2), Slot(3)};
+    SlotSumBuses mSums;
+    MultiLFO mMainOsc;
+    Relaxed<bool> mClearMfxOutRequest{false};
+    bool mLinking = false; // a linked twin is being written: no link back
 
     // Modules.
     IppFixBiquad mInputFilterL{false};
@@ -154,6 +189,13 @@ class Quorvex : public IPlugVST3, private IStateHost
     Relaxed<double> mWetLevel{0.0};
     Relaxed<double> mOutputLevel{1.0};
     Relaxed<int> mLimiterMode{kLimiterOff};
+
+    // Caches of the main section that the slots read.
+    Relaxed<double> mMainRatePercent{30.0};
+    Relaxed<double> mMainDepth{50.0};
+    Relaxed<double> mFeedbackMaster{0.0};
+    Relaxed<double> mTimeScale{1.0};
+    Relaxed<int> mMasterFxType{0};
 
     Relaxed<bool> mConstructing{true};
     std::atomic<bool> mPresetLoading{false};

@@ -1,0 +1,702 @@
+#include "engine/Slot.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "dsp/Vec.h"
+
+namespace
+{
+constexpr int N = gBlockLen;
+constexpr int kOffsetRingSize = 1 << 16; // 25 ms at 96 kHz plus a block, rounded up
+static_assert(kOffsetRingSize > 0.025 * kMaxSampleRate + 2 * gBlockLen);
+constexpr int kLongestLine = static_cast<int>(kMaxSampleRate * 8.0 + 1000.0);
+
+// Frames a second of the editor; the slot smoothers follow its refresh rather than the sample rate.
+constexpr double kEditorRefreshRate = 25.0;
+
+// A modulated control as the block loop sees it: the first entry of base + depth x source within
+// lo..hi, or the base itself when nothing is routed.
+double ModTarget(double base, double depth, const double* source, double lo, double hi)
+{
+    if (source == nullptr) return base;
+    return std::max(std::min(base + depth * source[0], hi), lo);
+}
+} // namespace
+
+void SlotSumBuses::Clear()
+{
+    for (int side = 0; side < 2; ++side)
+    {
+        VecZero(sum12[side], N);
+        VecZero(sum13[side], N);
+        VecZero(sum23[side], N);
+        VecZero(sum123[side], N);
+    }
+}
+
+Slot::Slot(int index) : mIndex(index)
+{
+    mDelayL.Reserve(kLongestLine);
+    mDelayR.Reserve(kLongestLine);
+    mOffsetRing[0].assign(kOffsetRingSize, 0.0);
+    mOffsetRing[1].assign(kOffsetRingSize, 0.0);
+    SetSource(gNoSignal, gNoSignal, false);
+    UpdateFeedForward();
+    UpdateSendSource();
+    mDlyCellL = StageL(kStageDly);
+    mDlyCellR = StageR(kStageDly);
+}
+
+void Slot::Prepare()
+{
+    mDelayL.SetMaxDelay(gMaxDelay);
+    mDelayR.SetMaxDelay(gMaxDelay);
+    SetLowPassHz(mLowPassHz);
+    SetHighPassHz(mHighPassHz);
+    const double ms = kEditorRefreshRate * 50.0 * 32.0 / gSampleRate;
+    mInputSmoother.SetTime(ms);
+    mPanSmoother.SetTime(ms);
+    mLevelSmoother.SetTime(ms);
+    for (BlockSmoother& s : mFxMixSmoother)
+        s.SetTime(ms);
+    Clear();
+}
+
+void Slot::Clear()
+{
+    mDelayL.Reset();
+    mDelayR.Reset();
+    std::fill(mOffsetRing[0].begin(), mOffsetRing[0].end(), 0.0);
+    std::fill(mOffsetRing[1].begin(), mOffsetRing[1].end(), 0.0);
+    mOffsetWrite = 0;
+    VecZero(mBankL, kNumStages * N);
+    VecZero(mBankR, kNumStages * N);
+    VecZero(mFbOutL, N);
+    VecZero(mFbOutR, N);
+    VecZero(mDelayInL, N);
+    VecZero(mDelayInR, N);
+    VecZero(mMonoSum, N);
+}
+
+// ---- parameter path ----
+
+void Slot::SetOn(bool on)
+{
+    if (mOn && !on) mClearRequest = true;
+    mOn = on;
+}
+
+void Slot::SetDelayOn(bool on)
+{
+    const bool was = mDelayOn;
+    mDelayOn = on;
+    if (was && !on) mClearDlyRequest = true;
+    if (!was && on) mResetLinesRequest = true;
+    UpdateDirectIn();
+}
+
+// Direct In runs 0..100 %: up to 50 the delay comes in, above it the direct signal goes out.
+void Slot::SetDirectIn(double percent)
+{
+    mDirectInPercent = percent;
+    UpdateDirectIn();
+}
+
+void Slot::UpdateDirectIn()
+{
+    const double x = mDirectInPercent * 0.02;
+    mWet = mDelayOn ? std::min(1.0, x) : 1.0;
+    mDirect = std::min(1.0, 2.0 - x);
+}
+
+void Slot::SetDirectOut(int value)
+{
+    mDirectOut = value;
+    UpdateFeedForward();
+}
+
+void Slot::SetRoute(int route)
+{
+    mRoute = std::clamp(route, 0, kNumDelayStereoModes - 1);
+    UpdateFeedForward();
+}
+
+void Slot::SetMasterFxSource(int value)
+{
+    mMasterFxSource = value;
+    UpdateSendSource();
+}
+
+void Slot::SetSource(const double* left, const double* right, bool masterFx)
+{
+    mSourceL = left;
+    mSourceR = right;
+    mFromMasterFx = masterFx;
+    mCanSend = !masterFx;
+    UpdateFeedForward();
+}
+
+void Slot::UpdateFeedForward()
+{
+    if (mFromMasterFx)
+    {
+        mFeedForwardL = gNullBuffer;
+        mFeedForwardR = gNullBuffer;
+        return;
+    }
+    switch (mDirectOut)
+    {
+    case kDirectOutPre:
+        mFeedForwardL = StageL(kStagePre);
+        mFeedForwardR = StageR(kStagePre);
+        break;
+    case kDirectOutDelay:
+        // The delay cell: in the mono routes both sides read the one line's stage.
+        mFeedForwardL = mRoute == DelayMixR ? StageR(kStageDly) : StageL(kStageDly);
+        mFeedForwardR = mRoute == DelayMixL ? StageL(kStageDly) : StageR(kStageDly);
+        break;
+    case kDirectOutPost:
+        mFeedForwardL = StageL(kStagePost);
+        mFeedForwardR = StageR(kStagePost);
+        break;
+    default:
+        mFeedForwardL = StageL(kStageOut);
+        mFeedForwardR = StageR(kStageOut);
+        break;
+    }
+}
+
+// "Master FX Source ": INPUT, PRE FX, DELAY, POST FX, OUT are the stages in bank order.
+void Slot::UpdateSendSource()
+{
+    const int stage = std::clamp(static_cast<int>(mMasterFxSource), 0, kNumStages - 1);
+    mSendSourceL = StageL(stage);
+    mSendSourceR = StageR(stage);
+}
+
+// Width as a rotation: 100 % keeps the channels apart, 0 % sends each to both at equal power.
+void Slot::SetWidth(double percent)
+{
+    const double angle = (1.0 - percent * 0.01) * std::numbers::pi * 0.25;
+    mStraight = std::cos(angle);
+    const double cross = std::sin(angle);
+    mCross = std::abs(cross) < 1e-12 ? 0.0 : cross;
+}
+
+// Negative delays the left side, positive the right.
+void Slot::SetOffsetMs(double ms)
+{
+    mOffsetSec[0] = ms < 0.0 ? -ms * 0.001 : 0.0;
+    mOffsetSec[1] = ms > 0.0 ? ms * 0.001 : 0.0;
+}
+
+void Slot::SetDelayMode(int mode)
+{
+    mModeRequest = std::clamp(mode, 0, kNumDelayModes - 1);
+}
+
+void Slot::SetLowPassHz(double hz)
+{
+    mLowPassHz = hz;
+    mDelayL.SetLowPass(hz / gSampleRate);
+    mDelayR.SetLowPass(hz / gSampleRate);
+}
+
+void Slot::SetHighPassHz(double hz)
+{
+    mHighPassHz = hz;
+    mDelayL.SetHighPass(hz / gSampleRate);
+    mDelayR.SetHighPass(hz / gSampleRate);
+}
+
+void Slot::SetGrainSize(double ms)
+{
+    mDelayL.SetGrainSize(ms);
+    mDelayR.SetGrainSize(ms);
+}
+
+// The control runs -2..2 octaves; the lines take -1..1.
+void Slot::SetGrainSpeed(double value)
+{
+    mDelayL.SetGrainSpeed(value * 0.5);
+    mDelayR.SetGrainSpeed(value * 0.5);
+}
+
+void Slot::SetGrainPosition(double percent)
+{
+    mDelayL.SetGrainPosition(percent * 0.01);
+    mDelayR.SetGrainPosition(percent * 0.01);
+}
+
+void Slot::SetGrainFade(double ms)
+{
+    mDelayL.SetGrainFade(ms);
+    mDelayR.SetGrainFade(ms);
+}
+
+void Slot::SetReverseFade(double ms)
+{
+    mDelayL.SetReverseFade(ms);
+    mDelayR.SetReverseFade(ms);
+}
+
+void Slot::SetFxList(int position, DSPShell* const* modules, int count)
+{
+    const int n = std::clamp(count, 0, kFxModules);
+    mFxCount[position] = 0;
+    for (int k = 0; k < kFxModules; ++k)
+        mFx[position][k] = k < n ? modules[k] : nullptr;
+    mFxCount[position] = n;
+}
+
+// ---- audio thread ----
+
+void Slot::ApplyRequests()
+{
+    if (mModeRequest != mMode)
+    {
+        mMode = mModeRequest;
+        mDelayL.SetMode(mMode);
+        mDelayR.SetMode(mMode);
+        SetLowPassHz(mLowPassHz);
+        SetHighPassHz(mHighPassHz);
+    }
+    if (mClearRequest)
+    {
+        mClearRequest = false;
+        mDelayL.Reset();
+        mDelayR.Reset();
+        VecZero(mBankL, kNumStages * N);
+        VecZero(mBankR, kNumStages * N);
+        VecZero(mMonoSum, N);
+    }
+    if (mClearDlyRequest)
+    {
+        mClearDlyRequest = false;
+        VecZero(StageL(kStageDly), N);
+        VecZero(StageR(kStageDly), N);
+    }
+    if (mResetLinesRequest)
+    {
+        mResetLinesRequest = false;
+        mDelayL.Reset();
+        mDelayR.Reset();
+        VecZero(StageL(kStageDly), N);
+        VecZero(StageR(kStageDly), N);
+    }
+}
+
+void Slot::RunOff(SlotSumBuses& sums)
+{
+    ApplyRequests();
+    if (mIndex == 0)
+        for (int side = 0; side < 2; ++side)
+        {
+            VecZero(sums.sum12[side], N);
+            VecZero(sums.sum13[side], N);
+            VecZero(sums.sum123[side], N);
+        }
+    else if (mIndex == 1)
+        for (int side = 0; side < 2; ++side)
+            VecZero(sums.sum23[side], N);
+}
+
+void Slot::RunForward(const SlotBlockContext& ctx)
+{
+    ApplyRequests();
+    double* inL = StageL(kStageIn);
+    double* inR = StageR(kStageIn);
+    double* preL = StageL(kStagePre);
+    double* preR = StageR(kStagePre);
+    double* postL = StageL(kStagePost);
+    double* postR = StageR(kStagePost);
+
+    VecCopy(mSourceL, inL, N);
+    VecCopy(mSourceR, inR, N);
+    const double gain =
+        ModTarget(mInputGain * ctx.attenuation, mInputGainDepth, mInputGainSource, 0.0, kMaxGain);
+    const double* gainRamp = mInputSmoother.RunD(gain * ctx.fade, N);
+    VecMulI(gainRamp, inL, N);
+    VecMulI(gainRamp, inR, N);
+
+    RunOffset();
+
+    const int route = mRoute;
+    const bool delayOn = mDelayOn;
+    const bool monoL = route == DelayMixL && delayOn;
+    const bool monoR = route == DelayMixR && delayOn;
+    RunFxPosition(kFxPre, preL, preR, monoL, monoR);
+
+    const double unit = mTiming.Unit(ctx.secPerBeat, ctx.timeScale);
+    const double spread = gSampleRate * mSpreadMs * 0.001;
+    const double tL = std::max(unit * mTiming.Time(0) + spread, 0.001);
+    const double tR = std::max(unit * mTiming.Time(1) - spread, 0.001);
+
+    double fb = mFeedback + ctx.feedbackMaster;
+    if (const double* src = mFeedbackSource; src != nullptr) fb += mFeedbackDepth * src[0];
+    fb = std::clamp(fb, 0.0, kMaxFeedback);
+    mFbL = route == DelayMix ? fb * kMixFeedbackScale : fb;
+    mFbR = mFbL;
+
+    FillDelayInput();
+    // Proportional feedback: the shorter side repeats more often, so its gain is raised to the
+    // power of the time ratio and both sides lose the same level per second.
+    if (mMode == DelayForward && route == DelayDual && mFbProportional)
+    {
+        if (tL >= tR)
+            mFbR = std::pow(std::abs(fb), tR / tL);
+        else
+            mFbL = std::pow(std::abs(fb), tL / tR);
+    }
+
+    bool postDone = false;
+    if (!delayOn)
+    {
+        VecCopy(preL, postL, N);
+        VecCopy(preR, postR, N);
+    }
+    else
+    {
+        postDone = ReadDelay(ctx, tL, tR, monoL, monoR);
+        SoftLimit(mFbOutL);
+        SoftLimit(mFbOutR);
+        VecAddScaled(preL, mDirect, postL, N);
+        VecAddScaled(preR, mDirect, postR, N);
+    }
+
+    if (!postDone) RunFxPosition(kFxPost, postL, postR, false, false);
+    PanLevelWidth(ctx);
+    Output(ctx);
+
+    const double* ffL = mFeedForwardL;
+    const double* ffR = mFeedForwardR;
+    if (ffL != gNullBuffer) VecAdd(ffL, ffR, mMonoSum, N);
+    if (ffL != gNullBuffer) FeedSums(*ctx.sums);
+}
+
+// Both sides pass the offset rings; only a side with an offset reads from its ring.
+void Slot::RunOffset()
+{
+    const int mask = kOffsetRingSize - 1;
+    for (int side = 0; side < 2; ++side)
+    {
+        const double* in = side == 0 ? StageL(kStageIn) : StageR(kStageIn);
+        double* pre = side == 0 ? StageL(kStagePre) : StageR(kStagePre);
+        double* ring = mOffsetRing[side].data();
+        for (int i = 0; i < N; ++i)
+            ring[(mOffsetWrite + i) & mask] = in[i];
+        const double seconds = mOffsetSec[side];
+        if (seconds == 0.0)
+        {
+            VecCopy(in, pre, N);
+            continue;
+        }
+        const int back = static_cast<int>(seconds * gSampleRate);
+        for (int i = 0; i < N; ++i)
+            pre[i] = ring[(mOffsetWrite + i - back) & mask];
+    }
+    mOffsetWrite = (mOffsetWrite + N) & mask;
+}
+
+void Slot::FillDelayInput()
+{
+    const double* preL = StageL(kStagePre);
+    const double* preR = StageR(kStagePre);
+    const int route = mRoute;
+    if (mMode == DelayTapped || mMode == DelayBackward || route == DelayDual)
+    {
+        VecCopy(preL, mDelayInL, N);
+        VecCopy(preR, mDelayInR, N);
+        return;
+    }
+    switch (route)
+    {
+    case DelayPingPongML:
+        VecAdd(preL, preR, mDelayInL, N);
+        VecScaleI(kMonoPingPongGain, mDelayInL, N);
+        VecZero(mDelayInR, N);
+        break;
+    case DelayPingPongMR:
+        VecAdd(preR, preL, mDelayInR, N);
+        VecScaleI(kMonoPingPongGain, mDelayInR, N);
+        VecZero(mDelayInL, N);
+        break;
+    default:
+        VecScale(preL, route == DelayPingPongR ? 0.0 : 1.0, mDelayInL, N);
+        VecScale(preR, route == DelayPingPongL ? 0.0 : 1.0, mDelayInR, N);
+        break;
+    }
+}
+
+bool Slot::ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool monoL, bool monoR)
+{
+    double* dlyL = StageL(kStageDly);
+    double* dlyR = StageR(kStageDly);
+    double* postL = StageL(kStagePost);
+    double* postR = StageR(kStagePost);
+
+    // Main modulator wobble in samples; slots 1/2 and 3/4 take neighbouring output pairs.
+    const double m = mModulation * ctx.mainDepth;
+    const double* main = ctx.mainOut;
+    const double mR = main != nullptr ? m * main[static_cast<int>(mIndex * 0.5)] : 0.0;
+    const double mL = main != nullptr ? m * main[static_cast<int>(mIndex * 0.5 + 1.0)] : 0.0;
+
+    if (mMode == DelayTapped)
+    {
+        TapBlockIO io;
+        io.postL = postL;
+        io.postR = postR;
+        io.dlyL = dlyL;
+        io.dlyR = dlyR;
+        io.fbOutL = mFbOutL;
+        io.fbOutR = mFbOutR;
+        io.tapL = mTapScratchL;
+        io.tapR = mTapScratchR;
+        io.stepSamples = mTiming.TapStepSamples(ctx.secPerBeat, ctx.timeScale);
+        io.modL = mL;
+        io.modR = mR;
+        io.fbL = mFbL;
+        io.wet = mWet;
+        io.postFxOn = mFxType[kFxPost] != 0 && mFxOn[kFxPost];
+        io.fbFxOn = mFxType[kFxFeedback] != 0 && mFxOn[kFxFeedback];
+        io.postSwapping = mFxSwapping[kFxPost].load() != 0;
+        io.fx = this;
+        mDlyCellL = dlyL;
+        mDlyCellR = dlyR;
+        return mTaps.Process(mDelayL, mDelayR, io);
+    }
+    if (mMode == DelayBackward)
+    {
+        const double unit = mTiming.Unit(ctx.secPerBeat, ctx.timeScale);
+        mDelayL.mReverseOffset = std::max(mL, 0.0);
+        mDelayR.mReverseOffset = std::max(mR, 0.0);
+        VecCopy(mDelayL.ReadTap(static_cast<float>(unit * mTiming.Time(0)), 0), dlyL, N);
+        VecCopy(mDelayR.ReadTap(static_cast<float>(unit * mTiming.Time(1)), 0), dlyR, N);
+    }
+    else
+    {
+        if (!monoR) VecCopy(mDelayL.ReadTap(static_cast<float>(tL + mL), 0), dlyL, N);
+        if (!monoL) VecCopy(mDelayR.ReadTap(static_cast<float>(tR + mR), 0), dlyR, N);
+    }
+
+    RunFxPosition(kFxFeedback, dlyL, dlyR, monoL, monoR);
+    mDlyCellL = dlyL;
+    mDlyCellR = dlyR;
+    RouteFeedback(mRoute);
+    VecScale(mDlyCellL, mWet, postL, N);
+    VecScale(mDlyCellR, mWet, postR, N);
+    return false;
+}
+
+void Slot::RouteFeedback(int route)
+{
+    const double* dlyL = StageL(kStageDly);
+    const double* dlyR = StageR(kStageDly);
+    switch (route)
+    {
+    case DelayDual:
+        VecCopy(dlyL, mFbOutL, N);
+        VecCopy(dlyR, mFbOutR, N);
+        break;
+    case DelayMix:
+        VecSub(dlyR, dlyL, mFbOutL, N); // L - R
+        VecAdd(dlyL, dlyR, mFbOutR, N);
+        break;
+    case DelayMixL:
+        VecCopy(dlyL, mFbOutL, N);
+        VecZero(mFbOutR, N);
+        mDlyCellR = dlyL;
+        break;
+    case DelayMixR:
+        VecCopy(dlyR, mFbOutR, N);
+        VecZero(mFbOutL, N);
+        mDlyCellL = dlyR;
+        break;
+    default:
+        // Ping-pong: each line feeds the other.
+        VecCopy(dlyR, mFbOutL, N);
+        VecCopy(dlyL, mFbOutR, N);
+        break;
+    }
+}
+
+// Above 1 in size the feedback signal bends towards 1.5, which keeps 160 % feedback bounded.
+void Slot::SoftLimit(double* x) const
+{
+    for (int i = 0; i < N; ++i)
+    {
+        const double v = x[i];
+        if (v > 1.0)
+            x[i] = 1.0 + 0.5 * (v - 1.0) / v;
+        else if (v < -1.0)
+            x[i] = -1.0 - 0.5 * (v + 1.0) / v;
+    }
+}
+
+void Slot::PanLevelWidth(const SlotBlockContext& ctx)
+{
+    const double pan = ModTarget(mPanning, mPanningDepth, mPanningSource, -1.0, 1.0);
+    const double* p = mPanSmoother.RunD(pan, N);
+    for (int i = 0; i < N; ++i)
+    {
+        mGainR[i] = std::min(1.0 + p[i], 1.0);
+        mGainL[i] = std::min(1.0 - p[i], 1.0);
+    }
+    const double level = ModTarget(mLevel, mLevelDepth, mLevelSource, 0.0, kMaxGain);
+    const double* lv = mLevelSmoother.RunD(level * ctx.fade, N);
+    VecMulI(lv, mGainL, N);
+    VecMulI(lv, mGainR, N);
+
+    double* postL = StageL(kStagePost);
+    double* postR = StageR(kStagePost);
+    double* outL = StageL(kStageOut);
+    double* outR = StageR(kStageOut);
+    const double straight = mStraight;
+    const double cross = mCross;
+    const auto width = [&](const double* l, const double* r)
+    {
+        if (cross == 0.0)
+        {
+            if (l != outL) VecCopy(l, outL, N);
+            if (r != outR) VecCopy(r, outR, N);
+            return;
+        }
+        for (int i = 0; i < N; ++i)
+        {
+            const double a = l[i];
+            const double b = r[i];
+            outL[i] = a * straight + b * cross;
+            outR[i] = b * straight + a * cross;
+        }
+    };
+    if (mPanPosition)
+    {
+        VecMul(postL, mGainL, outL, N);
+        VecMul(postR, mGainR, outR, N);
+        width(outL, outR);
+    }
+    else
+    {
+        width(postL, postR);
+        VecMulI(mGainL, outL, N);
+        VecMulI(mGainR, outR, N);
+    }
+}
+
+void Slot::Output(const SlotBlockContext& ctx)
+{
+    const double* outL = StageL(kStageOut);
+    const double* outR = StageR(kStageOut);
+    switch (mOutputMode)
+    {
+    case kOutputNorm:
+        VecAddI(outL, ctx.wetL, N);
+        VecAddI(outR, ctx.wetR, N);
+        break;
+    case kOutputSwap:
+        VecAddI(outL, ctx.wetR, N);
+        VecAddI(outR, ctx.wetL, N);
+        break;
+    default:
+        break;
+    }
+    if (mCanSend && ctx.masterFxOn)
+    {
+        const double level = std::clamp(ModTarget(mSend, mSendDepth, mSendSource, 0.0, 1.0), 0.0, 1.0);
+        VecAddScaled(mSendSourceL, level, ctx.mfxInL, N);
+        VecAddScaled(mSendSourceR, level, ctx.mfxInR, N);
+    }
+}
+
+// Slot 1 starts the sums it belongs to, slot 2 adds to them, slot 3 adds, slot 4 is in none.
+void Slot::FeedSums(SlotSumBuses& sums) const
+{
+    const double* ff[2] = {mFeedForwardL, mFeedForwardR};
+    for (int side = 0; side < 2; ++side)
+    {
+        switch (mIndex)
+        {
+        case 0:
+            VecCopy(ff[side], sums.sum12[side], N);
+            VecCopy(ff[side], sums.sum13[side], N);
+            VecCopy(ff[side], sums.sum123[side], N);
+            break;
+        case 1:
+            VecAddI(ff[side], sums.sum12[side], N);
+            VecAddI(ff[side], sums.sum123[side], N);
+            VecCopy(ff[side], sums.sum23[side], N);
+            break;
+        case 2:
+            VecAddI(ff[side], sums.sum13[side], N);
+            VecAddI(ff[side], sums.sum23[side], N);
+            VecAddI(ff[side], sums.sum123[side], N);
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+void Slot::WriteDelay(double* fbSumL, double* fbSumR, double fade)
+{
+    VecAddI(mDelayInL, fbSumL, N);
+    VecAddI(mDelayInR, fbSumR, N);
+    VecScaleI(fade, fbSumL, N);
+    VecScaleI(fade, fbSumR, N);
+    mDelayL.WriteBlock(fbSumL);
+    mDelayR.WriteBlock(fbSumR);
+}
+
+void Slot::RunFxPosition(int position, double* left, double* right, bool monoL, bool monoR)
+{
+    if (mFxType[position] == 0 || !mFxOn[position] || mFxSwapping[position].load() != 0) return;
+    if (mFxCount[position] < 2) return;
+    if (monoL)
+        RunFx(left, left, left, left, position, 0);
+    else if (monoR)
+        RunFx(right, right, right, right, position, 1);
+    else
+        RunFx(left, right, left, right, position, -1);
+}
+
+void Slot::RunTapFx(double* buffer, int index)
+{
+    if (index < mFxCount[kFxPost]) RunFx(buffer, buffer, buffer, buffer, kFxPost, index);
+}
+
+void Slot::RunFeedbackFx(double* left, double* right)
+{
+    if (mFxCount[kFxFeedback] >= 2) RunFx(left, right, left, right, kFxFeedback, -1);
+}
+
+// Modules process in mono into the slot's effect buffers (left modules even, right odd); the mix
+// with the input follows the module's wet amount, for a pair through the position's smoother.
+void Slot::RunFx(const double* left, const double* right, double* outL, double* outR, int position, int index)
+{
+    const int first = index < 0 ? 0 : index;
+    const int last = index < 0 ? 1 : index;
+    for (int k = first; k <= last; ++k)
+    {
+        DSPShell* module = mFx[position][k];
+        if (module == nullptr || module->mBypass) continue;
+        module->mIn1 = (k % 2 == 0) ? left : right;
+        module->mOut1 = (k % 2 == 0) ? mFxOutL : mFxOutR;
+        module->Process();
+    }
+    const double m = std::clamp(static_cast<double>(mFx[position][first].Load()->mMix), 0.0, 1.0);
+    const double* ramp = nullptr;
+    if (index < 0 && m > 0.0 && m < 1.0) ramp = mFxMixSmoother[position].RunD(m, N);
+    for (int k = first; k <= last; ++k)
+    {
+        const double* in = (k % 2 == 0) ? left : right;
+        const double* processed = (k % 2 == 0) ? mFxOutL : mFxOutR;
+        double* out = (k % 2 == 0) ? outL : outR;
+        for (int i = 0; i < N; ++i)
+        {
+            const double g = ramp != nullptr ? ramp[i] : m;
+            out[i] = g * processed[i] + (1.0 - g) * in[i];
+        }
+    }
+}

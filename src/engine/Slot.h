@@ -1,0 +1,284 @@
+#pragma once
+// One delay slot: input gain, L/R offset, PRE effect, a stereo pair of delay lines, FB effect,
+// direct/delay mix, POST effect, pan, level, width and output, each step on 32-sample blocks. Its
+// five stage buffers per channel stay readable for the rest of the block, so later slots, the sum
+// buses and the master send take them by pointer without copying.
+//
+// Threads: the constructor allocates (rings sized for 96 kHz, so rate changes never allocate).
+// Prepare and Clear run on the audio thread or under the parameter lock while audio is held off.
+// RunForward, RunOff and WriteDelay run on the audio thread. The Set... calls and the public caches
+// belong to the parameter path: they store scalars and pointers only; work on the rings that a
+// parameter asks for (clearing, a new delay mode) is handed to the audio thread's next block.
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#include "delay/QLMMultiDelay.h"
+#include "dsp/BlockSmoother.h"
+#include "dsp/DSPShell.h"
+#include "dsp/Relaxed.h"
+#include "dsp/TimeBase.h"
+#include "engine/TapEngine.h"
+#include "engine/TimeBase.h"
+
+// "Not connected": a slot fed by the master effect offers nothing to later slots. It reads as
+// silence, so a pointer that still holds it is harmless.
+inline const double* const gNullBuffer = gNoSignal;
+
+// The stereo sums of earlier slots that slots 3 and 4 may take as input.
+struct SlotSumBuses
+{
+    double sum12[2][gBlockLen] = {};
+    double sum13[2][gBlockLen] = {};
+    double sum23[2][gBlockLen] = {};
+    double sum123[2][gBlockLen] = {};
+    void Clear();
+};
+
+// What the block loop lends every slot for one block.
+struct SlotBlockContext
+{
+    double fade = 1.0;
+    double attenuation = 1.0;
+    double secPerBeat = 0.5;
+    double timeScale = 1.0;          // "Delay Time Scale" as a factor
+    double feedbackMaster = 0.0;     // added to every slot's feedback
+    double mainDepth = 0.0;          // "Main ModDepth" in percent: wobble in samples per unit
+    const double* mainOut = nullptr; // the main modulator's four outputs
+    bool masterFxOn = false;
+    double* wetL = nullptr;
+    double* wetR = nullptr;
+    double* mfxInL = nullptr;
+    double* mfxInR = nullptr;
+    SlotSumBuses* sums = nullptr;
+};
+
+class Slot : private ITapFx
+{
+  public:
+    enum Stage
+    {
+        kStageIn = 0,
+        kStagePre,
+        kStageDly,
+        kStagePost,
+        kStageOut,
+        kNumStages
+    };
+    // "Input " values shared by all slots; the slot choices follow from 5 on.
+    enum Input
+    {
+        kInputMono = 0,
+        kInputLeft,
+        kInputRight,
+        kInputStereo,
+        kInputMasterFx,
+        kFirstSlotInput
+    };
+    enum DirectOut
+    {
+        kDirectOutPre = 0,
+        kDirectOutDelay,
+        kDirectOutPost,
+        kDirectOutOut
+    };
+    enum OutputMode
+    {
+        kOutputNorm = 0,
+        kOutputSwap,
+        kOutputMute
+    };
+    enum FxPosition
+    {
+        kFxPre = 0,
+        kFxFeedback,
+        kFxPost,
+        kNumFxPositions
+    };
+    // Modules per effect list: a pair per channel, and in TAPPED mode a pair per tap.
+    static constexpr int kFxModules = 2 * kNumTaps;
+    static constexpr double kMaxFeedback = 1.6;
+    static constexpr double kMixFeedbackScale = 0.7; // route MIX feeds back difference and sum
+    static constexpr double kMonoPingPongGain = 0.66;
+    static constexpr double kMaxGain = 4.0;
+
+    explicit Slot(int index);
+    Slot(const Slot&) = delete;
+    Slot& operator=(const Slot&) = delete;
+
+    // Rate-dependent set-up: line sizes, filter corners, smoother times. Clears the slot.
+    void Prepare();
+    // Clears lines, offset rings, stage banks, feedback and input buffers; keeps settings.
+    void Clear();
+
+    // Audio thread, in block order.
+    void RunForward(const SlotBlockContext& ctx);
+    // A slot that is off: pending clears, then the bus clearing (slots 1 and 2 start sums that
+    // later slots add to).
+    void RunOff(SlotSumBuses& sums);
+    // The block's feedback (already scaled by the feedback gains) plus the slot's own delay input,
+    // faded, goes into the lines.
+    void WriteDelay(double* fbSumL, double* fbSumR, double fade);
+
+    double* StageL(int stage) { return mBankL + stage * gBlockLen; }
+    double* StageR(int stage) { return mBankR + stage * gBlockLen; }
+    const double* FbOutL() const { return mFbOutL; }
+    const double* FbOutR() const { return mFbOutR; }
+    double FbGainL() const { return mFbL; }
+    double FbGainR() const { return mFbR; }
+    const double* MonoSum() const { return mMonoSum; }
+    int Index() const { return mIndex; }
+
+    // Parameter path: settings with side effects or derived pointers.
+    void SetOn(bool on);
+    void SetDelayOn(bool on);
+    void SetDirectIn(double percent);
+    void SetDirectOut(int value);
+    void SetRoute(int route);
+    void SetMasterFxSource(int value);
+    // Points the inputs at a pair that lives as long as the engine (`masterFx` marks the master
+    // effect's return: no send, nothing offered to later slots).
+    void SetSource(const double* left, const double* right, bool masterFx);
+    void SetWidth(double percent);
+    void SetOffsetMs(double ms);
+    void SetDelayMode(int mode);
+    void SetLowPassHz(double hz);
+    void SetHighPassHz(double hz);
+    void SetGrainSize(double ms);
+    void SetGrainSpeed(double value);
+    void SetGrainPosition(double percent);
+    void SetGrainFade(double ms);
+    void SetReverseFade(double ms);
+    // The effect layer publishes a position's modules here while mFxSwapping marks the position;
+    // `count` of them (at most kFxModules) stay owned by the caller.
+    void SetFxList(int position, DSPShell* const* modules, int count);
+    // A new tap time base restarts both lines.
+    void RestartLines() { mResetLinesRequest = true; }
+
+    TapEngine& Taps() { return mTaps; }
+
+    const double* FeedForwardL() const { return mFeedForwardL; }
+    const double* FeedForwardR() const { return mFeedForwardR; }
+
+    SlotTiming mTiming;
+
+    // Caches written by the parameter path, read once per block.
+    Relaxed<bool> mOn{false};
+    Relaxed<bool> mDelayOn{true};
+    Relaxed<bool> mPanPosition{false};
+    Relaxed<bool> mFbProportional{false};
+    Relaxed<bool> mMatrixOn{false};
+    Relaxed<int> mOutputMode{kOutputNorm};
+    Relaxed<double> mModulation{0.0};
+    Relaxed<double> mInputGain{1.0};
+    Relaxed<double> mInputGainDepth{0.0};
+    Relaxed<const double*> mInputGainSource{nullptr};
+    Relaxed<double> mPanning{0.0};
+    Relaxed<double> mPanningDepth{0.0};
+    Relaxed<const double*> mPanningSource{nullptr};
+    Relaxed<double> mFeedback{0.5};
+    Relaxed<double> mFeedbackDepth{0.0};
+    Relaxed<const double*> mFeedbackSource{nullptr};
+    Relaxed<double> mLevel{1.0};
+    Relaxed<double> mLevelDepth{0.0};
+    Relaxed<const double*> mLevelSource{nullptr};
+    Relaxed<double> mSend{0.5};
+    Relaxed<double> mSendDepth{0.0};
+    Relaxed<const double*> mSendSource{nullptr};
+    Relaxed<double> mSpreadMs{0.0};
+    std::array<Relaxed<double>, 4> mMatrix{}; // from slot s into this one, as a factor
+    std::array<Relaxed<int>, kNumFxPositions> mFxType{};
+    std::array<Relaxed<bool>, kNumFxPositions> mFxOn{};
+    // Set by the effect replacement around changing a position's list; the block passes dry then.
+    std::array<std::atomic<std::uint8_t>, kNumFxPositions> mFxSwapping{};
+
+  private:
+    void ApplyRequests();
+    void RunOffset();
+    void FillDelayInput();
+    // Reads the lines into the delay stage, or runs the taps; true when the taps ran the POST
+    // effect per tap.
+    bool ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool monoL, bool monoR);
+    // The tap engine's effect calls.
+    void RunTapFx(double* buffer, int index) override;
+    void RunFeedbackFx(double* left, double* right) override;
+    void RouteFeedback(int route);
+    void SoftLimit(double* x) const;
+    void PanLevelWidth(const SlotBlockContext& ctx);
+    void Output(const SlotBlockContext& ctx);
+    void FeedSums(SlotSumBuses& sums) const;
+    // The effects of one position over a stereo stage, in place; mono routes run one side only.
+    void RunFxPosition(int position, double* left, double* right, bool monoL, bool monoR);
+    // index >= 0 runs one module (even left, odd right); -1 runs both with the position's mix.
+    void RunFx(const double* left, const double* right, double* outL, double* outR, int position, int index);
+    void UpdateFeedForward();
+    void UpdateSendSource();
+    void UpdateDirectIn();
+
+    int mIndex;
+
+    // Stage banks: in, pre, dly, post, out of a channel lie contiguously.
+    double mBankL[kNumStages * gBlockLen] = {};
+    double mBankR[kNumStages * gBlockLen] = {};
+    double mFbOutL[gBlockLen] = {};
+    double mFbOutR[gBlockLen] = {};
+    double mDelayInL[gBlockLen] = {};
+    double mDelayInR[gBlockLen] = {};
+    double mMonoSum[gBlockLen] = {};
+    double mGainL[gBlockLen] = {};
+    double mGainR[gBlockLen] = {};
+    double mFxOutL[gBlockLen] = {};
+    double mFxOutR[gBlockLen] = {};
+    const double* mDlyCellL = nullptr;
+    const double* mDlyCellR = nullptr;
+    double mFbL = 0.0;
+    double mFbR = 0.0;
+
+    Relaxed<const double*> mSourceL;
+    Relaxed<const double*> mSourceR;
+    Relaxed<const double*> mFeedForwardL;
+    Relaxed<const double*> mFeedForwardR;
+    Relaxed<const double*> mSendSourceL;
+    Relaxed<const double*> mSendSourceR;
+    Relaxed<bool> mCanSend{true};
+    Relaxed<bool> mFromMasterFx{false};
+    Relaxed<int> mRoute{DelayDual};
+    Relaxed<int> mDirectOut{kDirectOutOut};
+    Relaxed<int> mMasterFxSource{0};
+    Relaxed<double> mDirectInPercent{0.0};
+    Relaxed<double> mWet{0.0};
+    Relaxed<double> mDirect{1.0};
+    Relaxed<double> mStraight{1.0};
+    Relaxed<double> mCross{0.0};
+    std::array<Relaxed<double>, 2> mOffsetSec{};
+    Relaxed<double> mLowPassHz{20000.0};
+    Relaxed<double> mHighPassHz{20.0};
+
+    // Requests from the parameter path, served at the start of the next block.
+    Relaxed<bool> mClearRequest{false};
+    Relaxed<bool> mClearDlyRequest{false};
+    Relaxed<bool> mResetLinesRequest{false};
+    Relaxed<int> mModeRequest{DelayForward};
+    int mMode = DelayForward;
+
+    TapEngine mTaps;
+    double mTapScratchL[gBlockLen] = {};
+    double mTapScratchR[gBlockLen] = {};
+    QLMMultiDelay mDelayL{false};
+    QLMMultiDelay mDelayR{true};
+    // The L/R offset lines: power-of-two rings long enough for 25 ms at 96 kHz.
+    std::vector<double> mOffsetRing[2];
+    int mOffsetWrite = 0;
+
+    BlockSmoother mInputSmoother;
+    BlockSmoother mPanSmoother;
+    BlockSmoother mLevelSmoother;
+    BlockSmoother mFxMixSmoother[kNumFxPositions];
+
+    // Effect lists of the three positions; filled by the effect layer, empty until it exists. A
+    // list runs only when it holds at least its first pair.
+    std::array<std::array<Relaxed<DSPShell*>, kFxModules>, kNumFxPositions> mFx{};
+    std::array<Relaxed<int>, kNumFxPositions> mFxCount{};
+};

@@ -1,0 +1,319 @@
+#include "engine/TapEngine.h"
+
+#include "dsp/Vec.h"
+#include "params/ParamIds.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+// Loudest swell pre-echo; the gain falls linearly to 0 over the pre-echoes of a tap.
+constexpr double kSwellPeak = 0.45;
+// Pre-echoes per tap at full swell.
+constexpr double kSwellMaxCount = 16.0;
+// Square-law grid of the pre-echoes: distance = (8 d)^2 x 500 x spread samples.
+constexpr double kSwellGridScale = 8.0;
+constexpr double kSwellGridSamples = 500.0;
+
+constexpr int kSlots = 4;
+
+int ClampTap(int tap)
+{
+    return std::clamp(tap, 0, kNumTaps - 1);
+}
+
+int ToIndex(double value)
+{
+    return static_cast<int>(std::lround(value));
+}
+
+// The tap families one per slot, and the step rows of 16 per slot.
+constexpr int kSlotFamilies[] = {kDelayTaps1,        kDelayTapFB1,        kTapFXParam1_1,  kTapFXParam2_1,
+                                 kTapTimeStepDepth1, kTapLevelStepDepth1, kTapPanWidth1,   kTapPanMode1,
+                                 kDelayTapDIOut1,    kDelayTapsSwell1,    kDelayTapsSwing1};
+constexpr int kStepRows[] = {kTapDelay1Step1Time, kTapDelay1Step1Level, kTapDelay1Step1Pan};
+static_assert(kTapDelay1Step1Level == kTapDelay1Step1Time + kSlots * kNumTaps &&
+              kTapDelay1Step1Pan == kTapDelay1Step1Level + kSlots * kNumTaps);
+} // namespace
+
+TapEngine::TapEngine()
+{
+    // The catalogue's defaults, until the engine applies every parameter: all taps on, full-length
+    // steps at full level, centred.
+    for (int t = 0; t < kNumTaps; ++t)
+    {
+        tapOnL[t] = true;
+        tapOnR[t] = true;
+        tapFxOn[t] = false;
+        tapTimeStep[t] = 1.0;
+        tapLevelStep[t] = 1.0;
+        tapPanStep[t] = 0.0;
+    }
+    // No effect parameter chosen yet: -1, which counts as chosen until the parameters arrive.
+    tapFxParam[0] = -1;
+    tapFxParam[1] = -1;
+}
+
+void TapEngine::SetTapCount(int index)
+{
+    tapCount = ClampTap(index);
+}
+
+void TapEngine::SetFeedbackTap(int value)
+{
+    fbTapChoice = std::clamp(value, 0, kNumTaps);
+}
+
+void TapEngine::SetDiOut(int value)
+{
+    tapDiOut = value;
+}
+
+void TapEngine::SetPanMode(int mode)
+{
+    tapPanMode = std::clamp(mode, int(kTapPanStereo), int(kTapPanRight));
+}
+
+// The two step depths are stored as their complement: 100 % means the steps count fully.
+void TapEngine::SetTimeStepDepth(double percent)
+{
+    tapTimeDepth = 1.0 - percent / 100.0;
+}
+
+void TapEngine::SetLevelStepDepth(double percent)
+{
+    tapLevelDepth = 1.0 - percent / 100.0;
+}
+
+void TapEngine::SetPanWidth(double percent)
+{
+    tapPanDepth = percent / 100.0;
+}
+
+// At 100 % the spacing alternates between 4/3 and 2/3 of a step.
+void TapEngine::SetSwing(double percent)
+{
+    tapSwing = percent / 3.0 / 100.0;
+}
+
+void TapEngine::SetSwell(double percent)
+{
+    tapSwell = percent / 100.0;
+}
+
+void TapEngine::SetTimeStep(int tap, double percent)
+{
+    tapTimeStep[ClampTap(tap)] = percent / 100.0;
+}
+
+void TapEngine::SetLevelStep(int tap, double percent)
+{
+    tapLevelStep[ClampTap(tap)] = percent / 100.0;
+}
+
+void TapEngine::SetPanStep(int tap, double percent)
+{
+    tapPanStep[ClampTap(tap)] = percent / 100.0;
+}
+
+void TapEngine::SetFxParam(int row, int choice)
+{
+    tapFxParam[std::clamp(row, 0, 1)] = choice;
+}
+
+void TapEngine::SetTapMask(int channel, std::uint32_t mask)
+{
+    Relaxed<bool>* on = channel == 0 ? tapOnL : tapOnR;
+    for (int t = 0; t < kNumTaps; ++t)
+        on[t] = ((mask >> t) & 1u) != 0;
+}
+
+void TapEngine::SetFxMask(std::uint32_t mask)
+{
+    for (int t = 0; t < kNumTaps; ++t)
+        tapFxOn[t] = ((mask >> t) & 1u) != 0;
+}
+
+int TapEngine::SlotOfParam(int id)
+{
+    for (int first : kSlotFamilies)
+        if (id >= first && id < first + kSlots) return id - first;
+    for (int first : kStepRows)
+        if (id >= first && id < first + kSlots * kNumTaps) return (id - first) / kNumTaps;
+    return -1;
+}
+
+bool TapEngine::ApplyParam(int id, double value)
+{
+    if (id >= kTapDelay1Step1Time && id < kTapDelay1Step1Time + 3 * kSlots * kNumTaps)
+    {
+        const int row = (id - kTapDelay1Step1Time) / (kSlots * kNumTaps);
+        const int tap = (id - kTapDelay1Step1Time) % kNumTaps;
+        if (row == 0)
+            SetTimeStep(tap, value);
+        else if (row == 1)
+            SetLevelStep(tap, value);
+        else
+            SetPanStep(tap, value);
+        return true;
+    }
+    const int slot = SlotOfParam(id);
+    if (slot < 0) return false;
+    switch (id - slot)
+    {
+    case kDelayTaps1:
+        SetTapCount(ToIndex(value));
+        return true;
+    case kDelayTapFB1:
+        SetFeedbackTap(ToIndex(value));
+        return true;
+    case kTapFXParam1_1:
+        SetFxParam(0, ToIndex(value));
+        return true;
+    case kTapFXParam2_1:
+        SetFxParam(1, ToIndex(value));
+        return true;
+    case kTapTimeStepDepth1:
+        SetTimeStepDepth(value);
+        return true;
+    case kTapLevelStepDepth1:
+        SetLevelStepDepth(value);
+        return true;
+    case kTapPanWidth1:
+        SetPanWidth(value);
+        return true;
+    case kTapPanMode1:
+        SetPanMode(ToIndex(value));
+        return true;
+    case kDelayTapDIOut1:
+        SetDiOut(ToIndex(value));
+        return true;
+    case kDelayTapsSwell1:
+        SetSwell(value);
+        return true;
+    case kDelayTapsSwing1:
+        SetSwing(value);
+        return true;
+    default:
+        return false;
+    }
+}
+
+int TapEngine::FeedbackTap() const
+{
+    const int choice = fbTapChoice;
+    return choice == 0 ? int(tapCount) : choice - 1;
+}
+
+void TapEngine::AddSwell(const QLMMultiDelay& line, double* buffer, double acc) const
+{
+    if (mSwellCount < 1.0) return;
+    const int length = line.mSize;
+    const double* mem = line.mBuf.get();
+    for (int k = 1; k <= mSwellCount; ++k)
+    {
+        const double d = k * mSwellRatio;
+        const double v = d * kSwellGridScale;
+        const double pos = acc - v * v * kSwellGridSamples * mSwellSpread;
+        if (pos <= 0.0) continue;
+        // A block ending p samples before the write head; kept inside the ring's memory.
+        const int p = std::min(static_cast<int>(pos), length - gBlockLen);
+        const int w = line.mWritePos - p;
+        int r = w - gBlockLen;
+        if (r < 0) r = length - gBlockLen + w;
+        VecAddScaled(mem + r, kSwellPeak - d, buffer, gBlockLen);
+    }
+}
+
+bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBlockIO& io)
+{
+    VecZero(io.postL, gBlockLen);
+    VecZero(io.postR, gBlockLen);
+
+    const double stepSamples = io.stepSamples;
+    const int count = tapCount;
+    const int fbTap = FeedbackTap();
+    const int last = std::max(count, fbTap);
+    const int panMode = tapPanMode;
+    const bool fxActive = io.postFxOn && (tapFxParam[0] != 0 || tapFxParam[1] != 0);
+    const bool runTapFx = fxActive && !io.postSwapping && io.fx != nullptr;
+    const double swing = tapSwing;
+    const double timeDepth = tapTimeDepth;
+    const double levelDepth = tapLevelDepth;
+    const double panDepth = tapPanDepth;
+    const double maxDelay = gMaxDelay;
+
+    const double swell = tapSwell;
+    mSwellCount = swell * kSwellMaxCount;
+    mSwellRatio = mSwellCount > 0.0 ? kSwellPeak / mSwellCount : 0.0;
+    mSwellSpread = swell * 0.9 + 0.1;
+
+    double acc = 0.0;
+    for (int i = 0; i <= last; ++i)
+    {
+        const double swingFactor = (i & 1) == 0 ? 1.0 + swing : 1.0 - swing;
+        const bool fx = runTapFx && tapFxOn[i];
+        const bool onL = tapOnL[i] && i <= count && panMode != kTapPanRight;
+        const bool onR = tapOnR[i] && i <= count && panMode != kTapPanLeft;
+        const bool readL = onL || i == fbTap || i == count;
+        const bool readR = onR || i == fbTap || i == count;
+
+        // Times add up from tap to tap.
+        const double step = std::min((1.0 - timeDepth) * tapTimeStep[i] + timeDepth, 1.0);
+        acc += step * stepSamples * swingFactor;
+
+        double gainA = 1.0;
+        double gainB = 1.0;
+        if (onL || onR)
+        {
+            const double level = std::clamp(tapLevelStep[i] + levelDepth, 0.0, 1.0) * io.wet;
+            const double pan = tapPanStep[i] * panDepth;
+            gainA = std::min(1.0 + pan, 1.0) * level;
+            gainB = std::min(1.0 - pan, 1.0) * level;
+        }
+
+        if (acc > maxDelay) continue;
+
+        if (readL)
+        {
+            const double* read = left.ReadTap(static_cast<float>(io.modL + acc), i);
+            if (i == fbTap) VecScale(read, io.fbL, io.fbOutL, gBlockLen);
+            if (i == count) VecCopy(read, io.dlyL, gBlockLen);
+            if (onL)
+            {
+                VecCopy(read, io.tapL, gBlockLen);
+                AddSwell(left, io.tapL, acc);
+                if (fx) io.fx->RunTapFx(io.tapL, 2 * i);
+                VecAddScaled(io.tapL, gainA, io.postL, gBlockLen);
+                if (panMode != kTapPanStereo && gainB != 0.0)
+                    VecAddScaled(io.tapL, gainB, io.postR, gBlockLen);
+            }
+        }
+        if (readR)
+        {
+            const double* read = right.ReadTap(static_cast<float>(io.modR + acc), i);
+            if (i == fbTap) VecScale(read, io.fbL, io.fbOutR, gBlockLen);
+            if (i == count) VecCopy(read, io.dlyR, gBlockLen);
+            if (onR)
+            {
+                VecCopy(read, io.tapR, gBlockLen);
+                AddSwell(right, io.tapR, acc);
+                if (fx) io.fx->RunTapFx(io.tapR, 2 * i + 1);
+                VecAddScaled(io.tapR, gainB, io.postR, gBlockLen);
+                if (panMode != kTapPanStereo && gainA != 0.0)
+                    VecAddScaled(io.tapR, gainA, io.postL, gBlockLen);
+            }
+        }
+    }
+
+    // This mode holds its FB effect back while the POST position is replaced.
+    if (io.fbFxOn && !io.postSwapping && io.fx != nullptr) io.fx->RunFeedbackFx(io.fbOutL, io.fbOutR);
+
+    if (tapDiOut != 0)
+    {
+        VecCopy(io.postL, io.dlyL, gBlockLen);
+        VecCopy(io.postR, io.dlyR, gBlockLen);
+    }
+    return fxActive;
+}

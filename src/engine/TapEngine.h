@@ -1,0 +1,125 @@
+#pragma once
+// The multi-tap echo of one slot in TAPPED mode: up to 16 read heads on the slot's two delay lines,
+// spaced by per-tap time steps with swing, each with its own level and pan, with "swell" pre-echoes
+// on a square-law grid in front of each tap, one tap that feeds back and per-tap POST effects.
+// It owns only parameter caches; the lines, the stage buffers and the effects belong to the slot.
+//
+// Threads: the setters come from the parameter path (OnParamChange, state restore) and only store
+// Relaxed scalars; Process runs on the audio thread, never allocates and reads every cache fresh.
+
+#include "delay/QLMMultiDelay.h"
+#include "dsp/Relaxed.h"
+
+#include <cstdint>
+
+inline constexpr int kNumTaps = kMaxDelayTaps;
+
+// "Tap Pan Mode ".
+enum TapPanMode
+{
+    kTapPanStereo = 0,
+    kTapPanDualMono = 1,
+    kTapPanLeft = 2,
+    kTapPanRight = 3,
+};
+
+// The effect calls the tap engine makes into its slot. Audio thread only.
+class ITapFx
+{
+  public:
+    virtual ~ITapFx() = default;
+    // POST module `index` on one block, in place: 2 x tap for the left side, 2 x tap + 1 the right.
+    virtual void RunTapFx(double* buffer, int index) = 0;
+    // The FB module pair (index -1) on the feedback pair, in place.
+    virtual void RunFeedbackFx(double* left, double* right) = 0;
+};
+
+// One block's connection to the slot. Every pointer is a block of 32 doubles.
+struct TapBlockIO
+{
+    double* postL = nullptr; // out: the tapped mix (cleared first)
+    double* postR = nullptr;
+    double* dlyL = nullptr; // out: the last tap's read, or the whole mix with DI out ALL
+    double* dlyR = nullptr;
+    double* fbOutL = nullptr; // out: the feedback tap's read, already times fbL
+    double* fbOutR = nullptr;
+    double* tapL = nullptr; // scratch of the slot (its mTapL, mTapR)
+    double* tapR = nullptr;
+    double stepSamples = 0.0; // samples per tap step, time base and time scale included
+    double modL = 0.0;        // main modulation of each side, in samples
+    double modR = 0.0;
+    double fbL = 0.0;          // the slot's feedback gain; the left one serves both sides here
+    double wet = 1.0;          // delay side of "Direct In "
+    bool postFxOn = false;     // POST type not OFF and "FXOn PO " on
+    bool fbFxOn = false;       // FB type not OFF and "FXOn FB " on
+    bool postSwapping = false; // the POST position is being replaced: skip the effects
+    ITapFx* fx = nullptr;      // null: nothing to run
+};
+
+class TapEngine
+{
+  public:
+    TapEngine();
+    TapEngine(const TapEngine&) = delete;
+    TapEngine& operator=(const TapEngine&) = delete;
+
+    // Audio thread. Reads every tap, fills the stage buffers of `io` and answers whether the POST
+    // effect ran per tap, in which case the slot leaves out its POST effect over the whole signal.
+    bool Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBlockIO& io);
+
+    // Parameter path; each takes the parameter's own value and applies its law.
+    void SetTapCount(int index);            // "DelayTaps ": index of the last tap
+    void SetFeedbackTap(int value);         // "DelayTap FB ": 0 follows the last tap, v is tap v - 1
+    void SetDiOut(int value);               // "DelayTap DI Out ": 0 LAST, 1 ALL
+    void SetPanMode(int mode);              // "Tap Pan Mode "
+    void SetTimeStepDepth(double percent);  // "Tap Time Step Depth "
+    void SetLevelStepDepth(double percent); // "Tap Level Step Depth "
+    void SetPanWidth(double percent);       // "Tap Pan Width "
+    void SetSwing(double percent);          // "Delay Taps Swing "
+    void SetSwell(double percent);          // "Delay Taps Swell "
+    void SetTimeStep(int tap, double percent);
+    void SetLevelStep(int tap, double percent);
+    void SetPanStep(int tap, double percent); // -100..100
+    void SetFxParam(int row, int choice);     // "Tap FX Param1 ", "Tap FX Param2 ": 0 none
+    // Bit t of `mask` switches tap t of channel 0 (left) or 1 (right).
+    void SetTapMask(int channel, std::uint32_t mask);
+    // Bit t: the POST effect runs on tap t.
+    void SetFxMask(std::uint32_t mask);
+
+    // The slot whose tap families hold parameter `id`, or -1. The tap time and its time base
+    // belong to the slot's timing, the effect step rows to the effects: they are not tap families.
+    static int SlotOfParam(int id);
+    // Applies parameter `id` (of this engine's slot, see SlotOfParam) with its value; false when
+    // `id` is none of the tap families.
+    bool ApplyParam(int id, double value);
+
+    // The caches, in their engine units.
+    Relaxed<bool> tapOnL[kNumTaps];
+    Relaxed<bool> tapOnR[kNumTaps];
+    Relaxed<bool> tapFxOn[kNumTaps];
+    Relaxed<double> tapTimeStep[kNumTaps];
+    Relaxed<double> tapLevelStep[kNumTaps];
+    Relaxed<double> tapPanStep[kNumTaps];
+    Relaxed<int> tapCount{7};
+    Relaxed<int> fbTapChoice{0};
+    Relaxed<int> tapDiOut{0};
+    Relaxed<int> tapPanMode{kTapPanStereo};
+    Relaxed<double> tapTimeDepth{0.0};
+    Relaxed<double> tapLevelDepth{0.0};
+    Relaxed<double> tapPanDepth{1.0};
+    Relaxed<double> tapSwing{0.0};
+    Relaxed<double> tapSwell{0.0};
+    Relaxed<int> tapFxParam[2];
+
+    // The tap that feeds back, from "DelayTap FB " and the tap count.
+    int FeedbackTap() const;
+
+  private:
+    // Adds the pre-echoes of a tap at `acc` samples, read straight from the line's memory.
+    void AddSwell(const QLMMultiDelay& line, double* buffer, double acc) const;
+
+    // Swell values of the running block.
+    double mSwellCount = 0.0;
+    double mSwellRatio = 0.0;
+    double mSwellSpread = 0.0;
+};

@@ -1,0 +1,352 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <numbers>
+#include <vector>
+
+#include "dsp/DSPShell.h"
+#include "dsp/TimeBase.h"
+#include "engine/LevelMeter.h"
+#include "engine/MasterSection.h"
+#include "state/StateFields.h"
+
+namespace
+{
+constexpr int kBlock = gBlockLen;
+
+struct Stereo
+{
+    std::vector<double> l, r;
+    explicit Stereo(int n = 0) : l(static_cast<std::size_t>(n), 0.0), r(static_cast<std::size_t>(n), 0.0) {}
+    int Size() const { return static_cast<int>(l.size()); }
+};
+
+Stereo Noise(int n, double amp, std::uint32_t seed)
+{
+    Stereo s(n);
+    std::uint32_t x = seed;
+    const auto next = [&x, amp]
+    {
+        x = x * 1664525u + 1013904223u;
+        return amp * (static_cast<double>(x >> 8) / 8388608.0 - 1.0);
+    };
+    for (int i = 0; i < n; ++i)
+    {
+        s.l[i] = next();
+        s.r[i] = next();
+    }
+    return s;
+}
+
+double Db(double dB)
+{
+    return std::pow(10.0, dB / 20.0);
+}
+
+// Drives the section as the engine's block does: clear the buses, let the "slots" fill the wet sum
+// and the effect bus, scale the dry, then effect, width and output. Whole blocks only; `beforeBlock`
+// runs ahead of each block with its number, as a parameter change would.
+Stereo RunBlocks(MasterSection& m, const Stereo& dry, const Stereo& wet, const Stereo* mfx = nullptr,
+                 double fade = 1.0, const std::function<void(int)>& beforeBlock = {})
+{
+    Stereo out(dry.Size());
+    for (int off = 0; off + kBlock <= dry.Size(); off += kBlock)
+    {
+        if (beforeBlock) beforeBlock(off / kBlock);
+        m.ClearBuses();
+        std::copy_n(wet.l.begin() + off, kBlock, m.mWetL);
+        std::copy_n(wet.r.begin() + off, kBlock, m.mWetR);
+        if (mfx != nullptr)
+        {
+            std::copy_n(mfx->l.begin() + off, kBlock, m.mMfxInL);
+            std::copy_n(mfx->r.begin() + off, kBlock, m.mMfxInR);
+        }
+        m.ScaleDry(dry.l.data() + off, dry.r.data() + off);
+        m.RunMasterFx();
+        m.RunWidth();
+        m.RunOutput(fade, out.l.data() + off, out.r.data() + off);
+    }
+    return out;
+}
+
+// Largest |out[i + delay] - (a * x.l[i] + b * x.r[i])| over the left channel and its mirror on the
+// right (b * l + a * r).
+double MixError(const Stereo& out, const Stereo& x, int delay, double a, double b)
+{
+    double err = 0.0;
+    for (int i = 0; i + delay < out.Size(); ++i)
+    {
+        err = std::max(err, std::fabs(out.l[i + delay] - (a * x.l[i] + b * x.r[i])));
+        err = std::max(err, std::fabs(out.r[i + delay] - (b * x.l[i] + a * x.r[i])));
+    }
+    return err;
+}
+
+double Peak(const Stereo& s, int from = 0)
+{
+    double p = 0.0;
+    for (int i = from; i < s.Size(); ++i)
+        p = std::max({p, std::fabs(s.l[i]), std::fabs(s.r[i])});
+    return p;
+}
+
+// Stand-in master effect: doubles its bus in place.
+class Doubler : public DSPShell
+{
+  public:
+    void Process() override
+    {
+        for (int k = 0; k < kBlock; ++k)
+        {
+            mOut1[k] = 2.0 * mIn1[k];
+            mOut2[k] = 2.0 * mIn2[k];
+        }
+    }
+};
+
+class MasterSectionTest : public ::testing::Test
+{
+  protected:
+    void SetUp() override { UseRate(44100.0); }
+    void TearDown() override { SetTimeBase(44100.0); }
+
+    // A wet-only section at unity: Wet 100 %, Dry 0, Output 0 dB, limiter off.
+    void UseRate(double rate)
+    {
+        SetTimeBase(rate);
+        master.SetWetLevel(100.0);
+        master.SetDryLevel(0.0);
+        master.SetOutputLevel(0.0);
+        master.SetLimiterBoost(0.0);
+        master.Prepare();
+        master.Clear();
+    }
+
+    StateFields fields;
+    MasterSection master{fields};
+};
+
+// Output = a L + b R on the left and b L + a R on the right, 1 ms late. 0 is mono at half of L + R;
+// 100 skips the stage, bit for bit; 150 has mid 0.25 and side 0.5; 200 leaves half the difference.
+TEST_F(MasterSectionTest, GlobalWidthLaw)
+{
+    const int n = 40 * kBlock;
+    const Stereo wet = Noise(n, 0.5, 7);
+    const Stereo silent(n);
+    ASSERT_EQ(int(gLookAhead), 44);
+    struct Case
+    {
+        double width, a, b;
+    };
+    for (const Case c : {Case{0.0, 0.5, 0.5}, Case{50.0, 0.75, 0.25}, Case{100.0, 1.0, 0.0},
+                         Case{150.0, 0.75, -0.25}, Case{200.0, 0.5, -0.5}})
+    {
+        master.Clear();
+        master.SetGlobalWidth(c.width);
+        EXPECT_EQ(master.WidthOn(), c.width != 100.0);
+        const double err = MixError(RunBlocks(master, silent, wet), wet, gLookAhead, c.a, c.b);
+        if (c.width == 100.0)
+            EXPECT_EQ(err, 0.0);
+        else
+            EXPECT_LT(err, 1e-15) << c.width;
+    }
+}
+
+TEST_F(MasterSectionTest, LimiterHoldsWetAtOrBelowFullScale)
+{
+    const int n = 1400 * kBlock; // about a second
+    // A loud 220 Hz sine on noise, with isolated spikes far above full scale.
+    Stereo wet = Noise(n, 0.6, 11);
+    for (int i = 0; i < n; ++i)
+    {
+        const double s = 2.5 * std::sin(2.0 * std::numbers::pi * 220.0 * i / 44100.0);
+        wet.l[i] += i % 4111 == 3000 ? 8.0 : s;
+        wet.r[i] -= 0.5 * s;
+    }
+    for (const int mode : {kLimiterFast, kLimiterSlowII})
+        for (const double boostDb : {0.0, 12.0})
+        {
+            master.SetLimiterMode(kLimiterOff);
+            master.SetLimiterBoost(boostDb);
+            master.SetLimiterMode(mode);
+            master.Clear();
+            const double peak = Peak(RunBlocks(master, Stereo(n), wet));
+            EXPECT_LE(peak, 1.0 + 1e-12) << "mode " << mode << " boost " << boostDb;
+            EXPECT_GT(peak, 0.8) << "mode " << mode << " boost " << boostDb; // limits, not mutes
+        }
+}
+
+// An impulse on the dry input and the same on the wet sum must leave as one sample of their sum,
+// 1 ms (gLookAhead samples) late, with the limiter off and on, at several rates.
+TEST_F(MasterSectionTest, DryAndWetAlignedInBothLimiterStates)
+{
+    for (const double rate : {44100.0, 48000.0, 96000.0})
+    {
+        for (const int mode : {kLimiterOff, kLimiterFast, kLimiterSlowII})
+        {
+            UseRate(rate);
+            master.SetDryLevel(100.0);
+            master.SetLimiterMode(kLimiterOff);
+            master.SetLimiterMode(mode);
+            const int n = 16 * kBlock;
+            const int at = 3 * kBlock + 5;
+            Stereo in(n);
+            in.l[at] = 0.25;
+            in.r[at] = -0.25;
+            const Stereo out = RunBlocks(master, in, in);
+
+            const int expected = static_cast<int>(rate / 1000.0);
+            ASSERT_EQ(int(gLookAhead), expected);
+            for (int i = 0; i < n; ++i)
+            {
+                if (i == at + expected) continue;
+                ASSERT_LT(std::fabs(out.l[i]) + std::fabs(out.r[i]), 1e-12)
+                    << rate << " mode " << mode << " at " << i;
+            }
+            const double peak = out.l[at + expected];
+            EXPECT_EQ(out.r[at + expected], -peak);
+            if (mode == kLimiterSlowII)
+                // The slow stage may trim the wet's level, never its place.
+                EXPECT_GT(peak, 0.45) << rate;
+            else
+                EXPECT_NEAR(peak, 0.5, 1e-12) << rate << " mode " << mode;
+        }
+    }
+}
+
+TEST_F(MasterSectionTest, LimiterSwitchOnIsSeamless)
+{
+    const int n = 60 * kBlock;
+    const Stereo wet = Noise(n, 0.4, 3);
+    const Stereo silent(n);
+    // Both runs start alike: a stretch with the limiter on, so that its look-ahead holds audio
+    // from back then, then the limiter off. One of them switches it on again at block 30.
+    Stereo outs[2];
+    for (int run = 0; run < 2; ++run)
+    {
+        master.Clear();
+        const auto modes = [&](int b)
+        {
+            if (b == 0) master.SetLimiterMode(kLimiterFast);
+            if (b == 10) master.SetLimiterMode(kLimiterOff);
+            if (b == 30 && run == 1) master.SetLimiterMode(kLimiterFast);
+        };
+        outs[run] = RunBlocks(master, silent, wet, nullptr, 1.0, modes);
+    }
+    EXPECT_LT(MixError(outs[1], outs[0], 0, 1.0, 0.0), 1e-12);
+}
+
+TEST_F(MasterSectionTest, DryWetAndOutputGains)
+{
+    const int n = 8 * kBlock;
+    const Stereo x = Noise(n, 0.5, 5);
+    const Stereo silent(n);
+    const int d = gLookAhead;
+
+    // Dry: Dry Level x Output Level x attenuation (position 0.5 is -4 dB).
+    master.SetWetLevel(0.0);
+    master.SetDryLevel(50.0);
+    master.SetOutputLevel(-6.0);
+    master.SetAttenuator(0.5);
+    EXPECT_LT(MixError(RunBlocks(master, x, silent), x, d, 0.5 * Db(-10.0), 0.0), 1e-12);
+
+    // Dry-kill holds the dry at zero through changes of Dry Level and gives the last one back.
+    master.SetDryKill(true);
+    master.SetDryLevel(80.0);
+    EXPECT_EQ(Peak(RunBlocks(master, x, silent), d), 0.0);
+    master.SetDryKill(false);
+    master.SetAttenuator(1.0);
+    EXPECT_LT(MixError(RunBlocks(master, x, silent), x, d, 0.8 * Db(-6.0), 0.0), 1e-12);
+
+    // Wet: Wet Level x Output Level x fade, here with the limiter transparent.
+    master.SetDryLevel(0.0);
+    master.SetWetLevel(40.0);
+    master.SetLimiterMode(kLimiterFast);
+    const Stereo quiet = Noise(n, 0.2, 8);
+    EXPECT_LT(MixError(RunBlocks(master, silent, quiet, nullptr, 0.5), quiet, d, 0.2 * Db(-6.0), 0.0), 1e-12);
+}
+
+TEST_F(MasterSectionTest, MasterEffectBusAndReturn)
+{
+    const int n = 8 * kBlock;
+    const Stereo bus = Noise(n, 0.5, 21);
+    const Stereo silent(n);
+    const int d = gLookAhead;
+    master.SetMasterFxLevel(50.0);
+
+    // OFF: the bus never reaches the output.
+    EXPECT_EQ(Peak(RunBlocks(master, silent, silent, &bus)), 0.0);
+
+    // A type without a module passes the bus: return = bus, wet += level x bus.
+    master.SetMasterFxType(40);
+    Stereo out = RunBlocks(master, silent, silent, &bus);
+    EXPECT_LT(MixError(out, bus, d, 0.5, 0.0), 1e-15);
+    EXPECT_EQ(master.mMfxOutL[kBlock - 1], bus.l[n - 1]);
+    EXPECT_EQ(master.mMfxOutR[0], bus.r[n - kBlock]);
+
+    // The module of the type works in place on the bus; its result is the return.
+    Doubler fx;
+    master.SetMasterFxModule(40, &fx);
+    EXPECT_EQ(master.ActiveMasterFx(), &fx);
+    out = RunBlocks(master, silent, silent, &bus);
+    EXPECT_LT(MixError(out, bus, d, 1.0, 0.0), 1e-15);
+    EXPECT_EQ(master.mMfxOutL[3], 2.0 * bus.l[n - kBlock + 3]);
+
+    // Bypassed, it leaves the bus alone.
+    master.SetMasterFxBypass(true);
+    out = RunBlocks(master, silent, silent, &bus);
+    EXPECT_LT(MixError(out, bus, d, 0.5, 0.0), 1e-15);
+
+    // Back to OFF: the return is cleared once, the bus is no longer mixed (past the millisecond
+    // still in the output delay).
+    master.SetMasterFxType(MasterSection::kMasterFxOff);
+    EXPECT_EQ(master.ActiveMasterFx(), nullptr);
+    out = RunBlocks(master, silent, silent, &bus);
+    EXPECT_EQ(Peak(out, d), 0.0);
+    EXPECT_EQ(*std::max_element(master.mMfxOutL, master.mMfxOutL + kBlock), 0.0);
+}
+
+TEST_F(MasterSectionTest, MeterLawAndBallistics)
+{
+    EXPECT_EQ(MeterLaw(0.0), 0.0);
+    EXPECT_EQ(MeterLaw(Db(-80.0)), 0.0);
+    EXPECT_NEAR(MeterLaw(Db(-30.0)), 0.5, 1e-12);
+    EXPECT_NEAR(MeterLaw(Db(-6.0)), 0.9, 1e-12);
+    EXPECT_NEAR(MeterLaw(1.0), 1.0, 1e-12);
+    EXPECT_EQ(MeterLaw(3.0), 1.0);
+
+    // Bus meters: larger channel, 1.5 times hotter.
+    const double l[kBlock] = {0.0, 0.05, -0.1};
+    const double r[kBlock] = {0.0, -0.08};
+    EXPECT_NEAR(PairMeterLaw(l, r, kBlock), 1.0 + 20.0 * std::log10(0.15) / 60.0, 1e-12);
+
+    // Activity: v = 0.75 gives 3 / 3.25; off gives 0.
+    EXPECT_NEAR(SlotActivityLaw(-0.5, 0.2, true), 3.0 / 3.25, 1e-12);
+    EXPECT_EQ(SlotActivityLaw(-0.5, 0.2, false), 0.0);
+
+    // Output meter: a block peaking at -12 dB reads 0.8 through exp(-2 pi / 40) per frame at 25
+    // frames a second, alike at every rate; silence falls back to 0.
+    const double c = std::exp(-2.0 * std::numbers::pi / 40.0);
+    for (const double rate : {44100.0, 96000.0})
+    {
+        StateFields f;
+        MasterSection m(f);
+        SetTimeBase(rate);
+        m.Prepare(25.0);
+        double host[kBlock] = {};
+        host[17] = -Db(-12.0);
+        double shown = 0.0;
+        for (int k = 0; k < 10; ++k)
+            shown = m.TickOutputMeter(1, host, kBlock);
+        EXPECT_NEAR(shown, 0.8 * (1.0 - std::pow(c, 10)), 1e-9) << rate;
+        const double silent[kBlock] = {};
+        for (int k = 0; k < 400; ++k)
+            shown = m.TickOutputMeter(1, silent, kBlock);
+        EXPECT_NEAR(shown, 0.0, 1e-12) << rate;
+        EXPECT_NEAR(m.TickOutputMeter(0, nullptr, kBlock), 0.0, 1e-12);
+    }
+}
+} // namespace

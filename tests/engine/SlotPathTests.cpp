@@ -1,0 +1,435 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "delay/DelayMode.h"
+#include "engine/Quorvex.h"
+#include "params/IParamRecord.h"
+#include "params/ParamIds.h"
+
+// Echo measurements through the whole plug-in: an impulse goes in after the fade-in and the delay
+// lines' time glide have settled, and the peaks of the wet output are located. The direct part of
+// a slot passes the same 15 kHz band limit as its echoes, so echo minus direct is the delay itself.
+
+namespace
+{
+struct Releaser
+{
+    void operator()(Quorvex* plug) const { plug->release(); }
+};
+
+struct Stereo
+{
+    std::vector<double> l, r;
+    explicit Stereo(std::size_t n = 0) : l(n, 0.0), r(n, 0.0) {}
+    std::size_t Size() const { return l.size(); }
+    const std::vector<double>& Side(int side) const { return side == 0 ? l : r; }
+};
+
+class Rig
+{
+  public:
+    explicit Rig(double rate) : mRate(rate), mPlug(new Quorvex()) { mPlug->SetSampleRate(rate); }
+
+    void Set(int id, double value)
+    {
+        mPlug->GetParam(id)->value = value;
+        mPlug->OnParamChange(id);
+    }
+
+    // No dry, no wobble, the lines' own filters open, free times: echoes are pure delays.
+    Rig& Clean(double leftMs, double rightMs)
+    {
+        Set(kDryLevel, 0.0);
+        for (int s = 0; s < 4; ++s)
+        {
+            Set(kModulation1 + s, 0.0);
+            Set(kDelayLopass1 + s, 20000.0);
+            Set(kDelayHipass1 + s, 20.0);
+            Set(kTimebase1 + s, 0.0);
+            Set(kDelayTimeL1 + s, leftMs);
+            Set(kDelayTimeR1 + s, rightMs);
+        }
+        return *this;
+    }
+
+    Stereo Run(const Stereo& in, int chunk = 512)
+    {
+        Stereo out(in.Size());
+        std::vector<double> silence(static_cast<std::size_t>(chunk), 0.0);
+        const int total = static_cast<int>(in.Size());
+        for (int done = 0; done < total; done += chunk)
+        {
+            const int n = std::min(chunk, total - done);
+            double* inputs[4] = {const_cast<double*>(in.l.data()) + done,
+                                 const_cast<double*>(in.r.data()) + done, silence.data(), silence.data()};
+            double* outputs[2] = {out.l.data() + done, out.r.data() + done};
+            mPlug->ProcessDoubleReplacing(inputs, outputs, n);
+        }
+        return out;
+    }
+
+    // An impulse of `left` and `right` at ImpulseAt(), followed by `seconds` of silence.
+    Stereo Impulse(double left, double right, double seconds)
+    {
+        Stereo in(static_cast<std::size_t>(ImpulseAt() + seconds * Fs()));
+        in.l[static_cast<std::size_t>(ImpulseAt())] = left;
+        in.r[static_cast<std::size_t>(ImpulseAt())] = right;
+        return Run(in);
+    }
+
+    double Fs() const { return std::min(mRate, 96000.0); }
+    // Late enough for the fade-in and the delay time glide to be over.
+    int ImpulseAt() const { return static_cast<int>(0.4 * Fs()); }
+    // Where the impulse leaves the plug-in on the dry path.
+    int DryAt() const { return ImpulseAt() + 64 + static_cast<int>(Fs() / 1000.0); }
+    int Samples(double ms) const { return static_cast<int>(std::lround(ms * 0.001 * Fs())); }
+
+    Quorvex& Plug() { return *mPlug; }
+
+  private:
+    double mRate;
+    std::unique_ptr<Quorvex, Releaser> mPlug;
+};
+
+// Index of the largest magnitude within center +- half.
+int PeakIndex(const std::vector<double>& x, int center, int half)
+{
+    int best = std::max(center - half, 0);
+    for (int i = best; i <= center + half && i < static_cast<int>(x.size()); ++i)
+        if (std::abs(x[i]) > std::abs(x[best])) best = i;
+    return best;
+}
+
+// The signed peak near `center`.
+double PeakNear(const std::vector<double>& x, int center, int half = 24)
+{
+    return x[static_cast<std::size_t>(PeakIndex(x, center, half))];
+}
+
+double MaxAbs(const std::vector<double>& x)
+{
+    double m = 0.0;
+    for (double v : x)
+        m = std::max(m, std::abs(v));
+    return m;
+}
+} // namespace
+
+// Defaults: 1/16 x 4 at 120 BPM is one beat. With Direct In at 50 both direct and delay pass at
+// full level, and the echo follows the dry impulse by 0.5 s give or take the main wobble (at most
+// some 30 samples at the default depth) and the band limit's few samples of delay.
+TEST(SlotPath, FirstEchoHalfASecondAfterTheDryImpulseAt120Bpm)
+{
+    Rig rig(44100.0);
+    rig.Set(kDirectIn1, 50.0);
+    const Stereo out = rig.Impulse(1.0, 1.0, 0.7);
+    const int echo = PeakIndex(out.l, rig.DryAt() + 22050, 200);
+    EXPECT_LE(std::abs(echo - (rig.DryAt() + 22050)), 40);
+    EXPECT_GT(std::abs(out.l[static_cast<std::size_t>(echo)]), 0.1);
+}
+
+// Synced note values follow the tempo, free times are milliseconds, at every rate; the echo lies
+// the delay time after the direct sound to the sample.
+TEST(SlotPath, SyncedAndFreeTimesAtSeveralRates)
+{
+    struct Case
+    {
+        int timebase;
+        int count;
+        double ms;
+        double expectedMs;
+    };
+    const Case cases[] = {
+        {2, 4, 0.0, 500.0},  // 1/16 x 4 = one beat
+        {9, 3, 0.0, 250.0},  // 1/16t x 3 = half a beat
+        {5, 2, 0.0, 750.0},  // 1/8d x 2 = one and a half beats
+        {0, 4, 300.0, 300.0} // free
+    };
+    for (double rate : {44100.0, 48000.0, 96000.0})
+        for (const Case& c : cases)
+        {
+            Rig rig(rate);
+            rig.Clean(c.ms > 0.0 ? c.ms : 500.0, c.ms > 0.0 ? c.ms : 500.0);
+            rig.Set(kDirectIn1, 50.0);
+            rig.Set(kTimebase1, c.timebase);
+            rig.Set(kDelayFactorL1, c.count);
+            rig.Set(kDelayFactorR1, c.count);
+            const Stereo out = rig.Impulse(1.0, 1.0, c.expectedMs * 0.001 + 0.1);
+            const int direct = PeakIndex(out.l, rig.DryAt(), 24);
+            const int echo = PeakIndex(out.l, direct + rig.Samples(c.expectedMs), 64);
+            EXPECT_EQ(echo - direct, rig.Samples(c.expectedMs)) << rate << " Hz, timebase " << c.timebase;
+        }
+}
+
+// Delay Time Scale doubles the times at +100 %; Delay Spread lengthens the left and shortens the
+// right and is not scaled; L/R Offset delays one side before the delay.
+TEST(SlotPath, TimeScaleSpreadAndOffsetShiftEchoes)
+{
+    struct Case
+    {
+        double scale, spreadMs, offsetMs;
+        double leftMs, rightMs;             // echo after the side's own direct sound
+        double leftDirectMs, rightDirectMs; // direct sound after the unshifted one
+    };
+    const Case cases[] = {
+        {100.0, 0.0, 0.0, 400.0, 400.0, 0.0, 0.0},  {0.0, 10.0, 0.0, 210.0, 190.0, 0.0, 0.0},
+        {100.0, 10.0, 0.0, 410.0, 390.0, 0.0, 0.0}, {0.0, 0.0, -10.0, 200.0, 200.0, 10.0, 0.0},
+        {0.0, 0.0, 20.0, 200.0, 200.0, 0.0, 20.0},
+    };
+    for (const Case& c : cases)
+    {
+        Rig rig(44100.0);
+        rig.Clean(200.0, 200.0);
+        rig.Set(kDirectIn1, 50.0);
+        rig.Set(kDelayTimeScale, c.scale);
+        rig.Set(kDelaySpread1, c.spreadMs);
+        rig.Set(kLROffset1, c.offsetMs);
+        const Stereo out = rig.Impulse(1.0, 1.0, 0.6);
+        const int directL = PeakIndex(out.l, rig.DryAt() + rig.Samples(c.leftDirectMs), 24);
+        const int directR = PeakIndex(out.r, rig.DryAt() + rig.Samples(c.rightDirectMs), 24);
+        EXPECT_EQ(directL - directR, rig.Samples(c.leftDirectMs) - rig.Samples(c.rightDirectMs));
+        EXPECT_EQ(PeakIndex(out.l, directL + rig.Samples(c.leftMs), 64) - directL, rig.Samples(c.leftMs))
+            << "scale " << c.scale << " spread " << c.spreadMs << " offset " << c.offsetMs;
+        EXPECT_EQ(PeakIndex(out.r, directR + rig.Samples(c.rightMs), 64) - directR, rig.Samples(c.rightMs))
+            << "scale " << c.scale << " spread " << c.spreadMs << " offset " << c.offsetMs;
+    }
+}
+
+// Left 100 ms, right 150 ms, feedback 50 %, impulse 1 on the left and 0.5 on the right, echoes
+// only. A is the first left echo of DUAL; every route's echoes are listed as (side, ms, level/A),
+// a level of 0 meaning nothing arrives there.
+TEST(SlotPath, EachRouteDoesWhatItSays)
+{
+    struct Echo
+    {
+        int side;
+        double ms;
+        double level;
+    };
+    struct Route
+    {
+        int route;
+        std::vector<Echo> echoes;
+    };
+    const Route routes[] = {
+        {DelayDual, {{0, 100, 1.0}, {1, 150, 0.5}, {0, 200, 0.5}, {1, 300, 0.25}, {1, 250, 0.0}}},
+        {DelayPingPongL, {{0, 100, 1.0}, {1, 150, 0.0}, {1, 250, 0.5}, {0, 350, 0.25}, {0, 200, 0.0}}},
+        {DelayPingPongML, {{0, 100, 0.99}, {1, 150, 0.0}, {1, 250, 0.495}, {0, 350, 0.2475}}},
+        {DelayPingPongR, {{1, 150, 0.5}, {0, 100, 0.0}, {0, 250, 0.25}, {1, 400, 0.125}, {1, 300, 0.0}}},
+        {DelayPingPongMR, {{1, 150, 0.99}, {0, 100, 0.0}, {0, 250, 0.495}, {1, 400, 0.2475}}},
+        {DelayPingPongLR, {{0, 100, 1.0}, {1, 150, 0.5}, {1, 250, 0.5}, {0, 250, 0.25}, {0, 200, 0.0}}},
+        // fb x 0.7: L-R into the left line, L+R into the right one.
+        {DelayMix,
+         {{0, 100, 1.0}, {1, 150, 0.5}, {0, 200, 0.35}, {1, 250, 0.35}, {0, 250, -0.175}, {1, 300, 0.175}}},
+        {DelayMixL, {{0, 100, 1.0}, {1, 100, 1.0}, {1, 150, 0.0}, {0, 200, 0.5}, {1, 200, 0.5}}},
+        {DelayMixR, {{0, 150, 0.5}, {1, 150, 0.5}, {0, 100, 0.0}, {1, 300, 0.25}, {0, 300, 0.25}}},
+    };
+    double a = 0.0;
+    for (const Route& r : routes)
+    {
+        Rig rig(44100.0);
+        rig.Clean(100.0, 150.0);
+        rig.Set(kDirectIn1, 100.0);
+        rig.Set(kInput1, 3.0); // STEREO
+        rig.Set(kDelayRoute1, r.route);
+        const Stereo out = rig.Impulse(1.0, 0.5, 0.45);
+        const int at = rig.DryAt();
+        if (r.route == DelayDual) a = PeakNear(out.l, at + rig.Samples(100));
+        ASSERT_GT(a, 0.1);
+        for (const Echo& e : r.echoes)
+        {
+            const double got = PeakNear(out.Side(e.side), at + rig.Samples(e.ms));
+            EXPECT_NEAR(got / a, e.level, 0.01)
+                << kDelayStereoModeLabels[r.route] << " side " << e.side << " at " << e.ms << " ms";
+        }
+    }
+}
+
+// Proportional feedback in DUAL: the short side's echoes come twice as often but lose level at the
+// same rate per second as the long side's.
+TEST(SlotPath, ProportionalFeedbackGivesBothSidesTheSameDecay)
+{
+    for (bool proportional : {false, true})
+    {
+        Rig rig(44100.0);
+        rig.Clean(100.0, 50.0);
+        rig.Set(kDirectIn1, 100.0);
+        rig.Set(kInput1, 3.0);
+        rig.Set(kFBProportional1, proportional ? 1.0 : 0.0);
+        const Stereo out = rig.Impulse(1.0, 1.0, 0.5);
+        const int at = rig.DryAt();
+        const double leftDecay =
+            PeakNear(out.l, at + rig.Samples(400)) / PeakNear(out.l, at + rig.Samples(200));
+        const double rightDecay =
+            PeakNear(out.r, at + rig.Samples(400)) / PeakNear(out.r, at + rig.Samples(200));
+        EXPECT_NEAR(leftDecay, 0.25, 0.003);
+        EXPECT_NEAR(rightDecay, proportional ? 0.25 : 0.0625, 0.003) << proportional;
+    }
+}
+
+// At 160 % feedback (and in MIX, 160 % x 0.7) the soft limit keeps a 10 ms loop bounded, and the
+// loop does not die out either.
+TEST(SlotPath, FeedbackAt160PercentStaysBounded)
+{
+    for (int route : {DelayDual, DelayMix, DelayPingPongLR})
+    {
+        Rig rig(44100.0);
+        rig.Clean(10.0, 13.0);
+        rig.Set(kDirectIn1, 100.0);
+        rig.Set(kInput1, 3.0);
+        rig.Set(kFeedback1, 160.0);
+        rig.Set(kDelayRoute1, route);
+        Stereo in(44100);
+        std::uint32_t x = 3;
+        for (std::size_t i = 0; i < 22050; ++i)
+        {
+            x = x * 1664525u + 1013904223u;
+            in.l[i] = static_cast<double>(x >> 8) / 8388608.0 - 1.0;
+            in.r[i] = -in.l[i];
+        }
+        const Stereo out = rig.Run(in);
+        const double peak = std::max(MaxAbs(out.l), MaxAbs(out.r));
+        EXPECT_TRUE(std::isfinite(peak));
+        EXPECT_LT(peak, 3.0) << kDelayStereoModeLabels[route];
+        // Long after the input stopped the loop still rings.
+        const std::vector<double> tail(out.l.end() - 2000, out.l.end());
+        EXPECT_GT(MaxAbs(tail), 0.05) << kDelayStereoModeLabels[route];
+    }
+}
+
+// Slot 2 with its matrix on takes half of slot 1's delay output: slot 1's 100 ms echo comes back
+// out of slot 2 another 70 ms later at half its level (slot 2's feedback 50 %). Without the matrix
+// slot 2, fed nothing, stays silent.
+TEST(SlotPath, MatrixMovesEchoesBetweenSlots)
+{
+    for (bool matrix : {false, true})
+    {
+        Rig rig(44100.0);
+        rig.Clean(100.0, 100.0);
+        rig.Set(kSlotOn2, 1.0);
+        rig.Set(kDelayTimeL2, 70.0);
+        rig.Set(kDelayTimeR2, 70.0);
+        rig.Set(kDirectIn1, 100.0);
+        rig.Set(kDirectIn2, 100.0);
+        rig.Set(kInput1, 1.0); // LEFT
+        rig.Set(kInput2, 2.0); // RIGHT, which stays silent
+        rig.Set(kFBMatrix2, matrix ? 1.0 : 0.0);
+        rig.Set(kSlot1FB2, 100.0);
+        const Stereo out = rig.Impulse(1.0, 0.0, 0.4);
+        const int at = rig.DryAt();
+        const double first = PeakNear(out.l, at + rig.Samples(100));
+        const double moved = PeakNear(out.l, at + rig.Samples(170));
+        EXPECT_GT(first, 0.1);
+        EXPECT_NEAR(moved / first, matrix ? 0.5 : 0.0, 0.005) << matrix;
+        // Slot 1 keeps its own feedback: its matrix is off.
+        EXPECT_NEAR(PeakNear(out.l, at + rig.Samples(200)) / first, 0.5, 0.005);
+    }
+}
+
+// Slot 2 fed by slot 1's PRE stage hears it in the same block: its direct sound lands on the very
+// sample slot 1's own would, scaled by slot 2's input gain. The same holds for slot 3 on the sum
+// of slots 1 and 2.
+TEST(SlotPath, InputsFromEarlierSlotsArriveInTheSameBlock)
+{
+    const double inputGain = std::pow(10.0, -3.0 / 20.0);
+    Rig alone(44100.0);
+    alone.Clean(100.0, 100.0);
+    alone.Set(kInput1, 1.0);
+    const Stereo reference = alone.Impulse(1.0, 0.0, 0.05);
+    const int direct = PeakIndex(reference.l, alone.DryAt(), 24);
+
+    Rig chained(44100.0);
+    chained.Clean(100.0, 100.0);
+    chained.Set(kInput1, 1.0);
+    chained.Set(kDirectOut1, 0.0);  // PRE FX
+    chained.Set(kOutputMode1, 2.0); // MUTE
+    chained.Set(kSlotOn2, 1.0);
+    chained.Set(kDirectOut2, 0.0);
+    chained.Set(kOutputMode2, 2.0);
+    chained.Set(kInput2, 5.0); // SLOT 1
+    chained.Set(kSlotOn3, 1.0);
+    chained.Set(kInput3, 7.0); // SLOT 1+2
+    const Stereo out = chained.Impulse(1.0, 0.0, 0.05);
+    EXPECT_EQ(PeakIndex(out.l, chained.DryAt(), 24), direct);
+    // Slot 3 hears slot 1's pre stage plus slot 2's (slot 1's times slot 2's input gain).
+    EXPECT_NEAR(out.l[static_cast<std::size_t>(direct)] / reference.l[static_cast<std::size_t>(direct)],
+                inputGain * (1.0 + inputGain), 1e-6);
+}
+
+// With echoes ringing the output does not depend on how the host cuts its blocks.
+TEST(SlotPath, BlockFramingIsBitIdenticalWithEchoes)
+{
+    const auto make = []
+    {
+        auto rig = std::make_unique<Rig>(48000.0);
+        rig->Set(kDirectIn1, 50.0);
+        rig->Set(kTimebase1, 0.0);
+        rig->Set(kDelayTimeL1, 30.0);
+        rig->Set(kDelayTimeR1, 41.0);
+        rig->Set(kFeedback1, 70.0);
+        rig->Set(kDelayRoute1, DelayPingPongLR);
+        return rig;
+    };
+    Stereo in(12000);
+    std::uint32_t x = 11;
+    for (std::size_t i = 0; i < 8000; ++i)
+    {
+        x = x * 1664525u + 1013904223u;
+        in.l[i] = static_cast<double>(x >> 8) / 8388608.0 - 1.0;
+        in.r[i] = 0.5 * in.l[i];
+    }
+    const Stereo expected = make()->Run(in, 1);
+    for (int chunk : {7, 1000, 4096})
+    {
+        const Stereo out = make()->Run(in, chunk);
+        EXPECT_TRUE(out.l == expected.l && out.r == expected.r) << "host block " << chunk;
+    }
+    const std::vector<double> tail(expected.l.end() - 2000, expected.l.end());
+    EXPECT_GT(MaxAbs(tail), 0.01);
+}
+
+// In TAPPED mode the slot's lines are read by the tap engine: two taps of 100 ms steps give echoes
+// at 100 and 200 ms and none after them when the feedback is off.
+TEST(SlotPath, TappedModeReadsTheTaps)
+{
+    Rig rig(44100.0);
+    rig.Clean(500.0, 500.0);
+    rig.Set(kDirectIn1, 100.0);
+    rig.Set(kFeedback1, 0.0);
+    rig.Set(kDelayMode1, DelayTapped);
+    rig.Set(kDelayTaps1, 1.0); // the last tap is tap 2
+    rig.Set(kDelayTapsTime1, 100.0);
+    const Stereo out = rig.Impulse(1.0, 1.0, 0.4);
+    const int at = rig.DryAt();
+    const double first = PeakNear(out.l, at + rig.Samples(100));
+    EXPECT_GT(first, 0.1);
+    EXPECT_NEAR(PeakNear(out.l, at + rig.Samples(200)) / first, 1.0, 0.01);
+    EXPECT_NEAR(PeakNear(out.r, at + rig.Samples(100)) / first, 1.0, 0.01);
+    EXPECT_NEAR(PeakNear(out.l, at + rig.Samples(300)) / first, 0.0, 0.01);
+    EXPECT_NEAR(PeakNear(out.l, at + rig.Samples(500)) / first, 0.0, 0.01);
+}
+
+// The L/R link copies an edited time to the other side; leaving sync hands the synced times over
+// to the free-time controls as milliseconds at the present tempo (1/16 x 4 and x 3 at 120 BPM).
+TEST(SlotPath, LinkAndTimebaseSwitchWriteTheTwinControls)
+{
+    Rig rig(44100.0);
+    Quorvex& plug = rig.Plug();
+    rig.Set(kDelayLRLink1, 1.0);
+    rig.Set(kDelayTimeL1, 123.0);
+    EXPECT_EQ(plug.GetParam(kDelayTimeR1)->value, 123.0);
+    rig.Set(kDelayFactorR1, 3.0);
+    EXPECT_EQ(plug.GetParam(kDelayFactorL1)->value, 3.0);
+    rig.Set(kDelayLRLink1, 0.0);
+    rig.Set(kDelayFactorR1, 4.0);
+    EXPECT_EQ(plug.GetParam(kDelayFactorL1)->value, 3.0);
+
+    rig.Set(kTimebase1, 0.0);
+    EXPECT_NEAR(plug.GetParam(kDelayTimeL1)->value, 375.0, 1e-9);
+    EXPECT_NEAR(plug.GetParam(kDelayTimeR1)->value, 500.0, 1e-9);
+}

@@ -1,0 +1,338 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "delay/DelayMode.h"
+#include "delay/QLMMultiDelay.h"
+#include "dsp/TimeBase.h"
+#include "dsp/Vec.h"
+#include "engine/TapEngine.h"
+#include "params/ParamIds.h"
+
+namespace
+{
+constexpr int kWarmBlocks = 500; // lets the 100 ms tap-time glides settle before the impulse
+// The glides settle in single precision, so an echo's gain is good to about 1e-4 of itself.
+constexpr double kTol = 1e-3;
+
+struct Capture
+{
+    std::vector<double> postL, postR, dlyL, dlyR, fbL, fbR;
+};
+
+// Two tapped delay lines, a tap engine and the slot's buffers around them. Each block: the taps
+// are read, then the input plus the feedback tap times the feedback gain is written, as the slot's
+// feedback mix does. The recorded part starts with an impulse of `ampL` on the left and, `rightLag`
+// samples later, one of `ampR` on the right.
+class TapRig
+{
+  public:
+    TapRig() : mRate(44100.0)
+    {
+        left.SetMode(DelayTapped);
+        right.SetMode(DelayTapped);
+        double** ends[] = {&io.postL,  &io.postR,  &io.dlyL, &io.dlyR,
+                           &io.fbOutL, &io.fbOutR, &io.tapL, &io.tapR};
+        for (int k = 0; k < 8; ++k)
+            *ends[k] = mBuf[k];
+    }
+
+    Capture Run(int blocks, double ampL = 1.0, double ampR = 0.0, int rightLag = 0)
+    {
+        Capture c;
+        std::vector<double>* rec[] = {&c.postL, &c.postR, &c.dlyL, &c.dlyR, &c.fbL, &c.fbR};
+        double in[2][gBlockLen];
+        for (int b = -kWarmBlocks; b < blocks; ++b)
+        {
+            lastFxActive = taps.Process(left, right, io);
+            for (int i = 0; i < gBlockLen; ++i)
+            {
+                const int n = b * gBlockLen + i;
+                in[0][i] = (n == 0 ? ampL : 0.0) + io.fbOutL[i] * io.fbL;
+                in[1][i] = (n == rightLag ? ampR : 0.0) + io.fbOutR[i] * io.fbL;
+            }
+            left.WriteBlock(in[0]);
+            right.WriteBlock(in[1]);
+            for (int k = 0; k < 6 && b >= 0; ++k)
+                rec[k]->insert(rec[k]->end(), mBuf[k], mBuf[k] + gBlockLen);
+        }
+        return c;
+    }
+
+    struct RateSetter
+    {
+        explicit RateSetter(double rate) { SetTimeBase(rate); }
+    } mRate; // first member: the lines size themselves from the time base
+    QLMMultiDelay left{false};
+    QLMMultiDelay right{true};
+    TapEngine taps;
+    TapBlockIO io;
+    bool lastFxActive = false;
+    double mBuf[8][gBlockLen] = {};
+};
+
+// An echo of the all-pass read spreads over a few samples around its delay; their sum is its gain.
+double EchoAt(const std::vector<double>& x, double delay)
+{
+    const int centre = static_cast<int>(std::lround(delay));
+    double sum = 0.0;
+    for (int n = centre - 2; n <= centre + 3; ++n)
+        sum += x[n];
+    return sum;
+}
+
+// Everything outside the echo windows at `delays`.
+double EnergyOutside(const std::vector<double>& x, const std::vector<double>& delays)
+{
+    double e = 0.0;
+    for (int n = 0; n < static_cast<int>(x.size()); ++n)
+    {
+        bool inside = false;
+        for (double d : delays)
+            inside = inside || (n >= std::lround(d) - 2 && n <= std::lround(d) + 3);
+        if (!inside) e += x[n] * x[n];
+    }
+    return e;
+}
+
+// Scales a tap by (index + 2) and the feedback pair by -1, counting the calls.
+class ScalingFx : public ITapFx
+{
+  public:
+    void RunTapFx(double* buffer, int index) override
+    {
+        ++tapCalls;
+        VecScaleI(index + 2.0, buffer, gBlockLen);
+    }
+    void RunFeedbackFx(double* left, double* right) override
+    {
+        ++fbCalls;
+        VecScaleI(-1.0, left, gBlockLen);
+        VecScaleI(-1.0, right, gBlockLen);
+    }
+    int tapCalls = 0;
+    int fbCalls = 0;
+};
+} // namespace
+
+TEST(TapEngine, TapsLandAtAccumulatedStepTimesWithSwing)
+{
+    // Four taps, 1500 samples a step; swing 100 % makes the spacing 4/3 and 2/3 of a step; tap 2
+    // has a half step.
+    for (const double timeDepth : {100.0, 50.0})
+    {
+        TapRig rig;
+        rig.taps.SetTapCount(3);
+        rig.taps.SetSwing(100.0);
+        rig.taps.SetTimeStep(2, 50.0);
+        rig.taps.SetTimeStepDepth(timeDepth);
+        rig.io.stepSamples = 1500.0;
+        const Capture c = rig.Run(200);
+
+        // With the depth at 50 % the half step counts half: 0.75 of a step.
+        const double third = timeDepth == 100.0 ? 1000.0 : 1500.0;
+        const std::vector<double> at{2000.0, 3000.0, 3000.0 + third, 4000.0 + third};
+        for (double d : at)
+            EXPECT_NEAR(EchoAt(c.postL, d), 1.0, kTol) << "timeDepth " << timeDepth << " delay " << d;
+        EXPECT_LT(EnergyOutside(c.postL, at), 1e-8);
+        // The last tap is the delay stage.
+        EXPECT_NEAR(EchoAt(c.dlyL, at[3]), 1.0, kTol);
+        EXPECT_LT(EnergyOutside(c.dlyL, {at[3]}), 1e-8);
+    }
+}
+
+TEST(TapEngine, LevelsAndPansInEachPanMode)
+{
+    // Two taps at 2000 and 4000 samples. Tap 0: level 80 %, pan +50 %; tap 1: level 50 %, pan
+    // -100 %; pan width 50 %, "Direct In" wet side 0.8. So tap 0 has gains 0.64 (A, left) and 0.48
+    // (B, right), tap 1 has 0.2 and 0.4. The right input comes 37 samples after the left.
+    const double gainA[2] = {0.64, 0.2};
+    const double gainB[2] = {0.48, 0.4};
+    const double delay[2] = {2000.0, 4000.0};
+    const int lag = 37;
+    struct Mode
+    {
+        int mode;
+        bool leftOn, rightOn, cross;
+    };
+    const Mode modes[] = {{kTapPanStereo, true, true, false},
+                          {kTapPanDualMono, true, true, true},
+                          {kTapPanLeft, true, false, true},
+                          {kTapPanRight, false, true, true}};
+    for (const Mode& m : modes)
+    {
+        TapRig rig;
+        rig.taps.SetTapCount(1);
+        rig.taps.SetLevelStep(0, 80.0);
+        rig.taps.SetLevelStep(1, 50.0);
+        rig.taps.SetPanStep(0, 50.0);
+        rig.taps.SetPanStep(1, -100.0);
+        rig.taps.SetPanWidth(50.0);
+        rig.taps.SetPanMode(m.mode);
+        rig.io.stepSamples = 2000.0;
+        rig.io.wet = 0.8;
+        rig.io.fbL = 0.5;
+        const Capture c = rig.Run(160, 1.0, 1.0, lag);
+
+        for (int t = 0; t < 2; ++t)
+        {
+            SCOPED_TRACE(testing::Message() << "pan mode " << m.mode << " tap " << t);
+            // Left taps: A to the left output, B to the right one unless STEREO.
+            EXPECT_NEAR(EchoAt(c.postL, delay[t]), m.leftOn ? gainA[t] : 0.0, kTol);
+            EXPECT_NEAR(EchoAt(c.postR, delay[t]), m.leftOn && m.cross ? gainB[t] : 0.0, kTol);
+            // Right taps: B to the right output, A to the left one unless STEREO.
+            EXPECT_NEAR(EchoAt(c.postR, delay[t] + lag), m.rightOn ? gainB[t] : 0.0, kTol);
+            EXPECT_NEAR(EchoAt(c.postL, delay[t] + lag), m.rightOn && m.cross ? gainA[t] : 0.0, kTol);
+        }
+        // The last tap feeds back on both sides whatever the pan mode mutes, with the left gain.
+        EXPECT_NEAR(EchoAt(c.fbL, delay[1]), 0.5, kTol);
+        EXPECT_NEAR(EchoAt(c.fbR, delay[1] + lag), 0.5, kTol);
+    }
+}
+
+TEST(TapEngine, FeedbackTapBeyondTheLastIsSilentButFeedsBack)
+{
+    // One tap at 2000 samples; "DelayTap FB" 3 makes tap index 2, at 6000, the feedback tap.
+    TapRig rig;
+    rig.taps.SetTapCount(0);
+    rig.taps.SetFeedbackTap(3);
+    rig.io.stepSamples = 2000.0;
+    rig.io.fbL = 0.6;
+    const Capture c = rig.Run(300);
+
+    EXPECT_EQ(rig.taps.FeedbackTap(), 2);
+    // The feedback tap is read and scaled by the feedback gain once...
+    EXPECT_NEAR(EchoAt(c.fbL, 6000.0), 0.6, kTol);
+    EXPECT_LT(EnergyOutside(c.fbL, {6000.0, 8000.0, 12000.0, 14000.0}), 1e-8);
+    // ...is silent in the output, and after the mix applies the gain again the recirculated
+    // signal comes out of tap 0: 0.6^2 at 6000 + 2000.
+    EXPECT_NEAR(EchoAt(c.postL, 6000.0), 0.0, 1e-9);
+    EXPECT_NEAR(EchoAt(c.postL, 2000.0), 1.0, kTol);
+    EXPECT_NEAR(EchoAt(c.postL, 8000.0), 0.36, kTol);
+    EXPECT_LT(EnergyOutside(c.postL, {2000.0, 8000.0}), 1e-6);
+    // The one tap is also the delay stage.
+    EXPECT_NEAR(EchoAt(c.dlyL, 2000.0), 1.0, kTol);
+}
+
+TEST(TapEngine, SwellPutsPreEchoesOnASquareLawGrid)
+{
+    // One tap at 4000.5 samples, full swell: 16 pre-echoes k with d = k x 0.45 / 16, gain 0.45 - d,
+    // at (8 d)^2 x 500 samples in front of the tap, read as a raw block that ends there, which puts
+    // it 32 samples later. Only k = 1..12 lie after time 0.
+    const auto run = [](double swellPercent)
+    {
+        TapRig rig;
+        rig.taps.SetTapCount(0);
+        rig.taps.SetSwell(swellPercent);
+        rig.io.stepSamples = 4000.5;
+        return rig.Run(140).postL;
+    };
+    const std::vector<double> dry = run(0.0);
+    const std::vector<double> swelled = run(100.0);
+
+    std::vector<double> expected(dry.size(), 0.0);
+    for (int k = 1; k <= 12; ++k)
+    {
+        const double grid = 25.3125 * k * k; // 500 x (8 x 0.45 / 16)^2 x k^2
+        expected[static_cast<int>(std::floor(4000.5 - grid)) + gBlockLen] = 0.45 - 0.028125 * k;
+    }
+    int echoes = 0;
+    for (std::size_t n = 0; n < dry.size(); ++n)
+    {
+        EXPECT_NEAR(swelled[n] - dry[n], expected[n], 1e-12) << "sample " << n;
+        echoes += swelled[n] != dry[n];
+    }
+    EXPECT_EQ(echoes, 12);
+}
+
+TEST(TapEngine, TapMasksSwitchTapsPerChannel)
+{
+    // Four taps, 1000 samples apart, the same impulse on both inputs.
+    const std::vector<double> at{1000.0, 2000.0, 3000.0, 4000.0};
+    TapRig rig;
+    rig.taps.SetTapCount(3);
+    rig.taps.SetTapMask(0, 0b0101u);
+    rig.taps.SetTapMask(1, 0b1010u);
+    rig.io.stepSamples = 1000.0;
+    const Capture c = rig.Run(160, 1.0, 1.0);
+
+    for (int t = 0; t < 4; ++t)
+    {
+        EXPECT_NEAR(EchoAt(c.postL, at[t]), t % 2 == 0 ? 1.0 : 0.0, kTol) << "tap " << t;
+        EXPECT_NEAR(EchoAt(c.postR, at[t]), t % 2 == 1 ? 1.0 : 0.0, kTol) << "tap " << t;
+    }
+    // The last tap is read for the delay stage even where its channel is off.
+    EXPECT_NEAR(EchoAt(c.dlyL, at[3]), 1.0, kTol);
+
+    // "DelayTap DI Out" ALL: the delay stage carries the whole tapped mix.
+    TapRig all;
+    all.taps.SetTapCount(3);
+    all.taps.SetTapMask(0, 0xFFFFu);
+    all.taps.SetDiOut(1);
+    all.io.stepSamples = 1000.0;
+    const Capture d = all.Run(160, 1.0, 1.0);
+    for (double delay : at)
+        EXPECT_NEAR(EchoAt(d.postL, delay), 1.0, kTol);
+    EXPECT_EQ(d.dlyL, d.postL);
+    EXPECT_EQ(d.dlyR, d.postR);
+}
+
+TEST(TapEngine, PostEffectRunsPerTapWithItsModuleIndex)
+{
+    // Two taps at 1000 and 2000; the effect is on tap 1 only: module 2 on the left (x4), module 3
+    // on the right (x5). The feedback pair goes through the FB effect (x-1).
+    ScalingFx fx;
+    TapRig rig;
+    rig.taps.SetTapCount(1);
+    rig.taps.SetFxMask(0b10u);
+    rig.io.stepSamples = 1000.0;
+    rig.io.fbL = 0.3;
+    rig.io.postFxOn = true;
+    rig.io.fbFxOn = true;
+    rig.io.fx = &fx;
+    const Capture c = rig.Run(100, 1.0, 1.0);
+
+    EXPECT_TRUE(rig.lastFxActive);
+    EXPECT_NEAR(EchoAt(c.postL, 1000.0), 1.0, kTol);
+    EXPECT_NEAR(EchoAt(c.postL, 2000.0), 4.0, kTol);
+    EXPECT_NEAR(EchoAt(c.postR, 2000.0), 5.0, kTol);
+    EXPECT_NEAR(EchoAt(c.fbL, 2000.0), -0.3, kTol);
+    EXPECT_EQ(fx.tapCalls, 2 * (kWarmBlocks + 100));
+    EXPECT_EQ(fx.fbCalls, kWarmBlocks + 100);
+
+    // While the POST position is replaced both effects are skipped and the taps pass dry; with no
+    // tap parameter chosen the per-tap effect is off and the slot runs its own POST effect.
+    rig.io.postSwapping = true;
+    const Capture swapping = rig.Run(100, 1.0, 1.0);
+    EXPECT_NEAR(EchoAt(swapping.postL, 2000.0), 1.0, kTol);
+    EXPECT_NEAR(EchoAt(swapping.fbL, 2000.0), 0.3, kTol);
+    EXPECT_TRUE(rig.lastFxActive);
+
+    rig.io.postSwapping = false;
+    rig.taps.SetFxParam(0, 0);
+    rig.taps.SetFxParam(1, 0);
+    const int callsBefore = fx.tapCalls;
+    rig.Run(1);
+    EXPECT_FALSE(rig.lastFxActive);
+    EXPECT_EQ(fx.tapCalls, callsBefore);
+}
+
+TEST(TapEngine, ParametersReachTheTapsOfTheirSlot)
+{
+    EXPECT_EQ(TapEngine::SlotOfParam(kTapDelay1Step1Pan + 2 * kNumTaps + 15), 2);
+    EXPECT_EQ(TapEngine::SlotOfParam(kDelayTapsSwing1 + 3), 3);
+    EXPECT_EQ(TapEngine::SlotOfParam(kDelayTapsTime1), -1); // the slot's timing holds the tap time
+
+    // Slot 3's parameters, by id: two taps, tap 0 at a quarter level, tap 1 half a step long.
+    TapRig rig;
+    EXPECT_TRUE(rig.taps.ApplyParam(kDelayTaps1 + 2, 1.0));
+    EXPECT_TRUE(rig.taps.ApplyParam(kTapDelay1Step1Level + 2 * kNumTaps, 25.0));
+    EXPECT_TRUE(rig.taps.ApplyParam(kTapDelay1Step1Time + 2 * kNumTaps + 1, 50.0));
+    EXPECT_FALSE(rig.taps.ApplyParam(kDelayTapsTime1 + 2, 10.0));
+    rig.io.stepSamples = 2000.0;
+    const Capture c = rig.Run(110);
+    EXPECT_NEAR(EchoAt(c.postL, 2000.0), 0.25, kTol);
+    EXPECT_NEAR(EchoAt(c.postL, 3000.0), 1.0, kTol);
+    EXPECT_LT(EnergyOutside(c.postL, {2000.0, 3000.0}), 1e-8);
+}

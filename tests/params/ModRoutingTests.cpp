@@ -1,0 +1,277 @@
+#include "params/ModRouting.h"
+#include "params/ParamCatalogue.h"
+#include "params/ParamIds.h"
+#include "params/ValueLists.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <string>
+
+namespace
+{
+constexpr double kLo = -0.5;
+constexpr double kHi = 1.5;
+
+// Restores the process-wide rate a test changed.
+struct RateGuard
+{
+    explicit RateGuard(double rate) { SetTimeBase(rate); }
+    ~RateGuard() { SetTimeBase(44100.0); }
+};
+
+struct Rig
+{
+    ModSourceBank bank;
+    ModRouting routing{bank};
+    // Routes a source index and a depth percent to one member of a family.
+    void Wire(ModFamilyId family, int member, int source, double percent)
+    {
+        const ModFamily& fam = GetModFamily(family);
+        routing.OnParamChange(fam.sourceId + member, source);
+        routing.OnParamChange(fam.depthId + member, percent);
+    }
+};
+} // namespace
+
+TEST(ModRouting, ModulateScalarWithAndWithoutSource)
+{
+    const double src[2] = {0.8, -100.0};
+    double base = 3.0; // outside the limits: with no source it stays as it is
+    modulate(nullptr, 1.0, &base, nullptr, 1, kLo, kHi);
+    EXPECT_EQ(base, 3.0);
+
+    // In place: 0.2 + 0.5 x 0.8 = 0.6; only sample 0 counts.
+    base = 0.2;
+    modulate(src, 0.5, &base, nullptr, 1, kLo, kHi);
+    EXPECT_DOUBLE_EQ(base, 0.6);
+
+    // With a result the base is left alone; the result is clamped at both ends.
+    base = 1.0;
+    double result = 99.0;
+    modulate(src, 1.0, &base, &result, 1, kLo, kHi);
+    EXPECT_EQ(base, 1.0);
+    EXPECT_EQ(result, kHi);
+    modulate(src, -2.0, &base, &result, 1, kLo, kHi);
+    EXPECT_EQ(result, kLo);
+    modulate(nullptr, 1.0, &base, &result, 1, kLo, kHi);
+    EXPECT_EQ(result, 1.0);
+}
+
+TEST(ModRouting, ModulateBlockFillsAddsAndBounds)
+{
+    double src[gBlockLen];
+    for (int i = 0; i < gBlockLen; ++i)
+        src[i] = -1.0 + 2.0 * i / (gBlockLen - 1); // -1 .. 1
+    double base = 0.5;
+    double out[gBlockLen];
+    modulate(src, 2.0, &base, out, gBlockLen, kLo, kHi);
+    for (int i = 0; i < gBlockLen; ++i)
+        EXPECT_DOUBLE_EQ(out[i], std::clamp(0.5 + 2.0 * src[i], kLo, kHi)) << i;
+    EXPECT_EQ(out[0], kLo);
+    EXPECT_EQ(out[gBlockLen - 1], kHi);
+
+    // No source: every entry takes the base, unclamped.
+    base = 7.0;
+    modulate(nullptr, 2.0, &base, out, gBlockLen, kLo, kHi);
+    for (double v : out)
+        EXPECT_EQ(v, 7.0);
+}
+
+TEST(ModRouting, DepthLawsAtSeveralDepthsAndSigns)
+{
+    struct Case
+    {
+        double percent;
+        double cube;
+    };
+    for (const Case c : {Case{100.0, 1.0}, Case{50.0, 0.125}, Case{-50.0, -0.125}, Case{10.0, 0.001},
+                         Case{-100.0, -1.0}, Case{0.0, 0.0}})
+    {
+        EXPECT_NEAR(DepthFromPercent(DepthLaw::kCube, c.percent), c.cube, 1e-15) << c.percent;
+        EXPECT_NEAR(DepthFromPercent(DepthLaw::kHalfCube, c.percent), c.cube * 0.5, 1e-15);
+        EXPECT_NEAR(DepthFromPercent(DepthLaw::kLinear, c.percent), c.percent / 100.0, 1e-15);
+        // Back again: the cube root of the depth gives the knob's percent, sign included.
+        EXPECT_NEAR(std::cbrt(DepthFromPercent(DepthLaw::kCube, c.percent)) * 100.0, c.percent, 1e-12);
+    }
+    // Time depths in samples: 48000 x 0.125 x 0.025 = 150.
+    RateGuard rate(48000.0);
+    EXPECT_NEAR(DepthFromPercent(DepthLaw::kSamples, 50.0), 150.0, 1e-9);
+    EXPECT_NEAR(DepthFromPercent(DepthLaw::kSamplesNegated, 50.0), -150.0, 1e-9);
+
+    // Through the parameter path each family uses its own law.
+    Rig rig;
+    rig.routing.OnParamChange(kFeedbackModDepth2, -50.0);
+    rig.routing.OnParamChange(kPanningModDepth3, -50.0);
+    rig.routing.OnParamChange(kDelayTapsTimeModDepth1, 50.0);
+    rig.routing.OnParamChange(kFXParam4ModDepthPO3, 20.0);
+    EXPECT_DOUBLE_EQ(rig.routing.Route(kModFeedback, 1).Depth(), -0.125);
+    EXPECT_DOUBLE_EQ(rig.routing.Route(kModPanning, 2).Depth(), -0.5);
+    EXPECT_DOUBLE_EQ(rig.routing.Route(kModTapsTime, 0).Depth(), 0.0625);
+    EXPECT_NEAR(rig.routing.Route(kModFxParam4, 2 * 4 + 2).Depth(), 0.008, 1e-15);
+}
+
+TEST(ModRouting, SourceTableAndParameterValues)
+{
+    Rig rig;
+    // Index 0 and anything outside 1..14 is no source; the 14 others are distinct silent buffers.
+    EXPECT_EQ(rig.bank.SourceBuffer(kModSourceOff), nullptr);
+    EXPECT_EQ(rig.bank.SourceBuffer(-1), nullptr);
+    EXPECT_EQ(rig.bank.SourceBuffer(kNumModSources), nullptr);
+    std::set<const double*> seen;
+    for (int i = 1; i < kNumModSources; ++i)
+    {
+        const double* b = rig.bank.SourceBuffer(i);
+        ASSERT_NE(b, nullptr);
+        for (int k = 0; k < gBlockLen; ++k)
+            EXPECT_EQ(b[k], 0.0);
+        seen.insert(b);
+    }
+    EXPECT_EQ(seen.size(), 14u);
+    EXPECT_STREQ(kModSourceList[kModSourceGate1], "GATE1");
+    EXPECT_STREQ(kModSourceList[kModSourceLogic1 + 3], "LOGIC4");
+
+    // "GATE3" (value 7) on slot 2's input gain, full depth: base 1 + 1 x 0.75.
+    rig.Wire(kModInputGain, 1, kModSourceGate1 + 2, 100.0);
+    rig.bank.Buffer(kModSourceGate1 + 2)[0] = 0.75;
+    EXPECT_EQ(rig.routing.Route(kModInputGain, 1).SourceIndex(), 7);
+    EXPECT_DOUBLE_EQ(rig.routing.InputGainTarget(1, 1.0), 1.75);
+    EXPECT_DOUBLE_EQ(rig.routing.InputGainTarget(0, 1.0), 1.0); // slot 1 has nothing routed
+
+    // "OFF" with depth 100 leaves the base; the depth is kept for when a source returns.
+    rig.routing.OnParamChange(kInputGainModSource2, kModSourceOff);
+    EXPECT_EQ(rig.routing.InputGainTarget(1, 1.0), 1.0);
+    EXPECT_EQ(rig.routing.Route(kModInputGain, 1).Depth(), 1.0);
+    rig.routing.OnParamChange(kInputGainModSource2, kModSourceGate1 + 2);
+    EXPECT_DOUBLE_EQ(rig.routing.InputGainTarget(1, 1.0), 1.75);
+}
+
+// A modulator writes its buffer after the audio of a block, so the slot reads block k's value in
+// block k + 1; and it reads the live buffer, not a copy taken when the source was chosen.
+TEST(ModRouting, SourceIsReadOneBlockLate)
+{
+    Rig rig;
+    rig.Wire(kModLevel, 3, kModSourceLFO1 + 1, 100.0);
+    double* lfo = rig.bank.Buffer(kModSourceLFO1 + 1);
+    double seen[6];
+    for (int block = 0; block < 6; ++block)
+    {
+        seen[block] = rig.routing.LevelTarget(3, 1.0); // slot path of the block
+        for (int i = 0; i < gBlockLen; ++i)            // modulator tick at the block's end
+            lfo[i] = 0.1 * (block + 1) + (i == 0 ? 0.0 : 5.0);
+    }
+    EXPECT_EQ(seen[0], 1.0);
+    for (int block = 1; block < 6; ++block)
+        EXPECT_DOUBLE_EQ(seen[block], 1.0 + 0.1 * block) << block;
+}
+
+TEST(ModRouting, BlockRateDestinationsKeepTheirLimits)
+{
+    Rig rig;
+    for (int slot = 0; slot < 4; ++slot)
+    {
+        rig.Wire(kModFeedback, slot, kModSourceLogic1, 100.0);
+        rig.Wire(kModPanning, slot, kModSourceLogic1, 100.0);
+        rig.Wire(kModSend, slot, kModSourceLogic1, 100.0);
+        rig.Wire(kModLevel, slot, kModSourceLogic1, 100.0);
+    }
+    double* logic = rig.bank.Buffer(kModSourceLogic1);
+    logic[0] = 1.0;
+    EXPECT_DOUBLE_EQ(rig.routing.FeedbackAmount(0, 0.5), 1.5);
+    EXPECT_EQ(rig.routing.FeedbackAmount(0, 1.0), 1.6); // 160 % and no more
+    EXPECT_EQ(rig.routing.PanTarget(1, 0.5), 1.0);
+    EXPECT_EQ(rig.routing.SendLevel(2, 0.5), 1.0);
+    EXPECT_EQ(rig.routing.LevelTarget(3, 3.5), 4.0);
+    logic[0] = -1.0;
+    EXPECT_EQ(rig.routing.FeedbackAmount(0, 0.5), 0.0);
+    EXPECT_EQ(rig.routing.PanTarget(1, -0.5), -1.0);
+    EXPECT_EQ(rig.routing.SendLevel(2, 0.5), 0.0);
+    EXPECT_EQ(rig.routing.LevelTarget(3, 0.5), 0.0);
+
+    // Feedback and send stay in range even with nothing routed (the master scale can push the
+    // feedback base to 2.1 or below 0).
+    Rig bare;
+    EXPECT_EQ(bare.routing.FeedbackAmount(0, 2.1), 1.6);
+    EXPECT_EQ(bare.routing.FeedbackAmount(0, -0.5), 0.0);
+    EXPECT_EQ(bare.routing.InputGainTarget(0, 0.7), 0.7);
+}
+
+TEST(ModRouting, SpreadModulationMovesBothDelayTimesApart)
+{
+    RateGuard rate(44100.0);
+    Rig rig;
+    rig.Wire(kModDelaySpread, 2, kModSourceEnv1, 100.0); // 44100 x 0.025 = 1102.5 samples
+    rig.bank.Buffer(kModSourceEnv1)[0] = 0.5;
+    const DelayTimePair t = rig.routing.DelayTimes(2, 22050.0, 22050.0);
+    EXPECT_DOUBLE_EQ(t.left, 22050.0 + 551.25);
+    EXPECT_DOUBLE_EQ(t.right, 22050.0 - 551.25);
+    // Never below 0.001 samples.
+    const DelayTimePair shortT = rig.routing.DelayTimes(2, 10.0, 10.0);
+    EXPECT_EQ(shortT.right, ModRouting::kShortestDelay);
+    // Another slot is untouched.
+    EXPECT_EQ(rig.routing.DelayTimes(1, 100.0, 200.0).right, 200.0);
+
+    // A new rate re-derives every depth held in samples; the delay modules read the right time's
+    // depth through its pointer, with the sign flipped for their channel sign.
+    rig.Wire(kModDelayTimeR, 0, kModSourceLFO1, 50.0);
+    const double* depthR = rig.routing.Route(kModDelayTimeR, 0).DepthPointer();
+    EXPECT_NEAR(*depthR, -44100.0 * 0.125 * 0.025, 1e-9);
+    SetTimeBase(96000.0);
+    rig.routing.OnRateChange();
+    EXPECT_NEAR(rig.routing.Route(kModDelaySpread, 2).Depth(), 2400.0, 1e-9);
+    EXPECT_NEAR(*depthR, -300.0, 1e-9);
+}
+
+// Every ModSource parameter of the catalogue pairs with its depth and the parameter it drives,
+// checked by name; the three families whose names don't match keep their pairing by id.
+TEST(ModRouting, FamilyPairingByCatalogueNames)
+{
+    int sources = 0;
+    for (int id = 0; id < kNumParams; ++id)
+    {
+        const std::string name = ParamName(id);
+        const ModParamRef ref = FindModParam(id);
+        const bool isSourceName = name.find("ModSource") != std::string::npos ||
+                                  (name.starts_with("Logic") && name.find(" Source") != std::string::npos &&
+                                   name.find("Depth") == std::string::npos);
+        EXPECT_EQ(ref.Found() && ref.isSource, isSourceName) << name;
+        if (ref.Found() && !ref.isSource)
+        {
+            EXPECT_NE(name.find("Depth"), std::string::npos) << name;
+        }
+        if (isSourceName) ++sources;
+    }
+    EXPECT_EQ(sources, 13 * 4 + 5 * 12 + 3 * 4);
+
+    struct Pair
+    {
+        int sourceId;
+        const char* driven;
+        const char* depth;
+    };
+    for (const Pair p : {Pair{kDelaySpreadModSource1 + 2, "Delay Spread 3", "Delay ModDepth 3"},
+                         Pair{kGrainSpreadModSource1 + 1, "Grain Speed 2", "G-Speed ModDepth 2"},
+                         Pair{kGrainSpeedModSource1 + 3, "Grain Position 4", "G-Position ModDepth 4"},
+                         Pair{kInputGainModSource1, "Input Gain 1", "Input Gain ModDepth 1"},
+                         Pair{kDelayTimeRModSource1 + 1, "Delay TimeR 2", "Delay TimeR ModDepth 2"},
+                         Pair{kLFOFreqModSource1 + 2, "LFO Rate 3", "LFO Freq ModDepth 3"},
+                         Pair{kFXParam3ModSourceFB2, "FXParam3 2 FB", "FXParam3 ModDepth 2 FB"},
+                         Pair{kLogic4DepthModSource, "Logic4 Depth", "Logic4 Depth Mod"}})
+    {
+        const ModParamRef ref = FindModParam(p.sourceId);
+        ASSERT_TRUE(ref.Found() && ref.isSource) << p.driven;
+        const ModFamily& fam = GetModFamily(ref.family);
+        EXPECT_EQ(ParamName(fam.valueId + ref.member), p.driven);
+        EXPECT_EQ(ParamName(fam.depthId + ref.member), p.depth);
+        const ModParamRef depthRef = FindModParam(fam.depthId + ref.member);
+        EXPECT_EQ(depthRef.family, ref.family);
+        EXPECT_EQ(depthRef.member, ref.member);
+    }
+    // The logic modules' source inputs have a depth but drive no parameter.
+    const ModParamRef logic = FindModParam(kLogic2Source2);
+    EXPECT_EQ(logic.family, kModLogicSource2);
+    EXPECT_EQ(logic.member, 1);
+    EXPECT_EQ(ParamName(GetModFamily(logic.family).depthId + 1), "Logic3 Source2 Depth"); // name as it stands
+}

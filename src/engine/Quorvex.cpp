@@ -48,39 +48,63 @@ void Quorvex::OnParamChange(int id)
     IParamRecord* param = GetParam(id);
     if (param == nullptr) return;
     if (mFields.mMigrationMarker > 0) MigrateOldParam(*this, id);
-    if (ApplySlotParam(id, param->value) || ApplyMainParam(id, param->value)) return;
-
-    switch (id)
+    const double v = param->value;
+    if (const ModParamRef ref = mModRouting.OnParamChange(id, v); ref.Found())
     {
-    case kDryLevel:
-        // Dry-kill holds the dry path at zero whatever the knob says.
-        if (!mFields.mDryKill) mFields.mDryLevel = param->value * 0.01;
-        break;
-    case kWetLevel:
-        mWetLevel = param->value * 0.01;
-        break;
-    case kOutputLevel:
-        mOutputLevel = DbToGain(param->value);
-        break;
-    case kLimiterOn:
-        SetLimiterMode(static_cast<int>(param->value));
-        break;
-    case kLimiterLevel:
-        mLimiter.SetBoost(param->value);
-        break;
-    default:
-        break;
+        WireModRoute(ref);
+        return;
     }
+    if (ApplySlotParam(id, v) || ApplyMainParam(id, v)) return;
+    ApplyMasterParam(id, v);
 }
 
-// The limiter hears of a mode only when it changes. Between two running modes it fades through
-// silence; coming from off it is not running, so it switches at once.
-void Quorvex::SetLimiterMode(int mode)
+// The delay modules read their time, taps-time and grain modulation through pointers, so a route
+// of those families is handed to them; the block loop reads the other slot families itself. The
+// LFO rate, effect and logic families go to their modules once those exist.
+void Quorvex::WireModRoute(const ModParamRef& ref)
 {
-    const int before = mLimiterMode;
-    if (mode == before) return;
-    mLimiterMode = mode;
-    if (mode != kLimiterOff) mLimiter.SetMode(mode, before != kLimiterOff);
+    const ModFamily& family = GetModFamily(ref.family);
+    if (family.delayInput < 0 || family.delaySide == DelaySide::kNone) return;
+    const ModRoute& route = mModRouting.Route(ref.family, ref.member);
+    mSlots[ref.member].WireDelayMod(family.delayInput, family.delaySide, route.Source(),
+                                    route.DepthPointer());
+}
+
+bool Quorvex::ApplyMasterParam(int id, double v)
+{
+    switch (id)
+    {
+    case kWetLevel:
+        mMaster.SetWetLevel(v);
+        return true;
+    case kDryLevel:
+        mMaster.SetDryLevel(v);
+        return true;
+    case kOutputLevel:
+        mMaster.SetOutputLevel(v);
+        return true;
+    case kMasterFXLevel:
+        mMaster.SetMasterFxLevel(v);
+        return true;
+    case kGlobalWidth:
+        mMaster.SetGlobalWidth(v);
+        return true;
+    case kLimiterOn:
+        mMaster.SetLimiterMode(static_cast<int>(std::lround(v)));
+        return true;
+    case kLimiterLevel:
+        mMaster.SetLimiterBoost(v);
+        return true;
+    case kMasterFX:
+        // The list starts with OFF, which is the master section's first type.
+        mMaster.SetMasterFxType(MasterSection::kMasterFxOff + static_cast<int>(std::lround(v)));
+        return true;
+    case kMasterFXBypass:
+        mMaster.SetMasterFxBypass(v >= 0.5);
+        return true;
+    default:
+        return false;
+    }
 }
 
 bool Quorvex::Silenced() const
@@ -88,7 +112,7 @@ bool Quorvex::Silenced() const
     return mPresetLoading.load() || mConstructing || mFields.mRestoringState;
 }
 
-void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames)
+void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) QUORVEX_NONBLOCKING
 {
     double* outL = outputs[0];
     double* outR = outputs[1];
@@ -144,12 +168,14 @@ void Quorvex::RunBlock()
     mFadeIn.Step();
     FillBlock();
     ReadTransport();
-    ClearBuses();
-    ScaleDry();
+    mMaster.ClearBuses();
+    mMaster.ScaleDry(mBlockL, mBlockR);
     PrepareWet();
     RunSlots();
     WriteDelays();
-    OutputStage();
+    mMaster.RunMasterFx();
+    mMaster.RunWidth();
+    mMaster.RunOutput(mFadeIn.mFade, mOutBlockL, mOutBlockR);
     TickModulators();
 }
 
@@ -177,21 +203,6 @@ void Quorvex::ReadTransport()
     mSongPosition.Advance(mTransport, mTempo.beatsPerSample);
 }
 
-void Quorvex::ClearBuses()
-{
-    VecZero(mWetL, kBlockSize);
-    VecZero(mWetR, kBlockSize);
-    VecZero(mMfxInL, kBlockSize);
-    VecZero(mMfxInR, kBlockSize);
-}
-
-void Quorvex::ScaleDry()
-{
-    const double gain = mFields.mDryLevel * mOutputLevel * mFields.mAttenuation;
-    VecScale(mBlockL, gain, mDryL, kBlockSize);
-    VecScale(mBlockR, gain, mDryR, kBlockSize);
-}
-
 // The wet copy: denormal guard, then the band limit.
 void Quorvex::PrepareWet()
 {
@@ -208,8 +219,8 @@ void Quorvex::RunSlots()
     if (mClearMfxOutRequest)
     {
         mClearMfxOutRequest = false;
-        VecZero(mMfxOutL, kBlockSize);
-        VecZero(mMfxOutR, kBlockSize);
+        VecZero(mMaster.mMfxOutL, kBlockSize);
+        VecZero(mMaster.mMfxOutR, kBlockSize);
     }
     SlotBlockContext ctx;
     ctx.fade = mFadeIn.mFade;
@@ -219,11 +230,12 @@ void Quorvex::RunSlots()
     ctx.feedbackMaster = mFeedbackMaster;
     ctx.mainDepth = mMainDepth;
     ctx.mainOut = mMainOsc.Outputs();
-    ctx.masterFxOn = mMasterFxType != 0;
-    ctx.wetL = mWetL;
-    ctx.wetR = mWetR;
-    ctx.mfxInL = mMfxInL;
-    ctx.mfxInR = mMfxInR;
+    ctx.routing = &mModRouting;
+    ctx.masterFxOn = mMaster.MasterFxType() > MasterSection::kMasterFxOff;
+    ctx.wetL = mMaster.mWetL;
+    ctx.wetR = mMaster.mWetR;
+    ctx.mfxInL = mMaster.mMfxInL;
+    ctx.mfxInR = mMaster.mMfxInR;
     ctx.sums = &mSums;
     for (Slot& slot : mSlots)
     {
@@ -262,52 +274,19 @@ void Quorvex::WriteDelays()
     }
 }
 
-// Modulators run after the audio of the block: their outputs reach the next block.
+// Modulators run after the audio of the block: their outputs reach the next block. The bank's
+// modulators (wave-table LFOs, gates, envelopes, logic) write their buffers here once they exist.
 void Quorvex::TickModulators()
 {
     mMainOsc.Tick();
-}
-
-// Wet and dry meet here. With the limiter off the wet joins the dry before the output delay; with
-// it on the limiter's look-ahead delays the wet by the same amount, and only the dry goes through
-// the output delay.
-void Quorvex::OutputStage()
-{
-    const double wetGain = mWetLevel * mOutputLevel * mFadeIn.mFade;
-    const int delay = gLookAhead;
-    if (mLimiterMode == kLimiterOff)
-    {
-        VecAddScaled(mWetL, wetGain, mDryL, kBlockSize);
-        VecAddScaled(mWetR, wetGain, mDryR, kBlockSize);
-        mOutputDelayL.Run(mDryL, mOutBlockL, delay);
-        mOutputDelayR.Run(mDryR, mOutBlockR, delay);
-        return;
-    }
-
-    if (mLimiter.mBypass)
-    {
-        // A bypassed limiter lets the wet through unlimited and without its look-ahead.
-        VecCopy(mWetL, mScratchL, kBlockSize);
-        VecCopy(mWetR, mScratchR, kBlockSize);
-    }
-    else
-    {
-        mLimiter.mIn1 = mWetL;
-        mLimiter.mIn2 = mWetR;
-        mLimiter.mOut1 = mScratchL;
-        mLimiter.mOut2 = mScratchR;
-        mLimiter.Process();
-    }
-    mOutputDelayL.Run(mDryL, mOutBlockL, delay);
-    mOutputDelayR.Run(mDryR, mOutBlockR, delay);
-    VecAddScaled(mScratchL, wetGain, mOutBlockL, kBlockSize);
-    VecAddScaled(mScratchR, wetGain, mOutBlockR, kBlockSize);
 }
 
 void Quorvex::ResetEngine()
 {
     mLatencyDirty = true;
     SetTimeBase(GetSampleRate());
+    mMaster.Prepare();
+    mModRouting.OnRateChange();
     mTempo.Derive();
     const double relFreq = kInputLowpassHz / gSampleRate;
     mInputFilterL.Design(kInputLowpassOrder, relFreq);
@@ -323,27 +302,20 @@ void Quorvex::ResetEngine()
 
 void Quorvex::ClearEngine()
 {
-    ClearBuses();
+    mMaster.Clear();
     VecZero(mInRingL, kInRingSize);
     VecZero(mInRingR, kInRingSize);
     VecZero(mInRingSC, kInRingSize);
     VecZero(mOutBlockL, kBlockSize);
     VecZero(mOutBlockR, kBlockSize);
-    mOutputDelayL.Clear();
-    mOutputDelayR.Clear();
-    VecZero(mScratchL, kBlockSize);
-    VecZero(mScratchR, kBlockSize);
     // The band limit's memory too: a cleared engine hears nothing of what came before.
     VecZero(mInputFilterL.mDelay, 2 * kIirMaxOrder);
     VecZero(mInputFilterR.mDelay, 2 * kIirMaxOrder);
     for (Slot& slot : mSlots)
         slot.Clear();
     mSums.Clear();
-    VecZero(mMfxOutL, kBlockSize);
-    VecZero(mMfxOutR, kBlockSize);
     VecZero(mFbSumL, kBlockSize);
     VecZero(mFbSumR, kBlockSize);
-    mLimiter.Init();
 }
 
 bool Quorvex::SerializeState(ByteChunk& chunk)
@@ -374,13 +346,6 @@ void Quorvex::SelectPresetMenuItem(const std::string& folder, int index)
 
 namespace
 {
-// Modulation depths follow the cube of the percentage: fine control near zero.
-double DepthLaw(double percent)
-{
-    const double x = percent * 0.01;
-    return x * x * x;
-}
-
 // Gains in dB with -60 dB and below as silence.
 double GainLaw(double dB)
 {
@@ -440,15 +405,10 @@ bool Quorvex::ApplySlotParam(int id, double v)
          [](Quorvex& q, int s, double x) { q.mSlots[s].mOutputMode = static_cast<int>(std::lround(x)); }},
         {kLROffset1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetOffsetMs(x); }},
         {kInputGain1, [](Quorvex& q, int s, double x) { q.mSlots[s].mInputGain = GainLaw(x); }},
-        {kInputGainModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mInputGainDepth = DepthLaw(x); }},
         {kPanning1, [](Quorvex& q, int s, double x) { q.mSlots[s].mPanning = x * 0.01; }},
-        {kPanningModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mPanningDepth = DepthLaw(x); }},
         {kFeedback1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFeedback = x * 0.01; }},
-        {kFeedbackModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFeedbackDepth = DepthLaw(x); }},
         {kLevel1, [](Quorvex& q, int s, double x) { q.mSlots[s].mLevel = GainLaw(x); }},
-        {kLevelModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mLevelDepth = DepthLaw(x); }},
         {kMFXSend1, [](Quorvex& q, int s, double x) { q.mSlots[s].mSend = x * 0.01; }},
-        {kMFXSendModDepth1, [](Quorvex& q, int s, double x) { q.mSlots[s].mSendDepth = DepthLaw(x); }},
         {kFX1PR, [](Quorvex& q, int s, double x)
          { q.mSlots[s].mFxType[Slot::kFxPre] = static_cast<int>(std::lround(x)); }},
         {kFX1FB, [](Quorvex& q, int s, double x)
@@ -543,9 +503,6 @@ bool Quorvex::ApplyMainParam(int id, double v)
     case kDelayTimeScale:
         mTimeScale = DelayTimeScale(v);
         return true;
-    case kMasterFX:
-        mMasterFxType = static_cast<int>(std::lround(v));
-        return true;
     default:
         return false;
     }
@@ -572,7 +529,7 @@ void Quorvex::SelectInput(int slot, int value)
         return;
     case Slot::kInputMasterFx:
         mClearMfxOutRequest = true;
-        s.SetSource(mMfxOutL, mMfxOutR, true);
+        s.SetSource(mMaster.mMfxOutL, mMaster.mMfxOutR, true);
         return;
     default:
         break;

@@ -6,22 +6,24 @@
 // samples have gathered one internal block runs. A sample leaves 64 samples plus 1 ms after it came
 // in; the reported latency is 32 samples plus 1 ms. Every buffer is a member, sized for 96 kHz.
 // Inside a block the four slots run their forward paths in order, then write their delay lines
-// (with the feedback matrix), after which the main modulator ticks for the next block.
+// (with the feedback matrix); the master section takes their sums to the output, after which the
+// modulators tick for the next block. Modulation reaches the slots through the routing, which
+// reads the source bank's buffers as the modulators left them at the end of the previous block.
 // Threads: ProcessDoubleReplacing on the audio thread; the constructor, Reset, OnParamChange and
 // the state calls on the UI (host) thread, Reset and the state calls under paramsMutex.
 
 #include <atomic>
 
 #include "dsp/IppFixBiquad.h"
-#include "dsp/MasterLimiter.h"
 #include "dsp/Relaxed.h"
 #include "dsp/TimeBase.h"
 #include "engine/EngineFade.h"
-#include "engine/OutputDelay.h"
+#include "engine/MasterSection.h"
 #include "engine/Slot.h"
 #include "engine/TimeBase.h"
 #include "host/IPlugVST3.h"
 #include "modulators/MultiLFO.h"
+#include "params/ModRouting.h"
 #include "params/ParamIds.h"
 #include "state/IStateHost.h"
 #include "state/Messages.h"
@@ -62,7 +64,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     void OnParamChange(int id) override;
     // Audio thread: the engine frame. Silent, with nothing advancing, while the plug-in is built,
     // a state is restored or a preset is loaded.
-    void ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) override;
+    void ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) QUORVEX_NONBLOCKING override;
     bool SerializeState(ByteChunk& chunk) override;
     int UnserializeState(const ByteChunk& chunk, int startPos) override;
 
@@ -99,23 +101,23 @@ class Quorvex : public IPlugVST3, private IStateHost
     void ResetEngine();
     // Clears rings, buses, delays and module memories; keeps designs and positions.
     void ClearEngine();
-    void SetLimiterMode(int mode);
 
     // One internal block, its steps in this order.
     void RunBlock();
     void FillBlock();
     void ReadTransport();
-    void ClearBuses();
-    void ScaleDry();
     void PrepareWet();
     void RunSlots();
     void WriteDelays();
-    void OutputStage();
     void TickModulators();
 
-    // Parameter families of the slots and the main section; false when `id` is none of them.
+    // Parameter families of the slots, the main section and the master section; false when `id`
+    // is none of them.
     bool ApplySlotParam(int id, double value);
     bool ApplyMainParam(int id, double value);
+    bool ApplyMasterParam(int id, double value);
+    // A source or depth of a family that the delay modules read themselves goes to them.
+    void WireModRoute(const ModParamRef& ref);
     // Points a slot's inputs at the pair its "Input " value names.
     void SelectInput(int slot, int value);
     // With "DelayL/R Link " on, an edited side's value goes to the other side as well.
@@ -127,6 +129,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     bool Loading() const;
 
     StateFields mFields;
+    MasterSection mMaster{mFields};
     PendingMessage mMessage;
 
     // Frame.
@@ -147,17 +150,6 @@ class Quorvex : public IPlugVST3, private IStateHost
     double mBlockR[kBlockSize] = {};
     double mBlockSC[kBlockSize] = {};
     double mBlockMono[kBlockSize] = {};
-    double mDryL[kBlockSize] = {};
-    double mDryR[kBlockSize] = {};
-    double mWetL[kBlockSize] = {};
-    double mWetR[kBlockSize] = {};
-    double mScratchL[kBlockSize] = {};
-    double mScratchR[kBlockSize] = {};
-    double mMfxInL[kBlockSize] = {};
-    double mMfxInR[kBlockSize] = {};
-    // The master effect's return of the previous block, a source for the slots.
-    double mMfxOutL[kBlockSize] = {};
-    double mMfxOutR[kBlockSize] = {};
     double mFbSumL[kBlockSize] = {};
     double mFbSumR[kBlockSize] = {};
 
@@ -165,15 +157,15 @@ class Quorvex : public IPlugVST3, private IStateHost
     Slot mSlots[kNumSlots] = {Slot(0), Slot(1), Slot(2), Slot(3)};
     SlotSumBuses mSums;
     MultiLFO mMainOsc;
+    // Buffers of the modulators (filled at the end of a block) and the routes that read them.
+    ModSourceBank mModBank;
+    ModRouting mModRouting{mModBank};
     Relaxed<bool> mClearMfxOutRequest{false};
     bool mLinking = false; // a linked twin is being written: no link back
 
     // Modules.
     IppFixBiquad mInputFilterL{false};
     IppFixBiquad mInputFilterR{true};
-    MasterLimiter mLimiter;
-    OutputDelay mOutputDelayL;
-    OutputDelay mOutputDelayR;
     EngineFade mFadeIn;
 
     // Time base: tempo once per host call, transport and song position once per block.
@@ -185,17 +177,11 @@ class Quorvex : public IPlugVST3, private IStateHost
     double mEngineRate = -1.0;
     Relaxed<bool> mLatencyDirty{false};
 
-    // Caches of the output stage.
-    Relaxed<double> mWetLevel{0.0};
-    Relaxed<double> mOutputLevel{1.0};
-    Relaxed<int> mLimiterMode{kLimiterOff};
-
     // Caches of the main section that the slots read.
     Relaxed<double> mMainRatePercent{30.0};
     Relaxed<double> mMainDepth{50.0};
     Relaxed<double> mFeedbackMaster{0.0};
     Relaxed<double> mTimeScale{1.0};
-    Relaxed<int> mMasterFxType{0};
 
     Relaxed<bool> mConstructing{true};
     std::atomic<bool> mPresetLoading{false};

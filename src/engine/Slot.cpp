@@ -16,13 +16,6 @@ constexpr int kLongestLine = static_cast<int>(kMaxSampleRate * 8.0 + 1000.0);
 // Frames a second of the editor; the slot smoothers follow its refresh rather than the sample rate.
 constexpr double kEditorRefreshRate = 25.0;
 
-// A modulated control as the block loop sees it: the first entry of base + depth x source within
-// lo..hi, or the base itself when nothing is routed.
-double ModTarget(double base, double depth, const double* source, double lo, double hi)
-{
-    if (source == nullptr) return base;
-    return std::max(std::min(base + depth * source[0], hi), lo);
-}
 } // namespace
 
 void SlotSumBuses::Clear()
@@ -242,6 +235,22 @@ void Slot::SetReverseFade(double ms)
     mDelayR.SetReverseFade(ms);
 }
 
+// The depth goes first: the audio thread must never meet a source without its depth.
+void Slot::WireDelayMod(int input, DelaySide side, const double* source, const double* depth)
+{
+    if (input < 0 || input >= kModInputs) return;
+    if (side == DelaySide::kLeft || side == DelaySide::kBoth)
+    {
+        mDelayL.SetModDepth(input, depth);
+        mDelayL.SetModSource(input, source);
+    }
+    if (side == DelaySide::kRight || side == DelaySide::kBoth)
+    {
+        mDelayR.SetModDepth(input, depth);
+        mDelayR.SetModSource(input, source);
+    }
+}
+
 void Slot::SetFxList(int position, DSPShell* const* modules, int count)
 {
     const int n = std::clamp(count, 0, kFxModules);
@@ -315,8 +324,8 @@ void Slot::RunForward(const SlotBlockContext& ctx)
 
     VecCopy(mSourceL, inL, N);
     VecCopy(mSourceR, inR, N);
-    const double gain =
-        ModTarget(mInputGain * ctx.attenuation, mInputGainDepth, mInputGainSource, 0.0, kMaxGain);
+    const ModRouting& routing = *ctx.routing;
+    const double gain = routing.InputGainTarget(mIndex, mInputGain * ctx.attenuation);
     const double* gainRamp = mInputSmoother.RunD(gain * ctx.fade, N);
     VecMulI(gainRamp, inL, N);
     VecMulI(gainRamp, inR, N);
@@ -331,12 +340,12 @@ void Slot::RunForward(const SlotBlockContext& ctx)
 
     const double unit = mTiming.Unit(ctx.secPerBeat, ctx.timeScale);
     const double spread = gSampleRate * mSpreadMs * 0.001;
-    const double tL = std::max(unit * mTiming.Time(0) + spread, 0.001);
-    const double tR = std::max(unit * mTiming.Time(1) - spread, 0.001);
+    const DelayTimePair times =
+        routing.DelayTimes(mIndex, unit * mTiming.Time(0) + spread, unit * mTiming.Time(1) - spread);
+    const double tL = times.left;
+    const double tR = times.right;
 
-    double fb = mFeedback + ctx.feedbackMaster;
-    if (const double* src = mFeedbackSource; src != nullptr) fb += mFeedbackDepth * src[0];
-    fb = std::clamp(fb, 0.0, kMaxFeedback);
+    const double fb = routing.FeedbackAmount(mIndex, mFeedback + ctx.feedbackMaster);
     mFbL = route == DelayMix ? fb * kMixFeedbackScale : fb;
     mFbR = mFbL;
 
@@ -537,14 +546,14 @@ void Slot::SoftLimit(double* x) const
 
 void Slot::PanLevelWidth(const SlotBlockContext& ctx)
 {
-    const double pan = ModTarget(mPanning, mPanningDepth, mPanningSource, -1.0, 1.0);
+    const double pan = ctx.routing->PanTarget(mIndex, mPanning);
     const double* p = mPanSmoother.RunD(pan, N);
     for (int i = 0; i < N; ++i)
     {
         mGainR[i] = std::min(1.0 + p[i], 1.0);
         mGainL[i] = std::min(1.0 - p[i], 1.0);
     }
-    const double level = ModTarget(mLevel, mLevelDepth, mLevelSource, 0.0, kMaxGain);
+    const double level = ctx.routing->LevelTarget(mIndex, mLevel);
     const double* lv = mLevelSmoother.RunD(level * ctx.fade, N);
     VecMulI(lv, mGainL, N);
     VecMulI(lv, mGainR, N);
@@ -604,7 +613,7 @@ void Slot::Output(const SlotBlockContext& ctx)
     }
     if (mCanSend && ctx.masterFxOn)
     {
-        const double level = std::clamp(ModTarget(mSend, mSendDepth, mSendSource, 0.0, 1.0), 0.0, 1.0);
+        const double level = ctx.routing->SendLevel(mIndex, mSend);
         VecAddScaled(mSendSourceL, level, ctx.mfxInL, N);
         VecAddScaled(mSendSourceR, level, ctx.mfxInR, N);
     }

@@ -22,6 +22,7 @@
 #include "dsp/TimeBase.h"
 #include "engine/TapEngine.h"
 #include "engine/TimeBase.h"
+#include "params/ModRouting.h"
 
 // "Not connected": a slot fed by the master effect offers nothing to later slots. It reads as
 // silence, so a pointer that still holds it is harmless.
@@ -43,10 +44,11 @@ struct SlotBlockContext
     double fade = 1.0;
     double attenuation = 1.0;
     double secPerBeat = 0.5;
-    double timeScale = 1.0;          // "Delay Time Scale" as a factor
-    double feedbackMaster = 0.0;     // added to every slot's feedback
-    double mainDepth = 0.0;          // "Main ModDepth" in percent: wobble in samples per unit
-    const double* mainOut = nullptr; // the main modulator's four outputs
+    double timeScale = 1.0;              // "Delay Time Scale" as a factor
+    double feedbackMaster = 0.0;         // added to every slot's feedback
+    double mainDepth = 0.0;              // "Main ModDepth" in percent: wobble in samples per unit
+    const double* mainOut = nullptr;     // the main modulator's four outputs
+    const ModRouting* routing = nullptr; // modulation of gain, feedback, times, pan, level, send
     bool masterFxOn = false;
     double* wetL = nullptr;
     double* wetR = nullptr;
@@ -99,10 +101,8 @@ class Slot : private ITapFx
     };
     // Modules per effect list: a pair per channel, and in TAPPED mode a pair per tap.
     static constexpr int kFxModules = 2 * kNumTaps;
-    static constexpr double kMaxFeedback = 1.6;
     static constexpr double kMixFeedbackScale = 0.7; // route MIX feeds back difference and sum
     static constexpr double kMonoPingPongGain = 0.66;
-    static constexpr double kMaxGain = 4.0;
 
     explicit Slot(int index);
     Slot(const Slot&) = delete;
@@ -154,6 +154,9 @@ class Slot : private ITapFx
     // The effect layer publishes a position's modules here while mFxSwapping marks the position;
     // `count` of them (at most kFxModules) stay owned by the caller.
     void SetFxList(int position, DSPShell* const* modules, int count);
+    // Points one modulation input of the delay modules named by `side` at a source and a depth
+    // that live as long as the engine.
+    void WireDelayMod(int input, DelaySide side, const double* source, const double* depth);
     // A new tap time base restarts both lines.
     void RestartLines() { mResetLinesRequest = true; }
 
@@ -173,20 +176,10 @@ class Slot : private ITapFx
     Relaxed<int> mOutputMode{kOutputNorm};
     Relaxed<double> mModulation{0.0};
     Relaxed<double> mInputGain{1.0};
-    Relaxed<double> mInputGainDepth{0.0};
-    Relaxed<const double*> mInputGainSource{nullptr};
     Relaxed<double> mPanning{0.0};
-    Relaxed<double> mPanningDepth{0.0};
-    Relaxed<const double*> mPanningSource{nullptr};
     Relaxed<double> mFeedback{0.5};
-    Relaxed<double> mFeedbackDepth{0.0};
-    Relaxed<const double*> mFeedbackSource{nullptr};
     Relaxed<double> mLevel{1.0};
-    Relaxed<double> mLevelDepth{0.0};
-    Relaxed<const double*> mLevelSource{nullptr};
     Relaxed<double> mSend{0.5};
-    Relaxed<double> mSendDepth{0.0};
-    Relaxed<const double*> mSendSource{nullptr};
     Relaxed<double> mSpreadMs{0.0};
     std::array<Relaxed<double>, 4> mMatrix{}; // from slot s into this one, as a factor
     std::array<Relaxed<int>, kNumFxPositions> mFxType{};

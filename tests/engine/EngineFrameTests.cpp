@@ -7,19 +7,12 @@
 #include <numbers>
 #include <vector>
 
+#include "QuorvexProbe.h"
 #include "dsp/TimeBase.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
 #include "params/ParamIds.h"
 #include "state/ByteChunk.h"
-
-// Reaches the frame's private state that no host call shows.
-class QuorvexProbe
-{
-  public:
-    static void SetConstructing(Quorvex& plug, bool on) { plug.mConstructing = on; }
-    static const double* WetBlockL(const Quorvex& plug) { return plug.mBlockL; }
-};
 
 namespace
 {

@@ -99,7 +99,8 @@ class Rig
 // Index of the largest magnitude within center +- half.
 int PeakIndex(const std::vector<double>& x, int center, int half)
 {
-    int best = std::max(center - half, 0);
+    const int last = static_cast<int>(x.size()) - 1;
+    int best = std::clamp(center - half, 0, last);
     for (int i = best; i <= center + half && i < static_cast<int>(x.size()); ++i)
         if (std::abs(x[i]) > std::abs(x[best])) best = i;
     return best;
@@ -404,7 +405,7 @@ TEST(SlotPath, TappedModeReadsTheTaps)
     rig.Set(kDelayMode1, DelayTapped);
     rig.Set(kDelayTaps1, 1.0); // the last tap is tap 2
     rig.Set(kDelayTapsTime1, 100.0);
-    const Stereo out = rig.Impulse(1.0, 1.0, 0.4);
+    const Stereo out = rig.Impulse(1.0, 1.0, 0.6);
     const int at = rig.DryAt();
     const double first = PeakNear(out.l, at + rig.Samples(100));
     EXPECT_GT(first, 0.1);

@@ -1,0 +1,14 @@
+#pragma once
+// Reaches the engine's private state that no host call shows; shared by the engine tests.
+
+#include "engine/Quorvex.h"
+
+class QuorvexProbe
+{
+  public:
+    static void SetConstructing(Quorvex& plug, bool on) { plug.mConstructing = on; }
+    static const double* WetBlockL(const Quorvex& plug) { return plug.mBlockL; }
+    static Slot& SlotAt(Quorvex& plug, int index) { return plug.mSlots[index]; }
+    // A modulator's buffer in the source bank, for tests that stand in for the modulator.
+    static double* SourceBuffer(Quorvex& plug, int index) { return plug.mModBank.Buffer(index); }
+};

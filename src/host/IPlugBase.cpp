@@ -306,7 +306,7 @@ void IPlugBase::SetHost(std::string_view name, int version)
 
 // ---- Audio ------------------------------------------------------------------------------------
 
-void IPlugBase::ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames)
+void IPlugBase::ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) QUORVEX_NONBLOCKING
 {
     const int nIn = NInChannels();
     for (int ch = 0; ch < NOutChannels(); ++ch)
@@ -334,11 +334,11 @@ double* IPlugBase::OutputTarget(int ch, int offset)
     return channel.mOwn.data();
 }
 
-void IPlugBase::ProcessBuffers(double, int nFrames)
+void IPlugBase::ProcessBuffers(double, int nFrames) QUORVEX_NONBLOCKING
 {
     ProcessInPieces(nFrames, false);
 }
-void IPlugBase::ProcessBuffers(float, int nFrames)
+void IPlugBase::ProcessBuffers(float, int nFrames) QUORVEX_NONBLOCKING
 {
     ProcessInPieces(nFrames, true);
 }
@@ -449,12 +449,12 @@ template <typename Sample> void IPlugBase::PassThrough(int nFrames)
         latencyDelay.mPos = static_cast<int>((startPos + static_cast<long long>(nFrames)) % length);
 }
 
-void IPlugBase::PassThroughBuffers(double, int nFrames)
+void IPlugBase::PassThroughBuffers(double, int nFrames) QUORVEX_NONBLOCKING
 {
     PassThrough<double>(nFrames);
 }
 
-void IPlugBase::PassThroughBuffers(float, int nFrames)
+void IPlugBase::PassThroughBuffers(float, int nFrames) QUORVEX_NONBLOCKING
 {
     PassThrough<float>(nFrames);
 }

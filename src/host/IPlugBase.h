@@ -5,9 +5,11 @@
 // A host binding derives from it and fills the host-facing virtuals; the engine derives from that.
 //
 // Threads: ProcessBuffers, PassThroughBuffers, the Attach/connection calls and the virtual
-// ProcessDoubleReplacing run on the audio thread; everything else on the UI (host) thread.
-// paramsMutex guards the parameter table, every host call that changes parameters and the state
-// chunk; its holder may take it again. SetParameterFromGUI does not take it.
+// ProcessDoubleReplacing run on the audio thread (QUORVEX_NONBLOCKING: no allocation, lock or
+// system call); everything else on the UI (host) thread, OnParamChange on both.
+// paramsMutex guards the parameter table, the host's parameter calls on the UI side and the state
+// chunk; its holder may take it again. The audio thread never takes it: automation writes the
+// records' atomic values directly. SetParameterFromGUI does not take it either.
 
 #include <memory>
 #include <mutex>
@@ -17,6 +19,7 @@
 #include <vector>
 
 #include "dsp/Relaxed.h"
+#include "host/Nonblocking.h"
 #include "state/ByteChunk.h"
 
 class IParamRecord;
@@ -105,10 +108,12 @@ class IPlugBase
     // ---- Virtual operations --------------------------------------------------------------------
     // Host sets up processing (UI thread).
     virtual void Reset() {}
-    // A parameter's value changed (host, editor or state; never the audio thread).
+    // A parameter's value changed: host automation calls it on the audio thread, the editor and
+    // the state on the UI thread. It must therefore be real-time safe (no allocation, lock or
+    // system call); host notices it sends from inside `process` are held back by the binding.
     virtual void OnParamChange(int id) {}
     // Audio thread. The base copies inputs to outputs and zeroes the outputs it has no input for.
-    virtual void ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames);
+    virtual void ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) QUORVEX_NONBLOCKING;
     virtual void OnGUIOpen() {}
     virtual void OnGUIClose() {}
     virtual void OnActivate(bool active) {}
@@ -185,11 +190,11 @@ class IPlugBase
     void ZeroScratchBuffers();
     // Runs ProcessDoubleReplacing on the attached buffers; the float form converts to double and
     // back. A run longer than the block size is processed in block-size pieces.
-    void ProcessBuffers(double, int nFrames);
-    void ProcessBuffers(float, int nFrames);
+    void ProcessBuffers(double, int nFrames) QUORVEX_NONBLOCKING;
+    void ProcessBuffers(float, int nFrames) QUORVEX_NONBLOCKING;
     // Bypass: inputs to outputs delayed by the latency (plain copy at latency 0).
-    void PassThroughBuffers(double, int nFrames);
-    void PassThroughBuffers(float, int nFrames);
+    void PassThroughBuffers(double, int nFrames) QUORVEX_NONBLOCKING;
+    void PassThroughBuffers(float, int nFrames) QUORVEX_NONBLOCKING;
 
     // ---- Plain accessors -----------------------------------------------------------------------
     double GetSampleRate() const { return sampleRate; }

@@ -18,6 +18,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <thread>
 
 using namespace Steinberg;
 using namespace Steinberg::Vst;
@@ -31,15 +32,25 @@ constexpr int kMaxBlockSize = 8192;
 constexpr int kMaxStateBytes = 64 << 20;
 constexpr int kStateReadStep = 4096;
 
-// Depth of `process` calls on this thread: the host notices that must wait for the UI thread.
-thread_local int tProcessDepth = 0;
+// Marks the calling thread as the one inside `process` for the call's duration: host notices made
+// from it must wait for the UI thread. A thread id, not a thread_local: in a module the host loads
+// with dlopen, a thread's first touch of thread-local storage may allocate.
+static_assert(std::atomic<std::thread::id>::is_always_lock_free);
 
-struct ProcessScope
+class ProcessScope
 {
-    ProcessScope() { ++tProcessDepth; }
-    ~ProcessScope() { --tProcessDepth; }
+  public:
+    explicit ProcessScope(std::atomic<std::thread::id>& owner)
+        : mOwner(owner), mBefore(owner.exchange(std::this_thread::get_id()))
+    {
+    }
+    ~ProcessScope() { mOwner.store(mBefore); }
     ProcessScope(const ProcessScope&) = delete;
     ProcessScope& operator=(const ProcessScope&) = delete;
+
+  private:
+    std::atomic<std::thread::id>& mOwner;
+    std::thread::id mBefore;
 };
 
 // Runs a host entry point; whatever it throws becomes an error code.
@@ -184,6 +195,7 @@ void IPlugVST3::BuildBusesAndParameters()
     WidenText("Root Unit", root.name, kTextUnits);
     mUnits.assign(1, root);
 
+    mPending.Resize(NParams());
     for (int id = 0; id < NParams(); ++id)
     {
         IParamRecord* record = GetParam(id);
@@ -300,13 +312,13 @@ uint32 PLUGIN_API IPlugVST3::getProcessContextRequirements()
 
 // ---- Audio ------------------------------------------------------------------------------------
 
-tresult PLUGIN_API IPlugVST3::process(ProcessData& data)
+tresult PLUGIN_API IPlugVST3::process(ProcessData& data) QUORVEX_NONBLOCKING
 {
     return Guarded(
         [&]() -> tresult
         {
             ScopedFlushDenormals flushDenormals;
-            ProcessScope scope;
+            ProcessScope scope(mProcessThread);
 
             if (data.processContext) CopyContext(*data.processContext);
             ApplyParameterChanges(data.inputParameterChanges);
@@ -359,10 +371,11 @@ void IPlugVST3::CopyContext(const ProcessContext& context)
     }
 }
 
+// Audio thread, without paramsMutex: a record's value is atomic, and what can't be done here (the
+// editor, a preset's recording) is marked for the UI thread.
 void IPlugVST3::ApplyParameterChanges(IParameterChanges* changes)
 {
     if (!changes) return;
-    std::unique_lock<std::recursive_mutex> lock(paramsMutex, std::defer_lock);
     const int32 count = changes->getParameterCount();
     for (int32 i = 0; i < count; ++i)
     {
@@ -379,13 +392,12 @@ void IPlugVST3::ApplyParameterChanges(IParameterChanges* changes)
         if (id == kBypassParamId)
             SetBypassed(value > 0.5);
         else if (id == kPresetParamId)
-            RestorePreset(static_cast<int>(value * NPresets()));
+            mPending.MarkPreset(static_cast<int>(value * NPresets()));
         else if (id < static_cast<ParamID>(NParams()))
         {
-            if (!lock.owns_lock()) lock.lock();
             const int param = static_cast<int>(id);
             GetParam(param)->SetNormalized(value);
-            if (IEditorLink* gui = GetGUI()) gui->SetParameterFromPlug(param, value, true);
+            mPending.Mark(param, PendingNotices::kEditor);
             OnParamChange(param);
         }
     }
@@ -780,17 +792,20 @@ bool IPlugVST3::PopupHostContextMenuForParam(int id, int x, int y)
 
 void IPlugVST3::BeginInformHostOfParamChange(int id)
 {
-    beginEdit(static_cast<ParamID>(id));
+    if (!InsideProcess()) beginEdit(static_cast<ParamID>(id));
 }
 
 void IPlugVST3::InformHostOfParamChange(int id, double normalized)
 {
-    performEdit(static_cast<ParamID>(id), normalized);
+    if (InsideProcess())
+        mPending.Mark(id, PendingNotices::kHostEdit);
+    else
+        performEdit(static_cast<ParamID>(id), normalized);
 }
 
 void IPlugVST3::EndInformHostOfParamChange(int id)
 {
-    endEdit(static_cast<ParamID>(id));
+    if (!InsideProcess()) endEdit(static_cast<ParamID>(id));
 }
 
 void IPlugVST3::SetLatency(int samples)
@@ -798,15 +813,38 @@ void IPlugVST3::SetLatency(int samples)
     const int before = GetLatency();
     IPlugBase::SetLatency(samples);
     if (GetLatency() == before) return;
-    if (tProcessDepth > 0)
+    if (InsideProcess())
         mLatencyNoticePending = true;
     else
         NotifyLatencyChange();
 }
 
+bool IPlugVST3::InsideProcess() const
+{
+    return mProcessThread.load() == std::this_thread::get_id();
+}
+
 void IPlugVST3::FlushPendingHostNotices()
 {
-    if (tProcessDepth == 0 && mLatencyNoticePending.exchange(false)) NotifyLatencyChange();
+    if (InsideProcess()) return;
+    if (mLatencyNoticePending.exchange(false)) NotifyLatencyChange();
+    if (const int preset = mPending.TakePreset(); preset != PendingNotices::kNoPreset) RestorePreset(preset);
+    mPending.TakeParams(
+        [this](int id, std::uint8_t kinds)
+        {
+            const IParamRecord* param = GetParam(id);
+            if (param == nullptr) return;
+            const double normalized = param->GetNormalized();
+            if ((kinds & PendingNotices::kEditor) != 0)
+                if (IEditorLink* gui = GetGUI()) gui->SetParameterFromPlug(id, normalized, true);
+            if ((kinds & PendingNotices::kHostEdit) != 0)
+            {
+                const ParamID tag = static_cast<ParamID>(id);
+                beginEdit(tag);
+                performEdit(tag, normalized);
+                endEdit(tag);
+            }
+        });
 }
 
 void IPlugVST3::NotifyLatencyChange()

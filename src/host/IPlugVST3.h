@@ -4,9 +4,14 @@
 // and sidechain wiring, the state streams, views, and the host-facing virtuals of IPlugBase.
 // Threads: `process` on the host's audio thread (any thread, one at a time); everything else on the
 // UI thread, except the parameter calls that hosts may make from anywhere: paramsMutex covers those.
+// `process` never locks, allocates or calls the host: it applies parameter queues through the
+// records' atomic values and OnParamChange, and leaves editor updates, host edits, preset changes
+// and latency notices to the next UI-thread call (FlushPendingHostNotices).
 // Nothing throws across the host boundary.
 
 #include "host/IPlugBase.h"
+#include "host/Nonblocking.h"
+#include "host/PendingNotices.h"
 #include "host/SingleComponentEffect.h"
 
 #include "pluginterfaces/vst/ivstprocesscontext.h"
@@ -14,6 +19,7 @@
 
 #include <array>
 #include <atomic>
+#include <thread>
 #include <vector>
 
 class IPlugVST3View;
@@ -46,7 +52,7 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
                                                      Steinberg::Vst::SpeakerArrangement* outputs,
                                                      Steinberg::int32 numOuts) override;
     Steinberg::tresult PLUGIN_API setupProcessing(Steinberg::Vst::ProcessSetup& setup) override;
-    Steinberg::tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) override;
+    Steinberg::tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) QUORVEX_NONBLOCKING override;
     Steinberg::uint32 PLUGIN_API getLatencySamples() override;
     Steinberg::uint32 PLUGIN_API getProcessContextRequirements() override;
 
@@ -104,6 +110,8 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
 
     // ---- IPlugBase's host-facing virtuals ----
     bool PopupHostContextMenuForParam(int id, int x, int y) override;
+    // Called inside `process` (a linked parameter following automation), the edit is held back
+    // and reaches the host as begin, perform (with the value then current) and end from the UI thread.
     void BeginInformHostOfParamChange(int id) override;
     void InformHostOfParamChange(int id, double normalized) override;
     void EndInformHostOfParamChange(int id) override;
@@ -117,7 +125,8 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     // Stores the latency and, when it changed, asks the host to restart. From inside `process` the
     // request waits for the next UI-thread call (hosts want it on their UI thread).
     void SetLatency(int samples) override;
-    // Delivers a host notice that `process` had to hold back. UI thread; the editor's tick calls it.
+    // Delivers what `process` had to hold back: latency notice, preset change, host edits and
+    // editor updates. UI thread; the editor's tick calls it.
     void FlushPendingHostNotices();
 
     // ---- Views ----
@@ -164,6 +173,8 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Steinberg::tresult WriteState(Steinberg::IBStream* stream, bool withBypassWord);
     Steinberg::tresult ReadState(Steinberg::IBStream* stream, bool withBypassWord);
     void NotifyLatencyChange();
+    // True on the thread that is inside `process` right now.
+    bool InsideProcess() const;
 
     bool mBuilt = false;
     std::vector<Steinberg::Vst::UnitInfo> mUnits;
@@ -177,4 +188,6 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Relaxed<int> mProcessMode{Steinberg::Vst::kRealtime};
     Transport mTransport;
     std::atomic<bool> mLatencyNoticePending{false};
+    std::atomic<std::thread::id> mProcessThread{};
+    PendingNotices mPending;
 };

@@ -96,7 +96,7 @@ class MemoryStream : public StackUnknown<IBStream>
     int64 mPos = 0;
 };
 
-class ParamValueQueue : public StackUnknown<IParamValueQueue>
+class ParamValueQueue final : public StackUnknown<IParamValueQueue>
 {
   public:
     explicit ParamValueQueue(ParamID id) : mId(id) {}

@@ -6,6 +6,7 @@
 
 #include "host/IEditorWindow.h"
 #include "host/IPlugVST3.h"
+#include "host/UncheckedScope.h"
 #include "params/IParamRecord.h"
 #include "state/ByteChunk.h"
 
@@ -72,6 +73,7 @@ class ProbePlug : public IPlugVST3
 
     void ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) override
     {
+        UncheckedScope unchecked;
         ++mProcessCalls;
         for (int ch = 0; ch < 4; ++ch)
         {
@@ -88,7 +90,11 @@ class ProbePlug : public IPlugVST3
         if (mLatencyFromProcess >= 0) SetLatency(mLatencyFromProcess);
         if (mReadTime) GetTime(mTimeSeen);
     }
-    void OnParamChange(int id) override { mChanged.push_back(id); }
+    void OnParamChange(int id) override
+    {
+        UncheckedScope unchecked;
+        mChanged.push_back(id);
+    }
     void Reset() override { ++mResets; }
     void OnActivate(bool) override
     {
@@ -707,12 +713,15 @@ TEST_F(PlugVST3Test, ViewsExistOnlyWithAnEditor)
     EXPECT_EQ(frame.mLast.getWidth(), 640);
     EXPECT_EQ(frame.mLast.getHeight(), 480);
 
-    // Parameter changes from the host reach the editor's controls.
+    // Parameter changes from the host reach the editor's controls at its next tick, never from
+    // the audio thread.
     AudioRig<double> rig(8, {2, 2}, {2});
     ParameterChanges changes;
     changes.Add(kAmount, 0, 0.6);
     rig.data.inputParameterChanges = &changes;
     mPlug->process(rig.data);
+    EXPECT_DOUBLE_EQ(editor.mLastValue, 0.25);
+    mPlug->FlushPendingHostNotices();
     EXPECT_EQ(editor.mLastId, kAmount);
     EXPECT_DOUBLE_EQ(editor.mLastValue, 0.6);
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/IPlugBase.h"
+#include "host/UncheckedScope.h"
 #include "params/IParamRecord.h"
 
 namespace
@@ -31,6 +32,7 @@ class TestPlug : public IPlugBase
 
     void OnParamChange(int id) override
     {
+        UncheckedScope unchecked;
         mChanges.push_back(id);
         if (mCheckLock)
         {
@@ -70,6 +72,7 @@ class MixPlug : public TestPlug
     using TestPlug::TestPlug;
     void ProcessDoubleReplacing(double** in, double** out, int nFrames) override
     {
+        UncheckedScope unchecked;
         mCalls.push_back(nFrames);
         for (int i = 0; i < nFrames; ++i)
         {

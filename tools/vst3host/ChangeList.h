@@ -11,7 +11,7 @@
 
 namespace vst3host
 {
-class ChangeQueue : public Steinberg::Vst::IParamValueQueue
+class ChangeQueue final : public Steinberg::Vst::IParamValueQueue
 {
   public:
     explicit ChangeQueue(Steinberg::Vst::ParamID id) : mId(id) {}

@@ -43,7 +43,7 @@ bool SameIgnoringCase(std::string_view a, std::string_view b)
 } // namespace
 
 // The host application the plug-in is initialised with; it makes no objects for the plug-in.
-class PluginInstance::Host : public IHostApplication
+class PluginInstance::Host final : public IHostApplication
 {
   public:
     tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
@@ -67,7 +67,7 @@ class PluginInstance::Host : public IHostApplication
 
 // An offline host has no automation lanes: edits are accepted and dropped, and the latency is
 // read again after every start, so restarts need no action.
-class PluginInstance::Handler : public IComponentHandler
+class PluginInstance::Handler final : public IComponentHandler
 {
   public:
     tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override

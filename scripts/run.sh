@@ -10,5 +10,7 @@ cmake --build --preset release
 bash scripts/install.sh build/release
 QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tests/host/load/quorvex_host_load_tests --gtest_brief=1
 mkdir -p out
-QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tools/render/quorvex-render --demo out/demo.wav
+# Slot 1 at full delay send with feedback, so the echoes are heard (the defaults pass only the direct sound).
+QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tools/render/quorvex-render \
+  --set "Direct In 1=50" --set "Feedback 1=45" --demo out/demo.wav
 ./build/release/bench/quorvex_bench --benchmark_min_time=0.05

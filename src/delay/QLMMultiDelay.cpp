@@ -253,8 +253,10 @@ void QLMMultiDelay::ReadTapped(QLMMultiDelay& d)
         else if (p >= size)
             p = 0; // only possible in the last block before the wrap
         const int q = p - 1 < 0 ? size - 1 + p : p - 1;
-        // First-order all-pass: a delay of frac samples at low frequencies, flat in level.
-        s = (buf[p] - s) * AllpassCoef(frac) + buf[q];
+        // First-order all-pass: a delay of frac samples at low frequencies, flat in level. Only the
+        // last multiply and subtract depend on the previous output, which keeps the chain short.
+        const double c = AllpassCoef(frac);
+        s = (buf[p] * c + buf[q]) - s * c;
         d.mMixOut[i] = s;
     }
     d.mApState[tap] = s;

@@ -1,5 +1,7 @@
 #include "ParameterSettings.h"
 
+#include "ParseNumber.h"
+
 #include "Utf16.h"
 
 #include <algorithm>
@@ -20,15 +22,6 @@ std::string Trim(const std::string& s)
     const auto first = s.find_first_not_of(" \t");
     if (first == std::string::npos) return {};
     return s.substr(first, s.find_last_not_of(" \t") - first + 1);
-}
-
-bool ToNumber(const std::string& text, double& value)
-{
-    if (text.empty()) return false;
-    char* end = nullptr;
-    errno = 0;
-    value = std::strtod(text.c_str(), &end);
-    return errno == 0 && end == text.c_str() + text.size() && std::isfinite(value);
 }
 
 std::string Number(double v)

@@ -1,5 +1,7 @@
 #include "RenderOptions.h"
 
+#include "ParseNumber.h"
+
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
@@ -7,17 +9,6 @@
 
 namespace render
 {
-namespace
-{
-bool ToNumber(const std::string& text, double& value)
-{
-    if (text.empty()) return false;
-    char* end = nullptr;
-    errno = 0;
-    value = std::strtod(text.c_str(), &end);
-    return errno == 0 && end == text.c_str() + text.size() && std::isfinite(value);
-}
-} // namespace
 
 const char* UsageText()
 {

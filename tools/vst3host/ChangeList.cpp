@@ -1,27 +1,15 @@
 #include "ChangeList.h"
 
+#include "QueryAnswer.h"
+
 namespace vst3host
 {
 using namespace Steinberg;
 using namespace Steinberg::Vst;
 
-namespace
-{
-template <typename I> tresult Answer(I* self, const TUID iid, void** obj)
-{
-    if (FUnknownPrivate::iidEqual(iid, FUnknown::iid) || FUnknownPrivate::iidEqual(iid, I::iid))
-    {
-        *obj = self;
-        return kResultOk;
-    }
-    *obj = nullptr;
-    return kNoInterface;
-}
-} // namespace
-
 tresult PLUGIN_API ChangeQueue::queryInterface(const TUID iid, void** obj)
 {
-    return Answer<IParamValueQueue>(this, iid, obj);
+    return QueryAnswer<IParamValueQueue>(this, iid, obj);
 }
 
 int32 PLUGIN_API ChangeQueue::getPointCount()
@@ -57,7 +45,7 @@ tresult PLUGIN_API ChangeQueue::addPoint(int32 sampleOffset, ParamValue value, i
 
 tresult PLUGIN_API ChangeList::queryInterface(const TUID iid, void** obj)
 {
-    return Answer<IParameterChanges>(this, iid, obj);
+    return QueryAnswer<IParameterChanges>(this, iid, obj);
 }
 
 int32 PLUGIN_API ChangeList::getParameterCount()

@@ -1,5 +1,6 @@
 #include "PluginInstance.h"
 
+#include "QueryAnswer.h"
 #include "Utf16.h"
 
 #include "pluginterfaces/vst/ivsthostapplication.h"
@@ -14,17 +15,6 @@ using namespace Steinberg::Vst;
 
 namespace
 {
-template <typename I> tresult Answer(I* self, const TUID iid, void** obj)
-{
-    if (FUnknownPrivate::iidEqual(iid, FUnknown::iid) || FUnknownPrivate::iidEqual(iid, I::iid))
-    {
-        *obj = self;
-        return kResultOk;
-    }
-    *obj = nullptr;
-    return kNoInterface;
-}
-
 template <typename I> I* Query(FUnknown* object)
 {
     void* obj = nullptr;
@@ -48,7 +38,7 @@ class PluginInstance::Host final : public IHostApplication
   public:
     tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
     {
-        return Answer<IHostApplication>(this, iid, obj);
+        return QueryAnswer<IHostApplication>(this, iid, obj);
     }
     uint32 PLUGIN_API addRef() override { return 1; }
     uint32 PLUGIN_API release() override { return 1; }
@@ -72,7 +62,7 @@ class PluginInstance::Handler final : public IComponentHandler
   public:
     tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
     {
-        return Answer<IComponentHandler>(this, iid, obj);
+        return QueryAnswer<IComponentHandler>(this, iid, obj);
     }
     uint32 PLUGIN_API addRef() override { return 1; }
     uint32 PLUGIN_API release() override { return 1; }

@@ -1,0 +1,123 @@
+#include "modulators/LogicModule.h"
+
+#include "dsp/Denormals.h"
+#include "dsp/Vec.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+LogicModule::Mode LogicModule::ModeFromMenu(int value)
+{
+    return kMenuModes[static_cast<size_t>(std::clamp(value, 0, kNumModes - 1))];
+}
+
+LogicModule::LogicModule(double* output) : mOut(output ? output : mOwnOut)
+{
+    VecZero(mOut, gBlockLen);
+}
+
+void LogicModule::SetSmooth(double ms)
+{
+    mSmoothMs = std::clamp(ms, 0.0, 1000.0);
+    UpdateSmooth();
+}
+
+void LogicModule::UpdateSmooth()
+{
+    // One pole whose time constant is the set time divided by 2 pi; 0 ms passes straight through.
+    const double samples = mSmoothMs * 0.001 * double(gSampleRate);
+    const double a = samples > 0.0 ? std::clamp(std::exp(-2.0 * std::numbers::pi / samples), 0.0, 1.0) : 0.0;
+    mA = a;
+    mB = 1.0 - a;
+}
+
+void LogicModule::Reset()
+{
+    mY = 0.0;
+    UpdateSmooth();
+}
+
+void LogicModule::Process()
+{
+    const int n = gBlockLen;
+    double* a = mWorkA;
+    double* b = mWorkB;
+    VecZero(a, n);
+    VecZero(b, n);
+    const double* source1 = mSource1;
+    const double* source2 = mSource2;
+    if (source1) VecScale(source1, mSource1Depth, a, n);
+    if (source2) VecScale(source2, mSource2Depth, b, n);
+
+    switch (static_cast<int>(mMode))
+    {
+    case kAdd:
+        VecAddI(b, a, n);
+        break;
+    case kMultiply:
+        if (source2) VecMulI(b, a, n);
+        break;
+    case kAbsMin:
+    case kAbsMax:
+    {
+        const bool takeMin = mMode == kAbsMin;
+        for (int i = 0; i < n; ++i)
+        {
+            const double absA = std::fabs(a[i]);
+            const double absB = std::fabs(b[i]);
+            const double sign = a[i] > 0.0 ? 1.0 : (a[i] < 0.0 ? -1.0 : 0.0);
+            a[i] = sign * (takeMin ? std::min(absA, absB) : std::max(absA, absB));
+        }
+        break;
+    }
+    case kMin:
+        VecMinI(b, a, n);
+        break;
+    case kMax:
+        VecMaxI(b, a, n);
+        break;
+    case kGate:
+        for (int i = 0; i < n; ++i)
+            if (std::fabs(a[i]) < std::fabs(b[i])) a[i] = 0.0;
+        break;
+    case kHigher:
+        for (int i = 0; i < n; ++i)
+            a[i] = a[i] > b[i] ? 1.0 : 0.0;
+        break;
+    case kLower:
+        for (int i = 0; i < n; ++i)
+            a[i] = a[i] < b[i] ? 1.0 : 0.0;
+        break;
+    default:
+        break;
+    }
+
+    // The guard keeps the pole's state out of the denormal range while it decays.
+    const double ca = mA;
+    const double cb = mB;
+    double y = mY;
+    for (int i = 0; i < n; ++i)
+    {
+        y = ca * y + cb * a[i] + kDenormGuard;
+        a[i] = y - kDenormGuard;
+    }
+    mY = y;
+
+    // Depth after smoothing, so a depth change acts at once. The depth source is read before the
+    // output is written: reading our own output gives the last block.
+    const double depth = mOutDepth;
+    const double* depthSource = mDepthSource;
+    if (depthSource)
+    {
+        const double mod = mDepthMod;
+        for (int i = 0; i < n; ++i)
+            a[i] *= depthSource[i] * mod + depth;
+    }
+    else
+    {
+        VecScaleI(depth, a, n);
+    }
+    for (int i = 0; i < n; ++i)
+        mOut[i] = std::clamp(a[i], -1.0, 1.0);
+}

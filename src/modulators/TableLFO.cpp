@@ -1,0 +1,186 @@
+#include "modulators/TableLFO.h"
+
+#include "modulators/WaveMenu.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace
+{
+const std::uint8_t kNoTrigger = 0;
+constexpr double kDefaultRate = 44100.0;
+constexpr double kGlideGuard = 1e-15; // keeps the glide recursion out of denormals
+} // namespace
+
+TableLFO::TableLFO() : trigger(&kNoTrigger)
+{
+    // Deliberately from the default rate, never again: the step stays below 46 points per sample.
+    sLowerLimit = static_cast<int>(kWaveTableSize * 0.001 / kDefaultRate);
+    sUpperLimit = static_cast<int>(kWaveTableSize * 500.0 / kDefaultRate);
+}
+
+void TableLFO::setWave(const WaveRecord* record)
+{
+    table = record ? record->samples : nullptr;
+    const bool random = record && record->id == kRandomWaveId;
+    if (random) holdValue = DrawHold();
+    isRandom = random;
+}
+
+void TableLFO::setRate(double hz)
+{
+    rateHz = hz;
+    increment = std::clamp(tableSize * hz / gSampleRate, double(sLowerLimit), double(sUpperLimit));
+}
+
+void TableLFO::setPhase(double fraction)
+{
+    phaseOffset = static_cast<int>(4095.0 * fraction);
+}
+
+void TableLFO::setGlide(double ms)
+{
+    const double t = ms * 1.5;
+    const double a = std::clamp(std::exp(-2.0 * std::numbers::pi / (t * 0.001 * gSampleRate)), 0.0, 1.0);
+    glideA = a;
+    glideB = 1.0 - a;
+}
+
+void TableLFO::setPolarity(int p)
+{
+    polarity = p;
+    switch (p)
+    {
+    case kPos:
+        polScale = 0.5, polOffset = 0.5;
+        break;
+    case kNeg:
+        polScale = -0.5, polOffset = -0.5;
+        break;
+    default:
+        polScale = 1.0, polOffset = 0.0;
+        break;
+    }
+}
+
+void TableLFO::setMode(int m)
+{
+    loops = m == kLoop;
+    noRetrigger = m == kLatch;
+}
+
+void TableLFO::setTrigger(const std::uint8_t* flag)
+{
+    trigger = flag ? flag : &kNoTrigger;
+}
+
+void TableLFO::setOn(bool enable)
+{
+    on = enable;
+    if (!enable) std::fill(std::begin(out), std::end(out), 0.0);
+}
+
+double TableLFO::DrawHold()
+{
+    const std::uint32_t s = randState * 1103515245u + 12345u;
+    randState = s;
+    return double((s >> 16) & 0x7FFFu) / 32767.0;
+}
+
+void TableLFO::processBlock()
+{
+    const double* t = table;
+    if (t)
+    {
+        double step = increment;
+        if (const double* mod = rateModSource)
+            step = std::clamp(tableSize * (rateHz + rateModDepth * mod[0] * 500.0) / gSampleRate,
+                              double(sLowerLimit), double(sUpperLimit));
+        const bool trig = *static_cast<const std::uint8_t*>(trigger) != 0;
+        const bool wraps = loops, restarts = trig && !noRetrigger, random = isRandom, backwards = reverse;
+        const double end = tableSize, sign = swapSign, scale = polScale, offset = polOffset;
+        const int offsetPoints = phaseOffset;
+        bool newCycle = false;
+        double value = 0.0;
+        for (int i = 0; i < gBlockLen; ++i)
+        {
+            phase += step;
+            if (phase >= end)
+            {
+                if (wraps)
+                    phase -= end, newCycle = true;
+                else if (trig)
+                    phase = 0.0, newCycle = true;
+                else
+                    phase = end;
+            }
+            if (i == 0 && restarts) phase = 0.0, newCycle = true;
+
+            if (random)
+            {
+                // Once a cycle began in this block, every following sample draws again.
+                if (newCycle) holdValue = DrawHold();
+                value = 2.0 * holdValue - 1.0;
+            }
+            else
+            {
+                const int index = (static_cast<int>(std::min(phase, end - 1.0)) + offsetPoints) & tableMask;
+                value = std::clamp(sign * (backwards ? t[tableSize - index - 1] : t[index]), -1.0, 1.0);
+            }
+            out[i] = value * scale + offset;
+        }
+        rawOut = value;
+    }
+
+    const double a = glideA, b = glideB;
+    double y = glideY;
+    for (double& v : out)
+    {
+        y = b * v + a * y + kGlideGuard;
+        v = y - kGlideGuard;
+    }
+    glideY = y;
+
+    const double d = depth;
+    for (double& v : out)
+        v *= d;
+    lastOut = out[0];
+}
+
+double TableLFO::SyncRatio(int index, int mode)
+{
+    const double ratio = std::exp2(index - 4) / 60.0;
+    if (mode == kSyncDotted) return ratio / 1.5;
+    if (mode == kSyncTriplet) return ratio * 1.5;
+    return ratio;
+}
+
+int TableLFO::SyncIndexForRate(double hz, double tempo)
+{
+    const float steps = std::log2(static_cast<float>(960.0 * hz / tempo));
+    if (!(steps > 0.0f)) return 0; // also catches a zero rate (log2 of 0 is -inf)
+    return std::min(static_cast<int>(steps), kNumSyncSteps - 1);
+}
+
+void TableLFO::setSyncStep(int index, double tempo)
+{
+    syncIndex = std::clamp(index, 0, kNumSyncSteps - 1);
+    if (syncMode == kSyncHz) return;
+    syncRatio = SyncRatio(syncIndex, syncMode);
+    setRate(tempo * syncRatio);
+}
+
+void TableLFO::tempoChanged(double tempo)
+{
+    if (syncMode != kSyncHz) setRate(tempo * syncRatio);
+}
+
+double TableLFO::setSyncMode(int mode, double tempo)
+{
+    const bool wasSynced = syncMode != kSyncHz;
+    syncMode = mode;
+    if (mode == kSyncHz) return rateHz;
+    setSyncStep(wasSynced ? int(syncIndex) : SyncIndexForRate(rateHz, tempo), tempo);
+    return syncIndex;
+}

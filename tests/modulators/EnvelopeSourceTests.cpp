@@ -1,0 +1,210 @@
+#include "dsp/TimeBase.h"
+#include "modulators/EnvelopeSource.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+namespace
+{
+using Block = std::array<double, gBlockLen>;
+
+// A 1 kHz sine block at the given amplitude, continuing the phase across calls.
+struct Sine
+{
+    double amplitude = 0.5;
+    long sample = 0;
+    Block Next()
+    {
+        Block block{};
+        for (double& x : block)
+            x = amplitude *
+                std::sin(2.0 * std::numbers::pi * 1000.0 * double(sample++) / double(gSampleRate));
+        return block;
+    }
+};
+
+// Gate mode with a -20 dB threshold: a 0.5 sine holds the level at full scale.
+void SetUpGate(EnvelopeSource& env)
+{
+    env.SetMode(1);
+    env.SetThreshold(-20.0);
+    env.SetAttack(5.0);
+    env.SetDecay(20.0);
+    env.SetHold(50.0);
+    env.Reset();
+}
+
+double Rms(const double* x, int n)
+{
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i)
+        sum += x[i] * x[i];
+    return std::sqrt(sum / n);
+}
+} // namespace
+
+TEST(EnvelopeSource, ChoiceTableResolvesEveryBuffer)
+{
+    std::array<Block, 17> buffers{};
+    EnvSourceBuffers engine;
+    engine.inMono = buffers[0].data();
+    engine.inLeft = buffers[1].data();
+    engine.inRight = buffers[2].data();
+    for (int s = 0; s < 4; ++s)
+    {
+        engine.slotMono[s] = buffers[3 + 3 * s].data();
+        engine.slotLeft[s] = buffers[4 + 3 * s].data();
+        engine.slotRight[s] = buffers[5 + 3 * s].data();
+    }
+    engine.sidechain = buffers[15].data();
+    engine.masterFx = buffers[16].data();
+
+    const std::array<const char*, 17> labels = {
+        "IN MONO", "IN LEFT", "IN RIGHT", "SLOT1 M", "SLOT1 L", "SLOT1 R", "SLOT2 M",   "SLOT2 L",  "SLOT2 R",
+        "SLOT3 M", "SLOT3 L", "SLOT3 R",  "SLOT4 M", "SLOT4 L", "SLOT4 R", "SIDECHAIN", "MASTER FX"};
+    for (int c = 0; c < kNumEnvSources; ++c)
+    {
+        EXPECT_STREQ(kEnvSourceTable[c].label, labels[c]);
+        EXPECT_EQ(ResolveEnvelopeSource(c, engine), buffers[c].data()) << labels[c];
+    }
+    EXPECT_EQ(ResolveEnvelopeSource(-1, engine), nullptr);
+    EXPECT_EQ(ResolveEnvelopeSource(kNumEnvSources, engine), nullptr);
+    // A slot whose routing holds no channel gives no buffer.
+    engine.slotRight[2] = nullptr;
+    EXPECT_EQ(ResolveEnvelopeSource(kEnvSrcSlot3Right, engine), nullptr);
+}
+
+TEST(EnvelopeSource, FrequencyLawInverse)
+{
+    EXPECT_NEAR(EnvelopeSource::NormaliseFreq(50.0), 0.0, 1e-12);
+    EXPECT_NEAR(EnvelopeSource::NormaliseFreq(1000.0), 0.5, 1e-12); // 400 = 20^2
+    EXPECT_NEAR(EnvelopeSource::NormaliseFreq(20000.0), 1.0, 1e-12);
+}
+
+TEST(EnvelopeSource, TriggerOncePerRiseToFullLevel)
+{
+    EnvelopeSource env;
+    SetUpGate(env);
+    Sine sine;
+    const Block silence{};
+    int triggers = 0;
+    int fullBlocks = 0;
+    double previous = 0.0;
+    // Two bursts of 0.3 s, each followed by 0.5 s of silence (long enough to fall back to idle).
+    for (int burst = 0; burst < 2; ++burst)
+    {
+        for (int phase = 0; phase < 2; ++phase)
+        {
+            const int blocks = int((phase == 0 ? 0.3 : 0.5) * double(gSampleRate) / gBlockLen);
+            for (int b = 0; b < blocks; ++b)
+            {
+                const Block in = phase == 0 ? sine.Next() : silence;
+                env.SetSourceBuffer(in.data());
+                env.Process(nullptr, nullptr);
+                const double level = env.Level();
+                if (level >= 1.0) ++fullBlocks;
+                if (env.Triggered())
+                {
+                    ++triggers;
+                    EXPECT_GE(level, 1.0);
+                    EXPECT_LT(previous, 1.0);
+                }
+                previous = level;
+            }
+            if (phase == 1)
+            {
+                EXPECT_LT(env.Level(), 1.0) << "still held after the silence";
+            }
+        }
+        EXPECT_EQ(triggers, burst + 1);
+    }
+    // The level sat at full scale for many blocks, yet each rise fired once.
+    EXPECT_GT(fullBlocks, 100);
+}
+
+TEST(EnvelopeSource, SilentOrMissingSource)
+{
+    // A slot channel that is turned off reads zeros: no level, no pulse, a silent output.
+    EnvelopeSource env;
+    SetUpGate(env);
+    const Block zeros{};
+    env.SetSourceBuffer(zeros.data());
+    for (int b = 0; b < 200; ++b)
+    {
+        env.Process(nullptr, nullptr);
+        ASSERT_FALSE(env.Triggered());
+    }
+    EXPECT_EQ(env.Level(), 0.0);
+    EXPECT_EQ(Rms(env.Output(), gBlockLen), 0.0);
+
+    // Held at full scale, a block without a source forgets the level, so the next block at full
+    // scale pulses again.
+    Sine sine;
+    int triggers = 0;
+    for (int b = 0; b < 100; ++b)
+    {
+        const Block in = sine.Next();
+        env.SetSourceBuffer(in.data());
+        env.Process(nullptr, nullptr);
+        triggers += env.Triggered();
+    }
+    ASSERT_EQ(triggers, 1);
+    ASSERT_GE(env.Level(), 1.0);
+    env.SetSourceBuffer(nullptr);
+    env.Process(nullptr, nullptr);
+    EXPECT_FALSE(env.Triggered());
+    const Block in = sine.Next();
+    env.SetSourceBuffer(in.data());
+    env.Process(nullptr, nullptr);
+    EXPECT_TRUE(env.Triggered());
+}
+
+TEST(EnvelopeSource, ListenIsExclusiveAndCarriesTheFilteredInput)
+{
+    EnvelopeSource env1, env2;
+    EnvelopeSource* both[2] = {&env1, &env2};
+    ToggleEnvelopeListen(both, 0);
+    EXPECT_TRUE(env1.Listening());
+    EXPECT_FALSE(env2.Listening());
+    ToggleEnvelopeListen(both, 1);
+    EXPECT_FALSE(env1.Listening());
+    EXPECT_TRUE(env2.Listening());
+    ToggleEnvelopeListen(both, 1);
+    EXPECT_FALSE(env1.Listening());
+    EXPECT_FALSE(env2.Listening());
+    ToggleEnvelopeListen(both, 1);
+
+    // Only the listening envelope writes the master pair: its input after 20 dB of gain, with the
+    // detector band wide open around 1 kHz.
+    env1.SetGain(20.0);
+    env2.SetGain(20.0);
+    env1.SetLocut(50.0);
+    env2.SetLocut(50.0);
+    env1.SetHicut(20000.0);
+    env2.SetHicut(20000.0);
+    Sine sine{0.05};
+    Block left{}, right{};
+    double inSum = 0.0, outSum = 0.0;
+    for (int b = 0; b < 200; ++b)
+    {
+        const Block in = sine.Next();
+        left.fill(7.0);
+        right.fill(7.0);
+        env1.SetSourceBuffer(in.data());
+        env1.Process(left.data(), right.data());
+        ASSERT_EQ(left[0], 7.0) << "a muted envelope wrote the master";
+        env2.SetSourceBuffer(in.data());
+        env2.Process(left.data(), right.data());
+        ASSERT_EQ(left, right);
+        if (b >= 100)
+        {
+            inSum += Rms(in.data(), gBlockLen);
+            outSum += Rms(left.data(), gBlockLen);
+        }
+    }
+    EXPECT_NEAR(outSum / inSum, 10.0, 0.2);
+}

@@ -1,8 +1,10 @@
 #pragma once
 // The step patterns of a gate's preset menu, as values to write into its step parameters. These are
 // plain functions: the caller writes the parameters (so that the host is told) and snaps nothing
-// itself. Also home of the small 15-bit generator used for the random patterns and the random
-// step order, so that both behave alike on every platform.
+// itself. Random patterns come from the modulators' own generator, so they are alike on every
+// platform.
+
+#include "modulators/Rand15.h"
 
 #include <array>
 #include <cstdint>
@@ -22,15 +24,6 @@ enum StepPreset : int
 
 inline constexpr std::array<const char*, kNumStepPresets> kStepPresetNames{
     "ALL OFF", "ALL ON", "RAMP", "EXPONENTIAL", "TRIANGLE", "SINUS", "HALF", "RANDOMIZE"};
-
-inline constexpr int kRand15Max = 32767;
-
-// Linear congruential generator returning 0..32767; advances `state`.
-inline int NextRand15(std::uint32_t& state)
-{
-    state = state * 214013u + 2531011u;
-    return static_cast<int>((state >> 16) & 0x7fffu);
-}
 
 struct StepPattern
 {

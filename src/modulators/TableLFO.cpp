@@ -1,5 +1,6 @@
 #include "modulators/TableLFO.h"
 
+#include "modulators/Rand15.h"
 #include "modulators/WaveMenu.h"
 
 #include <algorithm>
@@ -83,9 +84,10 @@ void TableLFO::setOn(bool enable)
 
 double TableLFO::DrawHold()
 {
-    const std::uint32_t s = randState * 1103515245u + 12345u;
-    randState = s;
-    return double((s >> 16) & 0x7FFFu) / 32767.0;
+    std::uint32_t state = randState;
+    const int draw = NextRand15(state);
+    randState = state;
+    return double(draw) / kRand15Max;
 }
 
 void TableLFO::processBlock()

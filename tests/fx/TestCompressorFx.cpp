@@ -1,0 +1,115 @@
+#include "dsp/FilterMeasure.h"
+#include "fx/CompressorFx.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+using namespace filtertest;
+
+namespace
+{
+// Output over input level, in dB, of a steady sine whose period is one block, every block bit for
+// bit the same (the follower releases on any drop of the level, even by rounding), measured over the
+// last 0.2 s of 2 s.
+double SteadyGainDb(CompressorFx& c, double rmsDb)
+{
+    const double amp = std::sqrt(2.0) * std::pow(10.0, rmsDb / 20.0);
+    const int total = int(2.0 * gSampleRate) / gBlockLen * gBlockLen;
+    std::vector<double> x(total);
+    for (int n = 0; n < total; ++n)
+        x[n] = amp * std::sin(2.0 * M_PI * double(n % gBlockLen) / gBlockLen);
+    const std::vector<double> y = RunBlocks(c, x);
+    const int from = total - int(0.2 * gSampleRate);
+    double sx = 0, sy = 0;
+    for (int n = from; n < total; ++n)
+        sx += x[n] * x[n], sy += y[n] * y[n];
+    return 10.0 * std::log10(sy / sx);
+}
+
+// Knob fraction of a ratio under the law 1 + 19 x^2.
+double RatioKnob(double ratio)
+{
+    return std::sqrt((ratio - 1.0) / 19.0);
+}
+} // namespace
+
+// Threshold -30 dB (knob 0.5), a signal 20 dB above it: ratio 4 takes off 15 dB, ratio 1 nothing,
+// and the makeup knob adds 24 dB per unit on top.
+TEST(CompressorFx, SteadyReductionFollowsRatio)
+{
+    const struct
+    {
+        double ratio, makeup, want;
+    } cases[] = {{4.0, 0.0, -15.0}, {1.0, 0.0, 0.0}, {2.0, 0.5, -10.0 + 12.0}, {20.0, 0.0, -19.0}};
+    for (const auto& c : cases)
+    {
+        CompressorFx comp(false);
+        comp.SetParam(0, 0.5);
+        comp.SetParam(1, RatioKnob(c.ratio));
+        comp.SetParam(2, 0.3);
+        comp.SetParam(3, 0.3);
+        comp.SetParam(4, c.makeup);
+        EXPECT_NEAR(SteadyGainDb(comp, -10.0), c.want, 0.1) << "ratio " << c.ratio;
+        EXPECT_DOUBLE_EQ(double(comp.mMix), 1.0);
+    }
+    // Below the threshold nothing happens, whatever the ratio.
+    CompressorFx comp(false);
+    comp.SetParam(0, 0.5);
+    comp.SetParam(1, 1.0);
+    EXPECT_NEAR(SteadyGainDb(comp, -35.0), 0.0, 0.05);
+}
+
+// The audio path is delayed by the 10 ms look-ahead: an impulse leaves 10 ms later, unchanged.
+TEST(CompressorFx, LookAheadDelaysThePath)
+{
+    RateGuard guard;
+    for (double rate : {44100.0, 48000.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        CompressorFx comp(true);
+        comp.SetParam(0, 1.0);
+        comp.SetParam(1, 0.0);
+        comp.Reset();
+        std::vector<double> x(int(0.05 * rate) / gBlockLen * gBlockLen, 0.0);
+        x[5] = 1.0;
+        const std::vector<double> y = RunBlocks(comp, x);
+        size_t peak = 0;
+        for (size_t n = 1; n < y.size(); ++n)
+            if (std::fabs(y[n]) > std::fabs(y[peak])) peak = n;
+        EXPECT_EQ(int(peak), 5 + int(rate / 100.0)) << rate;
+        EXPECT_NEAR(y[peak], 1.0, 1e-9) << rate;
+    }
+}
+
+// No NaN or infinity at the knob extremes, at the lowest and highest rates.
+TEST(CompressorFx, FiniteAtExtremesAndRates)
+{
+    RateGuard guard;
+    std::mt19937 rng(5);
+    std::uniform_real_distribution<double> noise(-4.0, 4.0);
+    for (double rate : {32000.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        for (int corner = 0; corner < 32; ++corner)
+        {
+            CompressorFx comp(false);
+            for (int p = 0; p < 5; ++p)
+                comp.SetParam(p, (corner >> p) & 1 ? 1.0 : 0.0);
+            comp.Reset();
+            double buf[gBlockLen];
+            for (int b = 0; b < 200; ++b)
+            {
+                for (double& v : buf)
+                    v = b < 100 ? noise(rng) : 0.0;
+                comp.mIn1 = buf;
+                comp.mOut1 = buf;
+                comp.Process();
+                for (double v : buf)
+                    ASSERT_TRUE(std::isfinite(v)) << rate << " corner " << corner;
+            }
+        }
+    }
+}

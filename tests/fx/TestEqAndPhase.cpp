@@ -1,0 +1,201 @@
+#include "dsp/FilterMeasure.h"
+#include "fx/DCRemover.h"
+#include "fx/EQ_M.h"
+#include "fx/EQ_ST.h"
+#include "fx/PhaseFilter.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <vector>
+
+using namespace filtertest;
+
+namespace
+{
+using cd = std::complex<double>;
+
+// N first-order all-passes of coefficient a = 1 - f^4 with feedback b * 0.8 round the chain and
+// the output scaled by 1 - 0.52 b.
+cd ExpectedPhase(double f, int stages, double b, double hz)
+{
+    const double a = 1.0 - std::pow(f, 4.0);
+    const cd z1 = std::polar(1.0, -2.0 * M_PI * hz / gSampleRate);
+    const cd h = std::pow((a - z1) / (1.0 - a * z1), stages);
+    return h / (1.0 - 0.8 * b * z1 * h) * (1.0 - 0.8 * b * 0.65);
+}
+
+void ExpectResponse(PhaseFilter& pf, double f, int stages, double b)
+{
+    for (double hz : {100.0, 700.0, 3000.0, 12000.0})
+    {
+        const Tone t = MeasureTone(pf, hz, 1.0, 0.3);
+        const cd want = ExpectedPhase(f, stages, b, hz);
+        EXPECT_NEAR(std::abs(std::polar(t.gain, t.phase) - want), 0.0, 2e-3)
+            << "stages " << stages << " at " << hz << " Hz: phase " << t.phase << " want " << std::arg(want);
+    }
+}
+
+double EqDb(DSPShell& eq, double hz)
+{
+    return MeasureTone(eq, hz, 1.0, 0.4).dB();
+}
+
+double ShelfAmp(double dB)
+{
+    return std::pow(10.0, dB / 40.0);
+}
+} // namespace
+
+// The stage knob gives min(truncate(4x + 3), 7) stages: 3, 5 and 7 for 0, 0.5 and 1. The response
+// is that of the all-pass chain with a = 1 - f^4, with and without feedback.
+TEST(PhaseFilter, StageCountAndCoefficientLaw)
+{
+    const double f = 0.45;
+    PhaseFilter pf(false);
+    pf.SetParam(0, f);
+    pf.SetParam(2, 0.5);
+    const std::pair<double, int> stageCases[] = {{1.0, 7}, {0.0, 3}, {0.5, 5}};
+    for (auto [x, stages] : stageCases)
+    {
+        pf.SetParam(3, x);
+        EXPECT_EQ(int(pf.mStages), stages);
+        ExpectResponse(pf, f, stages, 0.0);
+    }
+    pf.SetParam(1, 0.5);
+    ExpectResponse(pf, f, 5, 0.5);
+}
+
+// Spread moves the two channels apart: 2x - 1 added to the left's frequency, taken off the right's.
+TEST(PhaseFilter, SpreadOpposesChannels)
+{
+    PhaseFilter left(false), right(true);
+    for (PhaseFilter* pf : {&left, &right})
+    {
+        pf->SetParam(0, 0.3);
+        pf->SetParam(2, 0.6); // +-0.2
+        pf->SetParam(3, 0.0);
+        pf->Reset();
+    }
+    ExpectResponse(left, 0.5, 3, 0.0);
+    ExpectResponse(right, 0.1, 3, 0.0);
+}
+
+// Layout 0: low shelf, peak and high shelf, each tested alone. A shelf of D dB has D at its far
+// end and D / 2 at its corner; a peak gives 18 (2v - 1) dB at its centre.
+TEST(EqM, FixLayoutShelvesAndPeak)
+{
+    EQ_M eq(kEqFix);
+    eq.SetParam(0, ShelfAmp(12.0));
+    EXPECT_NEAR(EqDb(eq, 500.0), 6.0, 0.05);
+    EXPECT_NEAR(EqDb(eq, 20.0), 12.0, 0.2);
+    EXPECT_NEAR(EqDb(eq, 15000.0), 0.0, 0.1);
+
+    eq.SetParam(0, 1.0);
+    eq.SetParam(3, ShelfAmp(-8.0));
+    EXPECT_NEAR(EqDb(eq, 3000.0), -4.0, 0.05);
+    EXPECT_NEAR(EqDb(eq, 21000.0), -8.0, 0.2);
+    EXPECT_NEAR(EqDb(eq, 60.0), 0.0, 0.1);
+
+    eq.SetParam(3, 1.0);
+    eq.SetParam(1, 2000.0);
+    eq.SetParam(2, 0.25);
+    EXPECT_NEAR(EqDb(eq, 2000.0), -9.0, 0.05);
+    EXPECT_NEAR(EqDb(eq, 60.0), 0.0, 0.1);
+}
+
+// Layout 1: two peaks; EQ_ST runs the same layout on the right pair of buffers.
+TEST(EqM, TwoBandPeaksInStereo)
+{
+    EQ_ST eq(kEqTwoBand);
+    eq.SetParam(0, 1.0); // +18 dB
+    eq.SetParam(1, 200.0);
+    eq.SetParam(2, 0.0); // -18 dB
+    eq.SetParam(3, 8000.0);
+    EXPECT_NEAR(EqDb(eq, 200.0), 18.0, 0.1);
+    EXPECT_NEAR(EqDb(eq, 8000.0), -18.0, 0.1);
+
+    // The right channel, driven through mIn2 / mOut2.
+    std::vector<double> x(40 * 1024), y(x.size());
+    const double w = 2.0 * M_PI * 8000.0 / gSampleRate;
+    for (size_t n = 0; n < x.size(); ++n)
+        x[n] = std::sin(w * double(n));
+    double left[gBlockLen];
+    for (size_t b = 0; b < x.size() / gBlockLen; ++b)
+    {
+        eq.mIn1 = gNoSignal;
+        eq.mOut1 = left;
+        eq.mIn2 = x.data() + b * gBlockLen;
+        eq.mOut2 = y.data() + b * gBlockLen;
+        eq.Process();
+    }
+    EXPECT_NEAR(FitTone(y, w, 20 * 1024, 20 * 1024, 1.0).dB(), -18.0, 0.1);
+}
+
+// Layout 2: shelves with their own corners.
+TEST(EqM, ShelfLayoutCorners)
+{
+    EQ_M eq(kEqShelves, true);
+    eq.SetParam(0, ShelfAmp(-10.0));
+    eq.SetParam(1, 200.0);
+    eq.SetParam(2, ShelfAmp(6.0));
+    eq.SetParam(3, 5000.0);
+    EXPECT_NEAR(EqDb(eq, 200.0), -5.0, 0.1);
+    EXPECT_NEAR(EqDb(eq, 5000.0), 3.0, 0.1);
+    EXPECT_NEAR(EqDb(eq, 1000.0), 0.0, 0.3);
+}
+
+// A constant input steps the output to 1, which then decays as 0.9999^n: 1/e after 10000 samples.
+TEST(DCRemover, ConstantSettlesToZero)
+{
+    DCRemover dc;
+    double block[gBlockLen];
+    std::vector<double> y;
+    for (int b = 0; b < 2000; ++b)
+    {
+        std::fill(block, block + gBlockLen, 0.5);
+        dc.RemoveDC(block);
+        y.insert(y.end(), block, block + gBlockLen);
+    }
+    EXPECT_DOUBLE_EQ(y[0], 0.5);
+    EXPECT_NEAR(y[10000] / 0.5, std::exp(-1.0), 1e-3);
+    EXPECT_LT(std::fabs(y[60000]), 0.5 * 0.003);
+    dc.Reset();
+    std::fill(block, block + gBlockLen, 0.5);
+    dc.RemoveDC(block);
+    EXPECT_DOUBLE_EQ(block[0], 0.5);
+}
+
+// No NaN or infinity at the extremes of every control, at the lowest and highest rates.
+TEST(EqAndPhase, FiniteAtExtremesAndRates)
+{
+    RateGuard guard;
+    for (double rate : {32000.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        for (int corner = 0; corner < 16; ++corner)
+        {
+            const auto pick = [corner](int p, double lo, double hi) { return (corner >> p) & 1 ? hi : lo; };
+            PhaseFilter pf(corner & 1);
+            for (int p = 0; p < 4; ++p)
+                pf.SetParam(p, pick(p, 0.0, 1.0));
+            EQ_ST eq(corner % 3);
+            const bool gainIsAmp[3][4] = {
+                {true, false, false, true}, {false, false, false, false}, {true, false, true, false}};
+            const bool isHz[3][4] = {
+                {false, true, false, false}, {false, true, false, true}, {false, true, false, true}};
+            for (int p = 0; p < 4; ++p)
+                eq.SetParam(p, isHz[corner % 3][p]        ? pick(p, 10.0, 24000.0)
+                               : gainIsAmp[corner % 3][p] ? pick(p, ShelfAmp(-18.0), ShelfAmp(18.0))
+                                                          : pick(p, 0.0, 1.0));
+            std::vector<double> x(200 * gBlockLen);
+            for (size_t n = 0; n < x.size(); ++n)
+                x[n] = n < x.size() / 2 ? std::sin(0.37 * double(n) * double(n)) : 0.0;
+            for (double v : RunBlocks(pf, x))
+                ASSERT_TRUE(std::isfinite(v)) << rate << " corner " << corner;
+            for (double v : RunBlocks(eq, x))
+                ASSERT_TRUE(std::isfinite(v)) << rate << " corner " << corner;
+        }
+    }
+}

@@ -1,0 +1,367 @@
+#include "dsp/FilterMeasure.h"
+#include "fx/Comb.h"
+#include "fx/HilbertShifter.h"
+#include "fx/PhaserC.h"
+#include "fx/RingMod.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <functional>
+#include <memory>
+#include <vector>
+
+// The oscillator effects, checked by their spectra, notch positions, echo positions and loop gains.
+// The ring modulator's carrier is scaled by 1 - s^2 (unit peak), which the sideband levels check.
+namespace
+{
+using filtertest::RateGuard;
+using filtertest::RunBlocks;
+
+std::vector<double> Sine(double hz, size_t n, double amp = 1.0)
+{
+    std::vector<double> x(n);
+    for (size_t i = 0; i < n; ++i)
+        x[i] = amp * std::sin(2.0 * M_PI * hz * double(i) / gSampleRate);
+    return x;
+}
+
+size_t Blocks(double seconds)
+{
+    return (size_t(seconds * gSampleRate) / gBlockLen + 1) * gBlockLen;
+}
+
+// Amplitude of the component at hz in y[from, from + count), Blackman-Harris windowed: sidelobes
+// below -90 dB, so tones some tens of hertz apart do not leak into each other.
+double ToneLevel(const std::vector<double>& y, size_t from, size_t count, double hz)
+{
+    const double w = 2.0 * M_PI * hz / gSampleRate;
+    std::complex<double> acc = 0.0;
+    double wsum = 0.0;
+    for (size_t n = 0; n < count; ++n)
+    {
+        const double t = 2.0 * M_PI * double(n) / double(count - 1);
+        const double win =
+            0.35875 - 0.48829 * std::cos(t) + 0.14128 * std::cos(2 * t) - 0.01168 * std::cos(3 * t);
+        acc += win * y[from + n] * std::polar(1.0, -w * double(from + n));
+        wsum += win;
+    }
+    return 2.0 * std::abs(acc) / wsum;
+}
+
+double Db(double ratio)
+{
+    return 20.0 * std::log10(ratio);
+}
+
+// Steady output of a tone: the last half second after a settling time.
+std::vector<double> ToneOutput(DSPShell& m, double hz, size_t* from, size_t* count)
+{
+    const size_t settle = Blocks(0.25), total = Blocks(0.75);
+    *from = settle;
+    *count = total - settle;
+    return RunBlocks(m, Sine(hz, total));
+}
+
+// Impulse response, scaled back to a unit impulse; a small impulse keeps soft limits linear.
+std::vector<double> ImpulseResponse(DSPShell& m, size_t n, double amp = 1.0)
+{
+    filtertest::SettleControls(m, 0.3);
+    std::vector<double> x(n, 0.0);
+    x[0] = amp;
+    std::vector<double> h = RunBlocks(m, x);
+    for (double& v : h)
+        v /= amp;
+    return h;
+}
+
+std::complex<double> Response(const std::vector<double>& h, double hz)
+{
+    const std::complex<double> rotate = std::polar(1.0, -2.0 * M_PI * hz / gSampleRate);
+    std::complex<double> acc = 0.0, z = 1.0;
+    for (size_t n = 0; n < h.size(); ++n, z *= rotate)
+        acc += h[n] * z;
+    return acc;
+}
+
+std::complex<double> ToneResponse(DSPShell& m, double hz)
+{
+    const filtertest::Tone t = filtertest::MeasureTone(m, hz, 1.0, 0.3);
+    return std::polar(t.gain, t.phase);
+}
+
+void SetParams(DSPShell& m, std::initializer_list<double> values)
+{
+    int p = 0;
+    for (double v : values)
+        m.SetParam(p++, v);
+}
+} // namespace
+
+TEST(HilbertShifter, ShiftsEveryPartialByTheSameHertzAndRejectsTheImage)
+{
+    RateGuard guard;
+    SetTimeBase(48000.0);
+    HilbertShifter left(false);
+    SetParams(left, {1.0, 2.0, 0.0, 0.5, 1.0}); // +1 x 100 Hz, no feedback, spread centred
+    EXPECT_DOUBLE_EQ(left.ShiftHz(), 100.0);
+    size_t from, count;
+    const std::vector<double> y = ToneOutput(left, 1000.0, &from, &count);
+    const double up = ToneLevel(y, from, count, 1100.0);
+    EXPECT_NEAR(up, 1.0, 0.01);
+    EXPECT_LT(Db(ToneLevel(y, from, count, 900.0) / up), -40.0);
+    EXPECT_LT(Db(ToneLevel(y, from, count, 1000.0) / up), -40.0);
+}
+
+TEST(HilbertShifter, SpreadShiftsTheChannelsInOppositeSensesByItsSignedSquare)
+{
+    RateGuard guard;
+    SetTimeBase(48000.0);
+    for (const double spread : {1.0, 0.75})
+    {
+        const double hz = 100.0 * (2.0 * spread - 1.0) * std::fabs(2.0 * spread - 1.0);
+        for (const bool isRight : {false, true})
+        {
+            HilbertShifter m(isRight);
+            SetParams(m, {0.5, 2.0, 0.0, spread, 1.0}); // no shift of its own: the spread alone
+            const double expected = 1000.0 + (isRight ? -hz : hz);
+            size_t from, count;
+            const std::vector<double> y = ToneOutput(m, 1000.0, &from, &count);
+            const double wanted = ToneLevel(y, from, count, expected);
+            EXPECT_NEAR(wanted, 1.0, 0.01) << "spread " << spread << " right " << isRight;
+            EXPECT_LT(Db(ToneLevel(y, from, count, 2000.0 - expected) / wanted), -40.0);
+        }
+    }
+}
+
+// With no shift the module is a fixed filter A; full feedback returns -0.7 of the output one block
+// later, so the loop's response must be A / (1 + 0.7 A e^(-j w 32)).
+TEST(HilbertShifter, FullFeedbackReturnsMinusPointSevenOfTheOutputOneBlockLater)
+{
+    RateGuard guard;
+    SetTimeBase(48000.0);
+    for (const double hz : {700.0, 1000.0, 2500.0})
+    {
+        HilbertShifter open(false), looped(false);
+        SetParams(open, {0.5, 2.0, 0.0, 0.5, 1.0});
+        SetParams(looped, {0.5, 2.0, 1.0, 0.5, 1.0});
+        const std::complex<double> a = ToneResponse(open, hz);
+        const std::complex<double> h = ToneResponse(looped, hz);
+        const std::complex<double> delay = std::polar(1.0, -2.0 * M_PI * hz * gBlockLen / gSampleRate);
+        const std::complex<double> expected = a / (1.0 + 0.7 * a * delay);
+        EXPECT_NEAR(std::abs(a), 1.0, 0.01);
+        EXPECT_NEAR(std::abs(h - expected), 0.0, 1e-4 * std::abs(expected)) << hz << " Hz";
+    }
+}
+
+TEST(RingMod, SidebandsSitAtInputPlusMinusCarrierAndShapeAddsGeometricHarmonics)
+{
+    RateGuard guard;
+    SetTimeBase(48000.0);
+    const double fc = std::pow(0.5, 4) * 4999.9 + 0.1; // full frequency knob, halved by the module
+    for (const double shape : {0.0, 1.0})
+    {
+        RingMod m(false);
+        SetParams(m, {1.0, shape, 0.0, 0.5, 1.0});
+        ASSERT_NEAR(m.CarrierHz(), fc, 1e-9);
+        size_t from, count;
+        const std::vector<double> y = ToneOutput(m, 1000.0, &from, &count);
+        const double s = 0.9 * shape;
+        const double first = ToneLevel(y, from, count, 1000.0 + fc);
+        EXPECT_NEAR(first, 0.5 * (1.0 - s * s), 0.005) << "shape " << shape;
+        EXPECT_NEAR(ToneLevel(y, from, count, 1000.0 - fc), first, 0.005);
+        EXPECT_LT(ToneLevel(y, from, count, 1000.0), 1e-4); // a ring modulator removes the input
+        const double second = ToneLevel(y, from, count, 1000.0 + 2.0 * fc);
+        if (shape == 0.0)
+        {
+            EXPECT_LT(Db(second / first), -80.0);
+            EXPECT_LT(Db(ToneLevel(y, from, count, 1000.0 + 3.0 * fc) / first), -80.0);
+        }
+        else
+        {
+            EXPECT_NEAR(second / first, s, 0.01);
+        }
+    }
+}
+
+TEST(RingMod, RightChannelLocksOntoItsPartnerWhenSpreadReturnsToCentre)
+{
+    RateGuard guard;
+    SetTimeBase(48000.0);
+    RingMod left(false), right(true, &left);
+    for (RingMod* m : {&left, &right})
+        SetParams(*m, {0.7, 0.3, 0.0, 0.9, 1.0});
+    const std::vector<double> x = Sine(440.0, Blocks(0.2));
+    const auto run = [&](std::vector<double>& yl, std::vector<double>& yr)
+    {
+        for (size_t b = 0; b < x.size() / gBlockLen; ++b)
+        {
+            left.mIn1 = right.mIn1 = x.data() + b * gBlockLen;
+            left.mOut1 = yl.data() + b * gBlockLen;
+            right.mOut1 = yr.data() + b * gBlockLen;
+            left.Process();
+            right.Process();
+        }
+    };
+    std::vector<double> yl(x.size()), yr(x.size());
+    run(yl, yr);
+    EXPECT_GT(std::fabs(left.Phase() - right.Phase()), 0.01); // detuned apart
+    for (RingMod* m : {&left, &right})
+        m->SetParam(3, 0.5);
+    run(yl, yr);
+    EXPECT_NEAR(left.Phase(), right.Phase(), 1e-9);
+    double worst = 0.0;
+    for (size_t n = gBlockLen; n < x.size(); ++n)
+        worst = std::max(worst, std::fabs(yl[n] - yr[n]));
+    EXPECT_LT(worst, 1e-9);
+}
+
+namespace
+{
+// Frequencies of the notches deeper than -25 dB of a module's impulse response, 20 Hz to 20 kHz.
+std::vector<double> Notches(DSPShell& m)
+{
+    const std::vector<double> h = ImpulseResponse(m, 4096);
+    const int points = 1600;
+    std::vector<double> hz(points), mag(points);
+    for (int i = 0; i < points; ++i)
+    {
+        hz[i] = 20.0 * std::pow(1000.0, double(i) / (points - 1));
+        mag[i] = std::abs(Response(h, hz[i]));
+    }
+    std::vector<double> found;
+    for (int i = 1; i + 1 < points; ++i)
+        if (mag[i] < mag[i - 1] && mag[i] <= mag[i + 1] && Db(mag[i]) < -25.0) found.push_back(hz[i]);
+    return found;
+}
+} // namespace
+
+// One section at depth 1 is (1 + allpass) x 0.75: a null exactly where the section's phase is -180
+// degrees, at its centre, w x table[0] x 22050 Hz with w = (x^2 + 0.1) x 6.
+TEST(PhaserC, SingleStageNotchFollowsTheBase)
+{
+    RateGuard guard;
+    for (const double rate : {44100.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        for (const double base : {0.5, 1.0})
+        {
+            PhaserC m(false);
+            SetParams(m, {base, 1.0, 0.0, 0.0, 0.0});
+            ASSERT_EQ(m.Stages(), 1);
+            const std::vector<double> notches = Notches(m);
+            ASSERT_EQ(notches.size(), 1u) << rate << " Hz, base " << base;
+            const double expected = (base * base + 0.1) * 6.0 * PhaserC::kSectionTable[0] * 22050.0;
+            EXPECT_NEAR(notches[0], expected, 0.01 * expected) << rate << " Hz, base " << base;
+        }
+    }
+}
+
+// N sections turn the phase through N x 360 degrees: N notches, and the first one comes lower as
+// more sections add their lag.
+TEST(PhaserC, StageCountSetsTheNumberOfNotches)
+{
+    RateGuard guard;
+    SetTimeBase(48000.0);
+    double previousLowest = 1e9;
+    for (const int stages : {1, 2, 4, 8})
+    {
+        PhaserC m(false);
+        SetParams(m, {0.0, 1.0, (stages - 1) / 7.0, 0.0, 0.0});
+        ASSERT_EQ(m.Stages(), stages);
+        const std::vector<double> notches = Notches(m);
+        ASSERT_EQ(int(notches.size()), stages);
+        EXPECT_LT(notches[0], previousLowest);
+        previousLowest = notches[0];
+    }
+}
+
+// A feed-forward comb at 100 Hz (480 samples at 48 kHz): peaks of 2 at multiples of 100 Hz, nulls
+// halfway. Full feedback (-0.5 x 1.66 = -0.83 for small signals) gives (1 + z^-D) / (1 + 0.83 z^-D):
+// the peaks drop to 2 / 1.83, the nulls stay.
+TEST(Comb, PeaksAtMultiplesOfItsFrequency)
+{
+    RateGuard guard;
+    SetTimeBase(48000.0);
+    for (const double feedback : {0.0, 1.0})
+    {
+        Comb m(false);
+        SetParams(m, {0.5, feedback, 0.0, 0.0, 0.0});
+        ASSERT_NEAR(m.CombHz(), 100.0, 1e-9);
+        const std::vector<double> h = ImpulseResponse(m, 65536, 1e-3);
+        EXPECT_NEAR(h[0], 1.0, 1e-12);
+        EXPECT_NEAR(h[480], 1.0 - 0.83 * feedback, 1e-6);
+        const double peak = 2.0 / (1.0 + 0.83 * feedback);
+        for (const double hz : {100.0, 200.0, 300.0, 1000.0})
+            EXPECT_NEAR(std::abs(Response(h, hz)), peak, 0.01 * peak) << hz << " Hz, feedback " << feedback;
+        for (const double hz : {150.0, 250.0, 1050.0})
+            EXPECT_LT(std::abs(Response(h, hz)), 0.01) << hz << " Hz, feedback " << feedback;
+    }
+}
+
+// At 1 Hz the delay is one second; above 48 kHz that is more than the 48000-sample line holds, and
+// the read stops at the line's far end.
+TEST(Comb, LowestFrequencyDelayIsOneSecondClampedToTheLine)
+{
+    RateGuard guard;
+    for (const double rate : {44100.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        Comb m(false);
+        SetParams(m, {0.0, 0.0, 0.0, 0.0, 0.0});
+        const size_t expected = rate < 48000.0 ? size_t(rate) : size_t(Comb::kLineLength - 1);
+        EXPECT_DOUBLE_EQ(m.TargetDelay(), double(expected));
+        std::vector<double> x(Blocks(1.1), 0.0);
+        x[0] = 1.0;
+        const std::vector<double> y = RunBlocks(m, x);
+        size_t echo = 0;
+        for (size_t n = 1; n < y.size(); ++n)
+            if (std::fabs(y[n]) > 0.5) echo = n;
+        EXPECT_EQ(echo, expected) << rate << " Hz";
+    }
+}
+
+// Every corner of the five parameters, with and without full-depth modulation, on loud noise.
+TEST(OscEffects, StayFiniteAtParameterExtremes)
+{
+    RateGuard guard;
+    const double plus = 1.0, minus = -1.0, depth = 1.0;
+    using Factory = std::function<std::unique_ptr<DSPShell>(bool)>;
+    const std::vector<Factory> factories = {
+        [](bool r) { return std::make_unique<HilbertShifter>(r); },
+        [](bool r) { return std::make_unique<RingMod>(r); },
+        [](bool r) { return std::make_unique<PhaserC>(r); },
+        [](bool r) { return std::make_unique<Comb>(r); },
+    };
+    for (const double rate : {32000.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        for (size_t type = 0; type < factories.size(); ++type)
+            for (int corner = 0; corner < 128; ++corner)
+            {
+                std::unique_ptr<DSPShell> m = factories[type]((corner & 1) != 0);
+                for (int p = 0; p < 5; ++p)
+                {
+                    const double v = (corner >> (p + 1)) & 1;
+                    m->SetParam(p, type == 0 && p == 1 ? 2.0 * v : v);
+                    if (corner & 64)
+                    {
+                        m->SetModSource(p, p % 2 ? &plus : &minus);
+                        m->SetModDepth(p, &depth);
+                    }
+                }
+                unsigned seed = 12345u + unsigned(corner);
+                std::vector<double> x(Blocks(0.05));
+                for (double& v : x)
+                {
+                    seed = seed * 1664525u + 1013904223u;
+                    v = 8.0 * (double(seed >> 8) / double(1u << 24) - 0.5);
+                }
+                const std::vector<double> y = RunBlocks(*m, x);
+                for (double v : y)
+                    ASSERT_TRUE(std::isfinite(v) && std::fabs(v) < 1000.0)
+                        << "type " << type << " corner " << corner << " rate " << rate;
+            }
+    }
+}

@@ -1,0 +1,140 @@
+#include "ReverbMeasure.h"
+#include "reverb/AFdnReverb.h"
+#include "reverb/ReverbLaws.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace
+{
+constexpr double kRate = 44100.0;
+
+struct Shape
+{
+    const char* name;
+    int lines, modLines, third;
+};
+constexpr Shape kHall{"hall", 16, 7, 1};
+constexpr Shape kRoom{"room", 10, 2, 4};
+
+std::unique_ptr<AFdnReverb> MakeReverb(const Shape& s, double decay, double damp)
+{
+    SetTimeBase(kRate);
+    auto r = std::make_unique<AFdnReverb>(s.lines, s.modLines, s.third);
+    r->SetParam(0, decay);
+    r->SetParam(1, 0.0);
+    r->SetParam(2, 0.0);
+    r->SetParam(3, damp);
+    r->Reset();
+    return r;
+}
+
+// The damping value for which alpha is 1 at 44.1 kHz: the dampers are then plain gains.
+constexpr double kNoDamping = (0.99 - 1.0) / 0.89;
+
+StereoBuffer ImpulseResponse(AFdnReverb& r, double seconds)
+{
+    const int frames = int(seconds * kRate);
+    return RenderStereo(r, Impulse(frames), std::vector<double>(size_t(frames), 0.0), frames);
+}
+} // namespace
+
+// Every line carries the loop gain of its own length, so the whole network falls by 60 dB in the
+// decay time it was set to.
+TEST(AFdnReverb, MeasuredDecayTimeMatchesSetting)
+{
+    for (const Shape& shape : {kHall, kRoom})
+        for (double decay : {1.0, 2.5})
+        {
+            auto r = MakeReverb(shape, decay, kNoDamping);
+            const StereoBuffer out = ImpulseResponse(*r, decay * 1.3);
+            const double rt60 = MeasureRt60(out.left, out.right, kRate);
+            EXPECT_NEAR(rt60, decay, 0.1 * decay) << shape.name << " set to " << decay << " s";
+        }
+}
+
+// With damping the highs decay faster than the lows, by the ratio the damper law gives: at angular
+// frequency w a line's loss ln g grows to ln g + ln(1 - d) - 0.5 ln(1 - 2 d cos w + d^2).
+TEST(AFdnReverb, DampingShortensTheHighs)
+{
+    const double decay = 2.0, damp = (0.99 - 0.3) / 0.89; // alpha = 0.3
+    for (const Shape& shape : {kHall, kRoom})
+    {
+        auto r = MakeReverb(shape, decay, damp);
+        const StereoBuffer out = ImpulseResponse(*r, 3.0);
+        // Two band-pass passes, so that the slower skirts of the band do not take over the tail.
+        const auto band = [](const std::vector<double>& x, double hz)
+        { return BandPass(BandPass(x, hz, 8.0, kRate), hz, 8.0, kRate); };
+        const double low = MeasureRt60(band(out.left, 300.0), band(out.right, 300.0), kRate);
+        const double high = MeasureRt60(band(out.left, 8000.0), band(out.right, 8000.0), kRate);
+
+        const int mid = shape.lines / 2;
+        const double g = r->mGainLine[mid], d = r->mDampCoef[mid];
+        const auto lossAt = [&](double hz)
+        {
+            const double w = 2.0 * std::numbers::pi * hz / kRate;
+            return std::log(g) + std::log(1.0 - d) - 0.5 * std::log(1.0 - 2.0 * d * std::cos(w) + d * d);
+        };
+        const double expected = lossAt(300.0) / lossAt(8000.0);
+        EXPECT_NEAR(low, decay, 0.15 * decay) << shape.name;
+        EXPECT_NEAR(high / low, expected, 0.15 * expected)
+            << shape.name << " low " << low << " high " << high << " expected " << expected;
+        EXPECT_LT(high / low, 0.6) << shape.name;
+    }
+}
+
+// The two tap patterns are orthogonal: the tails of left and right share little.
+TEST(AFdnReverb, LeftAndRightAreDecorrelated)
+{
+    for (const Shape& shape : {kHall, kRoom})
+    {
+        auto r = MakeReverb(shape, 2.0, HallDamp(50.0));
+        const StereoBuffer out = ImpulseResponse(*r, 1.0);
+        double worst = 0.0;
+        for (int lag = -20; lag <= 20; ++lag)
+            worst = std::max(worst, std::fabs(Correlation(out.left, out.right, 4410, 40000, lag)));
+        EXPECT_LT(worst, 0.3) << shape.name;
+    }
+}
+
+// The network runs on the sum of both inputs: either side alone gives the very same output.
+TEST(AFdnReverb, InputIsAMonoSum)
+{
+    for (const Shape& shape : {kHall, kRoom})
+    {
+        const int frames = 8192;
+        auto a = MakeReverb(shape, 3.0, 0.5);
+        auto b = MakeReverb(shape, 3.0, 0.5);
+        const StereoBuffer fromLeft =
+            RenderStereo(*a, Impulse(frames, 5), std::vector<double>(frames, 0.0), frames);
+        const StereoBuffer fromRight =
+            RenderStereo(*b, std::vector<double>(frames, 0.0), Impulse(frames, 5), frames);
+        EXPECT_EQ(fromLeft.left, fromRight.left) << shape.name;
+        EXPECT_EQ(fromLeft.right, fromRight.right) << shape.name;
+        EXPECT_GT(Energy(fromLeft.left, 0, frames), 1e-6) << shape.name;
+    }
+}
+
+// The pre-delay holds the first output back by exactly its samples, scaled with the rate.
+TEST(AFdnReverb, PreDelayMovesTheFirstArrival)
+{
+    for (double rate : {44100.0, 88200.0})
+    {
+        SetTimeBase(rate);
+        // Without modulated lines the shortest line's delay is fixed: its length plus one.
+        AFdnReverb r(10, 0, 4);
+        r.SetParam(0, 2.0);
+        r.SetParam(1, 441.0);
+        r.Reset();
+        const int frames = 8192;
+        const StereoBuffer out = RenderStereo(r, Impulse(frames), std::vector<double>(frames, 0.0), frames);
+        size_t first = 0;
+        while (first < out.left.size() && std::fabs(out.left[first]) < 1e-6)
+            ++first;
+        // The shortest line (601 at 44.1 kHz) comes on top of the pre-delay.
+        const double ratio = rate / 44100.0;
+        EXPECT_EQ(first, size_t(int(441.0 * ratio) + int(601 * ratio) + 1)) << rate;
+    }
+    SetTimeBase(kRate);
+}

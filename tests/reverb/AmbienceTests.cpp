@@ -1,0 +1,134 @@
+#include "ReverbMeasure.h"
+#include "reverb/Ambience.h"
+#include "reverb/ReverbLaws.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+
+namespace
+{
+constexpr double kRate = 44100.0;
+
+std::unique_ptr<Ambience> MakeAmbience(double size, double decay, double modulation, double damp)
+{
+    SetTimeBase(kRate);
+    auto a = std::make_unique<Ambience>();
+    a->SetParam(0, size);
+    a->SetParam(1, decay);
+    a->SetParam(2, modulation);
+    a->SetParam(3, damp);
+    a->Init();
+    return a;
+}
+
+std::vector<double> Noise(int frames, int burst, unsigned seed)
+{
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> dist(-1.0, 1.0);
+    std::vector<double> x(size_t(frames), 0.0);
+    for (int i = 0; i < burst; ++i)
+        x[size_t(i)] = dist(rng);
+    return x;
+}
+} // namespace
+
+// The loop is a Householder reflection times the decay, so the tail falls at about 20 log10(decay)
+// dB per trip round the loop: one block plus the mean line delay.
+TEST(Ambience, TailDecaysAtTheRateOfItsLoopGain)
+{
+    const int frames = int(4.0 * kRate);
+    for (double control : {20.0, 50.0, 80.0, 95.0})
+    {
+        const double decay = AmbienceDecay(control);
+        auto a = MakeAmbience(AmbienceSize(0.0), decay, 1.0, 1.0);
+        const StereoBuffer out = RenderStereo(*a, Noise(frames, 2048, 1), Noise(frames, 2048, 2), frames);
+
+        double meanTrip = gBlockLen;
+        for (double length : a->mBaseLength)
+            meanTrip += 0.25 * length * AmbienceSize(0.0);
+        const double expectedDbPerSecond = 20.0 * std::log10(decay) * kRate / meanTrip;
+
+        // Energy in half-second windows from 0.5 s on: each one below the one before.
+        const size_t window = size_t(0.5 * kRate);
+        std::vector<double> levels;
+        for (size_t from = window; from + window <= size_t(frames); from += window)
+        {
+            const double e = Energy(out.left, from, from + window) + Energy(out.right, from, from + window);
+            if (e < 1e-30) break; // fallen below anything measurable
+            levels.push_back(10.0 * std::log10(e));
+        }
+        ASSERT_GE(levels.size(), 2u) << control;
+        for (size_t k = 1; k < levels.size(); ++k)
+            EXPECT_LT(levels[k], levels[k - 1]) << "decay control " << control << " window " << k;
+        const double measured = (levels.back() - levels.front()) / (0.5 * double(levels.size() - 1));
+        EXPECT_NEAR(measured, expectedDbPerSecond, 0.25 * std::fabs(expectedDbPerSecond)) << control;
+    }
+}
+
+// The wandering lines leave no period in the tail: its normalised autocorrelation has no peak
+// beyond a few milliseconds.
+TEST(Ambience, TailHasNoPeriodicity)
+{
+    const int frames = int(2.5 * kRate);
+    auto a = MakeAmbience(AmbienceSize(30.0), AmbienceDecay(90.0), 1.0, AmbienceDamp(20.0));
+    const StereoBuffer out = RenderStereo(*a, Noise(frames, 4410, 3), Noise(frames, 4410, 4), frames);
+    const std::vector<double> tail(out.left.begin() + long(0.5 * kRate),
+                                   out.left.begin() + long(1.5 * kRate));
+    const std::vector<double> r = NormalisedAutocorrelation(tail, int(0.5 * kRate));
+    const auto worst = std::max_element(r.begin() + long(0.005 * kRate), r.end(),
+                                        [](double u, double v) { return std::fabs(u) < std::fabs(v); });
+    EXPECT_LT(std::fabs(*worst), 0.5) << "at lag " << (worst - r.begin());
+}
+
+TEST(Ambience, SizeIsLimitedToSix)
+{
+    Ambience a;
+    a.SetParam(0, 7.0);
+    EXPECT_EQ(double(a.mSize), 6.0);
+    EXPECT_DOUBLE_EQ(double(a.mTime[2]), 6.0 * 2753.0 * double(gSampleRateRatio));
+}
+
+// With decay 0 the output is the line read once: an impulse returns after the line's delay. Chaos
+// depth 0 keeps that delay fixed while the attractor runs on, so every pulse gives the same echo;
+// depth 1 makes it wander.
+TEST(Ambience, ChaosDepthZeroHoldsTheFirstLines)
+{
+    const double size = 1.2;
+    const int period = 8192, pulses = 12;
+    for (double modulation : {0.0, 1.0})
+    {
+        auto a = MakeAmbience(size, 0.0, modulation, 1.0);
+        // Undamped, so that the echo is the bare fractional delay.
+        a->mDampL.SetBypass(true);
+        a->mDampR.SetBypass(true);
+        std::vector<double> in(size_t(period) * pulses, 0.0);
+        for (int p = 0; p < pulses; ++p)
+            in[size_t(p) * period] = 1.0;
+        const double xBefore = a->mX;
+        const StereoBuffer out = RenderStereo(*a, in, in, int(in.size()));
+        EXPECT_NE(a->mX, xBefore) << "the attractor runs in either case";
+
+        double worstChange = 0.0;
+        for (const std::vector<double>* side : {&out.left, &out.right})
+            for (int p = 1; p < pulses; ++p)
+                for (int i = 0; i < period; ++i)
+                    worstChange = std::max(worstChange,
+                                           std::fabs((*side)[size_t(p * period + i)] - (*side)[size_t(i)]));
+        const auto peak = [](const std::vector<double>& x)
+        {
+            return int(std::max_element(x.begin(), x.begin() + period,
+                                        [](double u, double v) { return std::fabs(u) < std::fabs(v); }) -
+                       x.begin());
+        };
+        if (modulation == 0.0)
+        {
+            EXPECT_LT(worstChange, 1e-9);
+            EXPECT_NEAR(peak(out.left), size * 4297.0, 1.0);
+            EXPECT_NEAR(peak(out.right), size * 1669.0, 1.0);
+        }
+        else
+            EXPECT_GT(worstChange, 0.5);
+    }
+}

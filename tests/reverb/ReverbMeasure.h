@@ -1,0 +1,164 @@
+#pragma once
+// Measurements on reverb responses: a stereo renderer for block processors, the decay time from the
+// backward-integrated energy decay curve, band-pass filtering and normalised correlations.
+
+#include "dsp/DSPShell.h"
+#include "dsp/TimeBase.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <numbers>
+#include <vector>
+
+struct StereoBuffer
+{
+    std::vector<double> left, right;
+};
+
+// Runs `fx` over the given input (padded with silence to a whole number of blocks, at least
+// `frames` long), in place, and returns both outputs.
+inline StereoBuffer RenderStereo(DSPShell& fx, std::vector<double> inL, std::vector<double> inR, int frames)
+{
+    const int blocks = (frames + gBlockLen - 1) / gBlockLen;
+    inL.resize(size_t(blocks) * gBlockLen, 0.0);
+    inR.resize(size_t(blocks) * gBlockLen, 0.0);
+    for (int b = 0; b < blocks; ++b)
+    {
+        double* l = inL.data() + b * gBlockLen;
+        double* r = inR.data() + b * gBlockLen;
+        fx.mIn1 = l;
+        fx.mIn2 = r;
+        fx.mOut1 = l;
+        fx.mOut2 = r;
+        fx.Process();
+    }
+    return {std::move(inL), std::move(inR)};
+}
+
+inline std::vector<double> Impulse(int frames, int at = 0)
+{
+    std::vector<double> x(size_t(frames), 0.0);
+    x[size_t(at)] = 1.0;
+    return x;
+}
+
+// Decay time to -60 dB in seconds from a signal's energy: Schroeder's backward integral, with a
+// least-squares line fitted to the curve between -5 and -35 dB.
+inline double MeasureRt60(const std::vector<double>& a, const std::vector<double>& b, double rate)
+{
+    std::vector<double> edc(a.size());
+    double acc = 0.0;
+    for (size_t i = a.size(); i-- > 0;)
+    {
+        acc += a[i] * a[i] + b[i] * b[i];
+        edc[i] = acc;
+    }
+    const double total = edc[0];
+    double sx = 0, sy = 0, sxx = 0, sxy = 0;
+    int count = 0;
+    for (size_t i = 0; i < edc.size(); ++i)
+    {
+        const double db = 10.0 * std::log10(edc[i] / total);
+        if (db > -5.0) continue;
+        if (db < -35.0) break;
+        const double t = double(i) / rate;
+        sx += t, sy += db, sxx += t * t, sxy += t * db;
+        ++count;
+    }
+    const double slope = (count * sxy - sx * sy) / (count * sxx - sx * sx);
+    return -60.0 / slope;
+}
+
+// RBJ band-pass (constant 0 dB peak gain) at `hz`, quality q.
+inline std::vector<double> BandPass(const std::vector<double>& x, double hz, double q, double rate)
+{
+    const double w = 2.0 * std::numbers::pi * hz / rate;
+    const double alpha = std::sin(w) / (2.0 * q);
+    const double a0 = 1.0 + alpha;
+    const double b0 = alpha / a0, b2 = -alpha / a0, a1 = -2.0 * std::cos(w) / a0, a2 = (1.0 - alpha) / a0;
+    std::vector<double> y(x.size());
+    double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
+    for (size_t i = 0; i < x.size(); ++i)
+    {
+        y[i] = b0 * x[i] + b2 * x2 - a1 * y1 - a2 * y2;
+        x2 = x1, x1 = x[i], y2 = y1, y1 = y[i];
+    }
+    return y;
+}
+
+// Normalised correlation of a[from..to) with b shifted by lag.
+inline double Correlation(const std::vector<double>& a, const std::vector<double>& b, size_t from, size_t to,
+                          int lag)
+{
+    double ab = 0, aa = 0, bb = 0;
+    for (size_t i = from; i < to; ++i)
+    {
+        const double y = b[size_t(long(i) + lag)];
+        ab += a[i] * y, aa += a[i] * a[i], bb += y * y;
+    }
+    return ab / std::sqrt(aa * bb);
+}
+
+inline double Energy(const std::vector<double>& x, size_t from, size_t to)
+{
+    double e = 0.0;
+    for (size_t i = from; i < to; ++i)
+        e += x[i] * x[i];
+    return e;
+}
+
+// In-place radix-2 FFT (size a power of two); inverse without the 1/n.
+inline void Fft(std::vector<std::complex<double>>& a, bool inverse)
+{
+    const size_t n = a.size();
+    for (size_t i = 1, j = 0; i < n; ++i)
+    {
+        size_t bit = n >> 1;
+        for (; j & bit; bit >>= 1)
+            j ^= bit;
+        j ^= bit;
+        if (i < j) std::swap(a[i], a[j]);
+    }
+    for (size_t len = 2; len <= n; len <<= 1)
+    {
+        const double angle = 2.0 * std::numbers::pi / double(len) * (inverse ? 1.0 : -1.0);
+        const std::complex<double> step(std::cos(angle), std::sin(angle));
+        for (size_t i = 0; i < n; i += len)
+        {
+            std::complex<double> w(1.0);
+            for (size_t k = 0; k < len / 2; ++k, w *= step)
+            {
+                const std::complex<double> u = a[i + k], v = a[i + k + len / 2] * w;
+                a[i + k] = u + v;
+                a[i + k + len / 2] = u - v;
+            }
+        }
+    }
+}
+
+// r[lag] = sum x[i] x[i + lag] over the overlap, divided by the root of both parts' energies, for
+// lags 0..maxLag: 1 for a signal that repeats itself after lag samples.
+inline std::vector<double> NormalisedAutocorrelation(const std::vector<double>& x, int maxLag)
+{
+    size_t n = 1;
+    while (n < 2 * x.size())
+        n <<= 1;
+    std::vector<std::complex<double>> a(n);
+    for (size_t i = 0; i < x.size(); ++i)
+        a[i] = x[i];
+    Fft(a, false);
+    for (auto& c : a)
+        c = std::norm(c);
+    Fft(a, true);
+    std::vector<double> prefix(x.size() + 1, 0.0);
+    for (size_t i = 0; i < x.size(); ++i)
+        prefix[i + 1] = prefix[i] + x[i] * x[i];
+    std::vector<double> r(size_t(maxLag) + 1);
+    for (size_t lag = 0; lag <= size_t(maxLag); ++lag)
+    {
+        const double head = prefix[x.size() - lag], tail = prefix.back() - prefix[lag];
+        r[lag] = a[lag].real() / double(n) / std::sqrt(head * tail);
+    }
+    return r;
+}

@@ -1,6 +1,7 @@
 #include "modulators/LogicModule.h"
 
 #include "dsp/Denormals.h"
+#include "dsp/OnePoleBlock.h"
 #include "dsp/Vec.h"
 
 #include <algorithm>
@@ -94,15 +95,7 @@ void LogicModule::Process()
     }
 
     // The guard keeps the pole's state out of the denormal range while it decays.
-    const double ca = mA;
-    const double cb = mB;
-    double y = mY;
-    for (int i = 0; i < n; ++i)
-    {
-        y = ca * y + cb * a[i] + kDenormGuard;
-        a[i] = y - kDenormGuard;
-    }
-    mY = y;
+    mY = OnePoleBlock(a, n, mA, mB, kDenormGuard, mY);
 
     // Depth after smoothing, so a depth change acts at once. The depth source is read before the
     // output is written: reading our own output gives the last block.

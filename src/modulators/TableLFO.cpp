@@ -1,5 +1,8 @@
 #include "modulators/TableLFO.h"
 
+#include "dsp/OnePoleBlock.h"
+#include "dsp/Vec.h"
+
 #include "modulators/Rand15.h"
 #include "modulators/WaveMenu.h"
 
@@ -105,6 +108,7 @@ void TableLFO::processBlock()
         const int offsetPoints = phaseOffset;
         bool newCycle = false;
         double value = 0.0;
+        double phase = this->phase; // a local, so stores to `out` can't force it through memory
         for (int i = 0; i < gBlockLen; ++i)
         {
             phase += step;
@@ -132,21 +136,12 @@ void TableLFO::processBlock()
             }
             out[i] = value * scale + offset;
         }
+        this->phase = phase;
         rawOut = value;
     }
 
-    const double a = glideA, b = glideB;
-    double y = glideY;
-    for (double& v : out)
-    {
-        y = b * v + a * y + kGlideGuard;
-        v = y - kGlideGuard;
-    }
-    glideY = y;
-
-    const double d = depth;
-    for (double& v : out)
-        v *= d;
+    glideY = OnePoleBlock(out, gBlockLen, glideA, glideB, kGlideGuard, glideY);
+    VecScaleI(depth, out, gBlockLen);
     lastOut = out[0];
 }
 

@@ -66,8 +66,7 @@ void Compressor::Process()
 {
     const int n = mBlockLen;
     double makeup = mMakeup;
-    BlockSmoother::ApplyMod(mModSource[kMakeupInput], *mModDepth[kMakeupInput], &makeup, nullptr, 1, 0.0,
-                            1.0);
+    BlockSmoother::ApplyMod(mModSource[kMakeupInput], ModDepth(kMakeupInput), &makeup, nullptr, 1, 0.0, 1.0);
     const double makeupGain = std::exp(makeup * kMakeupRangeDb * kDbToLn);
 
     mDelay.Write(mIn1, n);

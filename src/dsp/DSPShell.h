@@ -7,6 +7,8 @@
 // Threads: Process runs on the audio thread; SetParam, SetMode and the wiring calls come from the
 // parameter path and only store scalars, which the audio thread picks up at its next block.
 
+#include <atomic>
+
 #include "dsp/BlockSmoother.h"
 #include "dsp/Relaxed.h"
 #include "dsp/TimeBase.h"
@@ -38,7 +40,13 @@ class DSPShell
     void SetModDepth(int input, const double* depth);
 
     // Present value of modulation input k times its depth, or 0 when nothing is wired.
-    double ModValue(int k) const { return mModSource[k] != nullptr ? *mModSource[k] * *mModDepth[k] : 0.0; }
+    double ModValue(int k) const { return mModSource[k] != nullptr ? *mModSource[k] * ModDepth(k) : 0.0; }
+    // The depth behind input k: the parameter path rewrites it while audio runs, so it is read as
+    // a relaxed atomic.
+    double ModDepth(int k) const
+    {
+        return std::atomic_ref<double>(const_cast<double&>(*mModDepth[k])).load(std::memory_order_relaxed);
+    }
     bool ModWired(int k) const { return mModSource[k] != nullptr; }
 
     Relaxed<const double*> mModSource[kModInputs];

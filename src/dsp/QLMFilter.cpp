@@ -53,7 +53,7 @@ double QLMFilter::UpdateControls(double gainLo, double gainHi)
 
     double gain = mGainParam;
     if (const double* source = mModSource[3]; source != nullptr)
-        BlockSmoother::ApplyMod(source, *mModDepth[3], &gain, nullptr, 1, gainLo, gainHi);
+        BlockSmoother::ApplyMod(source, ModDepth(3), &gain, nullptr, 1, gainLo, gainHi);
     mGain = OnePoleStep(mGainSmooth, mGainState, gain);
     return oldFreq;
 }

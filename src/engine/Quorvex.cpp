@@ -26,12 +26,16 @@ Quorvex::Quorvex() : IPlugVST3(kQuorvexConfig)
     EnableFlushDenormals();
     // The catalogue takes the wave menu's names for the LFO wave lists.
     InitParams(params, kWaveMenuNames);
+    SetupEffects();
     ResetEngine();
     // The first call derives the engine again for whatever rate the host then runs at.
     mEngineRate = -1.0;
     // Every cache holds a value before the host sees the plug-in.
     for (int id = 0; id < NParams(); ++id)
         OnParamChange(id);
+    SyncTapFxMasks();
+    mEffects.ServicePending();
+    mEffects.StartWorker();
     mConstructing = false;
 }
 
@@ -54,6 +58,7 @@ void Quorvex::OnParamChange(int id)
         WireModRoute(ref);
         return;
     }
+    if (ApplyFxParam(id, v) || ApplyModulatorParam(id, v)) return;
     if (ApplySlotParam(id, v) || ApplyMainParam(id, v)) return;
     ApplyMasterParam(id, v);
 }
@@ -63,6 +68,7 @@ void Quorvex::OnParamChange(int id)
 // LFO rate, effect and logic families go to their modules once those exist.
 void Quorvex::WireModRoute(const ModParamRef& ref)
 {
+    if (WireFxModRoute(ref) || WireModulatorRoute(ref)) return;
     const ModFamily& family = GetModFamily(ref.family);
     if (family.delayInput < 0 || family.delaySide == DelaySide::kNone) return;
     const ModRoute& route = mModRouting.Route(ref.family, ref.member);
@@ -95,10 +101,6 @@ bool Quorvex::ApplyMasterParam(int id, double v)
     case kLimiterLevel:
         mMaster.SetLimiterBoost(v);
         return true;
-    case kMasterFX:
-        // The list starts with OFF, which is the master section's first type.
-        mMaster.SetMasterFxType(MasterSection::kMasterFxOff + static_cast<int>(std::lround(v)));
-        return true;
     case kMasterFXBypass:
         mMaster.SetMasterFxBypass(v >= 0.5);
         return true;
@@ -114,6 +116,7 @@ bool Quorvex::Silenced() const
 
 void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) QUORVEX_NONBLOCKING
 {
+    const AudioThreadScope audioThread(mAudioThread);
     double* outL = outputs[0];
     double* outR = outputs[1];
     mOutputsL = outL;
@@ -278,6 +281,15 @@ void Quorvex::WriteDelays()
 // modulators (wave-table LFOs, gates, envelopes, logic) write their buffers here once they exist.
 void Quorvex::TickModulators()
 {
+    ModulatorTickContext ctx;
+    ctx.songPos = mSongPosition.mSongPos;
+    ctx.tempo = mTempo.tempo;
+    ctx.beatChanged = mSongPosition.mFlags.beatChanged;
+    ctx.barChanged = mSongPosition.mFlags.barChanged;
+    ctx.oddBar = mSongPosition.mFlags.oddBar;
+    ctx.listenL = mOutBlockL;
+    ctx.listenR = mOutBlockR;
+    mModulators.Tick(ctx);
     mMainOsc.Tick();
 }
 
@@ -296,6 +308,12 @@ void Quorvex::ResetEngine()
         slot.Prepare();
     mMainOsc.SetModRate(mMainRatePercent);
     mMainOsc.Reset();
+    // Steps, glides and smoothing depend on the rate: their parameters are applied again.
+    if (!mConstructing)
+        for (int id = kLFOOn1; id <= kLogic4DepthModSource; ++id)
+            OnParamChange(id);
+    // The master effect's laws read the rate (pre-delays in samples).
+    if (!mConstructing) SendMasterFxParams();
     mFadeIn.Request();
     ClearEngine();
 }
@@ -313,6 +331,8 @@ void Quorvex::ClearEngine()
     VecZero(mInputFilterR.mDelay, 2 * kIirMaxOrder);
     for (Slot& slot : mSlots)
         slot.Clear();
+    mEffects.ClearAll();
+    mModulators.Reset();
     mSums.Clear();
     VecZero(mFbSumL, kBlockSize);
     VecZero(mFbSumR, kBlockSize);
@@ -409,15 +429,6 @@ bool Quorvex::ApplySlotParam(int id, double v)
         {kFeedback1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFeedback = x * 0.01; }},
         {kLevel1, [](Quorvex& q, int s, double x) { q.mSlots[s].mLevel = GainLaw(x); }},
         {kMFXSend1, [](Quorvex& q, int s, double x) { q.mSlots[s].mSend = x * 0.01; }},
-        {kFX1PR, [](Quorvex& q, int s, double x)
-         { q.mSlots[s].mFxType[Slot::kFxPre] = static_cast<int>(std::lround(x)); }},
-        {kFX1FB, [](Quorvex& q, int s, double x)
-         { q.mSlots[s].mFxType[Slot::kFxFeedback] = static_cast<int>(std::lround(x)); }},
-        {kFX1PO, [](Quorvex& q, int s, double x)
-         { q.mSlots[s].mFxType[Slot::kFxPost] = static_cast<int>(std::lround(x)); }},
-        {kFXOnPR1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFxOn[Slot::kFxPre] = x >= 0.5; }},
-        {kFXOnFB1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFxOn[Slot::kFxFeedback] = x >= 0.5; }},
-        {kFXOnPO1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFxOn[Slot::kFxPost] = x >= 0.5; }},
         {kDelayMode1,
          [](Quorvex& q, int s, double x) { q.mSlots[s].SetDelayMode(static_cast<int>(std::lround(x))); }},
         {kDelayRoute1,

@@ -13,12 +13,15 @@
 // the state calls on the UI (host) thread, Reset and the state calls under paramsMutex.
 
 #include <atomic>
+#include <thread>
 
 #include "dsp/IppFixBiquad.h"
 #include "dsp/Relaxed.h"
 #include "dsp/TimeBase.h"
+#include "engine/EffectRack.h"
 #include "engine/EngineFade.h"
 #include "engine/MasterSection.h"
+#include "engine/ModulatorBank.h"
 #include "engine/Slot.h"
 #include "engine/TimeBase.h"
 #include "host/IPlugVST3.h"
@@ -81,6 +84,12 @@ class Quorvex : public IPlugVST3, private IStateHost
     const double* OutputsL() const { return mOutputsL; }
     const double* OutputsR() const { return mOutputsR; }
 
+    // Modulators: a gate's step preset ("ALL OFF" .. "RANDOMIZE") written through the step
+    // parameters, so the host hears of every step; and an envelope's listen switch, exclusive
+    // between the two envelopes. UI thread.
+    void ApplyGateStepPreset(int gate, int preset);
+    void ToggleEnvelopeListen(int env);
+
   private:
     friend class QuorvexProbe; // test access to the frame's private state
 
@@ -94,7 +103,12 @@ class Quorvex : public IPlugVST3, private IStateHost
     void RedrawControls() override { RedrawParamControls(); }
     void SelectPresetMenuItem(const std::string& folder, int index) override;
     // A loaded state starts from silence: no tail of the old one survives.
-    void FinishStateLoad() override { ClearEngine(); }
+    void FinishStateLoad() override
+    {
+        SyncTapFxMasks();
+        mEffects.ServicePending();
+        ClearEngine();
+    }
 
     bool Silenced() const;
     // Derives every rate-dependent value from the host's rate, then clears and fades in.
@@ -116,6 +130,16 @@ class Quorvex : public IPlugVST3, private IStateHost
     bool ApplySlotParam(int id, double value);
     bool ApplyMainParam(int id, double value);
     bool ApplyMasterParam(int id, double value);
+    // Effect families (types, switches, values, depths, sources, master effect): QuorvexFx.cpp.
+    bool ApplyFxParam(int id, double value);
+    bool WireFxModRoute(const ModParamRef& ref);
+    // Modulator families (LFOs, gates, envelopes, logic): QuorvexModulators.cpp.
+    bool ApplyModulatorParam(int id, double value);
+    bool WireModulatorRoute(const ModParamRef& ref);
+    // "LFO Sync": switching between free and synced rewrites "LFO Rate" in the other unit.
+    void SwitchLfoSync(int lfo, int mode);
+    // "ENV# Source": the buffer the choice names, as the slots route their outputs now.
+    void SelectEnvelopeSource(int env, int choice);
     // A source or depth of a family that the delay modules read themselves goes to them.
     void WireModRoute(const ModParamRef& ref);
     // Points a slot's inputs at the pair its "Input " value names.
@@ -160,6 +184,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     // Buffers of the modulators (filled at the end of a block) and the routes that read them.
     ModSourceBank mModBank;
     ModRouting mModRouting{mModBank};
+    ModulatorBank mModulators{mModBank};
     Relaxed<bool> mClearMfxOutRequest{false};
     bool mLinking = false; // a linked twin is being written: no link back
 
@@ -185,4 +210,35 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     Relaxed<bool> mConstructing{true};
     std::atomic<bool> mPresetLoading{false};
+
+    // Effects (QuorvexFx.cpp). The rack comes last: it stops its worker before anything it
+    // reaches is destroyed.
+  public:
+    // Marks the audio thread around the host's process call (its parameter queues included).
+    Steinberg::tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) QUORVEX_NONBLOCKING override;
+    // Name of FX parameter `param` (1..5) of the slot's POST type, for the "Tap FX Param" lists.
+    const char* TapFxParamName(int slot, int param) const;
+    // The step buttons' masks in the fields go to the taps (after the editor or a state changed them).
+    void SyncTapFxMasks();
+
+  private:
+    void SetupEffects();
+    void OnFxTypeBuilt(int position, int type, bool byUser);
+    void SendMasterFxParams();
+    std::unique_ptr<DSPShell> mMasterFxModules[MasterSection::kMasterFxCount];
+    Relaxed<int> mTapFxNameType[kNumSlots] = {};
+    // The thread inside `process` or ProcessDoubleReplacing, if any: type changes it raises are
+    // built by the rack's worker.
+    std::atomic<std::thread::id> mAudioThread{};
+    struct AudioThreadScope
+    {
+        explicit AudioThreadScope(std::atomic<std::thread::id>& mark)
+            : mMark(mark), mOuter(mark.exchange(std::this_thread::get_id(), std::memory_order_relaxed))
+        {
+        }
+        ~AudioThreadScope() { mMark.store(mOuter, std::memory_order_relaxed); }
+        std::atomic<std::thread::id>& mMark;
+        std::thread::id mOuter;
+    };
+    EffectRack mEffects{mSlots, EngineFxCatalog()};
 };

@@ -260,10 +260,35 @@ void Slot::SetFxList(int position, DSPShell* const* modules, int count)
     mFxCount[position] = n;
 }
 
+void Slot::SetFxMixMod(int position, const double* source, const double* depth)
+{
+    if (source == nullptr || depth == nullptr)
+    {
+        mFxMixSource[position] = nullptr;
+        return;
+    }
+    mFxMixDepth[position] = depth;
+    mFxMixSource[position] = source;
+}
+
 // ---- audio thread ----
+
+void Slot::ServeFxResets()
+{
+    for (int position = 0; position < kNumFxPositions; ++position)
+    {
+        if (!mFxResetRequest[position] || !EnterFx(position)) continue;
+        mFxResetRequest[position] = false;
+        const int n = mFxCount[position];
+        for (int k = 0; k < n; ++k)
+            if (DSPShell* module = mFx[position][k]) module->Reset();
+        LeaveFx(position);
+    }
+}
 
 void Slot::ApplyRequests()
 {
+    ServeFxResets();
     if (mModeRequest != mMode)
     {
         mMode = mModeRequest;
@@ -660,24 +685,41 @@ void Slot::WriteDelay(double* fbSumL, double* fbSumR, double fade)
 
 void Slot::RunFxPosition(int position, double* left, double* right, bool monoL, bool monoR)
 {
-    if (mFxType[position] == 0 || !mFxOn[position] || mFxSwapping[position].load() != 0) return;
-    if (mFxCount[position] < 2) return;
-    if (monoL)
-        RunFx(left, left, left, left, position, 0);
-    else if (monoR)
-        RunFx(right, right, right, right, position, 1);
-    else
-        RunFx(left, right, left, right, position, -1);
+    if (mFxType[position] == 0 || !mFxOn[position] || !EnterFx(position)) return;
+    if (mFxCount[position] >= 2)
+    {
+        if (monoL)
+            RunFx(left, left, left, left, position, 0);
+        else if (monoR)
+            RunFx(right, right, right, right, position, 1);
+        else
+            RunFx(left, right, left, right, position, -1);
+    }
+    LeaveFx(position);
 }
 
 void Slot::RunTapFx(double* buffer, int index)
 {
+    if (!EnterFx(kFxPost)) return;
     if (index < mFxCount[kFxPost]) RunFx(buffer, buffer, buffer, buffer, kFxPost, index);
+    LeaveFx(kFxPost);
 }
 
 void Slot::RunFeedbackFx(double* left, double* right)
 {
+    if (!EnterFx(kFxFeedback)) return;
     if (mFxCount[kFxFeedback] >= 2) RunFx(left, right, left, right, kFxFeedback, -1);
+    LeaveFx(kFxFeedback);
+}
+
+double Slot::FxMix(int position, int first) const
+{
+    const DSPShell* module = mFx[position][first];
+    if (module == nullptr) return 1.0;
+    double m = module->mMix;
+    if (const double* source = mFxMixSource[position])
+        m += *static_cast<const double*>(mFxMixDepth[position]) * source[0];
+    return std::clamp(m, 0.0, 1.0);
 }
 
 // Modules process in mono into the slot's effect buffers (left modules even, right odd); the mix
@@ -694,7 +736,7 @@ void Slot::RunFx(const double* left, const double* right, double* outL, double* 
         module->mOut1 = (k % 2 == 0) ? mFxOutL : mFxOutR;
         module->Process();
     }
-    const double m = std::clamp(static_cast<double>(mFx[position][first].Load()->mMix), 0.0, 1.0);
+    const double m = FxMix(position, first);
     const double* ramp = nullptr;
     if (index < 0 && m > 0.0 && m < 1.0) ramp = mFxMixSmoother[position].RunD(m, N);
     for (int k = first; k <= last; ++k)

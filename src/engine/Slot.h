@@ -154,6 +154,26 @@ class Slot : private ITapFx
     // The effect layer publishes a position's modules here while mFxSwapping marks the position;
     // `count` of them (at most kFxModules) stay owned by the caller.
     void SetFxList(int position, DSPShell* const* modules, int count);
+    // Users of a position's published modules (the block, parameter writes from any thread) enter
+    // first and leave after; entering fails while the position is marked for replacement. The
+    // replacement sets the mark, then waits for the count to reach 0 before it swaps the list.
+    bool EnterFx(int position)
+    {
+        mFxInUse[position].fetch_add(1);
+        if (mFxSwapping[position].load() == 0) return true;
+        mFxInUse[position].fetch_sub(1);
+        return false;
+    }
+    void LeaveFx(int position) { mFxInUse[position].fetch_sub(1); }
+    int FxUsers(int position) const { return mFxInUse[position].load(); }
+    // Between EnterFx and LeaveFx only.
+    int FxCount(int position) const { return mFxCount[position]; }
+    DSPShell* FxModule(int position, int k) const { return mFx[position][k]; }
+    // A routed source of a mix-type effect's P5: the mix becomes clamp(P5 + depth x source[0], 0, 1).
+    // The depth goes first, so that the block never meets a source without its depth.
+    void SetFxMixMod(int position, const double* source, const double* depth);
+    // Asks the block to reset the position's modules (an "FXOn" toggle) before it runs them again.
+    void RequestFxReset(int position) { mFxResetRequest[position] = true; }
     // Points one modulation input of the delay modules named by `side` at a source and a depth
     // that live as long as the engine.
     void WireDelayMod(int input, DelaySide side, const double* source, const double* depth);
@@ -182,10 +202,13 @@ class Slot : private ITapFx
     Relaxed<double> mSend{0.5};
     Relaxed<double> mSpreadMs{0.0};
     std::array<Relaxed<double>, 4> mMatrix{}; // from slot s into this one, as a factor
+    // Effect type id of each position (not its menu index), set by the rack with the list, and
+    // its "FXOn" state.
     std::array<Relaxed<int>, kNumFxPositions> mFxType{};
     std::array<Relaxed<bool>, kNumFxPositions> mFxOn{};
     // Set by the effect replacement around changing a position's list; the block passes dry then.
     std::array<std::atomic<std::uint8_t>, kNumFxPositions> mFxSwapping{};
+    std::array<std::atomic<int>, kNumFxPositions> mFxInUse{};
 
   private:
     void ApplyRequests();
@@ -274,4 +297,10 @@ class Slot : private ITapFx
     // list runs only when it holds at least its first pair.
     std::array<std::array<Relaxed<DSPShell*>, kFxModules>, kNumFxPositions> mFx{};
     std::array<Relaxed<int>, kNumFxPositions> mFxCount{};
+    std::array<Relaxed<const double*>, kNumFxPositions> mFxMixSource{};
+    std::array<Relaxed<const double*>, kNumFxPositions> mFxMixDepth{};
+    std::array<Relaxed<bool>, kNumFxPositions> mFxResetRequest{};
+    // The position's wet amount of this block: the first module's mix plus the routed modulation.
+    double FxMix(int position, int first) const;
+    void ServeFxResets();
 };

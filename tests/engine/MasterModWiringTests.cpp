@@ -8,6 +8,7 @@
 #include <numbers>
 #include <vector>
 
+#include "EngineRig.h"
 #include "QuorvexProbe.h"
 #include "dsp/MasterLimiter.h"
 #include "engine/Quorvex.h"
@@ -20,107 +21,10 @@
 // a modulator's buffer between blocks. With one slot sounding, the wet sum is that slot's output
 // stage, and it leaves the plug-in 32 samples (the output ring) plus 1 ms later.
 
+using namespace engine_rig;
+
 namespace
 {
-constexpr int kBlock = 32;
-constexpr double kRate = 48000.0;
-constexpr int kMs = 48; // 1 ms at 48 kHz
-
-struct Releaser
-{
-    void operator()(Quorvex* plug) const { plug->release(); }
-};
-
-struct Stereo
-{
-    std::vector<double> l, r;
-    explicit Stereo(std::size_t n = 0) : l(n, 0.0), r(n, 0.0) {}
-    int Size() const { return static_cast<int>(l.size()); }
-};
-
-Stereo Noise(int n, double amplitude, std::uint32_t seed)
-{
-    Stereo s(static_cast<std::size_t>(n));
-    std::uint32_t x = seed;
-    const auto next = [&x, amplitude]
-    {
-        x = x * 1664525u + 1013904223u;
-        return amplitude * (static_cast<double>(x >> 8) / 8388608.0 - 1.0);
-    };
-    for (int i = 0; i < n; ++i)
-    {
-        s.l[i] = next();
-        s.r[i] = next();
-    }
-    return s;
-}
-
-double Peak(const Stereo& s, int from)
-{
-    double peak = 0.0;
-    for (int i = from; i < s.Size(); ++i)
-        peak = std::max({peak, std::abs(s.l[i]), std::abs(s.r[i])});
-    return peak;
-}
-
-int PeakIndex(const std::vector<double>& x, int from, int to)
-{
-    int best = from;
-    for (int i = from; i < to; ++i)
-        if (std::abs(x[i]) > std::abs(x[best])) best = i;
-    return best;
-}
-
-// Slot 1 alone, its delay off (the stage passes straight through), unity gains, no dry.
-class Rig
-{
-  public:
-    Rig() : mPlug(new Quorvex())
-    {
-        mPlug->SetSampleRate(kRate);
-        for (int s = 1; s < 4; ++s)
-            Set(kSlotOn1 + s, 0.0);
-        Set(kDelayOn1, 0.0);
-        Set(kInput1, 3.0); // stereo
-        Set(kInputGain1, 0.0);
-        Set(kLevel1, 0.0);
-        Set(kDryLevel, 0.0);
-        Set(kWetLevel, 100.0);
-    }
-
-    void Set(int id, double value)
-    {
-        mPlug->GetParam(id)->value = value;
-        mPlug->OnParamChange(id);
-    }
-
-    // Runs `in` in calls of one block; `stage` (when given) collects slot 1's output stage.
-    Stereo Run(const Stereo& in, Stereo* stage = nullptr)
-    {
-        Stereo out(static_cast<std::size_t>(in.Size()));
-        if (stage != nullptr) *stage = Stereo(static_cast<std::size_t>(in.Size()));
-        double silence[kBlock] = {};
-        for (int done = 0; done + kBlock <= in.Size(); done += kBlock)
-        {
-            double* inputs[4] = {const_cast<double*>(in.l.data()) + done,
-                                 const_cast<double*>(in.r.data()) + done, silence, silence};
-            double* outputs[2] = {out.l.data() + done, out.r.data() + done};
-            mPlug->ProcessDoubleReplacing(inputs, outputs, kBlock);
-            if (stage == nullptr) continue;
-            Slot& slot = QuorvexProbe::SlotAt(*mPlug, 0);
-            std::copy_n(slot.StageL(Slot::kStageOut), kBlock, stage->l.begin() + done);
-            std::copy_n(slot.StageR(Slot::kStageOut), kBlock, stage->r.begin() + done);
-        }
-        return out;
-    }
-
-    double* Source(int index) { return QuorvexProbe::SourceBuffer(*mPlug, index); }
-    Quorvex& Plug() { return *mPlug; }
-
-  private:
-    std::unique_ptr<Quorvex, Releaser> mPlug;
-};
-
 // Past the 100 ms fade-in and the slot smoothers' settling.
 constexpr int kSettled = 9600;
 
@@ -283,7 +187,8 @@ TEST(ModWiring, SourceWrittenAtBlockEndMovesLevelAndPanInTheNextBlock)
 
 // Delay times: a source on "Delay TimeL/R" lengthens both sides by depth x source (full depth is
 // 25 ms), one on the spread ("Delay ModDepth", also 25 ms at full depth) lengthens the left and
-// shortens the right. 0.4 on the first and 0.2 on the second: left +15 ms, right +5 ms.
+// shortens the right. 0.4 on the first and 0.2 on the second (two LFOs held at those values):
+// left +15 ms, right +5 ms.
 TEST(ModWiring, RoutedSourcesMoveTheEchoes)
 {
     const int at = 19200 + 3;
@@ -311,8 +216,16 @@ TEST(ModWiring, RoutedSourcesMoveTheEchoes)
             rig.Set(kDelayTimeRModDepth1, 100.0);
             rig.Set(kDelaySpreadModSource1, kModSourceLFO1 + 1);
             rig.Set(kDelayModDepth1, 100.0);
-            std::fill_n(rig.Source(kModSourceLFO1), kBlock, 0.4);
-            std::fill_n(rig.Source(kModSourceLFO1 + 1), kBlock, 0.2);
+            // Two LFOs that hold still: the first half of a square at the slowest rate.
+            for (int k = 0; k < 2; ++k)
+            {
+                rig.Set(kLFOOn1 + k, 1.0);
+                rig.Set(kLFOWave1 + k, 18.0); // HALFPULSE
+                rig.Set(kLFOPol1 + k, 2.0);   // BI
+                rig.Set(kLFORate1 + k, 0.001);
+                rig.Set(kLFOGlide1 + k, 1.0);
+                rig.Set(kLFODepth1 + k, k == 0 ? 40.0 : 20.0);
+            }
         }
         const Stereo out = rig.Run(in);
         peaks[routed][0] = PeakIndex(out.l, at, out.Size());

@@ -11,4 +11,12 @@ class QuorvexProbe
     static Slot& SlotAt(Quorvex& plug, int index) { return plug.mSlots[index]; }
     // A modulator's buffer in the source bank, for tests that stand in for the modulator.
     static double* SourceBuffer(Quorvex& plug, int index) { return plug.mModBank.Buffer(index); }
+    static ModulatorBank& Modulators(Quorvex& plug) { return plug.mModulators; }
+    static const double* SidechainBlock(const Quorvex& plug) { return plug.mBlockSC; }
+    static EffectRack& Effects(Quorvex& plug) { return plug.mEffects; }
+    // Parameter changes made inside the returned scope count as the audio thread's.
+    static Quorvex::AudioThreadScope AsAudioThread(Quorvex& plug)
+    {
+        return Quorvex::AudioThreadScope(plug.mAudioThread);
+    }
 };

@@ -1,0 +1,94 @@
+#include "engine/ModulatorBank.h"
+
+#include <algorithm>
+
+#include "dsp/Vec.h"
+
+namespace
+{
+constexpr std::uint8_t kNeverSet = 0;
+}
+
+ModulatorBank::ModulatorBank(ModSourceBank& bank) : mBank(bank), mWaves(BuildWaveList())
+{
+    mTriggers[kTrigOff] = &kNeverSet;
+    mTriggers[kTrigQuarter] = &mQuarter;
+    mTriggers[kTrigBar] = &mBar;
+    mTriggers[kTrigTwoBars] = &mTwoBars;
+    for (int e = 0; e < kEnvelopes; ++e)
+        mTriggers[kTrigEnv1 + e] = mEnv[e].TriggerFlag();
+    for (int g = 0; g < kGates; ++g)
+    {
+        mTriggers[kTrigGateLevel1 + g] = mGate[g].LevelPulse();
+        mTriggers[kTrigGateStart1 + g] = mGate[g].StartPulse();
+    }
+    for (TableLFO& lfo : mLfo)
+    {
+        lfo.setTrigger(Trigger(kTrigOff));
+        lfo.setWave(mWaves[0]);
+    }
+}
+
+const std::uint8_t* ModulatorBank::Trigger(int index) const
+{
+    return index > kTrigOff && index < kNumTriggers ? mTriggers[index] : mTriggers[kTrigOff];
+}
+
+const std::uint8_t* ModulatorBank::GateClock(int timebase) const
+{
+    // The clock entries of the gate timebase list follow the trigger list from ENV1 on.
+    if (timebase < ArpGate::kFirstClockTimebase) return nullptr;
+    return Trigger(kTrigEnv1 + timebase - ArpGate::kFirstClockTimebase);
+}
+
+const WaveRecord* ModulatorBank::Wave(int menuIndex) const
+{
+    return mWaves[static_cast<std::size_t>(std::clamp(menuIndex, 0, int(mWaves.size()) - 1))];
+}
+
+void ModulatorBank::Tick(const ModulatorTickContext& ctx)
+{
+    mQuarter = ctx.beatChanged ? 1 : 0;
+    mBar = ctx.barChanged ? 1 : 0;
+    mTwoBars = ctx.oddBar ? 1 : 0;
+
+    // A gate left off keeps its last block and its pulses.
+    for (int g = 0; g < kGates; ++g)
+        if (mGateOn[g]) mGate[g].processBlock(ctx.songPos, static_cast<float>(ctx.tempo));
+
+    if (ctx.tempo != mLastTempo)
+    {
+        mLastTempo = ctx.tempo;
+        for (TableLFO& lfo : mLfo)
+            lfo.tempoChanged(ctx.tempo);
+    }
+    for (TableLFO& lfo : mLfo)
+        if (lfo.isOn()) lfo.processBlock();
+
+    for (int e = 0; e < kEnvelopes; ++e)
+        if (mEnvOn[e]) mEnv[e].Process(ctx.listenL, ctx.listenR);
+
+    for (int k = 0; k < kLogics; ++k)
+        if (mLogicOn[k]) mLogic[k].Process();
+
+    // Only now does any source change: every reader sees the block before.
+    for (int k = 0; k < kLfos; ++k)
+        VecCopy(mLfo[k].output(), mBank.Buffer(kModSourceLFO1 + k), gBlockLen);
+    for (int k = 0; k < kGates; ++k)
+        VecCopy(mGate[k].Out(), mBank.Buffer(kModSourceGate1 + k), gBlockLen);
+    for (int k = 0; k < kEnvelopes; ++k)
+        VecCopy(mEnv[k].Output(), mBank.Buffer(kModSourceEnv1 + k), gBlockLen);
+    for (int k = 0; k < kLogics; ++k)
+        VecCopy(mLogic[k].Output(), mBank.Buffer(kModSourceLogic1 + k), gBlockLen);
+}
+
+void ModulatorBank::Reset()
+{
+    for (ArpGate& gate : mGate)
+        gate.Reset();
+    for (EnvelopeSource& env : mEnv)
+        env.Reset();
+    for (LogicModule& logic : mLogic)
+        logic.Reset();
+    mLastTempo = -1.0;
+}

@@ -1,0 +1,203 @@
+#include <cmath>
+#include <mutex>
+#include <thread>
+
+#include "delay/DelayMode.h"
+#include "engine/Quorvex.h"
+#include "fx/EffectTable.h"
+#include "fx/FxFactory.h"
+#include "fx/FxParamLaw.h"
+#include "fx/MasterFxLaws.h"
+#include "fx/RingMod.h"
+#include "params/IParamRecord.h"
+
+namespace
+{
+constexpr int kPositions = EffectRack::kPositions;
+constexpr int kRingModType = 2;
+constexpr int kParamStride = kFXParam2PR1 - kFXParam1PR1; // value, depth and source rows of one P
+static_assert(kParamStride == 3 * kPositions && kFXParam5PR1 == kFXParam1PR1 + 4 * kParamStride);
+static_assert(kFX1FB == kFX1PR + 4 && kFX1PO == kFX1PR + 8 && kFXOnPO1 == kFXOnPR1 + 8);
+static_assert(kTapDelay1Step1FXP2 == kTapDelay1Step1FXP1 + 4 * kNumTaps);
+static_assert(kTapFXP2StepDepth1 == kTapFXP1StepDepth1 + 4 && kTapFXParam2_1 == kTapFXParam1_1 + 4);
+static_assert(kMasterFXP4 == kMasterFXP1 + 3);
+
+int ToIndex(double v)
+{
+    return static_cast<int>(std::lround(v));
+}
+
+// The effect table and the factory, as the rack sees them.
+class TableCatalog final : public FxCatalog
+{
+  public:
+    std::unique_ptr<DSPShell> Create(int type, bool isRight, const DSPShell* left) const override
+    {
+        // A right ring modulator follows its left partner's phase.
+        if (type == kRingModType && isRight && left != nullptr)
+            return std::make_unique<RingMod>(true, static_cast<const RingMod*>(left));
+        return CreateFxModule(type, isRight);
+    }
+    double ModuleValue(int type, int p, double percent) const override
+    {
+        return FxModuleValue(type, p, percent);
+    }
+    bool P5IsMix(int type) const override { return FxP5IsMix(type); }
+};
+} // namespace
+
+const FxCatalog& EngineFxCatalog()
+{
+    static const TableCatalog catalog;
+    return catalog;
+}
+
+// Master modules exist for the life of the plug-in; the rack tells the engine of every new type.
+void Quorvex::SetupEffects()
+{
+    for (int k = 0; k < MasterSection::kMasterFxCount; ++k)
+    {
+        const int type = MasterSection::kFirstMasterFx + k;
+        mMasterFxModules[k] = CreateMasterFxModule(type);
+        mMaster.SetMasterFxModule(type, mMasterFxModules[k].get());
+    }
+    mEffects.SetTypeListener([this](int position, int type, bool byUser)
+                             { OnFxTypeBuilt(position, type, byUser); });
+}
+
+// After the rack built a position: the tap lists' names follow the POST type; a change the user
+// made (not a state being loaded) starts from the type's defaults and clears the slot's FX steps.
+void Quorvex::OnFxTypeBuilt(int position, int type, bool byUser)
+{
+    std::lock_guard lock(paramsMutex);
+    const int slot = position % EffectRack::kSlots;
+    const int kind = position / EffectRack::kSlots;
+    if (kind == Slot::kFxPost) mTapFxNameType[slot] = type;
+    if (!byUser || Loading()) return;
+    if (const FxTypeInfo* info = FindFxType(type))
+        for (int p = 0; p < kFxParams; ++p)
+            SetParamFromEngine(kFXParam1PR1 + p * kParamStride + position, info->defaults[p] * 100.0);
+    if (kind != Slot::kFxPost) return;
+    for (int row = 0; row < EffectRack::kStepRows; ++row)
+        for (int t = 0; t < kNumTaps; ++t)
+            SetParamFromEngine(kTapDelay1Step1FXP1 + row * 4 * kNumTaps + slot * kNumTaps + t, 0.0);
+}
+
+Steinberg::tresult PLUGIN_API Quorvex::process(Steinberg::Vst::ProcessData& data) QUORVEX_NONBLOCKING
+{
+    const AudioThreadScope audioThread(mAudioThread);
+    return IPlugVST3::process(data);
+}
+
+const char* Quorvex::TapFxParamName(int slot, int param) const
+{
+    const FxTypeInfo* info = FindFxType(mTapFxNameType[slot]);
+    if (info == nullptr || param < 1 || param > kFxParams) return "";
+    return info->names[param - 1];
+}
+
+void Quorvex::SyncTapFxMasks()
+{
+    for (int slot = 0; slot < kNumSlots; ++slot)
+    {
+        mSlots[slot].Taps().SetFxMask(static_cast<std::uint32_t>(mFields.mStepFxMask[slot]));
+        for (int row = 0; row < EffectRack::kStepRows; ++row)
+            mEffects.SetTapStepMask(slot, row, static_cast<std::uint32_t>(mFields.mStepModMask[row][slot]));
+    }
+}
+
+void Quorvex::SendMasterFxParams()
+{
+    DSPShell* module = mMaster.ActiveMasterFx();
+    if (module == nullptr) return;
+    const int type = mMaster.MasterFxType();
+    for (int p = 0; p < kMasterFxKnobs; ++p)
+    {
+        const MasterFxSetting s = MasterFxParam(type, p, GetParam(kMasterFXP1 + p)->value);
+        if (s.id >= 0) module->SetParam(s.id, s.value);
+    }
+}
+
+// The effect families reach the effect rack here.
+bool Quorvex::ApplyFxParam(int id, double value)
+{
+    if (id >= kFX1PR && id < kFX1PR + kPositions)
+    {
+        const int position = id - kFX1PR;
+        const int type = FxTypeFromMenu(position / EffectRack::kSlots, ToIndex(value));
+        // Automation on the audio thread leaves the building to the rack's worker, and the other
+        // parameters to the automation: no defaults then.
+        const bool audio = std::this_thread::get_id() == mAudioThread.load(std::memory_order_relaxed);
+        mEffects.RequestType(position, type, !Loading() && !audio, audio);
+        if (!audio) mEffects.ServicePending();
+        return true;
+    }
+    if (id >= kFXOnPR1 && id < kFXOnPR1 + kPositions)
+    {
+        mEffects.SetOn(id - kFXOnPR1, value >= 0.5);
+        return true;
+    }
+    if (id >= kFXParam1PR1 && id < kFXParam1PR1 + kFxParams * kParamStride)
+    {
+        const int p = (id - kFXParam1PR1) / kParamStride;
+        const int member = (id - kFXParam1PR1) % kParamStride;
+        // Depths and sources are the routing's; they arrive through WireFxModRoute.
+        if (member >= kPositions) return false;
+        mEffects.SetValue(member, p, value);
+        return true;
+    }
+    if (id >= kTapFXParam1_1 && id < kTapFXParam1_1 + 2 * kNumSlots)
+    {
+        const int row = (id - kTapFXParam1_1) / kNumSlots;
+        const int slot = (id - kTapFXParam1_1) % kNumSlots;
+        mSlots[slot].Taps().SetFxParam(row, ToIndex(value));
+        mEffects.SetTapSelection(slot, row, ToIndex(value));
+        return true;
+    }
+    if (id >= kTapDelay1Step1FXP1 && id < kTapDelay1Step1FXP1 + 2 * kNumSlots * kNumTaps)
+    {
+        const int i = id - kTapDelay1Step1FXP1;
+        const int row = i / (kNumSlots * kNumTaps);
+        mEffects.SetTapStep((i / kNumTaps) % kNumSlots, row, i % kNumTaps, value);
+        return true;
+    }
+    if (id >= kTapFXP1StepDepth1 && id < kTapFXP1StepDepth1 + 2 * kNumSlots)
+    {
+        const int i = id - kTapFXP1StepDepth1;
+        mEffects.SetTapDepth(i % kNumSlots, i / kNumSlots, value);
+        return true;
+    }
+    if (id >= kDelayMode1 && id < kDelayMode1 + kNumSlots)
+    {
+        // The slot family applies the mode too.
+        mEffects.SetTapped(id - kDelayMode1, ToIndex(value) == DelayTapped);
+        return false;
+    }
+    if (id == kMasterFX)
+    {
+        // The list starts with OFF, which is the master section's first type.
+        mMaster.SetMasterFxType(MasterSection::kMasterFxOff + ToIndex(value));
+        SendMasterFxParams();
+        return true;
+    }
+    if (id >= kMasterFXP1 && id < kMasterFXP1 + kMasterFxKnobs)
+    {
+        if (DSPShell* module = mMaster.ActiveMasterFx())
+        {
+            const MasterFxSetting s = MasterFxParam(mMaster.MasterFxType(), id - kMasterFXP1, value);
+            if (s.id >= 0) module->SetParam(s.id, s.value);
+        }
+        return true;
+    }
+    return false;
+}
+
+// Depth (already cubed by the routing) and source of an FX parameter go to every module of the
+// position, and for a mix P5 to the slot's own blend.
+bool Quorvex::WireFxModRoute(const ModParamRef& ref)
+{
+    if (ref.family < kModFxParam1 || ref.family > kModFxParam5) return false;
+    const ModRoute& route = mModRouting.Route(ref.family, ref.member);
+    mEffects.SetModRoute(ref.member, ref.family - kModFxParam1, route.Source(), route.DepthPointer());
+    return true;
+}

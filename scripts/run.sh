@@ -13,4 +13,13 @@ mkdir -p out
 # Slot 1 at full delay send with feedback, so the echoes are heard (the defaults pass only the direct sound).
 QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tools/render/quorvex-render \
   --set "Direct In 1=50" --set "Feedback 1=45" --demo out/demo.wav
+# The same echoes through a frequency shifter in the feedback path, swung across the stereo field by
+# LFO 1, into the hall reverb of the master effect.
+QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tools/render/quorvex-render \
+  --set "Direct In 1=50" --set "Feedback 1=45" \
+  --set "FX1 FB=FREQ SHIFT" --set "FXOn FB 1=ON" --set "FXParam1 1 FB=70" --set "FXParam2 1 FB=50" \
+  --set "LFO On 1=ON" --set "LFO Rate 1=0.5" --set "LFO Depth 1=100" \
+  --set "Panning ModSource1=LFO1" --set "Panning ModDepth 1=80" \
+  --set "MasterFX=REVERB" --set "MasterFX P1=30" --set "MasterFX P4=20" --set "MasterFX Level=80" \
+  --demo out/demo-fx.wav
 ./build/release/bench/quorvex_bench --benchmark_min_time=0.05

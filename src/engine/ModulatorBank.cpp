@@ -71,15 +71,21 @@ void ModulatorBank::Tick(const ModulatorTickContext& ctx)
     for (int k = 0; k < kLogics; ++k)
         if (mLogicOn[k]) mLogic[k].Process();
 
-    // Only now does any source change: every reader sees the block before.
+    // Only now does any source change: every reader sees the block before. A module that did not
+    // run left its block as it was, except an LFO just turned off, whose cleared block goes out
+    // once.
     for (int k = 0; k < kLfos; ++k)
-        VecCopy(mLfo[k].output(), mBank.Buffer(kModSourceLFO1 + k), gBlockLen);
+    {
+        const bool on = mLfo[k].isOn();
+        if (on || mLfoPublished[k]) VecCopy(mLfo[k].output(), mBank.Buffer(kModSourceLFO1 + k), gBlockLen);
+        mLfoPublished[k] = on;
+    }
     for (int k = 0; k < kGates; ++k)
-        VecCopy(mGate[k].Out(), mBank.Buffer(kModSourceGate1 + k), gBlockLen);
+        if (mGateOn[k]) VecCopy(mGate[k].Out(), mBank.Buffer(kModSourceGate1 + k), gBlockLen);
     for (int k = 0; k < kEnvelopes; ++k)
-        VecCopy(mEnv[k].Output(), mBank.Buffer(kModSourceEnv1 + k), gBlockLen);
+        if (mEnvOn[k]) VecCopy(mEnv[k].Output(), mBank.Buffer(kModSourceEnv1 + k), gBlockLen);
     for (int k = 0; k < kLogics; ++k)
-        VecCopy(mLogic[k].Output(), mBank.Buffer(kModSourceLogic1 + k), gBlockLen);
+        if (mLogicOn[k]) VecCopy(mLogic[k].Output(), mBank.Buffer(kModSourceLogic1 + k), gBlockLen);
 }
 
 void ModulatorBank::Reset()

@@ -82,5 +82,6 @@ class ModulatorBank
     std::uint8_t mBar = 0;
     std::uint8_t mTwoBars = 0;
     double mLastTempo = -1.0;
+    std::array<bool, kLfos> mLfoPublished{}; // the bank holds a block of this LFO that isn't zero
     std::array<const std::uint8_t*, kNumTriggers> mTriggers{};
 };

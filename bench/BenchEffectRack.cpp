@@ -1,3 +1,4 @@
+#include "BenchPlug.h"
 #include "delay/DelayMode.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
@@ -17,17 +18,7 @@ namespace
 constexpr double kRate = 48000.0;
 constexpr int kHostBlock = 512;
 
-struct Releaser
-{
-    void operator()(Quorvex* plug) const { plug->release(); }
-};
-using QuorvexPtr = std::unique_ptr<Quorvex, Releaser>;
-
-void Set(Quorvex& plug, int id, double value)
-{
-    plug.GetParam(id)->value = value;
-    plug.OnParamChange(id);
-}
+using namespace bench_plug;
 
 void RunEffects(benchmark::State& state, bool tapped)
 {

@@ -1,3 +1,4 @@
+#include "BenchPlug.h"
 #include "delay/DelayMode.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
@@ -29,17 +30,7 @@ enum Patch
     kPatchBackward,
 };
 
-struct Releaser
-{
-    void operator()(Quorvex* plug) const { plug->release(); }
-};
-using QuorvexPtr = std::unique_ptr<Quorvex, Releaser>;
-
-void Set(Quorvex& plug, int id, double value)
-{
-    plug.GetParam(id)->value = value;
-    plug.OnParamChange(id);
-}
+using namespace bench_plug;
 
 void ApplyPatch(Quorvex& plug, Patch patch)
 {

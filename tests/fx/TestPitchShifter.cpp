@@ -1,3 +1,4 @@
+#include "common/Fft.h"
 #include "fx/MVPitchShifter.h"
 
 #include "dsp/TimeBase.h"
@@ -22,33 +23,6 @@ struct RateGuard
 };
 
 constexpr int kFftSize = 1 << 17;
-
-void Fft(std::vector<std::complex<double>>& a)
-{
-    const size_t n = a.size();
-    for (size_t i = 1, j = 0; i < n; ++i)
-    {
-        size_t bit = n >> 1;
-        for (; j & bit; bit >>= 1)
-            j ^= bit;
-        j ^= bit;
-        if (i < j) std::swap(a[i], a[j]);
-    }
-    for (size_t len = 2; len <= n; len <<= 1)
-    {
-        const std::complex<double> step = std::polar(1.0, -2.0 * M_PI / double(len));
-        for (size_t i = 0; i < n; i += len)
-        {
-            std::complex<double> w = 1.0;
-            for (size_t k = 0; k < len / 2; ++k, w *= step)
-            {
-                const std::complex<double> u = a[i + k], v = a[i + k + len / 2] * w;
-                a[i + k] = u + v;
-                a[i + k + len / 2] = u - v;
-            }
-        }
-    }
-}
 
 struct Line
 {

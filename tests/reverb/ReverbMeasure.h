@@ -2,6 +2,7 @@
 // Measurements on reverb responses: a stereo renderer for block processors, the decay time from the
 // backward-integrated energy decay curve, band-pass filtering and normalised correlations.
 
+#include "common/Fft.h"
 #include "dsp/DSPShell.h"
 #include "dsp/TimeBase.h"
 
@@ -106,35 +107,6 @@ inline double Energy(const std::vector<double>& x, size_t from, size_t to)
     for (size_t i = from; i < to; ++i)
         e += x[i] * x[i];
     return e;
-}
-
-// In-place radix-2 FFT (size a power of two); inverse without the 1/n.
-inline void Fft(std::vector<std::complex<double>>& a, bool inverse)
-{
-    const size_t n = a.size();
-    for (size_t i = 1, j = 0; i < n; ++i)
-    {
-        size_t bit = n >> 1;
-        for (; j & bit; bit >>= 1)
-            j ^= bit;
-        j ^= bit;
-        if (i < j) std::swap(a[i], a[j]);
-    }
-    for (size_t len = 2; len <= n; len <<= 1)
-    {
-        const double angle = 2.0 * std::numbers::pi / double(len) * (inverse ? 1.0 : -1.0);
-        const std::complex<double> step(std::cos(angle), std::sin(angle));
-        for (size_t i = 0; i < n; i += len)
-        {
-            std::complex<double> w(1.0);
-            for (size_t k = 0; k < len / 2; ++k, w *= step)
-            {
-                const std::complex<double> u = a[i + k], v = a[i + k + len / 2] * w;
-                a[i + k] = u + v;
-                a[i + k + len / 2] = u - v;
-            }
-        }
-    }
 }
 
 // r[lag] = sum x[i] x[i + lag] over the overlap, divided by the root of both parts' energies, for

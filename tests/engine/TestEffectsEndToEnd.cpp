@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <numbers>
@@ -148,6 +149,36 @@ TEST(EffectsEndToEnd, FrequencyShiftAtPreMovesTheSpectrum)
     std::tie(at1000, at1100) = measure();
     EXPECT_NEAR(at1000, 0.5 * full, 0.03 * full);
     EXPECT_NEAR(at1100, 0.5 * full, 0.03 * full);
+}
+
+// The mix of a position follows its source: mix 0 with LFO 1 held at +1 and depth 100 % gives the
+// shifter's full output, depth -100 % leaves the mix at 0 (it is clamped), and at 50 % depth the
+// mix is 0 + 0.5^3.
+TEST(EffectsEndToEnd, ModulatedMixFollowsItsSource)
+{
+    Rig rig;
+    rig.Set(kDelayOn1, 0.0);
+    rig.Type(kFX1PR, kPreMenuFreqShift);
+    rig.ShiftUp100(kFXParam1PR1);
+    rig.Set(kFXOnPR1, 1.0);
+    rig.Set(kFXParam5PR1, 0.0);
+    // LFO 1 held at +1: the first half of a square at the slowest rate.
+    rig.Set(kLFOOn1, 1.0);
+    rig.Set(kLFOWave1, 18.0); // HALFPULSE
+    rig.Set(kLFOPol1, 2.0);   // BI
+    rig.Set(kLFORate1, 0.001);
+    rig.Set(kLFODepth1, 100.0);
+    rig.Set(kFXParam5ModSourcePR1, 1.0); // LFO1
+    for (const double depth : {100.0, -100.0, 50.0})
+    {
+        rig.Set(kFXParam5ModDepthPR1, depth);
+        const std::vector<double> out = rig.Run(Sine(1000.0, 0.6));
+        const double at1000 = Amplitude(out, 1000.0, 0.3, 0.6);
+        const double at1100 = Amplitude(out, 1100.0, 0.3, 0.6);
+        const double mix = std::clamp(std::pow(depth / 100.0, 3.0), 0.0, 1.0);
+        const double full = at1000 + at1100; // both lines add to the full level
+        EXPECT_NEAR(at1100 / full, mix, 0.02) << depth;
+    }
 }
 
 // The same shifter in the feedback path: each repeat is shifted once more (1.1 kHz, then 1.2 kHz).

@@ -133,6 +133,10 @@ void Quorvex::SwitchLfoSync(int lfo, int mode)
     const bool wasSynced = osc.getSyncMode() != TableLFO::kSyncHz;
     osc.setSyncMode(mode, mTempo.tempo);
     const bool synced = mode != TableLFO::kSyncHz;
+    // The rate knob shows the note values while synced.
+    static constexpr IParamRecord::ScaleLabels kNoteLabels{
+        TableLFO::kSyncLabels.data(), TableLFO::kNumSyncSteps, TableLFO::kSyncStepSpacing};
+    GetParam(kLFORate1 + lfo)->scaleLabels = synced ? &kNoteLabels : nullptr;
     if (Loading() || synced == wasSynced) return;
     if (synced)
         SetParamFromEngine(kLFORate1 + lfo, osc.getSyncStep() * TableLFO::kSyncStepSpacing);

@@ -110,6 +110,9 @@ std::string IParamRecord::GetDisplayForHost(double v, bool normalized, bool with
     // A normalised value shows the value that setting it would store, so that an int or enum
     // reads as the entry it selects.
     if (normalized) v = QuantizedFromNormalized(v);
+    if (const ScaleLabels* scale = scaleLabels)
+        return scale
+            ->labels[std::clamp(static_cast<int>(std::lround(v / scale->spacing)), 0, scale->count - 1)];
     if (withDisplayTexts)
         if (const char* text = GetDisplayText(v)) return text;
     if (negateDisplay) v = -v;
@@ -123,6 +126,13 @@ std::string IParamRecord::GetDisplayForHost(double v, bool normalized, bool with
 
 bool IParamRecord::GetValueFromDisplayText(std::string_view text, double& valueOut) const
 {
+    if (const ScaleLabels* scale = scaleLabels)
+        for (int k = 0; k < scale->count; ++k)
+            if (text == scale->labels[k])
+            {
+                valueOut = k * scale->spacing;
+                return true;
+            }
     for (const DisplayText& entry : displayTexts)
     {
         if (text == entry.text)

@@ -58,6 +58,16 @@ class IParamRecord
     std::vector<DisplayText> displayTexts;
     std::optional<Mapping> mapping;
 
+    // Labels that stand at fixed places of the scale, label k at k x spacing (the note values of a
+    // synced LFO rate). Switched by the engine on any thread while the host reads the texts.
+    struct ScaleLabels
+    {
+        const char* const* labels;
+        int count;
+        double spacing;
+    };
+    Relaxed<const ScaleLabels*> scaleLabels{nullptr};
+
     // Initialisers. keepValue leaves `value` alone and drops the display texts added so far.
     // A type already set is kept, so a record can be re-initialised with other values.
     void InitDouble(const char* name, double defaultVal, double min, double max, double step,

@@ -188,19 +188,25 @@ TEST(ModulatorEngine, ASourceReachesItsDestinationOneBlockLate)
     EXPECT_GT(opened, 300); // after the first, shut eighth (375 blocks)
 }
 
-// Switching an LFO between free and synced rewrites "LFO Rate" in the other unit: free 2 Hz at
-// 120 bpm becomes the note index below it (log2(960 * 2 / 120) = 4: "1/4"), and back the rate
-// heard (120 bpm x 2^0 / 60 = 2 Hz).
+// Switching an LFO between free and synced rewrites "LFO Rate" in the other unit, and its text
+// follows: free 2 Hz at 120 bpm becomes the note index below it (log2(960 * 2 / 120) = 4: "1/4"),
+// and back the rate heard (120 bpm x 2^0 / 60 = 2 Hz, x 1.5 as a triplet).
 TEST(ModulatorEngine, LfoSyncSwitchingWritesTheRateInTheOtherUnit)
 {
     Rig rig;
     rig.Set(kLFORate1, 2.0);
     rig.Set(kLFOSync1, TableLFO::kSyncStraight);
     EXPECT_NEAR(rig.Plug().GetParam(kLFORate1)->value, 4 * TableLFO::kSyncStepSpacing, 1e-9);
+    const IParamRecord& rate = *rig.Plug().GetParam(kLFORate1);
+    EXPECT_EQ(rate.GetDisplayForHost(rate.value, false), "1/4"); // the knob shows note values
+    double parsed = 0.0;
+    ASSERT_TRUE(rate.GetValueFromDisplayText("1 BAR", parsed));
+    EXPECT_NEAR(parsed, 2 * TableLFO::kSyncStepSpacing, 1e-9);
     rig.Set(kLFOSync1, TableLFO::kSyncTriplet);
     EXPECT_NEAR(rig.Plug().GetParam(kLFORate1)->value, 4 * TableLFO::kSyncStepSpacing, 1e-9);
     rig.Set(kLFOSync1, TableLFO::kSyncHz);
     EXPECT_NEAR(rig.Plug().GetParam(kLFORate1)->value, 3.0, 1e-9); // the triplet rate, 1.5 x 2 Hz
+    EXPECT_EQ(rate.GetDisplayForHost(rate.value, false), "3.00");
 }
 
 // A step preset writes the gate's steps through the parameters, snapped to the "GATE Steps" grid.

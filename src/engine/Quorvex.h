@@ -12,6 +12,7 @@
 // Threads: ProcessDoubleReplacing on the audio thread; the constructor, Reset, OnParamChange and
 // the state calls on the UI (host) thread, Reset and the state calls under paramsMutex.
 
+#include <array>
 #include <atomic>
 #include <thread>
 
@@ -26,6 +27,7 @@
 #include "engine/TimeBase.h"
 #include "host/IPlugVST3.h"
 #include "modulators/MultiLFO.h"
+#include "params/IParamRecord.h"
 #include "params/ModRouting.h"
 #include "params/ParamIds.h"
 #include "state/IStateHost.h"
@@ -218,6 +220,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     Steinberg::tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) QUORVEX_NONBLOCKING override;
     // Name of FX parameter `param` (1..5) of the slot's POST type, for the "Tap FX Param" lists.
     const char* TapFxParamName(int slot, int param) const;
+    void NameTapFxLists(int slot, int type);
     // The step buttons' masks in the fields go to the taps (after the editor or a state changed them).
     void SyncTapFxMasks();
 
@@ -227,6 +230,9 @@ class Quorvex : public IPlugVST3, private IStateHost
     void SendMasterFxParams();
     std::unique_ptr<DSPShell> mMasterFxModules[MasterSection::kMasterFxCount];
     Relaxed<int> mTapFxNameType[kNumSlots] = {};
+    // The "Tap FX Param" lists of a slot read "OFF" and the POST type's parameter names.
+    std::array<std::array<const char*, 1 + EffectRack::kParams>, kNumSlots> mTapFxLabelTexts{};
+    std::array<IParamRecord::ScaleLabels, kNumSlots> mTapFxLabels{};
     // The thread inside `process` or ProcessDoubleReplacing, if any: type changes it raises are
     // built by the rack's worker.
     std::atomic<std::thread::id> mAudioThread{};

@@ -72,7 +72,7 @@ void Quorvex::OnFxTypeBuilt(int position, int type, bool byUser)
     std::lock_guard lock(paramsMutex);
     const int slot = position % EffectRack::kSlots;
     const int kind = position / EffectRack::kSlots;
-    if (kind == Slot::kFxPost) mTapFxNameType[slot] = type;
+    if (kind == Slot::kFxPost) NameTapFxLists(slot, type);
     if (!byUser || Loading()) return;
     if (const FxTypeInfo* info = FindFxType(type))
         for (int p = 0; p < kFxParams; ++p)
@@ -87,6 +87,24 @@ Steinberg::tresult PLUGIN_API Quorvex::process(Steinberg::Vst::ProcessData& data
 {
     const AudioThreadScope audioThread(mAudioThread);
     return IPlugVST3::process(data);
+}
+
+// Called with paramsMutex held, as the host reads the texts under it too.
+void Quorvex::NameTapFxLists(int slot, int type)
+{
+    mTapFxNameType[slot] = type;
+    const FxTypeInfo* info = type != 0 ? FindFxType(type) : nullptr;
+    const IParamRecord::ScaleLabels* labels = nullptr;
+    if (info != nullptr)
+    {
+        mTapFxLabelTexts[slot][0] = "OFF";
+        for (int p = 0; p < kFxParams; ++p)
+            mTapFxLabelTexts[slot][1 + p] = info->names[p];
+        mTapFxLabels[slot] = {mTapFxLabelTexts[slot].data(), 1 + kFxParams, 1.0};
+        labels = &mTapFxLabels[slot];
+    }
+    for (int row = 0; row < EffectRack::kStepRows; ++row)
+        GetParam(kTapFXParam1_1 + row * kNumSlots + slot)->scaleLabels = labels;
 }
 
 const char* Quorvex::TapFxParamName(int slot, int param) const

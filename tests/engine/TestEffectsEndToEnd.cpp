@@ -260,6 +260,11 @@ TEST(EffectsEndToEnd, PostEffectPerTapFollowsTheStepRow)
     rig.ShiftUp100(kFXParam1PO1);
     rig.Set(kFXOnPO1, 1.0);
     rig.Set(kTapFXParam1_1, 1.0); // row 1 drives P1
+    // The rows' lists name the POST type's parameters.
+    const IParamRecord& row2 = *rig.Plug().GetParam(kTapFXParam2_1);
+    EXPECT_EQ(row2.GetDisplayForHost(1.0, false), "FREQ SHIFT");
+    EXPECT_EQ(row2.GetDisplayForHost(4.0, false), "FRQ SHIFT SPREAD");
+    EXPECT_EQ(row2.GetDisplayForHost(0.0, false), "OFF");
     rig.Set(kTapFXP1StepDepth1, 100.0);
     rig.Set(kTapDelay1Step1FXP1, 100.0);
     rig.Set(kTapDelay1Step1FXP1 + 1, 50.0);

@@ -4,8 +4,9 @@
 
 namespace
 {
-// How often the worker looks for requests raised on the audio thread.
-constexpr auto kWorkerPoll = std::chrono::milliseconds(3);
+// How often the worker looks for requests raised on the audio thread: automated type changes are
+// rare, and a session may hold many instances, each with its own worker waking at this rate.
+constexpr auto kWorkerPoll = std::chrono::milliseconds(10);
 } // namespace
 
 EffectRack::EffectRack(Slot* slots, const FxCatalog& catalog) : mSlots(slots), mCatalog(catalog)

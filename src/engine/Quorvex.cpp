@@ -8,6 +8,7 @@
 #include "modulators/WaveMenu.h"
 #include "params/IParamRecord.h"
 #include "params/ParamCatalogue.h"
+#include "params/ValueLists.h"
 #include "state/StateChunk.h"
 
 namespace
@@ -96,7 +97,7 @@ bool Quorvex::ApplyMasterParam(int id, double v)
         mMaster.SetGlobalWidth(v);
         return true;
     case kLimiterOn:
-        mMaster.SetLimiterMode(static_cast<int>(std::lround(v)));
+        mMaster.SetLimiterMode(ListIndex(v));
         return true;
     case kLimiterLevel:
         mMaster.SetLimiterBoost(v);
@@ -407,39 +408,34 @@ bool Quorvex::ApplySlotParam(int id, double v)
         {kDirectOut1,
          [](Quorvex& q, int s, double x)
          {
-             q.mSlots[s].SetDirectOut(static_cast<int>(std::lround(x)));
+             q.mSlots[s].SetDirectOut(ListIndex(x));
              // A later slot that takes this one as input follows it to its new stage.
              for (int later = s + 1; later < kNumSlots; ++later)
-                 q.SelectInput(later, static_cast<int>(std::lround(q.GetParam(kInput1 + later)->value)));
+                 q.SelectInput(later, ListIndex(q.GetParam(kInput1 + later)->value));
          }},
-        {kInput1, [](Quorvex& q, int s, double x) { q.SelectInput(s, static_cast<int>(std::lround(x))); }},
+        {kInput1, [](Quorvex& q, int s, double x) { q.SelectInput(s, ListIndex(x)); }},
         {kDirectIn1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetDirectIn(x); }},
         // Neighbouring slots wobble in opposite senses.
         {kModulation1,
          [](Quorvex& q, int s, double x) { q.mSlots[s].mModulation = (s % 2 == 1 ? -x : x) * 0.01; }},
-        {kMasterFXSource1, [](Quorvex& q, int s, double x)
-         { q.mSlots[s].SetMasterFxSource(static_cast<int>(std::lround(x))); }},
+        {kMasterFXSource1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetMasterFxSource(ListIndex(x)); }},
         {kPanPosition1, [](Quorvex& q, int s, double x) { q.mSlots[s].mPanPosition = x >= 0.5; }},
         {kWidth1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetWidth(x); }},
-        {kOutputMode1,
-         [](Quorvex& q, int s, double x) { q.mSlots[s].mOutputMode = static_cast<int>(std::lround(x)); }},
+        {kOutputMode1, [](Quorvex& q, int s, double x) { q.mSlots[s].mOutputMode = ListIndex(x); }},
         {kLROffset1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetOffsetMs(x); }},
         {kInputGain1, [](Quorvex& q, int s, double x) { q.mSlots[s].mInputGain = GainLaw(x); }},
         {kPanning1, [](Quorvex& q, int s, double x) { q.mSlots[s].mPanning = x * 0.01; }},
         {kFeedback1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFeedback = x * 0.01; }},
         {kLevel1, [](Quorvex& q, int s, double x) { q.mSlots[s].mLevel = GainLaw(x); }},
         {kMFXSend1, [](Quorvex& q, int s, double x) { q.mSlots[s].mSend = x * 0.01; }},
-        {kDelayMode1,
-         [](Quorvex& q, int s, double x) { q.mSlots[s].SetDelayMode(static_cast<int>(std::lround(x))); }},
-        {kDelayRoute1,
-         [](Quorvex& q, int s, double x) { q.mSlots[s].SetRoute(static_cast<int>(std::lround(x))); }},
+        {kDelayMode1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetDelayMode(ListIndex(x)); }},
+        {kDelayRoute1, [](Quorvex& q, int s, double x) { q.mSlots[s].SetRoute(ListIndex(x)); }},
         {kFBProportional1, [](Quorvex& q, int s, double x) { q.mSlots[s].mFbProportional = x >= 0.5; }},
-        {kTimebase1,
-         [](Quorvex& q, int s, double x) { q.SwitchTimebase(s, static_cast<int>(std::lround(x))); }},
+        {kTimebase1, [](Quorvex& q, int s, double x) { q.SwitchTimebase(s, ListIndex(x)); }},
         {kTapTimebase1,
          [](Quorvex& q, int s, double x)
          {
-             q.mSlots[s].mTiming.SetTapTimebase(static_cast<int>(std::lround(x)));
+             q.mSlots[s].mTiming.SetTapTimebase(ListIndex(x));
              if (q.mConstructing) return;
              q.RequestFadeIn();
              q.mSlots[s].RestartLines();
@@ -447,13 +443,13 @@ bool Quorvex::ApplySlotParam(int id, double v)
         {kDelayFactorL1,
          [](Quorvex& q, int s, double x)
          {
-             q.mSlots[s].mTiming.SetDelayFactor(0, static_cast<int>(std::lround(x)));
+             q.mSlots[s].mTiming.SetDelayFactor(0, ListIndex(x));
              q.LinkTimes(s, kDelayFactorR1 + s, x);
          }},
         {kDelayFactorR1,
          [](Quorvex& q, int s, double x)
          {
-             q.mSlots[s].mTiming.SetDelayFactor(1, static_cast<int>(std::lround(x)));
+             q.mSlots[s].mTiming.SetDelayFactor(1, ListIndex(x));
              q.LinkTimes(s, kDelayFactorL1 + s, x);
          }},
         {kDelayTimeL1,

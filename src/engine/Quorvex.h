@@ -218,18 +218,16 @@ class Quorvex : public IPlugVST3, private IStateHost
   public:
     // Marks the audio thread around the host's process call (its parameter queues included).
     Steinberg::tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) QUORVEX_NONBLOCKING override;
-    // Name of FX parameter `param` (1..5) of the slot's POST type, for the "Tap FX Param" lists.
-    const char* TapFxParamName(int slot, int param) const;
-    void NameTapFxLists(int slot, int type);
     // The step buttons' masks in the fields go to the taps (after the editor or a state changed them).
     void SyncTapFxMasks();
 
   private:
     void SetupEffects();
     void OnFxTypeBuilt(int position, int type, bool byUser);
+    // Under paramsMutex: the slot's "Tap FX Param" lists take the POST type's parameter names.
+    void NameTapFxLists(int slot, int type);
     void SendMasterFxParams();
     std::unique_ptr<DSPShell> mMasterFxModules[MasterSection::kMasterFxCount];
-    Relaxed<int> mTapFxNameType[kNumSlots] = {};
     // The "Tap FX Param" lists of a slot read "OFF" and the POST type's parameter names.
     std::array<std::array<const char*, 1 + EffectRack::kParams>, kNumSlots> mTapFxLabelTexts{};
     std::array<IParamRecord::ScaleLabels, kNumSlots> mTapFxLabels{};

@@ -10,6 +10,7 @@
 #include "fx/MasterFxLaws.h"
 #include "fx/RingMod.h"
 #include "params/IParamRecord.h"
+#include "params/ValueLists.h"
 
 namespace
 {
@@ -21,11 +22,6 @@ static_assert(kFX1FB == kFX1PR + 4 && kFX1PO == kFX1PR + 8 && kFXOnPO1 == kFXOnP
 static_assert(kTapDelay1Step1FXP2 == kTapDelay1Step1FXP1 + 4 * kNumTaps);
 static_assert(kTapFXP2StepDepth1 == kTapFXP1StepDepth1 + 4 && kTapFXParam2_1 == kTapFXParam1_1 + 4);
 static_assert(kMasterFXP4 == kMasterFXP1 + 3);
-
-int ToIndex(double v)
-{
-    return static_cast<int>(std::lround(v));
-}
 
 // The effect table and the factory, as the rack sees them.
 class TableCatalog final : public FxCatalog
@@ -92,7 +88,6 @@ Steinberg::tresult PLUGIN_API Quorvex::process(Steinberg::Vst::ProcessData& data
 // Called with paramsMutex held, as the host reads the texts under it too.
 void Quorvex::NameTapFxLists(int slot, int type)
 {
-    mTapFxNameType[slot] = type;
     const FxTypeInfo* info = type != 0 ? FindFxType(type) : nullptr;
     const IParamRecord::ScaleLabels* labels = nullptr;
     if (info != nullptr)
@@ -105,13 +100,6 @@ void Quorvex::NameTapFxLists(int slot, int type)
     }
     for (int row = 0; row < EffectRack::kStepRows; ++row)
         GetParam(kTapFXParam1_1 + row * kNumSlots + slot)->scaleLabels = labels;
-}
-
-const char* Quorvex::TapFxParamName(int slot, int param) const
-{
-    const FxTypeInfo* info = FindFxType(mTapFxNameType[slot]);
-    if (info == nullptr || param < 1 || param > kFxParams) return "";
-    return info->names[param - 1];
 }
 
 void Quorvex::SyncTapFxMasks()
@@ -142,7 +130,7 @@ bool Quorvex::ApplyFxParam(int id, double value)
     if (id >= kFX1PR && id < kFX1PR + kPositions)
     {
         const int position = id - kFX1PR;
-        const int type = FxTypeFromMenu(position / EffectRack::kSlots, ToIndex(value));
+        const int type = FxTypeFromMenu(position / EffectRack::kSlots, ListIndex(value));
         // Automation on the audio thread leaves the building to the rack's worker, and the other
         // parameters to the automation: no defaults then.
         const bool audio = std::this_thread::get_id() == mAudioThread.load(std::memory_order_relaxed);
@@ -168,8 +156,8 @@ bool Quorvex::ApplyFxParam(int id, double value)
     {
         const int row = (id - kTapFXParam1_1) / kNumSlots;
         const int slot = (id - kTapFXParam1_1) % kNumSlots;
-        mSlots[slot].Taps().SetFxParam(row, ToIndex(value));
-        mEffects.SetTapSelection(slot, row, ToIndex(value));
+        mSlots[slot].Taps().SetFxParam(row, ListIndex(value));
+        mEffects.SetTapSelection(slot, row, ListIndex(value));
         return true;
     }
     if (id >= kTapDelay1Step1FXP1 && id < kTapDelay1Step1FXP1 + 2 * kNumSlots * kNumTaps)
@@ -188,13 +176,13 @@ bool Quorvex::ApplyFxParam(int id, double value)
     if (id >= kDelayMode1 && id < kDelayMode1 + kNumSlots)
     {
         // The slot family applies the mode too.
-        mEffects.SetTapped(id - kDelayMode1, ToIndex(value) == DelayTapped);
+        mEffects.SetTapped(id - kDelayMode1, ListIndex(value) == DelayTapped);
         return false;
     }
     if (id == kMasterFX)
     {
         // The list starts with OFF, which is the master section's first type.
-        mMaster.SetMasterFxType(MasterSection::kMasterFxOff + ToIndex(value));
+        mMaster.SetMasterFxType(MasterSection::kMasterFxOff + ListIndex(value));
         SendMasterFxParams();
         return true;
     }

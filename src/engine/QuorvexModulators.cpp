@@ -5,17 +5,10 @@
 #include "engine/Quorvex.h"
 #include "modulators/StepPresets.h"
 #include "params/IParamRecord.h"
+#include "params/ValueLists.h"
 
 // The modulator families: LFOs, step gates, envelopes and logic modules. Each handler gets the
 // member (LFO, gate, envelope or logic number from 0) and the parameter's value.
-namespace
-{
-int ToInt(double v)
-{
-    return static_cast<int>(std::lround(v));
-}
-} // namespace
-
 bool Quorvex::ApplyModulatorParam(int id, double v)
 {
     using Handler = void (*)(Quorvex&, int, double);
@@ -29,15 +22,16 @@ bool Quorvex::ApplyModulatorParam(int id, double v)
         // LFOs
         {kLFOOn1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setOn(x >= 0.5); }},
         {kLFOWave1, 4,
-         [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setWave(q.mModulators.Wave(ToInt(x))); }},
-        {kLFOPol1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setPolarity(ToInt(x)); }},
-        {kLFOSync1, 4, [](Quorvex& q, int m, double x) { q.SwitchLfoSync(m, ToInt(x)); }},
+         [](Quorvex& q, int m, double x)
+         { q.mModulators.mLfo[m].setWave(q.mModulators.Wave(ListIndex(x))); }},
+        {kLFOPol1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setPolarity(ListIndex(x)); }},
+        {kLFOSync1, 4, [](Quorvex& q, int m, double x) { q.SwitchLfoSync(m, ListIndex(x)); }},
         {kLFOSwap1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setSwap(x >= 0.5); }},
         {kLFOReverse1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setReverse(x >= 0.5); }},
-        {kLFOMode1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setMode(ToInt(x)); }},
+        {kLFOMode1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setMode(ListIndex(x)); }},
         {kLFOTrigger1, 4,
          [](Quorvex& q, int m, double x)
-         { q.mModulators.mLfo[m].setTrigger(q.mModulators.Trigger(ToInt(x))); }},
+         { q.mModulators.mLfo[m].setTrigger(q.mModulators.Trigger(ListIndex(x))); }},
         {kLFORate1, 4,
          [](Quorvex& q, int m, double x)
          {
@@ -45,30 +39,31 @@ bool Quorvex::ApplyModulatorParam(int id, double v)
              if (lfo.getSyncMode() == TableLFO::kSyncHz)
                  lfo.setRate(x);
              else
-                 lfo.setSyncStep(ToInt(x / TableLFO::kSyncStepSpacing), q.mTempo.tempo);
+                 lfo.setSyncStep(ListIndex(x / TableLFO::kSyncStepSpacing), q.mTempo.tempo);
          }},
         {kLFODepth1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setDepth(x * 0.01); }},
         {kLFOPhase1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setPhase(x * 0.01); }},
         {kLFOGlide1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setGlide(x); }},
         // Step gates
-        {kGate1Length, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setLength(ToInt(x)); }},
+        {kGate1Length, 4,
+         [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setLength(ListIndex(x)); }},
         {kGate1On, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGateOn[m] = x >= 0.5; }},
         {kGate1Timebase, 4,
          [](Quorvex& q, int m, double x)
-         { q.mModulators.mGate[m].setTimebase(ToInt(x), q.mModulators.GateClock(ToInt(x))); }},
+         { q.mModulators.mGate[m].setTimebase(ListIndex(x), q.mModulators.GateClock(ListIndex(x))); }},
         {kGate1Direction, 4,
-         [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setDirection(ToInt(x)); }},
+         [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setDirection(ListIndex(x)); }},
         {kGate1Sync, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setSyncSwitch(x >= 0.5); }},
         {kGate1Glide, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setGlide(x); }},
         {kGate1Depth, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setDepth(x * 0.01); }},
-        {kGATEPol1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setPolarity(ToInt(x)); }},
+        {kGATEPol1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setPolarity(ListIndex(x)); }},
         {kGate1Step1, 4 * ArpGate::kMaxSteps,
          [](Quorvex& q, int m, double x)
          { q.mModulators.mGate[m / ArpGate::kMaxSteps].setStepLevel(m % ArpGate::kMaxSteps, x * 0.01); }},
         // Envelopes
         {kENV1On, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnvOn[m] = x >= 0.5; }},
-        {kENV1Mode, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetMode(ToInt(x)); }},
-        {kENV1Source, 2, [](Quorvex& q, int m, double x) { q.SelectEnvelopeSource(m, ToInt(x)); }},
+        {kENV1Mode, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetMode(ListIndex(x)); }},
+        {kENV1Source, 2, [](Quorvex& q, int m, double x) { q.SelectEnvelopeSource(m, ListIndex(x)); }},
         {kENV1Gain, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetGain(x); }},
         {kENV1Attack, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetAttack(x); }},
         {kENV1Decay, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetDecay(x); }},
@@ -78,10 +73,12 @@ bool Quorvex::ApplyModulatorParam(int id, double v)
         {kENV1Hicut, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetHicut(x); }},
         {kENV1Depth, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetDepth(x); }},
         {kENV1Output, 2,
-         [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].GetEnvelope().SetLinear(ToInt(x) == 1); }},
+         [](Quorvex& q, int m, double x)
+         { q.mModulators.mEnv[m].GetEnvelope().SetLinear(ListIndex(x) == 1); }},
         // Logic modules
         {kLogicOn1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLogicOn[m] = x >= 0.5; }},
-        {kLogic1Type, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLogic[m].SetModeMenu(ToInt(x)); }},
+        {kLogic1Type, 4,
+         [](Quorvex& q, int m, double x) { q.mModulators.mLogic[m].SetModeMenu(ListIndex(x)); }},
         {kLogic1Smooth, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLogic[m].SetSmooth(x); }},
         {kLogic1Depth, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLogic[m].SetDepth(x); }},
     };
@@ -166,7 +163,7 @@ void Quorvex::ApplyGateStepPreset(int gate, int preset)
 {
     if (gate < 0 || gate >= ModulatorBank::kGates) return;
     const int length = mModulators.mGate[gate].Length();
-    const int grid = ToInt(GetParam(kGATESteps1 + gate)->value);
+    const int grid = ListIndex(GetParam(kGATESteps1 + gate)->value);
     const auto seed = static_cast<std::uint32_t>(std::chrono::steady_clock::now().time_since_epoch().count());
     const StepPattern pattern = MakeStepPattern(preset, length, grid, seed);
     for (int i = 0; i < pattern.count; ++i)

@@ -2,6 +2,7 @@
 
 #include "dsp/Vec.h"
 #include "params/ParamIds.h"
+#include "params/ValueLists.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,11 +22,6 @@ constexpr int kSlots = 4;
 int ClampTap(int tap)
 {
     return std::clamp(tap, 0, kNumTaps - 1);
-}
-
-int ToIndex(double value)
-{
-    return static_cast<int>(std::lround(value));
 }
 
 // The tap families one per slot, and the step rows of 16 per slot.
@@ -163,16 +159,16 @@ bool TapEngine::ApplyParam(int id, double value)
     switch (id - slot)
     {
     case kDelayTaps1:
-        SetTapCount(ToIndex(value));
+        SetTapCount(ListIndex(value));
         return true;
     case kDelayTapFB1:
-        SetFeedbackTap(ToIndex(value));
+        SetFeedbackTap(ListIndex(value));
         return true;
     case kTapFXParam1_1:
-        SetFxParam(0, ToIndex(value));
+        SetFxParam(0, ListIndex(value));
         return true;
     case kTapFXParam2_1:
-        SetFxParam(1, ToIndex(value));
+        SetFxParam(1, ListIndex(value));
         return true;
     case kTapTimeStepDepth1:
         SetTimeStepDepth(value);
@@ -184,10 +180,10 @@ bool TapEngine::ApplyParam(int id, double value)
         SetPanWidth(value);
         return true;
     case kTapPanMode1:
-        SetPanMode(ToIndex(value));
+        SetPanMode(ListIndex(value));
         return true;
     case kDelayTapDIOut1:
-        SetDiOut(ToIndex(value));
+        SetDiOut(ListIndex(value));
         return true;
     case kDelayTapsSwell1:
         SetSwell(value);

@@ -5,7 +5,14 @@
 // its names come from the wave menu and are handed to the catalogue.
 
 #include <array>
+#include <cmath>
 #include <span>
+
+// The entry a list or switch parameter's value selects (values are stored as doubles).
+inline int ListIndex(double value)
+{
+    return static_cast<int>(std::lround(value));
+}
 
 // clang-format off
 inline constexpr std::array kOnOffList{"OFF", "ON"};

@@ -114,4 +114,15 @@ class Rig
   private:
     std::unique_ptr<Quorvex, Releaser> mPlug;
 };
+// LFO `lfo` (0..3) held at depth x +1: the first half of a square (HALFPULSE, bipolar) at the
+// slowest rate, which moves a couple of table points in a test's length. Any rig with Set(id, v).
+template <typename AnyRig> void HoldLfo(AnyRig& rig, int lfo, double depthPercent)
+{
+    rig.Set(kLFOOn1 + lfo, 1.0);
+    rig.Set(kLFOWave1 + lfo, 18.0); // HALFPULSE
+    rig.Set(kLFOPol1 + lfo, 2.0);   // BI
+    rig.Set(kLFORate1 + lfo, 0.001);
+    rig.Set(kLFOGlide1 + lfo, 1.0);
+    rig.Set(kLFODepth1 + lfo, depthPercent);
+}
 } // namespace engine_rig

@@ -217,15 +217,8 @@ TEST(ModWiring, RoutedSourcesMoveTheEchoes)
             rig.Set(kDelaySpreadModSource1, kModSourceLFO1 + 1);
             rig.Set(kDelayModDepth1, 100.0);
             // Two LFOs that hold still: the first half of a square at the slowest rate.
-            for (int k = 0; k < 2; ++k)
-            {
-                rig.Set(kLFOOn1 + k, 1.0);
-                rig.Set(kLFOWave1 + k, 18.0); // HALFPULSE
-                rig.Set(kLFOPol1 + k, 2.0);   // BI
-                rig.Set(kLFORate1 + k, 0.001);
-                rig.Set(kLFOGlide1 + k, 1.0);
-                rig.Set(kLFODepth1 + k, k == 0 ? 40.0 : 20.0);
-            }
+            HoldLfo(rig, 0, 40.0);
+            HoldLfo(rig, 1, 20.0);
         }
         const Stereo out = rig.Run(in);
         peaks[routed][0] = PeakIndex(out.l, at, out.Size());

@@ -6,6 +6,7 @@
 #include <numbers>
 #include <vector>
 
+#include "EngineRig.h"
 #include "QuorvexProbe.h"
 #include "delay/DelayMode.h"
 #include "engine/Quorvex.h"
@@ -162,12 +163,7 @@ TEST(EffectsEndToEnd, ModulatedMixFollowsItsSource)
     rig.ShiftUp100(kFXParam1PR1);
     rig.Set(kFXOnPR1, 1.0);
     rig.Set(kFXParam5PR1, 0.0);
-    // LFO 1 held at +1: the first half of a square at the slowest rate.
-    rig.Set(kLFOOn1, 1.0);
-    rig.Set(kLFOWave1, 18.0); // HALFPULSE
-    rig.Set(kLFOPol1, 2.0);   // BI
-    rig.Set(kLFORate1, 0.001);
-    rig.Set(kLFODepth1, 100.0);
+    engine_rig::HoldLfo(rig, 0, 100.0);  // LFO 1 held at +1
     rig.Set(kFXParam5ModSourcePR1, 1.0); // LFO1
     for (const double depth : {100.0, -100.0, 50.0})
     {

@@ -29,6 +29,7 @@
 #include "modulators/MultiLFO.h"
 #include "params/IParamRecord.h"
 #include "params/ModRouting.h"
+#include "params/ParamDispatch.h"
 #include "params/ParamIds.h"
 #include "state/IStateHost.h"
 #include "state/Messages.h"
@@ -65,8 +66,12 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     // Host sets up processing: the engine is derived anew for the host's rate.
     void Reset() override;
-    // Parameter handler: migration of old chunks while one is read, then the caches.
+    // Parameter handler: migration of old chunks while one is read, then the id's one family.
     void OnParamChange(int id) override;
+    using Dispatch = ParamDispatch<Quorvex>;
+    using ParamRow = Dispatch::Row;
+    // The table that owns every parameter id, built once for all instances.
+    static const Dispatch& ParamOwners();
     // Audio thread: the engine frame. Silent, with nothing advancing, while the plug-in is built,
     // a state is restored or a preset is loaded.
     void ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) QUORVEX_NONBLOCKING override;
@@ -127,16 +132,17 @@ class Quorvex : public IPlugVST3, private IStateHost
     void WriteDelays();
     void TickModulators();
 
-    // Parameter families of the slots, the main section and the master section; false when `id`
-    // is none of them.
-    bool ApplySlotParam(int id, double value);
-    bool ApplyMainParam(int id, double value);
-    bool ApplyMasterParam(int id, double value);
-    // Effect families (types, switches, values, depths, sources, master effect): QuorvexFx.cpp.
-    bool ApplyFxParam(int id, double value);
+    // The parameter families, one table each: slots, taps and the main and master sections
+    // (QuorvexParams.cpp), effects (QuorvexFx.cpp), modulators (QuorvexModulators.cpp), and the
+    // routing's depths and sources.
+    static std::span<const ParamRow> SlotParamRows();
+    static std::span<const ParamRow> TapParamRows();
+    static std::span<const ParamRow> MainParamRows();
+    static std::span<const ParamRow> FxParamRows();
+    static std::span<const ParamRow> ModulatorParamRows();
+    static std::vector<ParamRow> ModRouteParamRows();
+    TapEngine& Taps(int slot) { return mSlots[slot].Taps(); }
     bool WireFxModRoute(const ModParamRef& ref);
-    // Modulator families (LFOs, gates, envelopes, logic): QuorvexModulators.cpp.
-    bool ApplyModulatorParam(int id, double value);
     bool WireModulatorRoute(const ModParamRef& ref);
     // "LFO Sync": switching between free and synced rewrites "LFO Rate" in the other unit.
     void SwitchLfoSync(int lfo, int mode);

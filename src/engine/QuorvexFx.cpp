@@ -124,78 +124,72 @@ void Quorvex::SendMasterFxParams()
     }
 }
 
-// The effect families reach the effect rack here.
-bool Quorvex::ApplyFxParam(int id, double value)
+// The effect families reach the effect rack here; their depths and sources are the routing's and
+// arrive through WireFxModRoute.
+std::span<const Quorvex::ParamRow> Quorvex::FxParamRows()
 {
-    if (id >= kFX1PR && id < kFX1PR + kPositions)
-    {
-        const int position = id - kFX1PR;
-        const int type = FxTypeFromMenu(position / EffectRack::kSlots, ListIndex(value));
-        // Automation on the audio thread leaves the building to the rack's worker, and the other
-        // parameters to the automation: no defaults then.
-        const bool audio = std::this_thread::get_id() == mAudioThread.load(std::memory_order_relaxed);
-        mEffects.RequestType(position, type, !Loading() && !audio, audio);
-        if (!audio) mEffects.ServicePending();
-        return true;
-    }
-    if (id >= kFXOnPR1 && id < kFXOnPR1 + kPositions)
-    {
-        mEffects.SetOn(id - kFXOnPR1, value >= 0.5);
-        return true;
-    }
-    if (id >= kFXParam1PR1 && id < kFXParam1PR1 + kFxParams * kParamStride)
-    {
-        const int p = (id - kFXParam1PR1) / kParamStride;
-        const int member = (id - kFXParam1PR1) % kParamStride;
-        // Depths and sources are the routing's; they arrive through WireFxModRoute.
-        if (member >= kPositions) return false;
-        mEffects.SetValue(member, p, value);
-        return true;
-    }
-    if (id >= kTapFXParam1_1 && id < kTapFXParam1_1 + 2 * kNumSlots)
-    {
-        const int row = (id - kTapFXParam1_1) / kNumSlots;
-        const int slot = (id - kTapFXParam1_1) % kNumSlots;
-        mSlots[slot].Taps().SetFxParam(row, ListIndex(value));
-        mEffects.SetTapSelection(slot, row, ListIndex(value));
-        return true;
-    }
-    if (id >= kTapDelay1Step1FXP1 && id < kTapDelay1Step1FXP1 + 2 * kNumSlots * kNumTaps)
-    {
-        const int i = id - kTapDelay1Step1FXP1;
-        const int row = i / (kNumSlots * kNumTaps);
-        mEffects.SetTapStep((i / kNumTaps) % kNumSlots, row, i % kNumTaps, value);
-        return true;
-    }
-    if (id >= kTapFXP1StepDepth1 && id < kTapFXP1StepDepth1 + 2 * kNumSlots)
-    {
-        const int i = id - kTapFXP1StepDepth1;
-        mEffects.SetTapDepth(i % kNumSlots, i / kNumSlots, value);
-        return true;
-    }
-    if (id >= kDelayMode1 && id < kDelayMode1 + kNumSlots)
-    {
-        // The slot family applies the mode too.
-        mEffects.SetTapped(id - kDelayMode1, ListIndex(value) == DelayTapped);
-        return false;
-    }
-    if (id == kMasterFX)
-    {
-        // The list starts with OFF, which is the master section's first type.
-        mMaster.SetMasterFxType(MasterSection::kMasterFxOff + ListIndex(value));
-        SendMasterFxParams();
-        return true;
-    }
-    if (id >= kMasterFXP1 && id < kMasterFXP1 + kMasterFxKnobs)
-    {
-        if (DSPShell* module = mMaster.ActiveMasterFx())
-        {
-            const MasterFxSetting s = MasterFxParam(mMaster.MasterFxType(), id - kMasterFXP1, value);
-            if (s.id >= 0) module->SetParam(s.id, s.value);
-        }
-        return true;
-    }
-    return false;
+    using C = const ParamChange&;
+    static const ParamRow rows[] = {
+        {"FX type", kFX1PR, kPositions,
+         [](Quorvex& q, C c)
+         {
+             const int type = FxTypeFromMenu(c.member / EffectRack::kSlots, ListIndex(c.value));
+             // Automation on the audio thread leaves the building to the rack's worker, and the other
+             // parameters to the automation: no defaults then.
+             const bool audio = std::this_thread::get_id() == q.mAudioThread.load(std::memory_order_relaxed);
+             q.mEffects.RequestType(c.member, type, !q.Loading() && !audio, audio);
+             if (!audio) q.mEffects.ServicePending();
+         }},
+        {"FXOn", kFXOnPR1, kPositions, [](Quorvex& q, C c) { q.mEffects.SetOn(c.member, c.value >= 0.5); }},
+        {"FXParam1", kFXParam1PR1, kPositions,
+         [](Quorvex& q, C c) { q.mEffects.SetValue(c.member, 0, c.value); }},
+        {"FXParam2", kFXParam2PR1, kPositions,
+         [](Quorvex& q, C c) { q.mEffects.SetValue(c.member, 1, c.value); }},
+        {"FXParam3", kFXParam3PR1, kPositions,
+         [](Quorvex& q, C c) { q.mEffects.SetValue(c.member, 2, c.value); }},
+        {"FXParam4", kFXParam4PR1, kPositions,
+         [](Quorvex& q, C c) { q.mEffects.SetValue(c.member, 3, c.value); }},
+        {"FXParam5", kFXParam5PR1, kPositions,
+         [](Quorvex& q, C c) { q.mEffects.SetValue(c.member, 4, c.value); }},
+        // member = row x 4 + slot
+        {"Tap FX Param", kTapFXParam1_1, 2 * kNumSlots,
+         [](Quorvex& q, C c)
+         {
+             const int row = c.member / kNumSlots;
+             const int slot = c.member % kNumSlots;
+             q.Taps(slot).SetFxParam(row, ListIndex(c.value));
+             q.mEffects.SetTapSelection(slot, row, ListIndex(c.value));
+         }},
+        // member = (row x 4 + slot) x 16 + tap
+        {"TapDelay FX P", kTapDelay1Step1FXP1, 2 * kNumSlots * kNumTaps,
+         [](Quorvex& q, C c)
+         {
+             const int row = c.member / (kNumSlots * kNumTaps);
+             q.mEffects.SetTapStep((c.member / kNumTaps) % kNumSlots, row, c.member % kNumTaps, c.value);
+         }},
+        // member = row x 4 + slot
+        {"Tap FX P Step Depth", kTapFXP1StepDepth1, 2 * kNumSlots,
+         [](Quorvex& q, C c)
+         { q.mEffects.SetTapDepth(c.member % kNumSlots, c.member / kNumSlots, c.value); }},
+        // The step counts set the grid of the editor's step controls only.
+        {"Tap FX Param Steps", kTapFXParam1Steps1, 2 * kNumSlots, nullptr},
+        {"MasterFX", kMasterFX, 1,
+         [](Quorvex& q, C c)
+         {
+             // The list starts with OFF, which is the master section's first type.
+             q.mMaster.SetMasterFxType(MasterSection::kMasterFxOff + ListIndex(c.value));
+             q.SendMasterFxParams();
+         }},
+        {"MasterFX P", kMasterFXP1, kMasterFxKnobs,
+         [](Quorvex& q, C c)
+         {
+             DSPShell* module = q.mMaster.ActiveMasterFx();
+             if (module == nullptr) return;
+             const MasterFxSetting s = MasterFxParam(q.mMaster.MasterFxType(), c.member, c.value);
+             if (s.id >= 0) module->SetParam(s.id, s.value);
+         }},
+    };
+    return rows;
 }
 
 // Depth (already cubed by the routing) and source of an FX parameter go to every module of the

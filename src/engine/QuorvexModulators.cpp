@@ -7,89 +7,101 @@
 #include "params/IParamRecord.h"
 #include "params/ValueLists.h"
 
-// The modulator families: LFOs, step gates, envelopes and logic modules. Each handler gets the
-// member (LFO, gate, envelope or logic number from 0) and the parameter's value.
-bool Quorvex::ApplyModulatorParam(int id, double v)
+// The modulator families: LFOs, step gates, envelopes and logic modules. The member is the LFO,
+// gate, envelope or logic number from 0 (a gate step row: gate x 16 + step).
+std::span<const Quorvex::ParamRow> Quorvex::ModulatorParamRows()
 {
-    using Handler = void (*)(Quorvex&, int, double);
-    struct Family
-    {
-        int first;
-        int count;
-        Handler apply;
-    };
-    static const Family kFamilies[] = {
+    using C = const ParamChange&;
+    static const ParamRow rows[] = {
         // LFOs
-        {kLFOOn1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setOn(x >= 0.5); }},
-        {kLFOWave1, 4,
-         [](Quorvex& q, int m, double x)
-         { q.mModulators.mLfo[m].setWave(q.mModulators.Wave(ListIndex(x))); }},
-        {kLFOPol1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setPolarity(ListIndex(x)); }},
-        {kLFOSync1, 4, [](Quorvex& q, int m, double x) { q.SwitchLfoSync(m, ListIndex(x)); }},
-        {kLFOSwap1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setSwap(x >= 0.5); }},
-        {kLFOReverse1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setReverse(x >= 0.5); }},
-        {kLFOMode1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setMode(ListIndex(x)); }},
-        {kLFOTrigger1, 4,
-         [](Quorvex& q, int m, double x)
-         { q.mModulators.mLfo[m].setTrigger(q.mModulators.Trigger(ListIndex(x))); }},
-        {kLFORate1, 4,
-         [](Quorvex& q, int m, double x)
+        {"LFO On", kLFOOn1, 4, [](Quorvex& q, C c) { q.mModulators.mLfo[c.member].setOn(c.value >= 0.5); }},
+        {"LFO Wave", kLFOWave1, 4,
+         [](Quorvex& q, C c)
+         { q.mModulators.mLfo[c.member].setWave(q.mModulators.Wave(ListIndex(c.value))); }},
+        {"LFO Pol", kLFOPol1, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLfo[c.member].setPolarity(ListIndex(c.value)); }},
+        {"LFO Sync", kLFOSync1, 4, [](Quorvex& q, C c) { q.SwitchLfoSync(c.member, ListIndex(c.value)); }},
+        {"LFO Swap", kLFOSwap1, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLfo[c.member].setSwap(c.value >= 0.5); }},
+        {"LFO Reverse", kLFOReverse1, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLfo[c.member].setReverse(c.value >= 0.5); }},
+        {"LFO Mode", kLFOMode1, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLfo[c.member].setMode(ListIndex(c.value)); }},
+        {"LFO Trigger", kLFOTrigger1, 4,
+         [](Quorvex& q, C c)
+         { q.mModulators.mLfo[c.member].setTrigger(q.mModulators.Trigger(ListIndex(c.value))); }},
+        {"LFO Rate", kLFORate1, 4,
+         [](Quorvex& q, C c)
          {
-             TableLFO& lfo = q.mModulators.mLfo[m];
+             TableLFO& lfo = q.mModulators.mLfo[c.member];
              if (lfo.getSyncMode() == TableLFO::kSyncHz)
-                 lfo.setRate(x);
+                 lfo.setRate(c.value);
              else
-                 lfo.setSyncStep(ListIndex(x / TableLFO::kSyncStepSpacing), q.mTempo.tempo);
+                 lfo.setSyncStep(ListIndex(c.value / TableLFO::kSyncStepSpacing), q.mTempo.tempo);
          }},
-        {kLFODepth1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setDepth(x * 0.01); }},
-        {kLFOPhase1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setPhase(x * 0.01); }},
-        {kLFOGlide1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLfo[m].setGlide(x); }},
+        {"LFO Depth", kLFODepth1, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLfo[c.member].setDepth(c.value * 0.01); }},
+        {"LFO Phase", kLFOPhase1, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLfo[c.member].setPhase(c.value * 0.01); }},
+        {"LFO Glide", kLFOGlide1, 4, [](Quorvex& q, C c) { q.mModulators.mLfo[c.member].setGlide(c.value); }},
         // Step gates
-        {kGate1Length, 4,
-         [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setLength(ListIndex(x)); }},
-        {kGate1On, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGateOn[m] = x >= 0.5; }},
-        {kGate1Timebase, 4,
-         [](Quorvex& q, int m, double x)
-         { q.mModulators.mGate[m].setTimebase(ListIndex(x), q.mModulators.GateClock(ListIndex(x))); }},
-        {kGate1Direction, 4,
-         [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setDirection(ListIndex(x)); }},
-        {kGate1Sync, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setSyncSwitch(x >= 0.5); }},
-        {kGate1Glide, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setGlide(x); }},
-        {kGate1Depth, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setDepth(x * 0.01); }},
-        {kGATEPol1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mGate[m].setPolarity(ListIndex(x)); }},
-        {kGate1Step1, 4 * ArpGate::kMaxSteps,
-         [](Quorvex& q, int m, double x)
-         { q.mModulators.mGate[m / ArpGate::kMaxSteps].setStepLevel(m % ArpGate::kMaxSteps, x * 0.01); }},
+        {"Gate Length", kGate1Length, 4,
+         [](Quorvex& q, C c) { q.mModulators.mGate[c.member].setLength(ListIndex(c.value)); }},
+        {"Gate On", kGate1On, 4, [](Quorvex& q, C c) { q.mModulators.mGateOn[c.member] = c.value >= 0.5; }},
+        {"Gate Timebase", kGate1Timebase, 4,
+         [](Quorvex& q, C c)
+         {
+             q.mModulators.mGate[c.member].setTimebase(ListIndex(c.value),
+                                                       q.mModulators.GateClock(ListIndex(c.value)));
+         }},
+        {"Gate Direction", kGate1Direction, 4,
+         [](Quorvex& q, C c) { q.mModulators.mGate[c.member].setDirection(ListIndex(c.value)); }},
+        {"Gate Sync", kGate1Sync, 4,
+         [](Quorvex& q, C c) { q.mModulators.mGate[c.member].setSyncSwitch(c.value >= 0.5); }},
+        {"Gate Glide", kGate1Glide, 4,
+         [](Quorvex& q, C c) { q.mModulators.mGate[c.member].setGlide(c.value); }},
+        {"Gate Depth", kGate1Depth, 4,
+         [](Quorvex& q, C c) { q.mModulators.mGate[c.member].setDepth(c.value * 0.01); }},
+        {"GATE Pol", kGATEPol1, 4,
+         [](Quorvex& q, C c) { q.mModulators.mGate[c.member].setPolarity(ListIndex(c.value)); }},
+        {"Gate Step", kGate1Step1, 4 * ArpGate::kMaxSteps,
+         [](Quorvex& q, C c)
+         {
+             q.mModulators.mGate[c.member / ArpGate::kMaxSteps].setStepLevel(c.member % ArpGate::kMaxSteps,
+                                                                             c.value * 0.01);
+         }},
         // Envelopes
-        {kENV1On, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnvOn[m] = x >= 0.5; }},
-        {kENV1Mode, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetMode(ListIndex(x)); }},
-        {kENV1Source, 2, [](Quorvex& q, int m, double x) { q.SelectEnvelopeSource(m, ListIndex(x)); }},
-        {kENV1Gain, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetGain(x); }},
-        {kENV1Attack, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetAttack(x); }},
-        {kENV1Decay, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetDecay(x); }},
-        {kENV1Hold, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetHold(x); }},
-        {kENV1Threshold, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetThreshold(x); }},
-        {kENV1Locut, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetLocut(x); }},
-        {kENV1Hicut, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetHicut(x); }},
-        {kENV1Depth, 2, [](Quorvex& q, int m, double x) { q.mModulators.mEnv[m].SetDepth(x); }},
-        {kENV1Output, 2,
-         [](Quorvex& q, int m, double x)
-         { q.mModulators.mEnv[m].GetEnvelope().SetLinear(ListIndex(x) == 1); }},
+        {"ENV On", kENV1On, 2, [](Quorvex& q, C c) { q.mModulators.mEnvOn[c.member] = c.value >= 0.5; }},
+        {"ENV Mode", kENV1Mode, 2,
+         [](Quorvex& q, C c) { q.mModulators.mEnv[c.member].SetMode(ListIndex(c.value)); }},
+        {"ENV Source", kENV1Source, 2,
+         [](Quorvex& q, C c) { q.SelectEnvelopeSource(c.member, ListIndex(c.value)); }},
+        {"ENV Gain", kENV1Gain, 2, [](Quorvex& q, C c) { q.mModulators.mEnv[c.member].SetGain(c.value); }},
+        {"ENV Attack", kENV1Attack, 2,
+         [](Quorvex& q, C c) { q.mModulators.mEnv[c.member].SetAttack(c.value); }},
+        {"ENV Decay", kENV1Decay, 2, [](Quorvex& q, C c) { q.mModulators.mEnv[c.member].SetDecay(c.value); }},
+        {"ENV Hold", kENV1Hold, 2, [](Quorvex& q, C c) { q.mModulators.mEnv[c.member].SetHold(c.value); }},
+        {"ENV Threshold", kENV1Threshold, 2,
+         [](Quorvex& q, C c) { q.mModulators.mEnv[c.member].SetThreshold(c.value); }},
+        {"ENV Locut", kENV1Locut, 2, [](Quorvex& q, C c) { q.mModulators.mEnv[c.member].SetLocut(c.value); }},
+        {"ENV Hicut", kENV1Hicut, 2, [](Quorvex& q, C c) { q.mModulators.mEnv[c.member].SetHicut(c.value); }},
+        {"ENV Depth", kENV1Depth, 2, [](Quorvex& q, C c) { q.mModulators.mEnv[c.member].SetDepth(c.value); }},
+        {"ENV Output", kENV1Output, 2,
+         [](Quorvex& q, C c)
+         { q.mModulators.mEnv[c.member].GetEnvelope().SetLinear(ListIndex(c.value) == 1); }},
         // Logic modules
-        {kLogicOn1, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLogicOn[m] = x >= 0.5; }},
-        {kLogic1Type, 4,
-         [](Quorvex& q, int m, double x) { q.mModulators.mLogic[m].SetModeMenu(ListIndex(x)); }},
-        {kLogic1Smooth, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLogic[m].SetSmooth(x); }},
-        {kLogic1Depth, 4, [](Quorvex& q, int m, double x) { q.mModulators.mLogic[m].SetDepth(x); }},
+        {"Logic On", kLogicOn1, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLogicOn[c.member] = c.value >= 0.5; }},
+        {"Logic Type", kLogic1Type, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLogic[c.member].SetModeMenu(ListIndex(c.value)); }},
+        {"Logic Smooth", kLogic1Smooth, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLogic[c.member].SetSmooth(c.value); }},
+        {"Logic Depth", kLogic1Depth, 4,
+         [](Quorvex& q, C c) { q.mModulators.mLogic[c.member].SetDepth(c.value); }},
+        // "GATE Steps" only sets the grid of the step controls.
+        {"GATE Steps", kGATESteps1, 4, nullptr},
     };
-    for (const Family& family : kFamilies)
-        if (id >= family.first && id < family.first + family.count)
-        {
-            family.apply(*this, id - family.first, v);
-            return true;
-        }
-    // "GATE Steps" only sets the grid of the step controls: nothing for the engine.
-    return id >= kGATESteps1 && id < kGATESteps1 + ModulatorBank::kGates;
+    return rows;
 }
 
 // Rate and logic routes: the modules hold the source pointer themselves; depths are read from the

@@ -17,20 +17,11 @@ constexpr double kSwellMaxCount = 16.0;
 constexpr double kSwellGridScale = 8.0;
 constexpr double kSwellGridSamples = 500.0;
 
-constexpr int kSlots = 4;
-
 int ClampTap(int tap)
 {
     return std::clamp(tap, 0, kNumTaps - 1);
 }
 
-// The tap families one per slot, and the step rows of 16 per slot.
-constexpr int kSlotFamilies[] = {kDelayTaps1,        kDelayTapFB1,        kTapFXParam1_1,  kTapFXParam2_1,
-                                 kTapTimeStepDepth1, kTapLevelStepDepth1, kTapPanWidth1,   kTapPanMode1,
-                                 kDelayTapDIOut1,    kDelayTapsSwell1,    kDelayTapsSwing1};
-constexpr int kStepRows[] = {kTapDelay1Step1Time, kTapDelay1Step1Level, kTapDelay1Step1Pan};
-static_assert(kTapDelay1Step1Level == kTapDelay1Step1Time + kSlots * kNumTaps &&
-              kTapDelay1Step1Pan == kTapDelay1Step1Level + kSlots * kNumTaps);
 } // namespace
 
 TapEngine::TapEngine()
@@ -129,71 +120,6 @@ void TapEngine::SetFxMask(std::uint32_t mask)
 {
     for (int t = 0; t < kNumTaps; ++t)
         tapFxOn[t] = ((mask >> t) & 1u) != 0;
-}
-
-int TapEngine::SlotOfParam(int id)
-{
-    for (int first : kSlotFamilies)
-        if (id >= first && id < first + kSlots) return id - first;
-    for (int first : kStepRows)
-        if (id >= first && id < first + kSlots * kNumTaps) return (id - first) / kNumTaps;
-    return -1;
-}
-
-bool TapEngine::ApplyParam(int id, double value)
-{
-    if (id >= kTapDelay1Step1Time && id < kTapDelay1Step1Time + 3 * kSlots * kNumTaps)
-    {
-        const int row = (id - kTapDelay1Step1Time) / (kSlots * kNumTaps);
-        const int tap = (id - kTapDelay1Step1Time) % kNumTaps;
-        if (row == 0)
-            SetTimeStep(tap, value);
-        else if (row == 1)
-            SetLevelStep(tap, value);
-        else
-            SetPanStep(tap, value);
-        return true;
-    }
-    const int slot = SlotOfParam(id);
-    if (slot < 0) return false;
-    switch (id - slot)
-    {
-    case kDelayTaps1:
-        SetTapCount(ListIndex(value));
-        return true;
-    case kDelayTapFB1:
-        SetFeedbackTap(ListIndex(value));
-        return true;
-    case kTapFXParam1_1:
-        SetFxParam(0, ListIndex(value));
-        return true;
-    case kTapFXParam2_1:
-        SetFxParam(1, ListIndex(value));
-        return true;
-    case kTapTimeStepDepth1:
-        SetTimeStepDepth(value);
-        return true;
-    case kTapLevelStepDepth1:
-        SetLevelStepDepth(value);
-        return true;
-    case kTapPanWidth1:
-        SetPanWidth(value);
-        return true;
-    case kTapPanMode1:
-        SetPanMode(ListIndex(value));
-        return true;
-    case kDelayTapDIOut1:
-        SetDiOut(ListIndex(value));
-        return true;
-    case kDelayTapsSwell1:
-        SetSwell(value);
-        return true;
-    case kDelayTapsSwing1:
-        SetSwing(value);
-        return true;
-    default:
-        return false;
-    }
 }
 
 int TapEngine::FeedbackTap() const

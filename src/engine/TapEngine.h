@@ -86,13 +86,6 @@ class TapEngine
     // Bit t: the POST effect runs on tap t.
     void SetFxMask(std::uint32_t mask);
 
-    // The slot whose tap families hold parameter `id`, or -1. The tap time and its time base
-    // belong to the slot's timing, the effect step rows to the effects: they are not tap families.
-    static int SlotOfParam(int id);
-    // Applies parameter `id` (of this engine's slot, see SlotOfParam) with its value; false when
-    // `id` is none of the tap families.
-    bool ApplyParam(int id, double value);
-
     // The caches, in their engine units.
     Relaxed<bool> tapOnL[kNumTaps];
     Relaxed<bool> tapOnR[kNumTaps];

@@ -317,22 +317,3 @@ TEST(TapEngine, PostEffectRunsPerTapWithItsModuleIndex)
     EXPECT_FALSE(rig.lastFxActive);
     EXPECT_EQ(fx.tapCalls, callsBefore);
 }
-
-TEST(TapEngine, ParametersReachTheTapsOfTheirSlot)
-{
-    EXPECT_EQ(TapEngine::SlotOfParam(kTapDelay1Step1Pan + 2 * kNumTaps + 15), 2);
-    EXPECT_EQ(TapEngine::SlotOfParam(kDelayTapsSwing1 + 3), 3);
-    EXPECT_EQ(TapEngine::SlotOfParam(kDelayTapsTime1), -1); // the slot's timing holds the tap time
-
-    // Slot 3's parameters, by id: two taps, tap 0 at a quarter level, tap 1 half a step long.
-    TapRig rig;
-    EXPECT_TRUE(rig.taps.ApplyParam(kDelayTaps1 + 2, 1.0));
-    EXPECT_TRUE(rig.taps.ApplyParam(kTapDelay1Step1Level + 2 * kNumTaps, 25.0));
-    EXPECT_TRUE(rig.taps.ApplyParam(kTapDelay1Step1Time + 2 * kNumTaps + 1, 50.0));
-    EXPECT_FALSE(rig.taps.ApplyParam(kDelayTapsTime1 + 2, 10.0));
-    rig.io.stepSamples = 2000.0;
-    const Capture c = rig.Run(110);
-    EXPECT_NEAR(EchoAt(c.postL, 2000.0), 0.25, kTol);
-    EXPECT_NEAR(EchoAt(c.postL, 3000.0), 1.0, kTol);
-    EXPECT_LT(EnergyOutside(c.postL, {2000.0, 3000.0}), 1e-8);
-}

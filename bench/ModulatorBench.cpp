@@ -1,5 +1,5 @@
+#include "core/ModulatorBank.h"
 #include "dsp/TimeBase.h"
-#include "engine/ModulatorBank.h"
 #include "modulators/LogicModule.h"
 
 #include <benchmark/benchmark.h>

@@ -55,7 +55,7 @@ bool Quorvex::Silenced() const
 
 void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) QUORVEX_NONBLOCKING
 {
-    const AudioThreadScope audioThread(mAudioThread);
+    const ThreadMark::Scope audioThread(ProcessThread());
     double* outL = outputs[0];
     double* outR = outputs[1];
     mOutputsL = outL;
@@ -139,7 +139,7 @@ void Quorvex::FillBlock()
 
 void Quorvex::ReadTransport()
 {
-    ITimeInfo info;
+    TransportInfo info;
     GetTime(info);
     mTransport = TransportCache::From(info);
     mSongPosition.Advance(mTransport, mTempo.beatsPerSample);
@@ -216,8 +216,7 @@ void Quorvex::WriteDelays()
     }
 }
 
-// Modulators run after the audio of the block: their outputs reach the next block. The bank's
-// modulators (wave-table LFOs, gates, envelopes, logic) write their buffers here once they exist.
+// Modulators run after the audio of the block: their outputs reach the next block.
 void Quorvex::TickModulators()
 {
     ModulatorTickContext ctx;

@@ -1,5 +1,5 @@
 #pragma once
-// The plug-in: host component, engine and, later, owner of the editor, all in one object. It holds
+// The plug-in: host component, engine and owner of the editor, all in one object. It holds
 // the construction of the frame (parameters from the catalogue, every cache applied once), the
 // state that the host chunk stores, the pending user message, and the engine frame: host blocks of
 // any length pass per sample through input rings of 64 and an output ring of 32, and each time 32
@@ -16,15 +16,15 @@
 #include <atomic>
 #include <thread>
 
+#include "core/EffectRack.h"
+#include "core/EngineFade.h"
+#include "core/MasterSection.h"
+#include "core/ModulatorBank.h"
+#include "core/Slot.h"
+#include "core/Tempo.h"
 #include "dsp/IppFixBiquad.h"
 #include "dsp/Relaxed.h"
 #include "dsp/TimeBase.h"
-#include "engine/EffectRack.h"
-#include "engine/EngineFade.h"
-#include "engine/MasterSection.h"
-#include "engine/ModulatorBank.h"
-#include "engine/Slot.h"
-#include "engine/TimeBase.h"
 #include "host/IPlugVST3.h"
 #include "modulators/MultiLFO.h"
 #include "params/IParamRecord.h"
@@ -222,8 +222,6 @@ class Quorvex : public IPlugVST3, private IStateHost
     // Effects (QuorvexFx.cpp). The rack comes last: it stops its worker before anything it
     // reaches is destroyed.
   public:
-    // Marks the audio thread around the host's process call (its parameter queues included).
-    Steinberg::tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) QUORVEX_NONBLOCKING override;
     // The step buttons' masks in the fields go to the taps (after the editor or a state changed them).
     void SyncTapFxMasks();
 
@@ -237,18 +235,5 @@ class Quorvex : public IPlugVST3, private IStateHost
     // The "Tap FX Param" lists of a slot read "OFF" and the POST type's parameter names.
     std::array<std::array<const char*, 1 + EffectRack::kParams>, kNumSlots> mTapFxLabelTexts{};
     std::array<IParamRecord::ScaleLabels, kNumSlots> mTapFxLabels{};
-    // The thread inside `process` or ProcessDoubleReplacing, if any: type changes it raises are
-    // built by the rack's worker.
-    std::atomic<std::thread::id> mAudioThread{};
-    struct AudioThreadScope
-    {
-        explicit AudioThreadScope(std::atomic<std::thread::id>& mark)
-            : mMark(mark), mOuter(mark.exchange(std::this_thread::get_id(), std::memory_order_relaxed))
-        {
-        }
-        ~AudioThreadScope() { mMark.store(mOuter, std::memory_order_relaxed); }
-        std::atomic<std::thread::id>& mMark;
-        std::thread::id mOuter;
-    };
     EffectRack mEffects{mSlots, EngineFxCatalog()};
 };

@@ -79,12 +79,6 @@ void Quorvex::OnFxTypeBuilt(int position, int type, bool byUser)
             SetParamFromEngine(kTapDelay1Step1FXP1 + row * 4 * kNumTaps + slot * kNumTaps + t, 0.0);
 }
 
-Steinberg::tresult PLUGIN_API Quorvex::process(Steinberg::Vst::ProcessData& data) QUORVEX_NONBLOCKING
-{
-    const AudioThreadScope audioThread(mAudioThread);
-    return IPlugVST3::process(data);
-}
-
 // Called with paramsMutex held, as the host reads the texts under it too.
 void Quorvex::NameTapFxLists(int slot, int type)
 {
@@ -136,7 +130,7 @@ std::span<const Quorvex::ParamRow> Quorvex::FxParamRows()
              const int type = FxTypeFromMenu(c.member / EffectRack::kSlots, ListIndex(c.value));
              // Automation on the audio thread leaves the building to the rack's worker, and the other
              // parameters to the automation: no defaults then.
-             const bool audio = std::this_thread::get_id() == q.mAudioThread.load(std::memory_order_relaxed);
+             const bool audio = q.InsideProcess();
              q.mEffects.RequestType(c.member, type, !q.Loading() && !audio, audio);
              if (!audio) q.mEffects.ServicePending();
          }},

@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/EngineHost.h"
 #include "dsp/Relaxed.h"
 #include "host/Nonblocking.h"
 #include "state/ByteChunk.h"
@@ -52,21 +53,6 @@ struct IPlugConfig
     int plugScChans = 0; // the last inputs that form the sidechain
 };
 
-// Host transport as the binding reports it for the current call.
-struct ITimeInfo
-{
-    double mSamplePos = 0.0;
-    double mTempo = 120.0;
-    double mQuarterPos = 0.0;   // position in quarter notes
-    double mLastBarStart = 0.0; // in quarter notes
-    double mCycleStart = 0.0;
-    double mCycleEnd = 0.0;
-    int mNumerator = 4;
-    int mDenominator = 4;
-    bool mPlaying = false;
-    bool mCycleActive = false;
-};
-
 // What the base needs of an editor: the editor's graphics class implements it. UI thread only.
 class IEditorLink
 {
@@ -97,7 +83,7 @@ struct IChannel
     std::vector<double> mOwn;
 };
 
-class IPlugBase
+class IPlugBase : public IEngineHost
 {
   public:
     explicit IPlugBase(const IPlugConfig& config);
@@ -128,13 +114,13 @@ class IPlugBase
     virtual void EndInformHostOfParamChange(int id) {}
     virtual bool IsRenderingOffline() { return false; }
     virtual double GetSamplePos() { return 0.0; }
-    virtual double GetTempo() { return 120.0; }
+    double GetTempo() override { return 120.0; }
     virtual void GetTimeSig(int& numerator, int& denominator)
     {
         numerator = 4;
         denominator = 4;
     }
-    virtual void GetTime(ITimeInfo& info) { info = ITimeInfo{}; }
+    void GetTime(TransportInfo& info) override { info = TransportInfo{}; }
     virtual void ResizeGraphics(int width, int height) {}
     // Stores the latency; a binding also tells the host. May be called from the audio thread:
     // the bypass delay adopts the new length at its next run.

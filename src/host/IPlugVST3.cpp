@@ -32,27 +32,6 @@ constexpr int kMaxBlockSize = 8192;
 constexpr int kMaxStateBytes = 64 << 20;
 constexpr int kStateReadStep = 4096;
 
-// Marks the calling thread as the one inside `process` for the call's duration: host notices made
-// from it must wait for the UI thread. A thread id, not a thread_local: in a module the host loads
-// with dlopen, a thread's first touch of thread-local storage may allocate.
-static_assert(std::atomic<std::thread::id>::is_always_lock_free);
-
-class ProcessScope
-{
-  public:
-    explicit ProcessScope(std::atomic<std::thread::id>& owner)
-        : mOwner(owner), mBefore(owner.exchange(std::this_thread::get_id()))
-    {
-    }
-    ~ProcessScope() { mOwner.store(mBefore); }
-    ProcessScope(const ProcessScope&) = delete;
-    ProcessScope& operator=(const ProcessScope&) = delete;
-
-  private:
-    std::atomic<std::thread::id>& mOwner;
-    std::thread::id mBefore;
-};
-
 // Runs a host entry point; whatever it throws becomes an error code.
 template <typename F> tresult Guarded(F&& body) noexcept
 {
@@ -318,7 +297,7 @@ tresult PLUGIN_API IPlugVST3::process(ProcessData& data) QUORVEX_NONBLOCKING
         [&]() -> tresult
         {
             ScopedFlushDenormals flushDenormals;
-            ProcessScope scope(mProcessThread);
+            const ThreadMark::Scope scope(mProcessThread);
 
             if (data.processContext) CopyContext(*data.processContext);
             ApplyParameterChanges(data.inputParameterChanges);
@@ -821,7 +800,7 @@ void IPlugVST3::SetLatency(int samples)
 
 bool IPlugVST3::InsideProcess() const
 {
-    return mProcessThread.load() == std::this_thread::get_id();
+    return mProcessThread.IsCurrent();
 }
 
 void IPlugVST3::FlushPendingHostNotices()
@@ -875,7 +854,7 @@ void IPlugVST3::GetTimeSig(int& numerator, int& denominator)
     denominator = mTransport.denominator;
 }
 
-void IPlugVST3::GetTime(ITimeInfo& info)
+void IPlugVST3::GetTime(TransportInfo& info)
 {
     info.mSamplePos = mTransport.samplePos;
     info.mTempo = mTransport.tempo;

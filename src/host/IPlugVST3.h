@@ -9,6 +9,7 @@
 // and latency notices to the next UI-thread call (FlushPendingHostNotices).
 // Nothing throws across the host boundary.
 
+#include "dsp/ThreadMark.h"
 #include "host/IPlugBase.h"
 #include "host/Nonblocking.h"
 #include "host/PendingNotices.h"
@@ -120,7 +121,7 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     double GetSamplePos() override;
     double GetTempo() override;
     void GetTimeSig(int& numerator, int& denominator) override;
-    void GetTime(ITimeInfo& info) override;
+    void GetTime(TransportInfo& info) override;
     void ResizeGraphics(int width, int height) override;
     // Stores the latency and, when it changed, asks the host to restart. From inside `process` the
     // request waits for the next UI-thread call (hosts want it on their UI thread).
@@ -140,6 +141,10 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Steinberg::tresult setComponentStateFromHost(Steinberg::IBStream* state) override;
     Steinberg::tresult getControllerState(Steinberg::IBStream* state) override;
     Steinberg::tresult setControllerState(Steinberg::IBStream* state) override;
+    // The mark of the thread inside `process`; the engine sets it too when it is driven directly.
+    ThreadMark& ProcessThread() { return mProcessThread; }
+    // True on the thread that is inside `process` right now.
+    bool InsideProcess() const;
 
   private:
     static constexpr int kMaxBuses = 4;
@@ -173,8 +178,6 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Steinberg::tresult WriteState(Steinberg::IBStream* stream, bool withBypassWord);
     Steinberg::tresult ReadState(Steinberg::IBStream* stream, bool withBypassWord);
     void NotifyLatencyChange();
-    // True on the thread that is inside `process` right now.
-    bool InsideProcess() const;
 
     bool mBuilt = false;
     std::vector<Steinberg::Vst::UnitInfo> mUnits;
@@ -188,6 +191,7 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Relaxed<int> mProcessMode{Steinberg::Vst::kRealtime};
     Transport mTransport;
     std::atomic<bool> mLatencyNoticePending{false};
-    std::atomic<std::thread::id> mProcessThread{};
+    // The thread inside `process`: host notices made from it wait for the UI thread.
+    ThreadMark mProcessThread;
     PendingNotices mPending;
 };

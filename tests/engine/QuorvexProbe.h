@@ -15,8 +15,5 @@ class QuorvexProbe
     static const double* SidechainBlock(const Quorvex& plug) { return plug.mBlockSC; }
     static EffectRack& Effects(Quorvex& plug) { return plug.mEffects; }
     // Parameter changes made inside the returned scope count as the audio thread's.
-    static Quorvex::AudioThreadScope AsAudioThread(Quorvex& plug)
-    {
-        return Quorvex::AudioThreadScope(plug.mAudioThread);
-    }
+    static ThreadMark::Scope AsAudioThread(Quorvex& plug) { return ThreadMark::Scope(plug.ProcessThread()); }
 };

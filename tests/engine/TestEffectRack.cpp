@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "QuorvexProbe.h"
+#include "core/EffectRack.h"
 #include "delay/DelayMode.h"
-#include "engine/EffectRack.h"
 #include "engine/Quorvex.h"
 #include "fx/EffectTable.h"
 #include "params/IParamRecord.h"

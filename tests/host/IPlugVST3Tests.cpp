@@ -124,7 +124,7 @@ class ProbePlug : public IPlugVST3
     int mResets = 0;
     int mLatencyFromProcess = -1;
     bool mReadTime = false;
-    ITimeInfo mTimeSeen;
+    TransportInfo mTimeSeen;
     bool mThrowOnActivate = false;
     bool mThrowOnState = false;
 };
@@ -393,7 +393,7 @@ TEST_F(PlugVST3Test, TransportIsCopiedFromTheProcessContext)
     mPlug->mReadTime = true;
     mPlug->process(rig.data);
 
-    const ITimeInfo& t = mPlug->mTimeSeen;
+    const TransportInfo& t = mPlug->mTimeSeen;
     EXPECT_EQ(t.mSamplePos, 96000.0);
     EXPECT_EQ(t.mTempo, 133.0);
     EXPECT_EQ(t.mQuarterPos, 8.5);

@@ -7,10 +7,10 @@
 #include <numbers>
 #include <vector>
 
+#include "core/LevelMeter.h"
+#include "core/MasterSection.h"
 #include "dsp/DSPShell.h"
 #include "dsp/TimeBase.h"
-#include "engine/LevelMeter.h"
-#include "engine/MasterSection.h"
 #include "state/StateFields.h"
 
 namespace

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <memory>
 
+#include "core/ModulatorBank.h"
 #include "dsp/TimeBase.h"
-#include "engine/ModulatorBank.h"
 
 // The modulator bank's tick: the pulses it raises and routes, and the order in which sources
 // become visible.

@@ -15,13 +15,13 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/TapEngine.h"
+#include "core/Tempo.h"
 #include "delay/QLMMultiDelay.h"
 #include "dsp/BlockSmoother.h"
 #include "dsp/DSPShell.h"
 #include "dsp/Relaxed.h"
 #include "dsp/TimeBase.h"
-#include "engine/TapEngine.h"
-#include "engine/TimeBase.h"
 #include "params/ModRouting.h"
 
 // "Not connected": a slot fed by the master effect offers nothing to later slots. It reads as

@@ -7,12 +7,12 @@
 // Threads: the Set... calls on the parameter path (they store single values); Prepare and Clear on
 // the reset path; the block steps on the audio thread; the meters on the UI thread.
 
+#include "core/LevelMeter.h"
+#include "core/OutputDelay.h"
 #include "dsp/DSPShell.h"
 #include "dsp/MasterLimiter.h"
 #include "dsp/Relaxed.h"
 #include "dsp/TimeBase.h"
-#include "engine/LevelMeter.h"
-#include "engine/OutputDelay.h"
 #include "state/StateFields.h"
 
 class MasterSection

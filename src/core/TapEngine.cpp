@@ -1,4 +1,4 @@
-#include "engine/TapEngine.h"
+#include "core/TapEngine.h"
 
 #include "dsp/Vec.h"
 #include "params/ParamIds.h"

@@ -37,8 +37,8 @@
 #include <mutex>
 #include <thread>
 
+#include "core/Slot.h"
 #include "dsp/DSPShell.h"
-#include "engine/Slot.h"
 
 // What the rack needs to know of the effect types.
 class FxCatalog

@@ -1,4 +1,4 @@
-#include "engine/EffectRack.h"
+#include "core/EffectRack.h"
 
 #include <chrono>
 

@@ -1,4 +1,4 @@
-#include "engine/OutputDelay.h"
+#include "core/OutputDelay.h"
 
 #include <algorithm>
 

@@ -6,8 +6,8 @@
 // and once per internal block); their values may be read anywhere. SlotTiming setters come from the
 // parameter path; its readers run on the audio thread.
 
+#include "core/EngineHost.h"
 #include "dsp/Relaxed.h"
-#include "host/IPlugBase.h"
 
 #include <array>
 
@@ -79,7 +79,7 @@ struct TempoCache
 // The transport of the present host call.
 struct TransportCache
 {
-    static TransportCache From(const ITimeInfo& info);
+    static TransportCache From(const TransportInfo& info);
 
     double tempo = 120.0;
     double quarterPos = 0.0;

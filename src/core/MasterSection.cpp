@@ -1,4 +1,4 @@
-#include "engine/MasterSection.h"
+#include "core/MasterSection.h"
 
 #include <algorithm>
 

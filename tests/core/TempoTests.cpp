@@ -1,5 +1,5 @@
+#include "core/Tempo.h"
 #include "dsp/TimeBase.h"
-#include "engine/TimeBase.h"
 
 #include <gtest/gtest.h>
 

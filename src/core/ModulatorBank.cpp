@@ -1,4 +1,4 @@
-#include "engine/ModulatorBank.h"
+#include "core/ModulatorBank.h"
 
 #include <algorithm>
 

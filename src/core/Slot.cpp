@@ -1,4 +1,4 @@
-#include "engine/Slot.h"
+#include "core/Slot.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,11 +3,11 @@
 #include <cmath>
 #include <vector>
 
+#include "core/TapEngine.h"
 #include "delay/DelayMode.h"
 #include "delay/QLMMultiDelay.h"
 #include "dsp/TimeBase.h"
 #include "dsp/Vec.h"
-#include "engine/TapEngine.h"
 #include "params/ParamIds.h"
 
 namespace

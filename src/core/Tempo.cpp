@@ -1,4 +1,4 @@
-#include "engine/TimeBase.h"
+#include "core/Tempo.h"
 
 #include "dsp/TimeBase.h"
 
@@ -49,7 +49,7 @@ void TempoCache::Derive()
     beatsPerSample = 1.0 / (secPerBeat * gSampleRate);
 }
 
-TransportCache TransportCache::From(const ITimeInfo& info)
+TransportCache TransportCache::From(const TransportInfo& info)
 {
     return {info.mTempo, info.mQuarterPos, info.mNumerator, info.mDenominator, info.mPlaying};
 }

@@ -1,4 +1,4 @@
-#include "engine/LevelMeter.h"
+#include "core/LevelMeter.h"
 
 #include <algorithm>
 #include <cmath>

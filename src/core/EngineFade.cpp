@@ -1,4 +1,4 @@
-#include "engine/EngineFade.h"
+#include "core/EngineFade.h"
 
 #include "dsp/TimeBase.h"
 

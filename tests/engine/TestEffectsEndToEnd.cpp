@@ -205,7 +205,7 @@ TEST(EffectsEndToEnd, MenuChoicesAndDefaults)
     EXPECT_DOUBLE_EQ(rig.Get(kFXParam1FB2), FindFxType(1)->defaults[0] * 100.0);
     rig.Type(kFX1FB + 1, 0);
     EXPECT_EQ(slot.mFxType[Slot::kFxFeedback], 0);
-    EXPECT_EQ(slot.FxCount(Slot::kFxFeedback), 0);
+    EXPECT_EQ(slot.FxList(Slot::kFxFeedback).Count(), 0);
     // The last FB label reaches id 57, not 37.
     rig.Type(kFX1FB + 1, 13);
     EXPECT_EQ(slot.mFxType[Slot::kFxFeedback], 57);
@@ -227,10 +227,10 @@ TEST(EffectsEndToEnd, ModSourcesFollowTheStoredRoutes)
             rig.Plug().Reset();
         else
             rig.Type(kFX1PO + 2, menu);
-        ASSERT_EQ(slot.FxCount(Slot::kFxPost), Slot::kFxModules);
+        ASSERT_EQ(slot.FxList(Slot::kFxPost).Count(), Slot::kFxModules);
         for (int k : {0, 1, 31})
         {
-            const DSPShell* m = slot.FxModule(Slot::kFxPost, k);
+            const DSPShell* m = slot.FxList(Slot::kFxPost).Module(k);
             for (int p = 0; p < 5; ++p)
                 EXPECT_EQ(m->mModSource[p].Load(), p == 1 ? lfo1 : nullptr);
             EXPECT_DOUBLE_EQ(*m->mModDepth[1].Load(), 0.125); // cubed depth

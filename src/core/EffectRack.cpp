@@ -23,9 +23,6 @@ EffectRack::~EffectRack()
         mWorker.request_stop();
         mWorker.join();
     }
-    // The slots must not keep pointers to modules that are about to go.
-    for (int position = 0; position < kPositions; ++position)
-        SlotOf(position).SetFxList(KindOf(position), nullptr, 0);
 }
 
 void EffectRack::StartWorker()
@@ -44,13 +41,12 @@ void EffectRack::WorkerLoop(std::stop_token stop)
 
 template <typename F> bool EffectRack::WithModules(int position, F&& f)
 {
-    Slot& slot = SlotOf(position);
-    const int kind = KindOf(position);
-    if (!slot.EnterFx(kind)) return false;
-    const int n = slot.FxCount(kind);
+    FxModuleList& list = SlotOf(position).FxList(KindOf(position));
+    if (!list.Enter()) return false;
+    const int n = list.Count();
     for (int k = 0; k < n; ++k)
-        if (DSPShell* module = slot.FxModule(kind, k)) f(*module, k);
-    slot.LeaveFx(kind);
+        if (DSPShell* module = list.Module(k)) f(*module, k);
+    list.Leave();
     return true;
 }
 
@@ -245,8 +241,7 @@ bool EffectRack::Rebuild(int position)
     const int kind = KindOf(position);
     Slot& slot = SlotOf(position);
 
-    std::array<std::unique_ptr<DSPShell>, Slot::kFxModules> fresh;
-    std::array<DSPShell*, Slot::kFxModules> list{};
+    FxModuleList::Modules fresh;
     int count = wanted == 0 ? 0 : (kind == Slot::kFxPost ? Slot::kFxModules : 2);
     for (int k = 0; k < count; ++k)
     {
@@ -258,25 +253,18 @@ bool EffectRack::Rebuild(int position)
             count = 0;
             break;
         }
-        list[k] = fresh[k].get();
     }
     const int type = count > 0 ? wanted : 0;
     for (int k = 0; k < count; ++k)
         Configure(position, type, *fresh[k], k);
 
-    slot.mFxSwapping[kind].store(1);
-    while (slot.FxUsers(kind) != 0)
-        std::this_thread::yield();
-    slot.SetFxList(kind, list.data(), count);
-    slot.mFxType[kind] = type;
-    ApplyMixRoute(position, type);
-    mBuiltType[position].store(wanted);
-    slot.mFxSwapping[kind].store(0);
-
-    // Swapped out under the lock, freed here: nobody can reach the old modules any more.
-    mOwned[position].swap(fresh);
-    for (std::unique_ptr<DSPShell>& old : fresh)
-        old.reset();
+    slot.FxList(kind).Replace(std::move(fresh), count,
+                              [&]
+                              {
+                                  slot.mFxType[kind] = type;
+                                  ApplyMixRoute(position, type);
+                                  mBuiltType[position].store(wanted);
+                              });
     // Writes that met the mark are caught here.
     ApplyAllValues(position);
     for (int p = 0; p < kParams; ++p)

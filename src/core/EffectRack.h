@@ -5,25 +5,13 @@
 // to the slots with Slot::SetFxList; the rack keeps ownership. POST holds 16 pairs (one per tap),
 // PRE and FB one pair; left modules sit at even indexes, right ones at odd.
 //
-// Replacing a position's modules while audio runs, without a lock on the audio thread:
-// - RequestType stores the wanted type in an atomic (real-time safe, any thread). Building,
-//   publishing and freeing happen only off the audio thread: ServicePending does it on its caller
-//   (parameter thread, constructor, state restore, tests) and a small worker polls every few ms
-//   for requests raised on the audio thread (`deferred`). Only those two take the build mutex.
-// - Every user of a published list (the block, and parameter writes from any thread, including
-//   the audio thread's automation) enters through Slot::EnterFx: in-use count up, then the mark
-//   (Slot::mFxSwapping) is read; if set it counts down and skips, otherwise it uses the list and
-//   counts down after. All these operations are sequentially consistent.
-// - The builder configures the new modules completely (values through the law, depths and
-//   sources, bypass, Reset) while nobody else can see them, sets the mark, waits until the count
-//   is 0, swaps the list and the slot's type, clears the mark, frees the old modules and applies
-//   the stored values once more, which catches a write that was skipped while the mark stood.
-// Why it is safe: with both sides sequentially consistent either the user's count increment comes
-// first, and the builder waits for it, or the mark store comes first, and the user sees it and
-// stays out. A user that entered after the clear reads the clear with acquire, so the new
-// modules' construction is visible to it. The wait is bounded by one block of the audio thread.
-// Values are stored before a user tries to enter, so a write that meets the mark is still caught
-// by the builder's final re-apply.
+// Replacing a position's modules: RequestType stores the wanted type in an atomic (real-time safe,
+// any thread). Building happens off the audio thread: ServicePending does it on its caller
+// (parameter thread, constructor, state restore, tests) and a small worker polls for requests
+// raised on the audio thread (`deferred`). The built modules are configured completely (values
+// through the law, depths and sources, bypass, Reset) and handed to the position's FxModuleList,
+// which publishes them and frees the old ones; the stored values are then applied once more, which
+// catches a write that met the list's mark.
 //
 // Threads: Request..., Set... and ClearAll are real-time safe on any thread. ServicePending and
 // the destructor off the audio thread. The type listener runs on the thread that serviced the
@@ -147,9 +135,8 @@ class EffectRack
     std::array<TapRows, kSlots> mTaps;
     std::atomic<bool> mPending{false};
 
-    // Owned modules; touched by the builder only.
+    // One builder at a time.
     std::mutex mBuildMutex;
-    std::array<std::array<std::unique_ptr<DSPShell>, Slot::kFxModules>, kPositions> mOwned;
     TypeListener mListener;
     std::jthread mWorker;
 };

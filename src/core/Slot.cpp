@@ -251,15 +251,6 @@ void Slot::WireDelayMod(int input, DelaySide side, const double* source, const d
     }
 }
 
-void Slot::SetFxList(int position, DSPShell* const* modules, int count)
-{
-    const int n = std::clamp(count, 0, kFxModules);
-    mFxCount[position] = 0;
-    for (int k = 0; k < kFxModules; ++k)
-        mFx[position][k] = k < n ? modules[k] : nullptr;
-    mFxCount[position] = n;
-}
-
 void Slot::SetFxMixMod(int position, const double* source, const double* depth)
 {
     if (source == nullptr || depth == nullptr)
@@ -277,12 +268,13 @@ void Slot::ServeFxResets()
 {
     for (int position = 0; position < kNumFxPositions; ++position)
     {
-        if (!mFxResetRequest[position] || !EnterFx(position)) continue;
+        FxModuleList& list = mFxLists[position];
+        if (!mFxResetRequest[position] || !list.Enter()) continue;
         mFxResetRequest[position] = false;
-        const int n = mFxCount[position];
+        const int n = list.Count();
         for (int k = 0; k < n; ++k)
-            if (DSPShell* module = mFx[position][k]) module->Reset();
-        LeaveFx(position);
+            if (DSPShell* module = list.Module(k)) module->Reset();
+        list.Leave();
     }
 }
 
@@ -495,7 +487,7 @@ bool Slot::ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool mon
         io.wet = mWet;
         io.postFxOn = mFxType[kFxPost] != 0 && mFxOn[kFxPost];
         io.fbFxOn = mFxType[kFxFeedback] != 0 && mFxOn[kFxFeedback];
-        io.postSwapping = mFxSwapping[kFxPost].load() != 0;
+        io.postSwapping = mFxLists[kFxPost].Swapping();
         io.fx = this;
         mDlyCellL = dlyL;
         mDlyCellR = dlyR;
@@ -685,8 +677,9 @@ void Slot::WriteDelay(double* fbSumL, double* fbSumR, double fade)
 
 void Slot::RunFxPosition(int position, double* left, double* right, bool monoL, bool monoR)
 {
-    if (mFxType[position] == 0 || !mFxOn[position] || !EnterFx(position)) return;
-    if (mFxCount[position] >= 2)
+    FxModuleList& list = mFxLists[position];
+    if (mFxType[position] == 0 || !mFxOn[position] || !list.Enter()) return;
+    if (list.Count() >= 2)
     {
         if (monoL)
             RunFx(left, left, left, left, position, 0);
@@ -695,26 +688,28 @@ void Slot::RunFxPosition(int position, double* left, double* right, bool monoL, 
         else
             RunFx(left, right, left, right, position, -1);
     }
-    LeaveFx(position);
+    list.Leave();
 }
 
 void Slot::RunTapFx(double* buffer, int index)
 {
-    if (!EnterFx(kFxPost)) return;
-    if (index < mFxCount[kFxPost]) RunFx(buffer, buffer, buffer, buffer, kFxPost, index);
-    LeaveFx(kFxPost);
+    FxModuleList& list = mFxLists[kFxPost];
+    if (!list.Enter()) return;
+    if (index < list.Count()) RunFx(buffer, buffer, buffer, buffer, kFxPost, index);
+    list.Leave();
 }
 
 void Slot::RunFeedbackFx(double* left, double* right)
 {
-    if (!EnterFx(kFxFeedback)) return;
-    if (mFxCount[kFxFeedback] >= 2) RunFx(left, right, left, right, kFxFeedback, -1);
-    LeaveFx(kFxFeedback);
+    FxModuleList& list = mFxLists[kFxFeedback];
+    if (!list.Enter()) return;
+    if (list.Count() >= 2) RunFx(left, right, left, right, kFxFeedback, -1);
+    list.Leave();
 }
 
 double Slot::FxMix(int position, int first) const
 {
-    const DSPShell* module = mFx[position][first];
+    const DSPShell* module = mFxLists[position].Module(first);
     if (module == nullptr) return 1.0;
     double m = module->mMix;
     if (const double* source = mFxMixSource[position])
@@ -730,7 +725,7 @@ void Slot::RunFx(const double* left, const double* right, double* outL, double* 
     const int last = index < 0 ? 1 : index;
     for (int k = first; k <= last; ++k)
     {
-        DSPShell* module = mFx[position][k];
+        DSPShell* module = mFxLists[position].Module(k);
         if (module == nullptr || module->mBypass) continue;
         module->mIn1 = (k % 2 == 0) ? left : right;
         module->mOut1 = (k % 2 == 0) ? mFxOutL : mFxOutR;

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/FxModuleList.h"
 #include "core/TapEngine.h"
 #include "core/Tempo.h"
 #include "delay/QLMMultiDelay.h"
@@ -100,7 +101,7 @@ class Slot : private ITapFx
         kNumFxPositions
     };
     // Modules per effect list: a pair per channel, and in TAPPED mode a pair per tap.
-    static constexpr int kFxModules = 2 * kNumTaps;
+    static constexpr int kFxModules = FxModuleList::kCapacity;
     static constexpr double kMixFeedbackScale = 0.7; // route MIX feeds back difference and sum
     static constexpr double kMonoPingPongGain = 0.66;
 
@@ -151,24 +152,9 @@ class Slot : private ITapFx
     void SetGrainPosition(double percent);
     void SetGrainFade(double ms);
     void SetReverseFade(double ms);
-    // The effect layer publishes a position's modules here while mFxSwapping marks the position;
-    // `count` of them (at most kFxModules) stay owned by the caller.
-    void SetFxList(int position, DSPShell* const* modules, int count);
-    // Users of a position's published modules (the block, parameter writes from any thread) enter
-    // first and leave after; entering fails while the position is marked for replacement. The
-    // replacement sets the mark, then waits for the count to reach 0 before it swaps the list.
-    bool EnterFx(int position)
-    {
-        mFxInUse[position].fetch_add(1);
-        if (mFxSwapping[position].load() == 0) return true;
-        mFxInUse[position].fetch_sub(1);
-        return false;
-    }
-    void LeaveFx(int position) { mFxInUse[position].fetch_sub(1); }
-    int FxUsers(int position) const { return mFxInUse[position].load(); }
-    // Between EnterFx and LeaveFx only.
-    int FxCount(int position) const { return mFxCount[position]; }
-    DSPShell* FxModule(int position, int k) const { return mFx[position][k]; }
+    // The published modules of a position, replaced by the effect rack.
+    FxModuleList& FxList(int position) { return mFxLists[static_cast<std::size_t>(position)]; }
+    const FxModuleList& FxList(int position) const { return mFxLists[static_cast<std::size_t>(position)]; }
     // A routed source of a mix-type effect's P5: the mix becomes clamp(P5 + depth x source[0], 0, 1).
     // The depth goes first, so that the block never meets a source without its depth.
     void SetFxMixMod(int position, const double* source, const double* depth);
@@ -206,9 +192,6 @@ class Slot : private ITapFx
     // its "FXOn" state.
     std::array<Relaxed<int>, kNumFxPositions> mFxType{};
     std::array<Relaxed<bool>, kNumFxPositions> mFxOn{};
-    // Set by the effect replacement around changing a position's list; the block passes dry then.
-    std::array<std::atomic<std::uint8_t>, kNumFxPositions> mFxSwapping{};
-    std::array<std::atomic<int>, kNumFxPositions> mFxInUse{};
 
   private:
     void ApplyRequests();
@@ -293,10 +276,8 @@ class Slot : private ITapFx
     BlockSmoother mLevelSmoother;
     BlockSmoother mFxMixSmoother[kNumFxPositions];
 
-    // Effect lists of the three positions; filled by the effect layer, empty until it exists. A
-    // list runs only when it holds at least its first pair.
-    std::array<std::array<Relaxed<DSPShell*>, kFxModules>, kNumFxPositions> mFx{};
-    std::array<Relaxed<int>, kNumFxPositions> mFxCount{};
+    // Effect lists of the three positions. A list runs only when it holds at least its first pair.
+    std::array<FxModuleList, kNumFxPositions> mFxLists;
     std::array<Relaxed<const double*>, kNumFxPositions> mFxMixSource{};
     std::array<Relaxed<const double*>, kNumFxPositions> mFxMixDepth{};
     std::array<Relaxed<bool>, kNumFxPositions> mFxResetRequest{};

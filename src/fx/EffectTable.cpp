@@ -40,13 +40,15 @@ constexpr Param List(const char* name, const char* shortLabel, int index, std::s
     return {name, shortLabel, static_cast<float>(index), false, labels};
 }
 
-constexpr FxTypeInfo Row(int id, const char* label, int colour, Param p1, Param p2, Param p3, Param p4,
-                         Param p5)
+constexpr FxTypeInfo Row(int id, const char* label, int colour, FxModuleClass module, Param p1, Param p2,
+                         Param p3, Param p4, Param p5)
 {
     FxTypeInfo info{};
     info.id = id;
     info.label = label;
     info.colour = colour;
+    info.module = module;
+    info.p5IsMix = module != FxModuleClass::kNone;
     const Param params[kFxParams] = {p1, p2, p3, p4, p5};
     for (int p = 0; p < kFxParams; ++p)
     {
@@ -66,13 +68,20 @@ constexpr FxTypeInfo Row(int id, const char* label, int colour, Param p1, Param 
     return info;
 }
 
+// A type whose P5 is a parameter of its own rather than the wet amount.
+constexpr FxTypeInfo NoMix(FxTypeInfo info)
+{
+    info.p5IsMix = false;
+    return info;
+}
+
 constexpr Param kOff{};
 
 // The shaper rows differ only in id, label, amount and the third parameter (resonance or filter
 // mode). The amounts sit near unity loudness for noise at -6 dBFS: rectify is silent at 50 %.
 constexpr FxTypeInfo ShaperRow(int id, const char* label, bool modeList, float amount)
 {
-    return Row(id, label, kFxColourShaper, Knob("SHAPE AMOUNT ", "GAIN", amount),
+    return Row(id, label, kFxColourShaper, FxModuleClass::kShaper, Knob("SHAPE AMOUNT ", "GAIN", amount),
                Knob("SHAPER FILTER FREQ", modeList ? "FREQ" : "LOPASS", 1.0f),
                modeList ? List("FILTER MODE", "MODE", 0, kShaperFilterModeLabels)
                         : Hidden("FILTER RES", 0.0f),
@@ -81,33 +90,33 @@ constexpr FxTypeInfo ShaperRow(int id, const char* label, bool modeList, float a
 
 constexpr FxTypeInfo FilterRow(int id, const char* label, std::span<const char* const> modes)
 {
-    return Row(id, label, kFxColourFilter, Knob("FILTER FREQ", "FREQ", 0.5f), Hidden("FILTER Q", 0.3f),
-               Bi("FILTER SPREAD", "SPREAD"), List("FILTER MODE", "MODE", 0, modes),
+    return Row(id, label, kFxColourFilter, FxModuleClass::kFilter, Knob("FILTER FREQ", "FREQ", 0.5f),
+               Hidden("FILTER Q", 0.3f), Bi("FILTER SPREAD", "SPREAD"), List("FILTER MODE", "MODE", 0, modes),
                Knob("FILTER MIX", "MIX", 1.0f));
 }
 
 // clang-format off
 constexpr std::array kTable{
-    Row(0, "OFF", kFxColourNone, kOff, kOff, kOff, kOff, kOff),
-    Row(1, "FREQ SHIFT", kFxColourModulation,
+    Row(0, "OFF", kFxColourNone, FxModuleClass::kNone, kOff, kOff, kOff, kOff, kOff),
+    Row(1, "FREQ SHIFT", kFxColourModulation, FxModuleClass::kFreqShifter,
         Bi("FREQ SHIFT", "FREQ", 0.6f), List("FREQSHIFT SCALE", "SCALE", 1, kScaleLabels),
         Knob("FRQ SHIFT FB", "FB", 0.0f), Bi("FRQ SHIFT SPREAD", "SPREAD"), Knob("FREQSHIFT MIX", "MIX", 1.0f)),
-    Row(2, "RING MOD", kFxColourModulation,
+    Row(2, "RING MOD", kFxColourModulation, FxModuleClass::kRingMod,
         Knob("RINGMOD FREQ", "FREQ", 0.5f), Knob("RINGMOD SHAPE", "SHAPE", 0.0f),
         Knob("RINGMOD WIDTH", "WIDTH", 0.0f), Bi("RINGMOD SPREAD", "SPREAD"), Knob("RINGMOD MIX", "MIX", 1.0f)),
-    Row(3, "PHASE", kFxColourModulation,
+    Row(3, "PHASE", kFxColourModulation, FxModuleClass::kPhaser,
         Knob("PHASE BASE", "PHASE", 0.5f), Knob("PHASE DEPTH", "DEPTH", 0.5f),
         Knob("PHASE STAGES", "STAGES", 0.5f), Knob("PHASE SPREAD", "SPREAD", 0.0f),
         Knob("PHASE FEEDBACK", "FB", 0.5f)),
-    Row(4, "PITCH SHIFT", kFxColourPitch,
+    Row(4, "PITCH SHIFT", kFxColourPitch, FxModuleClass::kPitchShifter,
         Bi("PITCH COARSE", "COARSE"), Bi("PITCH FINE", "FINE"), Knob("PITCH BUF SIZE", "SIZE", 0.5f),
         Bi("PITCH SPREAD", "DETUNE"), Knob("PITCH SHIFT MIX", "MIX", 1.0f)),
-    Row(5, "PITCH SHIFT ST", kFxColourPitch,
+    Row(5, "PITCH SHIFT ST", kFxColourPitch, FxModuleClass::kPitchShifter,
         Bi("PITCH1 COARSE ", "COARSE L"), Bi("PITCH2 COARSE", "COARSE R"), Knob("PITCH BUF SIZE", "SIZE", 0.5f),
         Bi("PITCH DETUNE", "DETUNE"), Knob("PITCH SHIFT MIX", "MIX", 1.0f)),
-    Row(6, "WAVE SHAPE", kFxColourShaper,
+    NoMix(Row(6, "WAVE SHAPE", kFxColourShaper, FxModuleClass::kShaper,
         List("SHAPE MODE", "MODE", 0, kShapeModeLabels), Knob("GAIN", "GAIN", 0.25f),
-        Knob("FILTER FREQ", "FREQ", 0.5f), Hidden("FILTER Q", 0.3f), Bi("SHAPE FILTER SPREAD", "SPREAD")),
+        Knob("FILTER FREQ", "FREQ", 0.5f), Hidden("FILTER Q", 0.3f), Bi("SHAPE FILTER SPREAD", "SPREAD"))),
     ShaperRow(14, "SATURATE", false, 0.3f),
     ShaperRow(15, "SATURATE", true, 0.3f),
     ShaperRow(16, "RECTIFY", false, 0.9f),
@@ -116,43 +125,43 @@ constexpr std::array kTable{
     ShaperRow(19, "DESTROY", true, 0.1f),
     ShaperRow(20, "NOISE", false, 0.3f),
     ShaperRow(21, "NOISE", true, 0.3f),
-    Row(22, "LOFI II", kFxColourShaper,
+    Row(22, "LOFI II", kFxColourShaper, FxModuleClass::kLofi,
         Knob("LOFI DRIVE ", "DRIVE", 0.1f), Knob("LOFI NOISE", "NOISE", 0.0f),
         Knob("LOFI DOWNSAMPLE", "DNSAMPLE", 0.3f), Knob("LOFI BITCRUSH", "BITCRUSH", 0.3f),
         Knob("LOFI MIX ", "MIX", 1.0f)),
     // Without a mode list the filter is a high-pass, open at 0.
-    Row(23, "LOFI I", kFxColourShaper,
+    Row(23, "LOFI I", kFxColourShaper, FxModuleClass::kShaper,
         Knob("LOFI AMOUNT ", "RATE", 0.3f), Knob("LOFI FILTER FREQ", "HIPASS", 0.0f), Hidden("LOFI RES", 0.0f),
         Bi("LOFI FILTER SPREAD", "SPREAD"), Knob("LOFI MIX ", "MIX", 1.0f)),
-    Row(24, "LOFI I", kFxColourShaper,
+    Row(24, "LOFI I", kFxColourShaper, FxModuleClass::kShaper,
         Knob("LOFI AMOUNT ", "RATE", 0.3f), Knob("LOFI FILTER FREQ", "FREQ", 1.0f),
         List("FILTER MODE", "MODE", 0, kShaperFilterModeLabels), Bi("LOFI FILTER SPREAD", "SPREAD"),
         Knob("LOFI MIX ", "MIX", 1.0f)),
     FilterRow(29, "MULTI SVF", kSvfModeLabels),
     FilterRow(30, "HP/LP 24dB", kLowHighModeLabels),
     FilterRow(31, "MULTI 12dB", kMultiModeLabels),
-    Row(32, "MULTI 12dB", kFxColourFilter,
+    Row(32, "MULTI 12dB", kFxColourFilter, FxModuleClass::kFilter,
         Knob("FILTER FREQ", "FREQ", 0.5f), Knob("FILTER SLOPE", "SLOPE", 0.0f), Bi("FILTER SPREAD", "SPREAD"),
         List("FILTER MODE", "MODE", 0, kMultiModeLabels), Knob("FILTER MIX", "MIX", 1.0f)),
-    Row(33, "PEAK", kFxColourFilter,
+    Row(33, "PEAK", kFxColourFilter, FxModuleClass::kFilter,
         Knob("FILTER FREQ", "FREQ", 0.5f), Hidden("FILTER Q", 0.5f), Bi("FILTER SPREAD", "SPREAD"),
         Bi("PEAK GAIN", "GAIN", 0.75f), Knob("DIM", "DIM", 1.0f)),
-    Row(34, "PHASEBP", kFxColourFilter,
+    Row(34, "PHASEBP", kFxColourFilter, FxModuleClass::kPhaseFilter,
         Knob("PHASEBP FILTER FREQ", "FREQ", 0.5f), Hidden("FILTER Q", 0.5f), Bi("FILTER SPREAD", "SPREAD"),
         Knob("FILTER POLES", "POLES", 0.5f), Knob("FRQ SHIFT SPREAD", "MIX", 1.0f)),
-    Row(35, "COMB", kFxColourFilter,
+    NoMix(Row(35, "COMB", kFxColourFilter, FxModuleClass::kComb,
         Knob("COMB FRQ", "FREQ", 0.5f), Knob("COMB FEEDBACK", "FB", 0.5f), Knob("COMB HIPASS", "HIPASS", 0.0f),
-        Knob("COMB LOPASS", "LOPASS", 0.0f), Knob("COMB SPREAD", "SPREAD", 0.0f)),
-    Row(36, "VOWEL", kFxColourFilter,
+        Knob("COMB LOPASS", "LOPASS", 0.0f), Knob("COMB SPREAD", "SPREAD", 0.0f))),
+    NoMix(Row(36, "VOWEL", kFxColourFilter, FxModuleClass::kFilter,
         Knob("VOWEL POS", "VOWEL POS", 0.5f), Knob("VOWEL SET", "MODE", 0.0f), Bi("VOWEL SPREAD", "SPREAD"),
-        Knob("VOWEL GAIN", "GAIN", 0.5f), Knob("VOWEL DIM", "DIM", 1.0f)),
-    Row(37, "COMPRESSOR", kFxColourDynamics,
+        Knob("VOWEL GAIN", "GAIN", 0.5f), Knob("VOWEL DIM", "DIM", 1.0f))),
+    NoMix(Row(37, "COMPRESSOR", kFxColourDynamics, FxModuleClass::kCompressor,
         Knob("COMP THRESHOLD", "THRESH", 0.6f), Knob("COMP RATIO", "RATIO", 0.3f),
-        Knob("COMP ATTACK", "ATTACK", 0.4f), Knob("COMP RELEASE", "RELEASE", 0.5f), Knob("COMP GAIN", "GAIN", 0.1f)),
-    Row(56, "DRIVE LP+HP", kFxColourFilter,
+        Knob("COMP ATTACK", "ATTACK", 0.4f), Knob("COMP RELEASE", "RELEASE", 0.5f), Knob("COMP GAIN", "GAIN", 0.1f))),
+    Row(56, "DRIVE LP+HP", kFxColourFilter, FxModuleClass::kDriveFilter,
         Knob("FILTER FREQ", "FREQ HP", 0.0f), Knob("FILTER FREQ", "FREQ LP", 1.0f), Knob("GAIN", "GAIN", 0.2f),
         List("FILTER MODE", "MODE", 1, kLphpModeLabels), Knob("FILTER MIX", "MIX", 1.0f)),
-    Row(57, "VARAIBLE LPHP", kFxColourFilter,
+    Row(57, "VARAIBLE LPHP", kFxColourFilter, FxModuleClass::kVariableFilter,
         Knob("HP FREQ", "FREQ HP", 0.0f), List("HP SLOPE", "HP SLOPE", 1, kVariLphpSlopeLabels),
         Knob("LP FREQ", "FREQ LP", 1.0f), List("LP SLOPE", "LP SLOPE", 1, kVariLphpSlopeLabels),
         Knob("FILTER MIX", "MIX", 1.0f)),
@@ -229,7 +238,8 @@ std::span<const FxTypeInfo> FxTypeTable()
 
 bool FxP5IsMix(int id)
 {
-    return id != 0 && id != 6 && id != 35 && id != 36 && id != 37 && Find(id) != nullptr;
+    const FxTypeInfo* info = Find(id);
+    return info != nullptr && info->p5IsMix;
 }
 
 std::span<const int> FxMenuIds(int kind)

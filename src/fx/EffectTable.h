@@ -26,6 +26,25 @@ enum FxMenuKind : int
     kFxMenuPost = 2,
 };
 
+// The module class that runs a type; the factory builds one per class, several types share one.
+enum class FxModuleClass : int
+{
+    kNone = 0,
+    kFreqShifter,
+    kRingMod,
+    kPhaser,
+    kPitchShifter,
+    kShaper,
+    kLofi,
+    kFilter,
+    kPhaseFilter,
+    kComb,
+    kCompressor,
+    kDriveFilter,
+    kVariableFilter,
+    kCount
+};
+
 struct FxTypeInfo
 {
     int id;
@@ -38,6 +57,8 @@ struct FxTypeInfo
     int listCount[kFxParams];                           // entries less one (0 for a knob)
     float skew[kFxParams];                              // knob shape
     int colour;                                         // FxColour
+    FxModuleClass module;                               // what runs it
+    bool p5IsMix;                                       // P5 is the wet amount the engine mixes by
     const char* shortLabels[kFxParams];                 // knob labels; null where hidden
     std::span<const char* const> listLabels[kFxParams]; // empty where not a list
 };

@@ -1,8 +1,11 @@
 #include "fx/FxFactory.h"
 
+#include <iterator>
+
 #include "fx/Comb.h"
 #include "fx/CompressorFx.h"
 #include "fx/EQ_ST.h"
+#include "fx/EffectTable.h"
 #include "fx/FilterFx.h"
 #include "fx/HilbertShifter.h"
 #include "fx/LPHP.h"
@@ -15,72 +18,52 @@
 #include "reverb/AFdnReverb.h"
 #include "reverb/Ambience.h"
 
+namespace
+{
+// One maker per module class, in the order of FxModuleClass; several types share a class and tell
+// it which one they are.
+using Maker = std::unique_ptr<DSPShell> (*)(int type, bool isRight);
+constexpr Maker kMakers[] = {
+    [](int, bool) -> std::unique_ptr<DSPShell> { return nullptr; },
+    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<HilbertShifter>(r); },
+    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<RingMod>(r); },
+    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<PhaserC>(r); },
+    [](int t, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<MVPitchShifter>(t == 5, r); },
+    [](int t, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<Shaper>(t, r); },
+    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<Lofi>(r); },
+    [](int t, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<FilterFx>(t, r); },
+    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<PhaseFilter>(r); },
+    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<Comb>(r); },
+    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<CompressorFx>(r); },
+    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<LPHP>(r); },
+    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<VARILPHP>(r); },
+};
+static_assert(std::size(kMakers) == static_cast<std::size_t>(FxModuleClass::kCount));
+
+// The master effect types 39 to 45 in order.
+using MasterMaker = std::unique_ptr<DSPShell> (*)();
+constexpr int kFirstMasterType = 39;
+constexpr MasterMaker kMasterMakers[] = {
+    []() -> std::unique_ptr<DSPShell> { return std::make_unique<Ambience>(); },
+    []() -> std::unique_ptr<DSPShell> { return std::make_unique<AFdnReverb>(16, 7, 1); }, // hall
+    []() -> std::unique_ptr<DSPShell> { return std::make_unique<AFdnReverb>(10, 2, 4); }, // room
+    []() -> std::unique_ptr<DSPShell> { return std::make_unique<EQ_ST>(0); },
+    []() -> std::unique_ptr<DSPShell> { return std::make_unique<EQ_ST>(1); },
+    []() -> std::unique_ptr<DSPShell> { return std::make_unique<EQ_ST>(2); },
+    []() -> std::unique_ptr<DSPShell> { return std::make_unique<LPHP_ST>(); },
+};
+} // namespace
+
 std::unique_ptr<DSPShell> CreateFxModule(int type, bool isRight)
 {
-    switch (type)
-    {
-    case 1:
-        return std::make_unique<HilbertShifter>(isRight);
-    case 2:
-        return std::make_unique<RingMod>(isRight);
-    case 3:
-        return std::make_unique<PhaserC>(isRight);
-    case 4:
-    case 5:
-        return std::make_unique<MVPitchShifter>(type == 5, isRight);
-    case 6:
-    case 14:
-    case 15:
-    case 16:
-    case 17:
-    case 18:
-    case 19:
-    case 20:
-    case 21:
-    case 23:
-    case 24:
-        return std::make_unique<Shaper>(type, isRight);
-    case 22:
-        return std::make_unique<Lofi>(isRight);
-    case 29:
-    case 30:
-    case 31:
-    case 32:
-    case 33:
-    case 36:
-        return std::make_unique<FilterFx>(type, isRight);
-    case 34:
-        return std::make_unique<PhaseFilter>(isRight);
-    case 35:
-        return std::make_unique<Comb>(isRight);
-    case 37:
-        return std::make_unique<CompressorFx>(isRight);
-    case 56:
-        return std::make_unique<LPHP>(isRight);
-    case 57:
-        return std::make_unique<VARILPHP>(isRight);
-    default:
-        return nullptr;
-    }
+    const FxTypeInfo* info = FindFxType(type);
+    if (info == nullptr) return nullptr;
+    return kMakers[static_cast<std::size_t>(info->module)](type, isRight);
 }
 
 std::unique_ptr<DSPShell> CreateMasterFxModule(int type)
 {
-    switch (type)
-    {
-    case 39:
-        return std::make_unique<Ambience>();
-    case 40:
-        return std::make_unique<AFdnReverb>(16, 7, 1);
-    case 41:
-        return std::make_unique<AFdnReverb>(10, 2, 4);
-    case 42:
-    case 43:
-    case 44:
-        return std::make_unique<EQ_ST>(type - 42);
-    case 45:
-        return std::make_unique<LPHP_ST>();
-    default:
-        return nullptr;
-    }
+    const int k = type - kFirstMasterType;
+    if (k < 0 || k >= static_cast<int>(std::size(kMasterMakers))) return nullptr;
+    return kMasterMakers[k]();
 }

@@ -94,7 +94,7 @@ TEST(EffectRack, BuildsConfiguredPairsAndReportsEachNewType)
     EXPECT_FALSE(b->Module(kPre1, 0).mBypass);
 
     EXPECT_EQ(b->slots[2].FxList(Slot::kFxPost).Count(), Slot::kFxModules); // a pair per tap
-    EXPECT_TRUE(b->Module(kPost3, 31).mBypass);                      // its "FXOn" is off
+    EXPECT_TRUE(b->Module(kPost3, 31).mBypass);                             // its "FXOn" is off
     EXPECT_EQ(b->slots[1].mFxType[Slot::kFxFeedback], 0);
     EXPECT_EQ(b->slots[1].FxList(Slot::kFxFeedback).Count(), 0);
 
@@ -168,8 +168,8 @@ TEST(EffectRack, ReplacementWaitsForUsersAndCatchesSkippedWrites)
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_EQ(list.Module(0), old);
     EXPECT_EQ(slot.mFxType[Slot::kFxPre], 1);
-    EXPECT_FALSE(list.Enter()); // nobody new gets in
-    b->rack.SetValue(kPre1, 3, 60.0);         // meets the mark: skipped for now
+    EXPECT_FALSE(list.Enter());       // nobody new gets in
+    b->rack.SetValue(kPre1, 3, 60.0); // meets the mark: skipped for now
     EXPECT_DOUBLE_EQ(old->values[3], 10.0);
     list.Leave();
     builder.join();
@@ -193,4 +193,3 @@ TEST(EffectRack, WorkerBuildsDeferredRequestsOnly)
     EXPECT_EQ(b->slots[1].mFxType[Slot::kFxFeedback], 2);
     EXPECT_EQ(b->slots[0].mFxType[Slot::kFxPre], 0);
 }
-

@@ -52,13 +52,14 @@ TEST(FxModuleList, UsersSeeWholeGenerationsWhileTheBuilderReplaces)
             const int n = list.Count();
             const int first = n > 0 ? static_cast<GenModule*>(list.Module(0))->mGen.load() : -2;
             for (int k = 0; k < n; ++k)
-                if (static_cast<GenModule*>(list.Module(k))->mGen.load() != first || first < 0) torn.fetch_add(1);
+                if (static_cast<GenModule*>(list.Module(k))->mGen.load() != first || first < 0)
+                    torn.fetch_add(1);
             list.Leave();
         }
     };
     std::thread a(user), b(user);
     bool keptOut = true;
-    for (int gen = 1; gen <= 3000; ++gen)
+    for (int gen = 1; gen <= 3001; ++gen)
     {
         const int count = gen % 3 == 0 ? FxModuleList::kCapacity : 2;
         list.Replace(Generation(gen, count), count,
@@ -82,6 +83,6 @@ TEST(FxModuleList, UsersSeeWholeGenerationsWhileTheBuilderReplaces)
     EXPECT_EQ(list.Users(), 0);
     EXPECT_FALSE(list.Swapping());
     ASSERT_EQ(list.Count(), 2);
-    EXPECT_EQ(static_cast<GenModule*>(list.Module(0))->mGen.load(), 3000);
+    EXPECT_EQ(static_cast<GenModule*>(list.Module(0))->mGen.load(), 3001);
     EXPECT_EQ(list.Module(2), nullptr);
 }

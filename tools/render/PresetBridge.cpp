@@ -1,6 +1,7 @@
 #include "PresetBridge.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <mutex>
 
@@ -43,6 +44,7 @@ class TableHost : public IStateHost
         {
             double v = p->value;
             pos = chunk.Get(v, pos);
+            if (!std::isfinite(v)) v = 0.0;
             p->value = std::clamp(v, p->min, p->max);
         }
         return pos;

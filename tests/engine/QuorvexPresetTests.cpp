@@ -204,6 +204,16 @@ TEST(QuorvexPresets, StepLoadsTheNeighboursAndWraps)
     EXPECT_EQ(plug->GetParam(kFeedback1)->value, 3.0);
     EXPECT_EQ(plug->Fields().mPresetFolderLabel, "F:F");
 
+    // Picking from the menu loads the item and keeps the selection for the state chunk.
+    const int userRoot = plug->PresetMenu().MenuOfFolder("/User Presets/");
+    ASSERT_TRUE(plug->PickPresetMenuItem(userRoot, 2)); // behind the header: a, B
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 2.0);
+    EXPECT_EQ(plug->Fields().mPresetMenuFolder, "/User Presets/");
+    EXPECT_EQ(plug->Fields().mPresetMenuIndex, 2);
+    EXPECT_FALSE(plug->PickPresetMenuItem(userRoot, 0)); // the header
+    plug->StepPreset(true);
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 3.0);
+
     // A file gone since the scan: the step fails, the selection stays, the next step rescans.
     std::filesystem::remove(rig.Dir().Path() + "/User Presets/a.txt");
     plug->StepPreset(true);

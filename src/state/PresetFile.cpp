@@ -79,6 +79,13 @@ class Tokens
         return f;
     }
 
+    bool AtEnd()
+    {
+        while (mPos < mText.size() && IsSpace(mText[mPos]))
+            ++mPos;
+        return mPos >= mText.size();
+    }
+
   private:
     static bool IsSpace(char c)
     {
@@ -183,6 +190,7 @@ PresetReadResult ParsePresetText(std::string_view text, PresetData& data)
 
     while (auto key = tokens.Next())
     {
+        if (tokens.AtEnd()) break; // a last key without a value: the file simply ends
         auto value = tokens.NextFloat();
         if (!value)
         {

@@ -172,6 +172,15 @@ TEST(PresetFile, ReadingEndsAtTheFirstValueThatIsNoNumber)
     }
 }
 
+TEST(PresetFile, ALastKeyWithoutValueEndsTheFileQuietly)
+{
+    FakeStateHost host;
+    const PresetData data = Load(host, Head(14) + "Feedback1 20\nLevel1");
+    EXPECT_FALSE(data.stoppedEarly);
+    EXPECT_EQ(host.Value(kFeedback1), 20.0);
+    EXPECT_EQ(host.Value(kLevel1), host.Param(kLevel1)->defaultValue);
+}
+
 TEST(PresetFile, ValuesBeyondTheRangeAreCutAndUnknownKeysDropped)
 {
     FakeStateHost host;

@@ -80,7 +80,7 @@ preset "Rhythmic Taps/Eight Even Taps" -- "DirectIn1=60" "DelayMode1=TAPPED" "De
   "DelayTapsTime1=125" "Feedback1=35" "TapLevelStepDepth1=100" \
   "TapDelay1Step1Level=100" "TapDelay1Step2Level=85" "TapDelay1Step3Level=72" "TapDelay1Step4Level=60" \
   "TapDelay1Step5Level=50" "TapDelay1Step6Level=40" "TapDelay1Step7Level=32" "TapDelay1Step8Level=25"
-preset "Rhythmic Taps/Swung Sixteenths" -- "DirectIn1=60" "DelayMode1=TAPPED" "TapTimebase1=1/16" \
+preset "Rhythmic Taps/Swung Sixteenths" -- "OutputLevel=-5" "DirectIn1=60" "DelayMode1=TAPPED" "TapTimebase1=1/16" \
   "DelayTaps1=8" "DelayTapsSwing1=65" "Feedback1=30" "TapPanMode1=DUAL MONO" \
   "TapDelay1Step1Pan=80" "TapDelay1Step2Pan=-80" "TapDelay1Step3Pan=60" "TapDelay1Step4Pan=-60" \
   "TapDelay1Step5Pan=40" "TapDelay1Step6Pan=-40" "TapDelay1Step7Pan=20" "TapDelay1Step8Pan=-20"
@@ -105,7 +105,7 @@ preset "Rhythmic Taps/Filter Step Taps" stepfx="65535 0 0 0" -- "DirectIn1=60" "
   "FXParam11PO=30" "FXParam21PO=40" "TapFXParam11=PARAMETER 1" \
   "TapDelay1Step1FXP1=10" "TapDelay1Step2FXP1=22" "TapDelay1Step3FXP1=34" "TapDelay1Step4FXP1=46" \
   "TapDelay1Step5FXP1=58" "TapDelay1Step6FXP1=70" "TapDelay1Step7FXP1=82" "TapDelay1Step8FXP1=94"
-preset "Rhythmic Taps/Crushed Tap Steps" stepfx="43690 0 0 0" -- "DirectIn1=60" "DelayMode1=TAPPED" \
+preset "Rhythmic Taps/Crushed Tap Steps" stepfx="43690 0 0 0" -- "OutputLevel=-4" "DirectIn1=60" "DelayMode1=TAPPED" \
   "TapTimebase1=1/8" "DelayTaps1=6" "Feedback1=25" "FX1PO=LOFI I" "FXOnPO1=ON" "FXParam51PO=100" "FXParam11PO=50" \
   "FXParam21PO=50" "TapFXParam11=PARAMETER 1" "TapDelay1Step2FXP1=80" "TapDelay1Step4FXP1=60" \
   "TapDelay1Step6FXP1=90"
@@ -167,14 +167,14 @@ preset "Pitch/Grain Shimmer Down" -- "${echo1[@]}" "DelayMode1=GRAIN" "GrainSize
 # ---- Spaces: the master reverbs behind the echoes -------------------------------------------------
 preset "Spaces/Small Room Echo" -- "${echo1[@]}" "Feedback1=30" "MasterFX=ROOM" "MasterFXP1=35" \
   "MasterFXP2=50" "MasterFXLevel=80" "M-FXSend1=60"
-preset "Spaces/Big Hall Delay" -- "${echo1[@]}" "Feedback1=40" "MasterFX=REVERB" "MasterFXP1=45" \
+preset "Spaces/Big Hall Delay" -- "OutputLevel=-4" "${echo1[@]}" "Feedback1=40" "MasterFX=REVERB" "MasterFXP1=45" \
   "MasterFXP4=25" "MasterFXLevel=90" "M-FXSend1=70"
 preset "Spaces/Quorvex Wash" -- "${echo1[@]}" "Feedback1=35" "MasterFX=QUORVEX" "MasterFXP1=40" \
   "MasterFXP2=50" "MasterFXLevel=85" "M-FXSend1=80"
-preset "Spaces/Reverse Cathedral" -- "DirectIn1=70" "DelayMode1=BACKWARD" "ReverseX-Fade1=60" "Feedback1=35" \
+preset "Spaces/Reverse Cathedral" -- "OutputLevel=-6" "DirectIn1=70" "DelayMode1=BACKWARD" "ReverseX-Fade1=60" "Feedback1=35" \
   "MasterFX=REVERB" "MasterFXP1=60" "MasterFXP4=30" "MasterFXLevel=100" "M-FXSend1=90" \
   "MasterFXSource1=DELAY"
-preset "Spaces/Grain Cloud Hall" -- "${echo1[@]}" "DelayMode1=GRAIN" "GrainSize1=200" "GrainSpeed1=0.5" \
+preset "Spaces/Grain Cloud Hall" -- "OutputLevel=-5" "${echo1[@]}" "DelayMode1=GRAIN" "GrainSize1=200" "GrainSpeed1=0.5" \
   "GrainFade1=40" "Feedback1=30" "MasterFX=REVERB" "MasterFXP1=50" "MasterFXLevel=90" "M-FXSend1=85"
 preset "Spaces/Ambient Mix Network" -- "DirectIn1=60" "DelayRoute1=MIX" "Feedback1=45" "SlotOn2=ON" \
   "DirectIn2=60" "Timebase2=MS" "DelayTimeL2=620" "DelayTimeR2=740" "DelayRoute2=MIX" "Feedback2=40" \
@@ -194,7 +194,7 @@ gate=("Gate1On=ON" "Gate1Timebase=1/16" "Gate1Length=16" "Gate1Step1=100" "Gate1
   "Gate1Step4=0" "Gate1Step5=100" "Gate1Step6=40" "Gate1Step7=0" "Gate1Step8=80" "Gate1Step9=100"
   "Gate1Step10=0" "Gate1Step11=60" "Gate1Step12=0" "Gate1Step13=100" "Gate1Step14=0" "Gate1Step15=90"
   "Gate1Step16=30")
-preset "Gated/Trance Gate Echo" -- "${echo1[@]}" "Feedback1=50" "${gate[@]}" "LevelModSource1=GATE1" \
+preset "Gated/Trance Gate Echo" -- "OutputLevel=-4" "${echo1[@]}" "Feedback1=50" "${gate[@]}" "LevelModSource1=GATE1" \
   "LevelModDepth1=100"
 preset "Gated/Stepped Pan Gate" -- "${echo1[@]}" "DelayRoute1=PP-L+R" "Feedback1=45" "${gate[@]}" \
   "GATEPol1=BI (+/-)" "PanningModSource1=GATE1" "PanningModDepth1=90"
@@ -241,9 +241,9 @@ preset "Experimental/Rectified Rattle" -- "${echo1[@]}" "Feedback1=40" "FX1PO=RE
   "FXParam11PO=60" "FX1PR=WAVE SHAPE" "FXOnPR1=ON" "FXParam51PR=100" "FXParam11PR=50"
 
 # ---- Master: equalisers, drive and the limiter on the sum ---------------------------------------
-preset "Master/Fixed EQ Echo" -- "${echo1[@]}" "Feedback1=45" "MasterFX=FIX EQ" "MasterFXP1=70" \
+preset "Master/Fixed EQ Echo" -- "OutputLevel=-4" "${echo1[@]}" "Feedback1=45" "MasterFX=FIX EQ" "MasterFXP1=70" \
   "MasterFXP2=40" "MasterFXLevel=100" "M-FXSend1=100"
-preset "Master/Two Band EQ Echo" -- "${echo1[@]}" "Feedback1=45" "MasterFX=2 BAND EQ" "MasterFXP1=30" \
+preset "Master/Two Band EQ Echo" -- "OutputLevel=-4" "${echo1[@]}" "Feedback1=45" "MasterFX=2 BAND EQ" "MasterFXP1=30" \
   "MasterFXP2=70" "MasterFXP3=60" "MasterFXP4=40" "MasterFXLevel=100" "M-FXSend1=100"
 preset "Master/Shelved Echo" -- "${echo1[@]}" "Feedback1=45" "MasterFX=LO/HI SHELF" "MasterFXP1=35" \
   "MasterFXP2=65" "MasterFXLevel=100" "M-FXSend1=100"

@@ -54,7 +54,6 @@ void Quorvex::ApplyPendingPreset()
     RedrawParamControls();
     if (mPendingPreset.lastPage) mFields.mLastPage = *mPendingPreset.lastPage;
     RebuildStepViews();
-    mMessage.Dismiss();
     mFields.mFocusedParam = -1;
     // An old file is brought to the present format on disk. A file whose version couldn't even be
     // read is damaged rather than old, and is left as it is.

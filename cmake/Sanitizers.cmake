@@ -9,6 +9,12 @@ elseif(QUORVEX_SANITIZE STREQUAL "rtsan")
   add_compile_options(-fsanitize=realtime -fno-omit-frame-pointer)
   add_link_options(-fsanitize=realtime)
   add_compile_definitions(QUORVEX_RTSAN=1)
+elseif(QUORVEX_SANITIZE STREQUAL "fuzz")
+  # libFuzzer (clang): coverage for every library, AddressSanitizer + UBSan to turn faults into
+  # crashes; the fuzz targets themselves link the fuzzer's main.
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer
+                      -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
 elseif(NOT QUORVEX_SANITIZE STREQUAL "")
-  message(FATAL_ERROR "QUORVEX_SANITIZE must be asan, tsan, rtsan or empty")
+  message(FATAL_ERROR "QUORVEX_SANITIZE must be asan, tsan, rtsan, fuzz or empty")
 endif()

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Copies the built Quorvex.vst3 bundle into ~/.vst3, where Linux hosts look for VST 3 plug-ins.
+# Copies the built Quorvex.vst3 bundle into ~/.vst3, where Linux hosts look for VST 3 plug-ins, and
+# the factory presets into the plug-in's preset folder (scripts/install-presets.sh).
 # Usage: scripts/install.sh [build-dir]   (default: build/release, relative to the project root)
 # An older copy of the bundle is replaced as a whole, so no stale file survives an update.
 set -euo pipefail
@@ -28,3 +29,4 @@ rm -rf "$target_dir/Quorvex.vst3"
 mv "$staging" "$target_dir/Quorvex.vst3"
 trap - EXIT
 echo "install: $target_dir/Quorvex.vst3"
+bash "$root/scripts/install-presets.sh"

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# The main job: set up, build the release configuration, install the plug-in to ~/.vst3, load the
-# installed bundle as a host does, render the demo phrase through it, and show the DSP core at
-# work through its benchmarks.
+# The main job: set up, build the release configuration, install the plug-in to ~/.vst3 and the
+# factory presets to the preset folder, load the installed bundle as a host does, render the demo
+# phrase through it (also through three factory presets), and show the DSP core at work through
+# its benchmarks.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
@@ -22,4 +23,10 @@ QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tools/render/quorvex-r
   --set "Panning ModSource1=LFO1" --set "Panning ModDepth 1=80" \
   --set "MasterFX=REVERB" --set "MasterFX P1=30" --set "MasterFX P4=20" --set "MasterFX Level=80" \
   --demo out/demo-fx.wav
+# The demo through three factory presets of different character, read from where install.sh put them.
+presets="${QUORVEX_PRESET_DIR:-${XDG_DATA_HOME:-$HOME/.local/share}/qelmar-audio/Quorvex/Presets}/Factory Presets"
+for preset in "Ping-Pong/Ping-Pong Eighths" "Rhythmic Taps/Swung Sixteenths" "Spaces/Reverse Cathedral"; do
+  QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tools/render/quorvex-render \
+    --preset "$presets/$preset.txt" --demo "out/demo-$(basename "$preset" | tr ' ' '-' | tr 'A-Z' 'a-z').wav"
+done
 ./build/release/bench/quorvex_bench --benchmark_min_time=0.05

@@ -66,6 +66,7 @@ void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFra
     const double* sidechain = mSidechainInUse ? inputs[scLeft ? 2 : 3] : nullptr;
 
     if (nFrames <= 0) return;
+    const BlockLoopScope blockLoop(mInBlockLoop);
     if (Silenced())
     {
         VecZero(outL, nFrames);
@@ -291,11 +292,3 @@ void Quorvex::ShowMessage(int code)
     mMessage.Show(code);
 }
 
-// Until the preset browser exists the selection lives in the fields alone, and any folder text
-// stands for its menu; an empty folder names no menu and leaves the selection as it was.
-void Quorvex::SelectPresetMenuItem(const std::string& folder, int index)
-{
-    if (folder.empty()) return;
-    mFields.mPresetMenuFolder = folder;
-    mFields.mPresetMenuIndex = index;
-}

@@ -33,6 +33,10 @@
 #include "params/ParamIds.h"
 #include "state/IStateHost.h"
 #include "state/Messages.h"
+#include "state/PresetBrowser.h"
+#include "state/PresetFile.h"
+#include "state/PresetFolders.h"
+#include "state/PresetSaving.h"
 #include "state/StateFields.h"
 
 inline constexpr int kQuorvexVersion = 0x10200;
@@ -97,6 +101,32 @@ class Quorvex : public IPlugVST3, private IStateHost
     void ApplyGateStepPreset(int gate, int preset);
     void ToggleEnvelopeListen(int env);
 
+    // Preset files and the preset browser (QuorvexPresets.cpp). UI thread. Relative paths begin
+    // "/User Presets/" or "/Factory Presets/" and lie below the preset folder.
+    // Reads and applies a file; a failure marks the preset list stale.
+    bool LoadPreset(const std::string& relativePath);
+    // Stage one: takes the file apart and sets its masks; parameters stay untouched.
+    bool ReadPresetFile(const std::string& relativePath);
+    // Stage two: every parameter from the file or its default, with silence and a fade-in.
+    void ApplyPendingPreset();
+    // Writes the present settings; without force not while a preset is being loaded.
+    bool WritePresetFile(const std::string& fullPath, bool force);
+    // The save action behind the editor's dialog, for the path the user chose there.
+    PresetSaveResult SavePresetAs(const std::string& chosenPath);
+    void SetPresetNames(const std::string& relativePath);
+    void SetPresetFolderLabel(const std::string& relativePath);
+    void RebuildPresetMenu();
+    // The menu as the editor shows it, rebuilt first when the preset list has changed.
+    const IPresetMenu& PresetMenu();
+    // The user picked an item of the menu: it is checked and its file loaded.
+    bool PickPresetMenuItem(int menu, int item);
+    // The previous / next buttons.
+    void StepPreset(bool forward);
+    bool SelectPresetItem(const std::string& relativePath);
+    std::string SelectedPresetPath() const { return mPresetMenu.SelectedPath(); }
+    const PresetFolders& Folders() const { return mPresetFolders; }
+    bool PresetLoading() const { return mPresetLoading.load(); }
+
   private:
     friend class QuorvexProbe; // test access to the frame's private state
 
@@ -109,6 +139,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     int ReadParamValues(const ByteChunk& chunk, int pos) override { return UnserializeParams(chunk, pos); }
     void RedrawControls() override { RedrawParamControls(); }
     void SelectPresetMenuItem(const std::string& folder, int index) override;
+    // The tap engine's on flags follow a stored mask.
+    void ApplyTapMask(int index, std::int32_t mask) override;
     // A loaded state starts from silence: no tail of the old one survives.
     void FinishStateLoad() override
     {
@@ -218,6 +250,26 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     Relaxed<bool> mConstructing{true};
     std::atomic<bool> mPresetLoading{false};
+
+    // Preset state (QuorvexPresets.cpp).
+    // Sets PresetLoading, then waits until the audio thread is outside its block loop, so that
+    // nothing the preset changes is read by a block already under way.
+    void HoldAudioForPreset();
+    void EnsurePresetMenu();
+    // The menu's selection into the fields that the state chunk stores.
+    void NoteMenuSelection();
+    PresetFolders mPresetFolders = PresetFolders::FromEnvironment();
+    PresetData mPendingPreset;
+    std::string mPresetFile; // full path of the current preset file
+    IPresetMenu mPresetMenu;
+    // True while the audio thread is inside ProcessDoubleReplacing past its silence test.
+    std::atomic<bool> mInBlockLoop{false};
+    struct BlockLoopScope
+    {
+        explicit BlockLoopScope(std::atomic<bool>& mark) : mMark(mark) { mMark.store(true); }
+        ~BlockLoopScope() { mMark.store(false); }
+        std::atomic<bool>& mMark;
+    };
 
     // Effects (QuorvexFx.cpp). The rack comes last: it stops its worker before anything it
     // reaches is destroyed.

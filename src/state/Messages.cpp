@@ -26,3 +26,10 @@ void PendingMessage::Show(int code)
     mText = MessageText(code);
     mPending = true;
 }
+
+void PendingMessage::ShowText(std::string_view text)
+{
+    mCode = -1;
+    mText = text;
+    mPending = true;
+}

@@ -46,6 +46,9 @@ class PendingMessage
   public:
     // Keeps code and text for the editor; replaces a message still pending.
     void Show(int code);
+    // A text of the plug-in's own that the table doesn't hold (code -1), for a refusal that has no
+    // entry there.
+    void ShowText(std::string_view text);
     // The editor closed the panel.
     void Dismiss() { mPending = false; }
     bool IsPending() const { return mPending; }

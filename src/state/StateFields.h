@@ -27,7 +27,8 @@ struct StateFields
     int mPresetMenuIndex = -1;      // selection in the preset menu of mPresetMenuFolder
     std::string mPresetMenuFolder;  // empty: nothing selected
     int mFocusedParam = -1;
-    std::int32_t mTapOnMask[kNumTapMasks] = {}; // entry 2 * slot + channel; bit t: tap t on
+    // Entry 2 * slot + channel; bit t: tap t on. All on, as the tap engine starts.
+    std::int32_t mTapOnMask[kNumTapMasks] = {0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF, 0xFFFF};
     std::int32_t mStepFxMask[kNumSlots] = {};
     std::int32_t mStepModMask[kNumStepModRows][kNumSlots] = {};
     bool mDryKill = false;                // dry signal off whatever Dry Level says

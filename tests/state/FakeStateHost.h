@@ -4,6 +4,7 @@
 // dry gain, as the plug-in's handler does. It records what the reader asks of it.
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -49,6 +50,8 @@ class FakeStateHost : public IStateHost
             {
                 double v = 0.0;
                 pos = chunk.Get(v, pos);
+                // As the plug-in base does: a damaged value counts as 0.
+                if (!std::isfinite(v)) v = 0.0;
                 p->value = std::clamp(v, p->min, p->max);
             }
         for (int id = 0; id < ParamCount(); ++id)

@@ -14,12 +14,18 @@ const char* UsageText()
 {
     return "usage: quorvex-render [options] INPUT OUTPUT\n"
            "       quorvex-render [options] --demo OUTPUT\n"
+           "       quorvex-render [options] --write-preset FILE\n"
            "       quorvex-render [--bundle PATH] --list\n"
            "Renders INPUT (WAV, FLAC or AIFF; mono or stereo) through the Quorvex plug-in into OUTPUT,\n"
            "whose extension (.wav, .flac, .aif/.aiff) names the format; 24-bit PCM.\n"
            "\n"
            "  --set NAME=VALUE  set a parameter by name (\"Feedback 1\") or key (\"Feedback1\") in its\n"
            "                    display unit; list parameters also take their display text (repeatable)\n"
+           "  --preset FILE     apply a preset file first, as the plug-in loads it (same parsing,\n"
+           "                    migration of old versions and masks); --set options after it override\n"
+           "                    single values\n"
+           "  --write-preset FILE  write the settings (after --preset and --set) as a preset file; with\n"
+           "                    no OUTPUT nothing is rendered\n"
            "  --tempo BPM       host tempo, transport playing in 4/4 (default 120)\n"
            "  --block N         host block size, 1..8192 (default 512)\n"
            "  --tail SECONDS    silence processed after the input (default: until the output stays\n"
@@ -70,7 +76,7 @@ bool ParseOptions(int argc, const char* const* argv, RenderOptions& options, std
         else
         {
             if (name != "--set" && name != "--tempo" && name != "--block" && name != "--rate" &&
-                name != "--bundle" && name != "--tail")
+                name != "--bundle" && name != "--tail" && name != "--preset" && name != "--write-preset")
             {
                 error = "unknown option " + name;
                 return false;
@@ -93,6 +99,23 @@ bool ParseOptions(int argc, const char* const* argv, RenderOptions& options, std
             }
             options.settings.push_back(value);
         }
+        else if (name == "--preset")
+        {
+            // A preset sets every parameter: a value set before it would be lost without a word.
+            if (!options.settings.empty())
+            {
+                error = "--set before --preset would be overridden by the preset; give --preset first";
+                return false;
+            }
+            if (!options.preset.empty())
+            {
+                error = "only one --preset can be given";
+                return false;
+            }
+            options.preset = value;
+        }
+        else if (name == "--write-preset")
+            options.writePreset = value;
         else if (name == "--bundle")
             options.bundle = value;
         else if (name == "--tempo")
@@ -140,6 +163,7 @@ bool ParseOptions(int argc, const char* const* argv, RenderOptions& options, std
     }
 
     if (options.list && positional.empty() && !options.demo) return true;
+    if (!options.writePreset.empty() && positional.empty() && !options.demo) return true;
     const size_t wanted = options.demo ? 1 : 2;
     if (positional.size() != wanted)
     {

@@ -13,6 +13,8 @@ struct RenderOptions
     std::string input; // empty with --demo
     std::string output;
     std::vector<std::string> settings; // NAME=VALUE, in command-line order
+    std::string preset;                // a preset file applied before the settings
+    std::string writePreset;           // where to write the settings as a preset file
     double tempo = 120.0;
     int block = 512;
     double demoRate = 48000.0;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <string>
 
 namespace render
 {
@@ -118,6 +119,14 @@ bool Renderer::Run(const StereoAudio& input, AudioWriter& writer, std::string& e
 
         for (int i = 0; i < n; ++i)
         {
+            // A broken sound must not pass as a render: clamping would hide it in the file.
+            if (!std::isfinite(mOutL[static_cast<size_t>(i)]) ||
+                !std::isfinite(mOutR[static_cast<size_t>(i)]))
+            {
+                error = "the plug-in gave a non-finite sample at frame " + std::to_string(done + i);
+                mPlug.Stop();
+                return false;
+            }
             const double l = std::clamp(mOutL[static_cast<size_t>(i)], -1.0, 1.0);
             const double r = std::clamp(mOutR[static_cast<size_t>(i)], -1.0, 1.0);
             const double m = std::max(std::abs(l), std::abs(r));

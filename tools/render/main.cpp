@@ -7,6 +7,7 @@
 #include "ParameterSettings.h"
 #include "PluginInstance.h"
 #include "PluginModule.h"
+#include "PresetBridge.h"
 #include "RenderOptions.h"
 #include "Renderer.h"
 
@@ -76,7 +77,8 @@ int main(int argc, char** argv)
         std::fputs(render::UsageText(), stdout);
         return 0;
     }
-    if (!options.list && render::FormatForPath(options.output) == 0)
+    const bool rendering = !options.list && !options.output.empty();
+    if (rendering && render::FormatForPath(options.output) == 0)
         return Fail(kUsageError, "cannot tell the format of " + options.output +
                                      " from its extension; use .wav, "
                                      ".flac, .aif or .aiff");
@@ -84,8 +86,10 @@ int main(int argc, char** argv)
     render::StereoAudio input;
     if (options.demo)
         input = render::MakeDemoPhrase(options.demoRate, options.tempo);
-    else if (!options.list && !render::ReadAudio(options.input, input, error))
+    else if (rendering && !render::ReadAudio(options.input, input, error))
         return Fail(kProcessingError, error);
+    else if (!rendering)
+        input.rate = options.demoRate;
 
     // The plug-in goes before the module it came from.
     auto module = vst3host::PluginModule::Load(BundlePath(options), error);
@@ -102,6 +106,8 @@ int main(int argc, char** argv)
 
         std::vector<render::ParameterSetting> settings;
         std::vector<std::string> warnings;
+        if (!options.preset.empty() && !render::ApplyPresetFile(*plug, options.preset, error, warnings))
+            return Fail(kUsageError, error);
         for (const auto& text : options.settings)
         {
             render::ParameterSetting setting;
@@ -126,6 +132,14 @@ int main(int argc, char** argv)
             std::printf(
                 "quorvex-render: %s = %s\n", s.param->title.c_str(),
                 plug->ValueText(*s.param, plug->Controller().getParamNormalized(s.param->id)).c_str());
+        if (!options.preset.empty()) std::printf("quorvex-render: preset %s\n", options.preset.c_str());
+        if (!options.writePreset.empty())
+        {
+            if (!render::WritePresetFile(*plug, options.writePreset, error))
+                return Fail(kProcessingError, error);
+            std::printf("quorvex-render: wrote preset %s\n", options.writePreset.c_str());
+        }
+        if (!rendering) return 0;
         std::printf("quorvex-render: latency %u samples\n", renderer.Latency());
 
         render::AudioWriter writer;

@@ -4,6 +4,7 @@
 #include "Utf16.h"
 
 #include "pluginterfaces/vst/ivsthostapplication.h"
+#include "public.sdk/source/common/memorystream.h"
 
 #include <algorithm>
 #include <cctype>
@@ -287,4 +288,20 @@ bool PluginInstance::Flush(IParameterChanges* changes)
     data.inputParameterChanges = changes;
     return mProcessor->process(data) == kResultOk;
 }
+bool PluginInstance::GetState(std::vector<std::uint8_t>& bytes)
+{
+    Steinberg::MemoryStream stream;
+    if (mComponent->getState(&stream) != kResultOk) return false;
+    const auto* data = reinterpret_cast<const std::uint8_t*>(stream.getData());
+    bytes.assign(data, data + stream.getSize());
+    return true;
+}
+
+bool PluginInstance::SetState(const std::vector<std::uint8_t>& bytes)
+{
+    std::vector<std::uint8_t> copy = bytes;
+    Steinberg::MemoryStream stream(copy.data(), static_cast<Steinberg::TSize>(copy.size()));
+    return mComponent->setState(&stream) == kResultOk;
+}
+
 } // namespace vst3host

@@ -13,6 +13,7 @@
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "pluginterfaces/vst/ivstprocesscontext.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -54,6 +55,9 @@ class PluginInstance
                  Steinberg::Vst::IParameterChanges* changes, Steinberg::Vst::ProcessContext* context);
     // Parameter changes only, no audio: what hosts send while nothing plays.
     bool Flush(Steinberg::Vst::IParameterChanges* changes);
+    // The component's state as a host stores it in a project, and a stored state given back.
+    bool GetState(std::vector<std::uint8_t>& bytes);
+    bool SetState(const std::vector<std::uint8_t>& bytes);
 
   private:
     PluginInstance() = default;

@@ -1,0 +1,203 @@
+// Preset files and the preset browser of the plug-in: loading in two stages with the output held
+// silent, writing, saving, and the menu with its previous / next stepping. UI thread throughout;
+// the audio thread sees a load only as silence followed by the engine's fade-in.
+
+#include <chrono>
+#include <thread>
+
+#include "engine/Quorvex.h"
+
+namespace
+{
+constexpr std::string_view kNoFileText = "NO FILE";
+constexpr std::string_view kWrongFileText = "WRONG FILE";
+constexpr auto kAudioPoll = std::chrono::microseconds(200);
+} // namespace
+
+void Quorvex::HoldAudioForPreset()
+{
+    mPresetLoading.store(true);
+    // The block loop tests the flag after marking itself inside, so once it is seen outside it
+    // won't run a block until the flag clears. A host holds us off for one host block at most.
+    while (mInBlockLoop.load())
+        std::this_thread::sleep_for(kAudioPoll);
+}
+
+void Quorvex::ApplyTapMask(int index, std::int32_t mask)
+{
+    if (index < 0 || index >= 2 * kNumSlots) return;
+    mSlots[index / 2].Taps().SetTapMask(index % 2, static_cast<std::uint32_t>(mask));
+}
+
+bool Quorvex::ReadPresetFile(const std::string& relativePath)
+{
+    mPresetFile = mPresetFolders.FullPath(relativePath);
+    const PresetReadResult result = ReadPresetText(mPresetFile, mPendingPreset);
+    if (result != PresetReadResult::kOk)
+    {
+        mFields.mPresetName = result == PresetReadResult::kNoFile ? kNoFileText : kWrongFileText;
+        mPresetLoading.store(false);
+        return false;
+    }
+    HoldAudioForPreset();
+    ApplyPresetMasks(*this, mPendingPreset);
+    SetPresetFolderLabel(relativePath);
+    SetPresetNames(relativePath);
+    return true;
+}
+
+void Quorvex::ApplyPendingPreset()
+{
+    HoldAudioForPreset();
+    mFadeIn.Request();
+    ApplyPresetParams(*this, mPendingPreset);
+    RedrawParamControls();
+    if (mPendingPreset.lastPage) mFields.mLastPage = *mPendingPreset.lastPage;
+    RebuildStepViews();
+    mFields.mFocusedParam = -1;
+    // An old file is brought to the present format on disk. A file whose version couldn't even be
+    // read is damaged rather than old, and is left as it is.
+    if (mPendingPreset.version < kPresetVersion && !mPendingPreset.versionMissing)
+        WritePresetFile(mPresetFile, true);
+    SyncTapFxMasks();
+    mEffects.ServicePending();
+    ClearEngine();
+    FlushTimedLabels();
+    mPresetLoading.store(false);
+}
+
+bool Quorvex::LoadPreset(const std::string& relativePath)
+{
+    if (!ReadPresetFile(relativePath))
+    {
+        // The list no longer matches the disk: every instance rebuilds at its next use.
+        RaisePresetListGeneration();
+        return false;
+    }
+    ApplyPendingPreset();
+    return true;
+}
+
+bool Quorvex::WritePresetFile(const std::string& fullPath, bool force)
+{
+    if (!force && mPresetLoading.load()) return false;
+    return WritePresetText(fullPath, *this);
+}
+
+PresetSaveResult Quorvex::SavePresetAs(const std::string& chosenPath)
+{
+    PresetSaveTarget target;
+    const PresetSaveResult result = SavePresetFile(
+        mPresetFolders, chosenPath, [this](const std::string& path) { return WritePresetFile(path, false); },
+        target);
+    switch (result)
+    {
+    case PresetSaveResult::kNoName:
+        mMessage.ShowText(kNoPresetNameText);
+        break;
+    case PresetSaveResult::kFactoryTree:
+        ShowMessage(kMsgFactoryFolderReadOnly);
+        break;
+    case PresetSaveResult::kWriteFailed:
+        ShowMessage(kMsgCannotWritePreset);
+        break;
+    case PresetSaveResult::kOutsideUserTree:
+        ShowMessage(kMsgNotInUserFolder);
+        break;
+    case PresetSaveResult::kSaved:
+        mPresetFile = target.fullPath;
+        mFields.mPresetName = target.name;
+        SetPresetFolderLabel(target.relativePath);
+        // Raised before this instance rebuilds, so it notes the new count and won't rebuild again.
+        RaisePresetListGeneration();
+        RebuildPresetMenu();
+        SelectPresetItem(target.relativePath);
+        break;
+    }
+    return result;
+}
+
+void Quorvex::SetPresetNames(const std::string& relativePath)
+{
+    mFields.mPresetName = PresetNameOf(relativePath);
+}
+
+void Quorvex::SetPresetFolderLabel(const std::string& relativePath)
+{
+    mFields.mPresetFolderLabel = PresetFolderLabelOf(relativePath);
+}
+
+void Quorvex::RebuildPresetMenu()
+{
+    mPresetMenu.Rebuild(mPresetFolders.base);
+    // A session may have named a selection before the menu existed.
+    if (mPresetMenu.SelectedPath().empty() && !mFields.mPresetMenuFolder.empty())
+    {
+        if (const int menu = mPresetMenu.MenuOfFolder(mFields.mPresetMenuFolder); menu >= 0)
+            mPresetMenu.SelectItem(menu, mFields.mPresetMenuIndex);
+    }
+    NoteMenuSelection();
+}
+
+void Quorvex::EnsurePresetMenu()
+{
+    if (!mPresetMenu.Built() || mPresetMenu.Stale()) RebuildPresetMenu();
+}
+
+const IPresetMenu& Quorvex::PresetMenu()
+{
+    EnsurePresetMenu();
+    return mPresetMenu;
+}
+
+void Quorvex::NoteMenuSelection()
+{
+    if (mPresetMenu.SelectedPath().empty()) return;
+    mFields.mPresetMenuFolder = mPresetMenu.SelectedMenuFolder();
+    mFields.mPresetMenuIndex = mPresetMenu.SelectedIndex();
+}
+
+bool Quorvex::SelectPresetItem(const std::string& relativePath)
+{
+    EnsurePresetMenu();
+    if (!mPresetMenu.SelectPath(relativePath)) return false;
+    NoteMenuSelection();
+    return true;
+}
+
+// The state chunk's selection: kept in the fields, and shown in the menu when it has that folder.
+void Quorvex::SelectPresetMenuItem(const std::string& folder, int index)
+{
+    if (folder.empty()) return;
+    mFields.mPresetMenuFolder = folder;
+    mFields.mPresetMenuIndex = index;
+    if (!mPresetMenu.Built()) return;
+    if (const int menu = mPresetMenu.MenuOfFolder(folder); menu >= 0) mPresetMenu.SelectItem(menu, index);
+}
+
+bool Quorvex::PickPresetMenuItem(int menu, int item)
+{
+    EnsurePresetMenu();
+    if (!mPresetMenu.SelectItem(menu, item)) return false;
+    NoteMenuSelection();
+    return LoadPreset(mPresetMenu.SelectedPath() + std::string(kPresetDotExtension));
+}
+
+void Quorvex::StepPreset(bool forward)
+{
+    if (mPresetLoading.load()) return;
+    EnsurePresetMenu();
+    const std::string before = mPresetMenu.SelectedPath();
+    const auto path = mPresetMenu.Step(forward);
+    if (!path) return;
+    if (LoadPreset(*path + std::string(kPresetDotExtension)))
+    {
+        NoteMenuSelection();
+        return;
+    }
+    // A failing step leaves the selection as it was.
+    if (before.empty())
+        mPresetMenu.ClearSelection();
+    else
+        mPresetMenu.SelectPath(before);
+}

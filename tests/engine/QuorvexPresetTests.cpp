@@ -1,0 +1,313 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <thread>
+
+#include "engine/Quorvex.h"
+#include "params/IParamRecord.h"
+#include "params/ParamIds.h"
+#include "state/PresetFixtures.h"
+
+using preset_test::TempFolder;
+
+namespace
+{
+struct Releaser
+{
+    void operator()(Quorvex* plug) const { plug->release(); }
+};
+using QuorvexPtr = std::unique_ptr<Quorvex, Releaser>;
+
+constexpr double kRate = 48000.0;
+
+// A preset folder of the test's own; instances made while it lives use it.
+class PresetRig
+{
+  public:
+    PresetRig() { setenv("QUORVEX_PRESET_DIR", mDir.Path().c_str(), 1); }
+    QuorvexPtr Make() const
+    {
+        QuorvexPtr plug(new Quorvex());
+        plug->SetSampleRate(kRate);
+        return plug;
+    }
+    const TempFolder& Dir() const { return mDir; }
+    std::string Read(const std::string& relative) const
+    {
+        std::ifstream file(mDir.Path() + relative, std::ios::binary);
+        std::ostringstream text;
+        text << file.rdbuf();
+        return text.str();
+    }
+
+  private:
+    TempFolder mDir;
+};
+
+std::string File(int version, const std::string& body)
+{
+    return "Quorvex V. 1.0.0r" + std::to_string(version) +
+           " PresetFile!\nPresetVersion: " + std::to_string(version) +
+           "\n\nADDPARAMS:\n\nLastPage\n12\n\nEParams:\n" + body;
+}
+
+TEST(QuorvexPresets, MissingOrForeignFilesLeaveEveryParameterAsItWas)
+{
+    PresetRig rig;
+    rig.Dir().Write("/User Presets/Foreign.txt", "NotQuorvex V. 1.2.0r14 PresetFile!\nFeedback1 10\n");
+    auto plug = rig.Make();
+    plug->GetParam(kFeedback2)->value = 77.0;
+    plug->GetParam(kFX3PO)->value = 5.0;
+    std::vector<double> before;
+    for (int id = 0; id < kNumParams; ++id)
+        before.push_back(plug->GetParam(id)->value);
+
+    const struct
+    {
+        const char* path;
+        const char* shown;
+    } cases[] = {{"/User Presets/Nowhere.txt", "NO FILE"}, {"/User Presets/Foreign.txt", "WRONG FILE"}};
+    for (const auto& c : cases)
+    {
+        const int generation = PresetListGeneration();
+        EXPECT_FALSE(plug->LoadPreset(c.path));
+        EXPECT_EQ(plug->Fields().mPresetName, c.shown);
+        EXPECT_FALSE(plug->PresetLoading());
+        EXPECT_EQ(PresetListGeneration(), generation + 1) << "a failed load marks the list stale";
+        for (int id = 0; id < kNumParams; ++id)
+            ASSERT_EQ(plug->GetParam(id)->value, before[static_cast<std::size_t>(id)]) << id;
+    }
+}
+
+TEST(QuorvexPresets, LoadingSetsValuesNamesAndPageAndResetsTheRest)
+{
+    PresetRig rig;
+    rig.Dir().Write("/Factory Presets/Spaces/Wide Hall.txt", File(14, "Feedback1 64\nDelayMode2 2\n"));
+    auto plug = rig.Make();
+    plug->GetParam(kLevel3)->value = -30.0;
+    plug->Fields().mFocusedParam = kLevel3;
+    ASSERT_TRUE(plug->LoadPreset("/Factory Presets/Spaces/Wide Hall.txt"));
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 64.0);
+    EXPECT_EQ(plug->GetParam(kDelayMode2)->value, 2.0);
+    EXPECT_EQ(plug->GetParam(kLevel3)->value, plug->GetParam(kLevel3)->defaultValue);
+    EXPECT_EQ(plug->Fields().mPresetName, "Wide Hall");
+    EXPECT_EQ(plug->Fields().mPresetFolderLabel, "F:Spaces");
+    EXPECT_EQ(plug->Fields().mLastPage, 12);
+    EXPECT_EQ(plug->Fields().mFocusedParam, -1);
+    EXPECT_FALSE(plug->PresetLoading());
+}
+
+TEST(QuorvexPresets, OldFilesAreRewrittenInThePresentFormatCurrentOnesAreNotTouched)
+{
+    PresetRig rig;
+    const std::string old = File(13, "DelayMode1 3\nDelayRoute1 6\nFeedback1 50\nFX1FB 12\n");
+    const std::string current = File(14, "DelayMode1 3\nDelayRoute1 6\nFeedback1 50\n");
+    rig.Dir().Write("/User Presets/Old.txt", old);
+    rig.Dir().Write("/User Presets/Current.txt", current);
+    const auto past = std::filesystem::file_time_type::clock::now() - std::chrono::hours(5);
+    std::filesystem::last_write_time(rig.Dir().Path() + "/User Presets/Current.txt", past);
+
+    auto plug = rig.Make();
+    ASSERT_TRUE(plug->LoadPreset("/User Presets/Current.txt"));
+    EXPECT_EQ(rig.Read("/User Presets/Current.txt"), current);
+    EXPECT_EQ(std::filesystem::last_write_time(rig.Dir().Path() + "/User Presets/Current.txt"), past);
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 50.0);
+
+    ASSERT_TRUE(plug->LoadPreset("/User Presets/Old.txt"));
+    EXPECT_NEAR(plug->GetParam(kFeedback1)->value, 35.0, 1e-5);
+    const std::string rewritten = rig.Read("/User Presets/Old.txt");
+    EXPECT_EQ(rewritten.rfind("Quorvex V. 1.2.0r14 PresetFile!\nPresetVersion: 14\n", 0), 0u) << rewritten;
+    EXPECT_NE(rewritten.find("\nFeedback1 35\n"), std::string::npos) << rewritten;
+    EXPECT_NE(rewritten.find("\nLastPage\n12\n"), std::string::npos) << rewritten;
+    // Loaded again, the rewritten file sounds the same and is left alone.
+    ASSERT_TRUE(plug->LoadPreset("/User Presets/Old.txt"));
+    EXPECT_NEAR(plug->GetParam(kFeedback1)->value, 35.0, 1e-5);
+    EXPECT_EQ(rig.Read("/User Presets/Old.txt"), rewritten);
+}
+
+TEST(QuorvexPresets, SavedPresetBecomesCurrentAndAppearsInAnotherInstancesNextMenu)
+{
+    PresetRig rig;
+    rig.Dir().Write("/User Presets/Existing.txt", File(14, ""));
+    auto one = rig.Make();
+    auto two = rig.Make();
+    EXPECT_EQ(two->PresetMenu().FlatList(), std::vector<std::string>{"/User Presets/Existing"});
+
+    one->GetParam(kFeedback1)->value = 81.5;
+    const std::string chosen = rig.Dir().Path() + "/User Presets/Mine/Dub Echo.txt";
+    std::filesystem::create_directories(rig.Dir().Path() + "/User Presets/Mine");
+    EXPECT_EQ(one->SavePresetAs(chosen), PresetSaveResult::kSaved);
+    EXPECT_EQ(one->Fields().mPresetName, "Dub Echo");
+    EXPECT_EQ(one->Fields().mPresetFolderLabel, "U:Mine");
+    EXPECT_EQ(one->SelectedPresetPath(), "/User Presets/Mine/Dub Echo");
+    EXPECT_EQ(one->Fields().mPresetMenuFolder, "/User Presets/Mine/");
+    EXPECT_EQ(one->Fields().mPresetMenuIndex, 0);
+    EXPECT_FALSE(one->Message().IsPending());
+
+    const std::vector<std::string> both{"/User Presets/Existing", "/User Presets/Mine/Dub Echo"};
+    EXPECT_EQ(two->PresetMenu().FlatList(), both);
+    ASSERT_TRUE(two->LoadPreset("/User Presets/Mine/Dub Echo.txt"));
+    EXPECT_EQ(two->GetParam(kFeedback1)->value, 81.5);
+}
+
+TEST(QuorvexPresets, RefusedSavesShowTheirMessages)
+{
+    PresetRig rig;
+    auto plug = rig.Make();
+    const std::string base = rig.Dir().Path();
+    const struct
+    {
+        std::string chosen;
+        PresetSaveResult result;
+        int code;
+        bool written;
+    } cases[] = {
+        {base + "/Factory Presets/Basics/Mine.txt", PresetSaveResult::kFactoryTree, 6, false},
+        {base + "/User Presets/no such folder/Mine.txt", PresetSaveResult::kWriteFailed, 5, false},
+        {base + "/Elsewhere.txt", PresetSaveResult::kOutsideUserTree, 3, true},
+        {base + "/User Presets/  .txt", PresetSaveResult::kNoName, -1, false},
+    };
+    std::filesystem::create_directories(base + "/Factory Presets/Basics");
+    for (const auto& c : cases)
+    {
+        EXPECT_EQ(plug->SavePresetAs(c.chosen), c.result) << c.chosen;
+        EXPECT_TRUE(plug->Message().IsPending()) << c.chosen;
+        EXPECT_EQ(plug->Message().Code(), c.code) << c.chosen;
+        EXPECT_EQ(std::filesystem::exists(c.chosen), c.written) << c.chosen;
+        plug->ShowMessage(kMsgNoError);
+    }
+    EXPECT_EQ(plug->Message().Text(), "No Error");
+    EXPECT_FALSE(std::filesystem::exists(base + "/User Presets/  .txt"));
+    EXPECT_FALSE(std::filesystem::exists(base + "/User Presets/.txt"));
+}
+
+TEST(QuorvexPresets, StepLoadsTheNeighboursAndWraps)
+{
+    PresetRig rig;
+    rig.Dir().Write("/User Presets/a.txt", File(14, "Feedback1 1\n"));
+    rig.Dir().Write("/User Presets/B.txt", File(14, "Feedback1 2\n"));
+    rig.Dir().Write("/Factory Presets/F/c.txt", File(14, "Feedback1 3\n"));
+    auto plug = rig.Make();
+    const double expected[] = {1, 2, 3, 1};
+    for (double e : expected)
+    {
+        plug->StepPreset(true);
+        EXPECT_EQ(plug->GetParam(kFeedback1)->value, e);
+    }
+    plug->StepPreset(false);
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 3.0);
+    EXPECT_EQ(plug->Fields().mPresetFolderLabel, "F:F");
+
+    // Picking from the menu loads the item and keeps the selection for the state chunk.
+    const int userRoot = plug->PresetMenu().MenuOfFolder("/User Presets/");
+    ASSERT_TRUE(plug->PickPresetMenuItem(userRoot, 2)); // behind the header: a, B
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 2.0);
+    EXPECT_EQ(plug->Fields().mPresetMenuFolder, "/User Presets/");
+    EXPECT_EQ(plug->Fields().mPresetMenuIndex, 2);
+    EXPECT_FALSE(plug->PickPresetMenuItem(userRoot, 0)); // the header
+    plug->StepPreset(true);
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 3.0);
+
+    // A file gone since the scan: the step fails, the selection stays, the next step rescans.
+    std::filesystem::remove(rig.Dir().Path() + "/User Presets/a.txt");
+    plug->StepPreset(true);
+    EXPECT_EQ(plug->SelectedPresetPath(), "/Factory Presets/F/c");
+    EXPECT_EQ(plug->Fields().mPresetName, "NO FILE");
+    plug->StepPreset(true);
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 2.0);
+}
+
+// Runs `blocks` host calls of 64 frames of a 440 Hz sine and returns the output's left channel.
+std::vector<double> Sine(Quorvex& plug, int blocks, double& phase)
+{
+    constexpr int kFrames = 64;
+    std::vector<double> out(static_cast<std::size_t>(blocks * kFrames));
+    double inL[kFrames], inR[kFrames], sc[kFrames] = {}, outL[kFrames], outR[kFrames];
+    for (int b = 0; b < blocks; ++b)
+    {
+        for (int i = 0; i < kFrames; ++i, phase += 2.0 * M_PI * 440.0 / kRate)
+            inL[i] = inR[i] = 0.5 * std::sin(phase);
+        double* inputs[4] = {inL, inR, sc, sc};
+        double* outputs[2] = {outL, outR};
+        plug.ProcessDoubleReplacing(inputs, outputs, kFrames);
+        std::copy_n(outL, kFrames, out.begin() + b * kFrames);
+    }
+    return out;
+}
+
+double PeakOf(const std::vector<double>& x, std::size_t from, std::size_t to)
+{
+    double peak = 0.0;
+    for (std::size_t i = from; i < to; ++i)
+        peak = std::max(peak, std::abs(x[i]));
+    return peak;
+}
+
+TEST(QuorvexPresets, TheAudioHearsALoadAsSilenceThenTheFadeIn)
+{
+    PresetRig rig;
+    rig.Dir().Write("/User Presets/Dry.txt", File(14, "SlotOn1 0\nDryLevel 100\n"));
+    auto plug = rig.Make();
+    double phase = 0.0;
+    ASSERT_TRUE(plug->LoadPreset("/User Presets/Dry.txt"));
+    Sine(*plug, 600, phase); // past the first fade
+    const std::vector<double> steady = Sine(*plug, 150, phase);
+    const double level = PeakOf(steady, 0, steady.size());
+    ASSERT_GT(level, 0.2);
+
+    ASSERT_TRUE(plug->LoadPreset("/User Presets/Dry.txt"));
+    const std::vector<double> after = Sine(*plug, 450, phase); // 600 ms
+    const auto ms = [](double t) { return static_cast<std::size_t>(t * kRate / 1000.0); };
+    // Nothing of the old sound and a start from silence: the first 2 ms are near silent.
+    EXPECT_LT(PeakOf(after, 0, ms(2)), 0.01 * level);
+    // The squared 100 ms ramp: a quarter of the way in the gain is about 1/16.
+    EXPECT_LT(PeakOf(after, ms(20), ms(26)), 0.12 * level);
+    EXPECT_GT(PeakOf(after, ms(50), ms(60)), 0.15 * level);
+    EXPECT_NEAR(PeakOf(after, ms(200), ms(600)), level, 0.02 * level);
+}
+
+// Presets loaded on one thread while another processes audio: the audio thread sees silence and a
+// fade-in, never a half-applied preset. Run under ThreadSanitizer this also proves the handshake.
+TEST(QuorvexPresets, LoadingWhileAudioRunsOnAnotherThreadKeepsEverySampleFinite)
+{
+    PresetRig rig;
+    rig.Dir().Write("/User Presets/One.txt",
+                    File(14, "DelayMode1 3\nFeedback1 90\nFX1FB 2\nFXOnFB1 1\nMasterFX 2\nLFOOn1 1\n"
+                             "PanningModSource1 1\nPanningModDepth1 80\nSlotOn2 1\nDelayMode2 2\n"));
+    rig.Dir().Write("/User Presets/Two.txt",
+                    File(14, "DelayMode1 1\nFeedback1 40\nFX1PR 6\nFXOnPR1 1\nMasterFX 3\nSlotOn3 1\n"
+                             "DelayRoute3 6\nGate1On 1\nLevelModSource3 5\nLevelModDepth3 100\n"));
+    auto plug = rig.Make();
+    std::atomic<bool> done{false};
+    std::atomic<bool> finite{true};
+    std::atomic<int> calls{0};
+    std::thread audio(
+        [&]
+        {
+            double phase = 0.0;
+            while (!done.load())
+            {
+                for (double v : Sine(*plug, 4, phase))
+                    if (!std::isfinite(v)) finite = false;
+                calls.fetch_add(1);
+            }
+        });
+    for (int k = 0; k < 16; ++k)
+    {
+        EXPECT_TRUE(plug->LoadPreset(k % 2 == 0 ? "/User Presets/One.txt" : "/User Presets/Two.txt"));
+        const int seen = calls.load();
+        while (calls.load() < seen + 2)
+            std::this_thread::yield();
+    }
+    done = true;
+    audio.join();
+    EXPECT_TRUE(finite.load());
+    EXPECT_EQ(plug->GetParam(kDelayRoute3)->value, 6.0);
+}
+} // namespace

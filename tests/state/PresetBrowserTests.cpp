@@ -1,0 +1,220 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "PresetFixtures.h"
+#include "state/PresetBrowser.h"
+#include "state/PresetSaving.h"
+
+using preset_test::TempFolder;
+
+namespace
+{
+// Items of a menu as "text" for files, "[text]" for sub-menus and the header texts as they are.
+std::vector<std::string> Items(const IPresetMenu& menu, int index)
+{
+    std::vector<std::string> items;
+    for (const PresetMenuItem& item : menu.Menus()[static_cast<std::size_t>(index)].items)
+        items.push_back(item.subMenu >= 0 ? "[" + item.text + "]" : item.text);
+    return items;
+}
+
+TEST(PresetBrowser, MenuHoldsBothSectionsSortedRegardlessOfCase)
+{
+    TempFolder dir;
+    for (const char* path :
+         {"/User Presets/beta.txt", "/User Presets/Alpha.txt", "/User Presets/zed/b.txt",
+          "/User Presets/Mine/c.txt", "/Factory Presets/Spaces/Hall.txt", "/Factory Presets/Basics/echo.txt",
+          "/Factory Presets/Basics/Dub.txt", "/Elsewhere/ignored.txt"})
+        dir.Write(path, "Quorvex");
+    IPresetMenu menu;
+    menu.Rebuild(dir.Path());
+    EXPECT_EQ(Items(menu, 0),
+              (std::vector<std::string>{"--  User  Presets  --", "Alpha", "beta", "[Mine]", "[zed]",
+                                        "--  Factory  Presets  --", "[Basics]", "[Spaces]"}));
+    EXPECT_EQ(Items(menu, menu.MenuOfFolder("/Factory Presets/Basics/")),
+              (std::vector<std::string>{"Dub", "echo"}));
+    EXPECT_EQ(menu.FlatList(),
+              (std::vector<std::string>{"/User Presets/Alpha", "/User Presets/beta", "/User Presets/Mine/c",
+                                        "/User Presets/zed/b", "/Factory Presets/Basics/Dub",
+                                        "/Factory Presets/Basics/echo", "/Factory Presets/Spaces/Hall"}));
+    EXPECT_EQ(menu.MenuOfFolder("/User Presets/"), 0);
+    EXPECT_EQ(menu.MenuOfFolder("/Factory Presets/"), 0);
+    EXPECT_EQ(menu.MenuOfFolder("/Elsewhere/"), -1);
+}
+
+TEST(PresetBrowser, HiddenEntriesAndOverlongPathsAreNeverListed)
+{
+    TempFolder dir;
+    dir.Write("/User Presets/.DS_Store", "x");
+    dir.Write("/User Presets/.hidden/Secret.txt", "x");
+    dir.Write("/User Presets/Deep/.git/x.txt", "x");
+    dir.Write("/User Presets/Seen.txt", "x");
+    // The full path of this one reaches 260 characters.
+    const std::string prefix = dir.Path() + "/User Presets/";
+    const std::string longName = std::string(260 - prefix.size() - 4, 'L') + ".txt";
+    dir.Write("/User Presets/" + longName, "x");
+    dir.Write("/User Presets/" + longName.substr(1), "x"); // 259: still listed
+
+    std::vector<PresetEntry> folders, files;
+    ScanFolder(dir.Path(), "/", folders, files);
+    std::vector<std::string> names;
+    for (const PresetEntry& f : files)
+        names.push_back(f.folder + f.name);
+    std::sort(names.begin(), names.end());
+    const std::string kept = "/User Presets/" + longName.substr(1, longName.size() - 5);
+    EXPECT_EQ(names, (std::vector<std::string>{kept, "/User Presets/Seen"}));
+    for (const PresetEntry& f : folders)
+        EXPECT_EQ(f.folder.find("/."), std::string::npos) << f.folder;
+}
+
+TEST(PresetBrowser, StepWrapsBothWaysAndStartsAtAnEndWithoutSelection)
+{
+    TempFolder dir;
+    for (const char* path : {"/User Presets/a.txt", "/User Presets/B.txt", "/Factory Presets/F/c.txt"})
+        dir.Write(path, "x");
+    IPresetMenu menu;
+    menu.Rebuild(dir.Path());
+    EXPECT_EQ(menu.Step(false), "/Factory Presets/F/c"); // nothing selected: backward is the last
+    EXPECT_EQ(menu.Step(true), "/User Presets/a");       // past the last: the first
+    EXPECT_EQ(menu.Step(true), "/User Presets/B");
+    EXPECT_EQ(menu.Step(false), "/User Presets/a");
+    EXPECT_EQ(menu.Step(false), "/Factory Presets/F/c"); // before the first: the last
+    EXPECT_EQ(menu.SelectedPath(), "/Factory Presets/F/c");
+    EXPECT_EQ(menu.SelectedMenuFolder(), "/Factory Presets/F/");
+    EXPECT_EQ(menu.SelectedIndex(), 0);
+
+    menu.ClearSelection();
+    EXPECT_EQ(menu.Step(true), "/User Presets/a");
+    EXPECT_EQ(menu.SelectedMenuFolder(), "/User Presets/"); // the root menu's own name
+    EXPECT_EQ(menu.SelectedIndex(), 1);                     // behind the header
+}
+
+TEST(PresetBrowser, EmptyOrMissingTreeGivesTwoHeadersAndNoStep)
+{
+    TempFolder dir;
+    for (const std::string& base : {dir.Path(), dir.Path() + "/missing"})
+    {
+        IPresetMenu menu;
+        menu.Rebuild(base);
+        EXPECT_EQ(Items(menu, 0),
+                  (std::vector<std::string>{"--  User  Presets  --", "--  Factory  Presets  --"}));
+        EXPECT_FALSE(menu.Step(true).has_value());
+        EXPECT_TRUE(menu.SelectedPath().empty());
+    }
+}
+
+TEST(PresetBrowser, SelectionChecksExactlyOneFileAndSurvivesARebuild)
+{
+    TempFolder dir;
+    dir.Write("/User Presets/a.txt", "x");
+    dir.Write("/Factory Presets/F/b.txt", "x");
+    IPresetMenu menu;
+    menu.Rebuild(dir.Path());
+    EXPECT_FALSE(menu.SelectItem(0, 0)); // a header
+    EXPECT_FALSE(menu.SelectPath("/User Presets/none.txt"));
+    ASSERT_TRUE(menu.SelectPath("/Factory Presets/F/b.txt"));
+    ASSERT_TRUE(menu.SelectPath("/User Presets/a"));
+    int checked = 0;
+    for (const PresetMenuData& m : menu.Menus())
+        for (const PresetMenuItem& i : m.items)
+            checked += i.checked ? 1 : 0;
+    EXPECT_EQ(checked, 1);
+    dir.Write("/User Presets/0 first.txt", "x");
+    menu.Rebuild(dir.Path());
+    EXPECT_EQ(menu.SelectedPath(), "/User Presets/a");
+    EXPECT_EQ(menu.SelectedIndex(), 2);
+}
+
+TEST(PresetBrowser, GenerationMakesOtherMenusStale)
+{
+    TempFolder dir;
+    IPresetMenu one, two;
+    one.Rebuild(dir.Path());
+    two.Rebuild(dir.Path());
+    EXPECT_FALSE(one.Stale());
+    RaisePresetListGeneration();
+    EXPECT_TRUE(one.Stale());
+    EXPECT_TRUE(two.Stale());
+    one.Rebuild(dir.Path());
+    EXPECT_FALSE(one.Stale());
+    EXPECT_TRUE(two.Stale());
+}
+
+TEST(PresetSaving, ChosenPathsAreCheckedBeforeAndAfterWriting)
+{
+    const PresetFolders folders = PresetFolders::FromBase("/p/Presets");
+    const struct
+    {
+        std::string chosen;
+        bool writes;
+        PresetSaveResult result;
+        std::string written;
+        std::string relative;
+    } cases[] = {
+        {"/p/Presets/User Presets/Mine/Dub.txt", true, PresetSaveResult::kSaved,
+         "/p/Presets/User Presets/Mine/Dub.txt", "/User Presets/Mine/Dub.txt"},
+        {"/p/Presets/User Presets/Dub", true, PresetSaveResult::kSaved, "/p/Presets/User Presets/Dub.txt",
+         "/User Presets/Dub.txt"},
+        {"/p/Presets/user presets/Dub.txt", true, PresetSaveResult::kSaved, "/p/Presets/user presets/Dub.txt",
+         "/user presets/Dub.txt"},
+        {"/p/Presets/Factory Presets/Basics/Dub.txt", true, PresetSaveResult::kFactoryTree, "", ""},
+        {"/p/Presets/FACTORY PRESETS/Dub.txt", true, PresetSaveResult::kFactoryTree, "", ""},
+        {"/p/Presets/User Presets/Dub.txt", false, PresetSaveResult::kWriteFailed,
+         "/p/Presets/User Presets/Dub.txt", ""},
+        {"/home/me/Dub.txt", true, PresetSaveResult::kOutsideUserTree, "/home/me/Dub.txt", ""},
+        {"/p/Presets/User Presets/.txt", true, PresetSaveResult::kNoName, "", ""},
+        {"/p/Presets/User Presets/   ", true, PresetSaveResult::kNoName, "", ""},
+        {"/p/Presets/User Presets/", true, PresetSaveResult::kNoName, "", ""},
+        {"", true, PresetSaveResult::kNoName, "", ""},
+    };
+    for (const auto& c : cases)
+    {
+        std::string written;
+        PresetSaveTarget target;
+        const PresetSaveResult result = SavePresetFile(
+            folders, c.chosen,
+            [&](const std::string& path)
+            {
+                written = path;
+                return c.writes;
+            },
+            target);
+        EXPECT_EQ(result, c.result) << c.chosen;
+        EXPECT_EQ(written, c.written) << c.chosen;
+        if (result == PresetSaveResult::kSaved) EXPECT_EQ(target.relativePath, c.relative) << c.chosen;
+    }
+}
+
+TEST(PresetFolders, EnvironmentPicksTheBaseFolder)
+{
+    const auto with = [](const char* own, const char* xdg, const char* home)
+    {
+        const auto set = [](const char* name, const char* value)
+        {
+            if (value)
+                setenv(name, value, 1);
+            else
+                unsetenv(name);
+        };
+        set("QUORVEX_PRESET_DIR", own);
+        set("XDG_DATA_HOME", xdg);
+        set("HOME", home);
+        return PresetFolders::FromEnvironment();
+    };
+    const char* savedHome = std::getenv("HOME");
+    const std::string home = savedHome ? savedHome : "";
+    const PresetFolders own = with("/tmp/qp/", "/x", "/h");
+    EXPECT_EQ(own.base, "/tmp/qp");
+    EXPECT_EQ(own.user, "/tmp/qp/User Presets");
+    EXPECT_EQ(own.factory, "/tmp/qp/factory Presets");
+    EXPECT_EQ(with(nullptr, "/x", "/h").base, "/x/qelmar-audio/Quorvex/Presets");
+    EXPECT_EQ(with("", "", "/h").base, "/h/.local/share/qelmar-audio/Quorvex/Presets");
+    EXPECT_EQ(with(nullptr, nullptr, "/h").base, "/h/.local/share/qelmar-audio/Quorvex/Presets");
+    unsetenv("QUORVEX_PRESET_DIR");
+    unsetenv("XDG_DATA_HOME");
+    setenv("HOME", home.c_str(), 1);
+}
+} // namespace

@@ -1,0 +1,301 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <numeric>
+#include <random>
+#include <string>
+
+#include "PresetFixtures.h"
+#include "params/ParamCatalogue.h"
+#include "params/ParamIds.h"
+
+using preset_test::Head;
+using preset_test::Load;
+
+namespace
+{
+float AsFloat(double v)
+{
+    return static_cast<float>(v);
+}
+
+// A value the file format carries exactly: four significant digits, or a whole step of a list.
+double RandomValue(const IParamRecord& p, std::mt19937& rng)
+{
+    std::uniform_real_distribution<double> u(p.min, p.max);
+    if (p.type != IParamRecord::kTypeDouble) return std::round(u(rng));
+    const double v = u(rng);
+    if (v == 0.0) return 0.0;
+    const double scale = std::pow(10.0, 3.0 - std::floor(std::log10(std::abs(v))));
+    return std::clamp(std::round(v * scale) / scale, p.min, p.max);
+}
+
+TEST(PresetFile, RandomPatchesComeBackAsThirtyTwoBitFloatsWithTheirMasks)
+{
+    for (std::uint32_t seed = 1; seed <= 12; ++seed)
+    {
+        std::mt19937 rng(seed);
+        FakeStateHost source;
+        std::vector<int> ids(kNumParams);
+        std::iota(ids.begin(), ids.end(), 0);
+        std::shuffle(ids.begin(), ids.end(), rng);
+        ids.resize(300);
+        for (int id : ids)
+            source.Set(id, RandomValue(*source.Param(id), rng));
+        // Logic module 2's doubles share their keys with module 3's, and a file's first such key goes
+        // to module 2: a module 3 value comes back only when module 2's is written before it.
+        for (int lower :
+             {kLogic2Source1Depth, kLogic2Source2Depth, kLogic2Smooth, kLogic2Depth, kLogic2DepthMod})
+            if (source.Value(lower) == source.Param(lower)->defaultValue &&
+                source.Value(lower + 1) != source.Param(lower + 1)->defaultValue)
+                source.Set(lower, source.Param(lower)->defaultValue == 0.0 ? 1.0 : 0.0);
+        StateFields& f = source.Fields();
+        for (auto& m : f.mTapOnMask)
+            m = static_cast<std::int32_t>(rng() & 0xFFFF);
+        for (auto& m : f.mStepFxMask)
+            m = static_cast<std::int32_t>(rng() & 0xFFFF);
+        for (auto& row : f.mStepModMask)
+            for (auto& m : row)
+                m = static_cast<std::int32_t>(rng() & 0xFFFF);
+        f.mLastPage = 10 + static_cast<int>(rng() % 5);
+
+        FakeStateHost target;
+        target.Set(kFeedback3, 99.0); // a leftover of an earlier sound, not in every patch
+        Load(target, PresetFileText(source));
+        for (int id = 0; id < kNumParams; ++id)
+            ASSERT_EQ(AsFloat(target.Value(id)), AsFloat(source.Value(id)))
+                << ParamKey(id) << " seed " << seed;
+        const StateFields& g = target.Fields();
+        EXPECT_EQ(0, std::memcmp(g.mTapOnMask, f.mTapOnMask, sizeof f.mTapOnMask));
+        EXPECT_EQ(0, std::memcmp(g.mStepFxMask, f.mStepFxMask, sizeof f.mStepFxMask));
+        EXPECT_EQ(0, std::memcmp(g.mStepModMask, f.mStepModMask, sizeof f.mStepModMask));
+        EXPECT_EQ(g.mPageMemory, f.mLastPage);
+    }
+}
+
+TEST(PresetFile, FreshPluginWritesTheLayoutAndNoParameterLine)
+{
+    FakeStateHost fresh;
+    fresh.Fields().mTapOnMask[3] = 5;
+    fresh.Fields().mStepModMask[1][0] = 7; // row 1 follows all of row 0
+    EXPECT_EQ(PresetFileText(fresh), "Quorvex V. 1.2.0r14 PresetFile!\n"
+                                     "PresetVersion: 14\n"
+                                     "\n"
+                                     "ADDPARAMS:\n"
+                                     "\n"
+                                     "DelayTaps\n"
+                                     "65535 65535 65535 5 65535 65535 65535 65535 \n"
+                                     "LastPage\n"
+                                     "2\n"
+                                     "StepFX\n"
+                                     "0 0 0 0 \n"
+                                     "StepMod\n"
+                                     "0 0 0 0 7 0 0 0 \n"
+                                     "\n"
+                                     "EParams:\n");
+}
+
+TEST(PresetFile, ValuesAreWrittenInIdOrderWithSixDigitsWhenTheyDifferAsFloats)
+{
+    FakeStateHost host;
+    host.Set(kLevel2, 1.0 / 3.0);      // 0.333333
+    host.Set(kFeedback1, 50.000001);   // the default 50 as a float: not written
+    host.Set(kDelayTimeL1, 1234.5678); // 1234.57
+    host.Set(kSlotOn1, 0.0);           // default 1
+    host.Set(kDelayMode2, 3.0);
+    const std::string text = PresetFileText(host);
+    const std::string params = text.substr(text.find("EParams:\n") + 9);
+    EXPECT_EQ(params, "SlotOn1 0\nLevel2 0.333333\nDelayMode2 3\nDelayTimeL1 1234.57\n");
+}
+
+TEST(PresetFile, HeaderOnlyFileGivesDefaultsAndClearsStepMasksButKeepsTapMasks)
+{
+    FakeStateHost host;
+    host.Set(kFeedback1, 10.0);
+    host.Set(kLevel3, -20.0);
+    host.Fields().mTapOnMask[2] = 0x00F0;
+    host.Fields().mStepFxMask[1] = 0x0F0F;
+    host.Fields().mStepModMask[0][3] = 0x1234;
+    Load(host, Head(14));
+    for (int id = 0; id < kNumParams; ++id)
+        ASSERT_EQ(host.Value(id), host.Param(id)->defaultValue) << ParamKey(id);
+    EXPECT_EQ(host.Fields().mTapOnMask[2], 0x00F0);
+    EXPECT_EQ(host.Fields().mStepFxMask[1], 0);
+    EXPECT_EQ(host.Fields().mStepModMask[0][3], 0);
+    // Every id was announced once, in order.
+    ASSERT_EQ(host.mChanges.size(), std::size_t(kNumParams));
+    EXPECT_TRUE(std::is_sorted(host.mChanges.begin(), host.mChanges.end()));
+}
+
+TEST(PresetFile, SharedLogicKeyGoesToTheLowerIdFirst)
+{
+    // Logic module 2's depth is named like module 3's: the two keys read alike.
+    const std::string key = "Logic3Source1Depth";
+    ASSERT_EQ(ParamKey(kLogic2Source1Depth), key);
+    ASSERT_EQ(ParamKey(kLogic3Source1Depth), key);
+    struct Case
+    {
+        const char* body;
+        double logic2;
+        double logic3;
+    };
+    const double byDefault = FakeStateHost().Param(kLogic3Source1Depth)->defaultValue;
+    const Case cases[] = {
+        {"Logic3Source1Depth 11\nLogic3Source1Depth 22\n", 11, 22},
+        {"Logic3Source1Depth 22\nLogic3Source1Depth 11\n", 22, 11},
+        {"Logic3Source1Depth 33\n", 33, byDefault},
+        // Another key between them changes nothing of the order.
+        {"Logic3Source1Depth 44\nFeedback1 20\nLogic3Source1Depth 55\n", 44, 55},
+    };
+    for (const Case& c : cases)
+    {
+        FakeStateHost host;
+        Load(host, Head(14) + c.body);
+        EXPECT_EQ(host.Value(kLogic2Source1Depth), c.logic2) << c.body;
+        EXPECT_EQ(host.Value(kLogic3Source1Depth), c.logic3) << c.body;
+    }
+}
+
+TEST(PresetFile, ReadingEndsAtTheFirstValueThatIsNoNumber)
+{
+    for (const char* bad : {"abc", "1.5x", "nan", "inf", "-", "1e999"})
+    {
+        FakeStateHost host;
+        const PresetData data =
+            Load(host, Head(14) + "Feedback1 20\nLevel1 " + bad + "\nFeedback2 30\nLevel2 -9\n");
+        EXPECT_TRUE(data.stoppedEarly) << bad;
+        EXPECT_EQ(host.Value(kFeedback1), 20.0) << bad;
+        EXPECT_EQ(host.Value(kLevel1), host.Param(kLevel1)->defaultValue) << bad;
+        EXPECT_EQ(host.Value(kFeedback2), host.Param(kFeedback2)->defaultValue) << bad;
+        EXPECT_EQ(host.Value(kLevel2), host.Param(kLevel2)->defaultValue) << bad;
+    }
+}
+
+TEST(PresetFile, ALastKeyWithoutValueEndsTheFileQuietly)
+{
+    FakeStateHost host;
+    const PresetData data = Load(host, Head(14) + "Feedback1 20\nLevel1");
+    EXPECT_FALSE(data.stoppedEarly);
+    EXPECT_EQ(host.Value(kFeedback1), 20.0);
+    EXPECT_EQ(host.Value(kLevel1), host.Param(kLevel1)->defaultValue);
+}
+
+TEST(PresetFile, ValuesBeyondTheRangeAreCutAndUnknownKeysDropped)
+{
+    FakeStateHost host;
+    PresetData data = Load(host, Head(14) + "Feedback1 500\nLevel1 -100\nNoSuchKey 5\nFeedback2 -3\n"
+                                            "DelayMode1 7\n");
+    EXPECT_EQ(host.Value(kFeedback1), 160.0);
+    EXPECT_EQ(host.Value(kLevel1), -60.0);
+    EXPECT_EQ(host.Value(kFeedback2), 0.0);
+    EXPECT_EQ(host.Value(kDelayMode1), 3.0);
+    ASSERT_EQ(data.keys.size(), 1u);
+    EXPECT_EQ(data.keys[0], "NoSuchKey");
+    // The next file starts from empty lists.
+    ASSERT_EQ(ParsePresetText(Head(14), data), PresetReadResult::kOk);
+    EXPECT_TRUE(data.keys.empty());
+}
+
+TEST(PresetFile, AddParamsSectionsInAnyOrderUnknownOnesSkipped)
+{
+    FakeStateHost host;
+    Load(host, "Quorvex V. x PresetFile! PresetVersion: 14 ADDPARAMS: StepFX 1 2 3 4 Colours LastPage 12 "
+               "DelayTaps 9 8 7 6 5 4 3 2 StepMod 10 11 12 13 14 15 16 17 EParams: Feedback4 7.25");
+    const StateFields& f = host.Fields();
+    const std::int32_t taps[] = {9, 8, 7, 6, 5, 4, 3, 2};
+    EXPECT_EQ(0, std::memcmp(f.mTapOnMask, taps, sizeof taps));
+    EXPECT_EQ(f.mStepFxMask[3], 4);
+    EXPECT_EQ(f.mStepModMask[0][0], 10);
+    EXPECT_EQ(f.mStepModMask[1][3], 17);
+    EXPECT_EQ(f.mPageMemory, 12);
+    EXPECT_EQ(host.Value(kFeedback4), 7.25);
+    // The taps reached the plug-in's tap engine too.
+    ASSERT_EQ(host.mAppliedTapMasks.size(), 8u);
+    EXPECT_EQ(host.mAppliedTapMasks[7], 2);
+}
+
+TEST(PresetFile, LastPageOfNineOrBelowRemembersTheOverview)
+{
+    for (const auto& [stored, remembered] : {std::pair{9, 2}, {10, 10}, {0, 2}, {17, 17}})
+    {
+        FakeStateHost host;
+        Load(host, "Quorvex V. x PresetFile! PresetVersion: 14 ADDPARAMS: LastPage " +
+                       std::to_string(stored) + " EParams:");
+        EXPECT_EQ(host.Fields().mPageMemory, remembered) << stored;
+    }
+}
+
+TEST(PresetFile, WrongFirstTokenIsRefusedBeforeAnythingIsRead)
+{
+    PresetData data;
+    for (const char* text :
+         {"", "   ", "quorvex V. 1 PresetFile!", "QuorvexV. 1", "Other V. 1.2.0r14 PresetFile!"})
+        EXPECT_EQ(ParsePresetText(text, data), PresetReadResult::kWrongFile) << text;
+    EXPECT_EQ(ReadPresetText("/nonexistent/quorvex/preset.txt", data), PresetReadResult::kNoFile);
+}
+
+TEST(PresetFile, EveryCutOfAFileLoadsWhatItHoldsAndNothingElse)
+{
+    FakeStateHost source;
+    source.Set(kFeedback1, 62.5);
+    source.Set(kDelayMode3, 2.0);
+    source.Set(kLevel4, -7.25);
+    source.Set(kLogic2Source1Depth, -40.0);
+    source.Set(kBP, 1.0);
+    for (auto& m : source.Fields().mTapOnMask)
+        m = 0x0F0F;
+    source.Fields().mStepFxMask[2] = 0x00FF;
+    const std::string text = PresetFileText(source);
+
+    for (std::size_t cut = 0; cut <= text.size(); ++cut)
+    {
+        const std::string part = text.substr(0, cut);
+        FakeStateHost host;
+        PresetData data;
+        const PresetReadResult result = ParsePresetText(part, data);
+        // Until the product word is whole, the file isn't ours.
+        ASSERT_EQ(result == PresetReadResult::kOk, cut >= 7) << cut;
+        if (result != PresetReadResult::kOk) continue;
+        ApplyPresetMasks(host, data);
+        ApplyPresetParams(host, data);
+        for (int id = 0; id < kNumParams; ++id)
+        {
+            const double v = host.Value(id);
+            const IParamRecord& p = *host.Param(id);
+            ASSERT_TRUE(std::isfinite(v) && v >= p.min && v <= p.max) << cut << " " << ParamKey(id);
+            // A parameter line that lies whole in the part, its line end included, was applied.
+            const std::string line = "\n" + std::string(ParamKey(id)) + " ";
+            const std::size_t at = part.find(line);
+            if (at != std::string::npos && part.find('\n', at + line.size()) != std::string::npos)
+                ASSERT_EQ(AsFloat(v), AsFloat(source.Value(id))) << cut << " " << ParamKey(id);
+        }
+    }
+}
+
+TEST(PresetNames, NameAndFolderLabelFollowTheirCuttingRules)
+{
+    const struct
+    {
+        std::string path;
+        std::string name;
+        std::string label;
+    } cases[] = {
+        {"/Factory Presets/Ambient/Long Tail.txt", "Long Tail", "F:Ambient"},
+        {"/User Presets/Long Tail.txt", "Long Tail", "U:"},
+        {"/Factory Presets/Long Tail.txt", "Long Tail", "U:"}, // directly in the factory tree
+        {"/User Presets/a.b.txt", "a", "U:"},
+        {"/User Presets/Mine/Deep/Dub.txt", "Dub", "U:Mine/Deep"},
+        {"/factory Presets/Ambient/x.txt", "x", "U:Ambient"}, // the label's test is exact
+        {"/User Presets/Sub/" + std::string(40, 'n') + ".txt", std::string(38, 'n'), "U:Sub"},
+        {"/User Presets/" + std::string(36, 'n') + "..b.txt", std::string(36, 'n') + ".", "U:"},
+        {"/User Presets/" + std::string(35, 'f') + "/x.txt", "x", "U:" + std::string(30, 'f')},
+        {"/User Presets/NoExtension", "NoExtension", "U:"},
+    };
+    for (const auto& c : cases)
+    {
+        EXPECT_EQ(PresetNameOf(c.path), c.name) << c.path;
+        EXPECT_EQ(PresetFolderLabelOf(c.path), c.label) << c.path;
+    }
+}
+} // namespace

@@ -1,0 +1,191 @@
+// The factory preset library as it ships: enough presets, in category folders, each in the exact
+// form the plug-in's writer gives, with keys the plug-in knows and values inside their ranges, and
+// each rendering the demo phrase through the built bundle to audible, finite sound that dies away.
+
+#include <gtest/gtest.h>
+
+#include <sndfile.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "params/ParamCatalogue.h"
+#include "state/FakeStateHost.h"
+#include "state/PresetFile.h"
+
+namespace
+{
+namespace fs = std::filesystem;
+
+constexpr double kDemoSeconds = 6.0; // two bars and a ringing bar at 120 BPM
+constexpr double kMaxTailSeconds = 30.0;
+constexpr double kQuietWindowSeconds = 0.1; // the tool stops this long after -90 dBFS is reached
+constexpr double kEnvelopeSeconds = 0.02;
+
+std::vector<fs::path> FactoryFiles()
+{
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator(QUORVEX_FACTORY_PRESETS))
+        if (entry.is_regular_file()) files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+std::string Slurp(const fs::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::string Quote(const std::string& s)
+{
+    std::string q = "'";
+    for (char c : s)
+        q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return q + "'";
+}
+
+std::string Relative(const fs::path& file)
+{
+    return fs::relative(file, QUORVEX_FACTORY_PRESETS).string();
+}
+
+TEST(FactoryPresets, AtLeastFortyEightInCategoryFolders)
+{
+    const auto files = FactoryFiles();
+    EXPECT_GE(files.size(), 48u);
+    std::set<std::string> folders;
+    for (const fs::path& file : files)
+    {
+        EXPECT_EQ(file.extension(), ".txt") << file;
+        const std::string relative = "/Factory Presets/" + Relative(file);
+        EXPECT_EQ(std::count(relative.begin(), relative.end(), '/'), 3) << relative;
+        const std::string label = PresetFolderLabelOf(relative);
+        EXPECT_EQ(label.rfind("F:", 0), 0u) << relative;
+        folders.insert(label);
+        EXPECT_EQ(PresetNameOf(relative), file.stem().string()) << "the name must show whole: " << relative;
+    }
+    EXPECT_GE(folders.size(), 8u);
+}
+
+TEST(FactoryPresets, EveryFileIsAsTheWriterWritesItWithKnownKeysAndValuesInRange)
+{
+    for (const fs::path& file : FactoryFiles())
+    {
+        SCOPED_TRACE(Relative(file));
+        PresetData data;
+        ASSERT_EQ(ReadPresetText(file.string(), data), PresetReadResult::kOk);
+        EXPECT_EQ(data.version, kPresetVersion);
+        EXPECT_FALSE(data.stoppedEarly);
+
+        // Each key is taken by the first id of that key that is still free, as the loader does.
+        FakeStateHost host;
+        std::set<int> taken;
+        for (std::size_t i = 0; i < data.keys.size(); ++i)
+        {
+            int id = 0;
+            while (id < kNumParams && (ParamKey(id) != data.keys[i] || taken.count(id) > 0))
+                ++id;
+            ASSERT_LT(id, kNumParams) << "unknown key " << data.keys[i];
+            taken.insert(id);
+            const IParamRecord& p = *host.Param(id);
+            EXPECT_GE(data.values[i], static_cast<float>(p.min)) << data.keys[i] << " cut to its range";
+            EXPECT_LE(data.values[i], static_cast<float>(p.max)) << data.keys[i] << " cut to its range";
+        }
+
+        ApplyPresetMasks(host, data);
+        ApplyPresetParams(host, data);
+        EXPECT_TRUE(data.keys.empty());
+        host.Fields().mLastPage = data.lastPage.value_or(host.Fields().mLastPage);
+        EXPECT_EQ(PresetFileText(host), Slurp(file));
+    }
+}
+
+struct Render
+{
+    std::string name;
+    double seconds = 0.0;
+    double peakDb = -200.0;
+    std::vector<double> envelopeDb; // per 20 ms window, both channels
+};
+
+Render RenderPreset(const fs::path& file, const fs::path& scratch)
+{
+    Render r;
+    r.name = Relative(file);
+    const fs::path wav = scratch / "render.wav";
+    const std::string command = Quote(QUORVEX_RENDER_TOOL) + " --preset " + Quote(file.string()) +
+                                " --demo " + Quote(wav.string()) + " >" +
+                                Quote((scratch / "log.txt").string()) + " 2>&1";
+    const int status = std::system(command.c_str());
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << r.name << "\n"
+                                                               << Slurp(scratch / "log.txt");
+    EXPECT_EQ(Slurp(scratch / "log.txt").find("warning"), std::string::npos) << r.name;
+
+    SF_INFO info{};
+    SNDFILE* sf = sf_open(wav.string().c_str(), SFM_READ, &info);
+    EXPECT_NE(sf, nullptr) << r.name;
+    if (sf == nullptr) return r;
+    std::vector<double> samples(static_cast<std::size_t>(info.frames * info.channels));
+    sf_readf_double(sf, samples.data(), info.frames);
+    sf_close(sf);
+    r.seconds = static_cast<double>(info.frames) / info.samplerate;
+
+    const auto window = static_cast<std::size_t>(kEnvelopeSeconds * info.samplerate) * 2;
+    double peak = 0.0;
+    for (std::size_t start = 0; start < samples.size(); start += window)
+    {
+        double sum = 0.0;
+        const std::size_t end = std::min(samples.size(), start + window);
+        for (std::size_t i = start; i < end; ++i)
+        {
+            sum += samples[i] * samples[i];
+            peak = std::max(peak, std::abs(samples[i]));
+        }
+        r.envelopeDb.push_back(10.0 * std::log10(sum / static_cast<double>(end - start) + 1e-12));
+    }
+    r.peakDb = 20.0 * std::log10(peak + 1e-12);
+    return r;
+}
+
+TEST(FactoryPresets, EveryPresetRendersTheDemoAudiblyDistinctAndDying)
+{
+    const fs::path scratch = fs::temp_directory_path() / ("quorvex_factory_" + std::to_string(getpid()));
+    fs::create_directories(scratch);
+    const auto files = FactoryFiles();
+    std::vector<Render> renders;
+    for (std::size_t i = 0; i < files.size(); i += QUORVEX_FACTORY_RENDER_STRIDE)
+    {
+        renders.push_back(RenderPreset(files[i], scratch));
+        const Render& r = renders.back();
+        EXPECT_GT(r.peakDb, -30.0) << r.name << " is (nearly) silent";
+        // The tool stops once the output has stayed below -90 dBFS for 100 ms.
+        EXPECT_LT(r.seconds, kDemoSeconds + kMaxTailSeconds + kQuietWindowSeconds)
+            << r.name << " rings on for more than 30 s";
+    }
+    fs::remove_all(scratch);
+
+    // Two presets that differ nowhere by a tenth of a decibel in any 20 ms sound the same.
+    for (std::size_t a = 0; a < renders.size(); ++a)
+        for (std::size_t b = a + 1; b < renders.size(); ++b)
+        {
+            const auto& x = renders[a].envelopeDb;
+            const auto& y = renders[b].envelopeDb;
+            double largest = x.size() == y.size() ? 0.0 : 100.0;
+            for (std::size_t k = 0; k < std::min(x.size(), y.size()); ++k)
+                largest = std::max(largest, std::abs(x[k] - y[k]));
+            EXPECT_GT(largest, 0.1) << renders[a].name << " and " << renders[b].name << " render alike";
+        }
+}
+} // namespace

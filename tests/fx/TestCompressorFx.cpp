@@ -1,4 +1,4 @@
-#include "dsp/FilterMeasure.h"
+#include "common/FilterMeasure.h"
 #include "fx/CompressorFx.h"
 
 #include <gtest/gtest.h>

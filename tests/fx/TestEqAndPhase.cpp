@@ -1,4 +1,4 @@
-#include "dsp/FilterMeasure.h"
+#include "common/FilterMeasure.h"
 #include "fx/DCRemover.h"
 #include "fx/EQ_M.h"
 #include "fx/EQ_ST.h"

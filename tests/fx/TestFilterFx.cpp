@@ -1,4 +1,4 @@
-#include "dsp/FilterMeasure.h"
+#include "common/FilterMeasure.h"
 #include "dsp/FreqMapping.h"
 #include "dsp/IppBiquad.h"
 #include "fx/FilterFx.h"

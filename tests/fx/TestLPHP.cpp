@@ -1,7 +1,7 @@
 // Drive filters: gains at the corners and slopes per mode against the section formula, the serial
 // and parallel topologies, the free slopes of VARILPHP and the stereo holder's bypass.
 
-#include "dsp/FilterMeasure.h"
+#include "common/FilterMeasure.h"
 #include "dsp/FreqMapping.h"
 #include "dsp/TimeBase.h"
 #include "fx/LPHP.h"

@@ -1,4 +1,4 @@
-#include "dsp/FilterMeasure.h"
+#include "common/FilterMeasure.h"
 #include "fx/Comb.h"
 #include "fx/HilbertShifter.h"
 #include "fx/PhaserC.h"

@@ -1,6 +1,6 @@
 // Shaping effects on a sine: which harmonics each curve makes, and the level laws of the amounts.
 
-#include "dsp/FilterMeasure.h"
+#include "common/FilterMeasure.h"
 #include "dsp/TimeBase.h"
 #include "fx/Shaper.h"
 

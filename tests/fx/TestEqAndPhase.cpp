@@ -168,34 +168,3 @@ TEST(DCRemover, ConstantSettlesToZero)
 }
 
 // No NaN or infinity at the extremes of every control, at the lowest and highest rates.
-TEST(EqAndPhase, FiniteAtExtremesAndRates)
-{
-    RateGuard guard;
-    for (double rate : {32000.0, 96000.0})
-    {
-        SetTimeBase(rate);
-        for (int corner = 0; corner < 16; ++corner)
-        {
-            const auto pick = [corner](int p, double lo, double hi) { return (corner >> p) & 1 ? hi : lo; };
-            PhaseFilter pf(corner & 1);
-            for (int p = 0; p < 4; ++p)
-                pf.SetParam(p, pick(p, 0.0, 1.0));
-            EQ_ST eq(corner % 3);
-            const bool gainIsAmp[3][4] = {
-                {true, false, false, true}, {false, false, false, false}, {true, false, true, false}};
-            const bool isHz[3][4] = {
-                {false, true, false, false}, {false, true, false, true}, {false, true, false, true}};
-            for (int p = 0; p < 4; ++p)
-                eq.SetParam(p, isHz[corner % 3][p]        ? pick(p, 10.0, 24000.0)
-                               : gainIsAmp[corner % 3][p] ? pick(p, ShelfAmp(-18.0), ShelfAmp(18.0))
-                                                          : pick(p, 0.0, 1.0));
-            std::vector<double> x(200 * gBlockLen);
-            for (size_t n = 0; n < x.size(); ++n)
-                x[n] = n < x.size() / 2 ? std::sin(0.37 * double(n) * double(n)) : 0.0;
-            for (double v : RunBlocks(pf, x))
-                ASSERT_TRUE(std::isfinite(v)) << rate << " corner " << corner;
-            for (double v : RunBlocks(eq, x))
-                ASSERT_TRUE(std::isfinite(v)) << rate << " corner " << corner;
-        }
-    }
-}

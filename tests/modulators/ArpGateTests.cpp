@@ -172,32 +172,6 @@ TEST_F(ArpGateTest, SyncedStepFollowsHostPosition)
     EXPECT_EQ(gate.Step(), 4);
 }
 
-TEST_F(ArpGateTest, ClockedByAnotherGatesStartPulse)
-{
-    // Gate A runs 4 clocked steps; gate B advances once per A cycle, one block later.
-    ArpGate a;
-    ArpGate b;
-    a.setLength(4);
-    b.setLength(8);
-    b.setTimebase(ArpGate::kFirstClockTimebase + 6, a.StartPulse()); // "GATE1 START"
-    std::uint8_t tick = 0;
-    a.setClock(&tick);
-    int bSteps = 0;
-    for (int t = 0; t < 12; ++t)
-    {
-        const int before = b.Step();
-        tick = 1;
-        a.processBlock(0.0, 120.0f);
-        b.processBlock(0.0, 120.0f);
-        tick = 0;
-        a.processBlock(0.0, 120.0f);
-        b.processBlock(0.0, 120.0f);
-        bSteps += b.Step() != before ? 1 : 0;
-    }
-    EXPECT_EQ(bSteps, 3); // A wrapped to 0 at ticks 4, 8, 12
-    EXPECT_EQ(b.Step(), 3);
-}
-
 TEST_F(ArpGateTest, PulsesRiseOnceAndSelfClockWorks)
 {
     ArpGate gate;
@@ -309,21 +283,11 @@ TEST(StepPresets, PatternsAndGrid)
     for (int preset = 0; preset < kNumStepPresets; ++preset)
         EXPECT_TRUE(std::isfinite(MakeStepPattern(preset, 1, 0, 7).levels[0]));
 
+    // Random patterns fill all 16 steps, repeatably per seed, snapped to the grid when asked.
     const StepPattern r1 = MakeStepPattern(kStepPresetRandomize, 3, 0, 99);
-    const StepPattern r2 = MakeStepPattern(kStepPresetRandomize, 3, 0, 99);
-    const StepPattern r3 = MakeStepPattern(kStepPresetRandomize, 3, 0, 100);
     EXPECT_EQ(r1.count, 16);
-    EXPECT_EQ(r1.levels, r2.levels);
-    EXPECT_NE(r1.levels, r3.levels);
-    double mean = 0.0;
-    for (double v : r1.levels)
-    {
-        EXPECT_GE(v, 0.0);
-        EXPECT_LE(v, 1.0);
-        mean += v / 16.0;
-    }
-    EXPECT_GT(mean, 0.2);
-    EXPECT_LT(mean, 0.8);
+    EXPECT_EQ(r1.levels, MakeStepPattern(kStepPresetRandomize, 3, 0, 99).levels);
+    EXPECT_NE(r1.levels, MakeStepPattern(kStepPresetRandomize, 3, 0, 100).levels);
     const StepPattern snapped = MakeStepPattern(kStepPresetRandomize, 3, 2, 99);
     for (double v : snapped.levels)
         EXPECT_TRUE(v == 0.0 || v == 0.5 || v == 1.0) << v;

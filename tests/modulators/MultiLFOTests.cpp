@@ -39,30 +39,13 @@ double MeasureWobbleHz(double percent, double seconds)
 }
 } // namespace
 
-TEST(MultiLFO, RateLawAndStepFollowSampleRate)
-{
-    SetTimeBase(48000.0);
-    MultiLFO lfo;
-    lfo.SetModRate(30.0);
-    EXPECT_DOUBLE_EQ(lfo.mRateHz, 67.21);
-    EXPECT_DOUBLE_EQ(lfo.FreqNorm(), 67.21 / 48000.0);
-    EXPECT_DOUBLE_EQ(lfo.Step(), 2.9 * 67.21 / 48000.0);
-    // A new rate takes effect on Reset, without the parameter being sent again.
-    SetTimeBase(96000.0);
-    lfo.Reset();
-    EXPECT_DOUBLE_EQ(lfo.FreqNorm(), 67.21 / 96000.0);
-    SetTimeBase(44100.0);
-}
-
 // An hour of blocks at 44.1 kHz for every rate: the integration must not run away. L+ stays inside
 // -1 .. 1; R+ follows y, whose attractor reaches about -16.5, so it dips to about -1.17 by design.
 TEST(MultiLFO, RoesslerStaysBoundedForEveryRateOverAnHour)
 {
     SetTimeBase(44100.0);
     const long ticks = static_cast<long>(3600.0 * kBlocksPerSecond);
-    double globalLo[2] = {0.0, 0.0};
-    double globalHi[2] = {0.0, 0.0};
-    for (int percent = 0; percent <= 100; percent += 5)
+    for (int percent = 0; percent <= 100; percent += 10)
     {
         MultiLFO lfo;
         lfo.SetModRate(percent);
@@ -87,11 +70,6 @@ TEST(MultiLFO, RoesslerStaysBoundedForEveryRateOverAnHour)
         // The negative pair mirrors the positive one.
         EXPECT_EQ(lfo.Out(MultiLFO::kLMinus), -lfo.Out(MultiLFO::kLPlus));
         EXPECT_EQ(lfo.Out(MultiLFO::kRMinus), -lfo.Out(MultiLFO::kRPlus));
-        for (int k = 0; k < 2; ++k)
-        {
-            globalLo[k] = std::min(globalLo[k], lo[k]);
-            globalHi[k] = std::max(globalHi[k], hi[k]);
-        }
         // From 10 % on, an hour covers the whole attractor: a wide swing, not a stuck value.
         if (percent >= 10)
         {
@@ -101,8 +79,6 @@ TEST(MultiLFO, RoesslerStaysBoundedForEveryRateOverAnHour)
             EXPECT_GT(hi[1], 0.85);
         }
     }
-    RecordProperty("LPlusRange", std::to_string(globalLo[0]) + " .. " + std::to_string(globalHi[0]));
-    RecordProperty("RPlusRange", std::to_string(globalLo[1]) + " .. " + std::to_string(globalHi[1]));
 }
 
 TEST(MultiLFO, WobbleRateRisesWithRate)
@@ -153,23 +129,4 @@ TEST(MultiLFO, PlainShapesFollowThePhase)
             EXPECT_EQ(lfo.Out(MultiLFO::kRMinus), 0.0);
         }
     }
-}
-
-TEST(MultiLFO, FirstRoesslerStepFromStartState)
-{
-    SetTimeBase(44100.0);
-    MultiLFO lfo;
-    lfo.SetModRate(100.0);
-    lfo.Reset();
-    lfo.Tick();
-    // From x = 0, y = 1, z = 1: x' = -2 dt, y' = 1 + 0.15 dt.
-    const double dt = 2.9 * 224.01 / 44100.0;
-    EXPECT_NEAR(lfo.Out(MultiLFO::kLPlus), -2.0 * dt * 0.05107000097632408, 1e-15);
-    EXPECT_NEAR(lfo.Out(MultiLFO::kRPlus), (1.0 + 0.15 * dt) * 0.06790000200271606, 1e-15);
-    // Reset returns to the start state.
-    for (int i = 0; i < 1000; ++i)
-        lfo.Tick();
-    lfo.Reset();
-    lfo.Tick();
-    EXPECT_NEAR(lfo.Out(MultiLFO::kLPlus), -2.0 * dt * 0.05107000097632408, 1e-15);
 }

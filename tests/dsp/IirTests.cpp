@@ -249,8 +249,11 @@ TEST(IirDesign, ChebyshevRunPathFollowsTheClosedForm)
         double rate, hz, ripple;
         int order;
     };
+    // The last rows: the slowest design the modules use (rings for a few hundred thousand samples)
+    // and odd orders, whose low-pass has 0 dB at DC.
     const Case cases[] = {{44100.0, 200.0, 3.0, 2},   {44100.0, 200.0, 15.0, 4},  {96000.0, 50.0, 1.0, 4},
-                          {32000.0, 15000.0, 3.0, 4}, {48000.0, 5000.0, 15.0, 2}, {44100.0, 20000.0, 1.0, 4}};
+                          {32000.0, 15000.0, 3.0, 4}, {48000.0, 5000.0, 15.0, 2}, {44100.0, 20000.0, 1.0, 4},
+                          {96000.0, 50.0, 15.0, 4},   {44100.0, 2205.0, 2.0, 3},  {44100.0, 2205.0, 2.0, 5}};
     for (const Case& c : cases)
         for (const bool highpass : {false, true})
             for (const bool fromTaps : {false, true})
@@ -263,7 +266,7 @@ TEST(IirDesign, ChebyshevRunPathFollowsTheClosedForm)
                 flt.Design(highpass, fc, c.ripple, c.order, 1);
                 if (fromTaps) flt.InitFromTaps(flt.taps, c.order);
                 std::vector<double> h;
-                ASSERT_GT(ImpulseDecay(flt, 1 << 21, &h), 0);
+                ASSERT_GT(ImpulseDecay(flt, 1 << 22, &h), 0);
                 for (const double f : {0.3 * fc, 0.8 * fc, fc, 1.2 * fc, 3.0 * fc})
                 {
                     if (f >= 0.5) continue;
@@ -274,16 +277,8 @@ TEST(IirDesign, ChebyshevRunPathFollowsTheClosedForm)
             }
 }
 
-TEST(IirDesign, OddChebyshevAndClampedCorners)
+TEST(IirDesign, CornersBeyondTheRangeTakeItsEnds)
 {
-    // Odd orders have 0 dB at DC (low-pass); the corner is still the -ripple edge.
-    for (const int order : {3, 5})
-    {
-        Filter flt;
-        flt.Design(false, 0.05, 2.0, order, 1);
-        EXPECT_NEAR(static_cast<double>(TapsDb(flt.taps, order, 0.0L)), 0.0, 1e-6);
-        EXPECT_NEAR(static_cast<double>(TapsDb(flt.taps, order, 0.05L)), -2.0, 0.01);
-    }
     // Corners beyond the usable range (0.0002 .. 0.49) take its ends, and stay stable filters.
     for (const double edge : {0.0002, 0.49})
     {
@@ -294,37 +289,6 @@ TEST(IirDesign, OddChebyshevAndClampedCorners)
             EXPECT_EQ(a.taps[i], b.taps[i]);
         EXPECT_GT(ImpulseDecay(b, 1 << 22), 0);
     }
-}
-
-TEST(IirDesign, EveryDesignIsStable)
-{
-    // Impulse responses through IirRun, both ways of building the sections, over the corners the
-    // modules use, the slowest Chebyshev included (Butterworth orders are covered by the run path).
-    long longest = 0;
-    for (const double rate : {32000.0, 96000.0})
-        for (const double hz : {50.0, 1000.0, 15000.0, 20000.0})
-            for (const bool highpass : {false, true})
-                for (const bool fromTaps : {false, true})
-                {
-                    const double fc = std::min(hz / rate, 0.49);
-                    for (const double ripple : {1.0, 15.0})
-                        for (const int order : {2, 4})
-                        {
-                            SCOPED_TRACE(testing::Message()
-                                         << "Chebyshev " << rate << " Hz, corner " << hz << ", ripple "
-                                         << ripple << ", order " << order << (highpass ? " HP" : " LP")
-                                         << (fromTaps ? ", factored taps" : ""));
-                            Filter flt;
-                            flt.Design(highpass, fc, ripple, order, 1);
-                            if (fromTaps) flt.InitFromTaps(flt.taps, order);
-                            const long n = ImpulseDecay(flt, 1 << 22);
-                            EXPECT_GT(n, 0);
-                            longest = std::max(longest, n);
-                        }
-                }
-    // The sharpest Chebyshev (15 dB, order 4, 50 Hz at 96 kHz) rings for a few hundred thousand
-    // samples: the check above did wait for it.
-    EXPECT_GT(longest, 100000);
 }
 
 TEST(IirState, DelayIsTheWholeStateAndBlocksMaySplit)

@@ -61,27 +61,3 @@ TEST(CompressorFx, SteadyReductionFollowsRatio)
     comp.SetParam(1, 1.0);
     EXPECT_NEAR(SteadyGainDb(comp, -35.0), 0.0, 0.05);
 }
-
-// The audio path is delayed by the 10 ms look-ahead: an impulse leaves 10 ms later, unchanged.
-TEST(CompressorFx, LookAheadDelaysThePath)
-{
-    RateGuard guard;
-    for (double rate : {44100.0, 48000.0, 96000.0})
-    {
-        SetTimeBase(rate);
-        CompressorFx comp(true);
-        comp.SetParam(0, 1.0);
-        comp.SetParam(1, 0.0);
-        comp.Reset();
-        std::vector<double> x(int(0.05 * rate) / gBlockLen * gBlockLen, 0.0);
-        x[5] = 1.0;
-        const std::vector<double> y = RunBlocks(comp, x);
-        size_t peak = 0;
-        for (size_t n = 1; n < y.size(); ++n)
-            if (std::fabs(y[n]) > std::fabs(y[peak])) peak = n;
-        EXPECT_EQ(int(peak), 5 + int(rate / 100.0)) << rate;
-        EXPECT_NEAR(y[peak], 1.0, 1e-9) << rate;
-    }
-}
-
-// No NaN or infinity at the knob extremes, at the lowest and highest rates.

@@ -114,27 +114,6 @@ TEST(HilbertShifter, ShiftsEveryPartialByTheSameHertzAndRejectsTheImage)
     EXPECT_LT(Db(ToneLevel(y, from, count, 1000.0) / up), -40.0);
 }
 
-TEST(HilbertShifter, SpreadShiftsTheChannelsInOppositeSensesByItsSignedSquare)
-{
-    RateGuard guard;
-    SetTimeBase(48000.0);
-    for (const double spread : {1.0, 0.75})
-    {
-        const double hz = 100.0 * (2.0 * spread - 1.0) * std::fabs(2.0 * spread - 1.0);
-        for (const bool isRight : {false, true})
-        {
-            HilbertShifter m(isRight);
-            SetParams(m, {0.5, 2.0, 0.0, spread, 1.0}); // no shift of its own: the spread alone
-            const double expected = 1000.0 + (isRight ? -hz : hz);
-            size_t from, count;
-            const std::vector<double> y = ToneOutput(m, 1000.0, &from, &count);
-            const double wanted = ToneLevel(y, from, count, expected);
-            EXPECT_NEAR(wanted, 1.0, 0.01) << "spread " << spread << " right " << isRight;
-            EXPECT_LT(Db(ToneLevel(y, from, count, 2000.0 - expected) / wanted), -40.0);
-        }
-    }
-}
-
 // With no shift the module is a fixed filter A; full feedback returns -0.7 of the output one block
 // later, so the loop's response must be A / (1 + 0.7 A e^(-j w 32)).
 TEST(HilbertShifter, FullFeedbackReturnsMinusPointSevenOfTheOutputOneBlockLater)
@@ -183,38 +162,6 @@ TEST(RingMod, SidebandsSitAtInputPlusMinusCarrierAndShapeAddsGeometricHarmonics)
             EXPECT_NEAR(second / first, s, 0.01);
         }
     }
-}
-
-TEST(RingMod, RightChannelLocksOntoItsPartnerWhenSpreadReturnsToCentre)
-{
-    RateGuard guard;
-    SetTimeBase(48000.0);
-    RingMod left(false), right(true, &left);
-    for (RingMod* m : {&left, &right})
-        SetParams(*m, {0.7, 0.3, 0.0, 0.9, 1.0});
-    const std::vector<double> x = Sine(440.0, Blocks(0.2));
-    const auto run = [&](std::vector<double>& yl, std::vector<double>& yr)
-    {
-        for (size_t b = 0; b < x.size() / gBlockLen; ++b)
-        {
-            left.mIn1 = right.mIn1 = x.data() + b * gBlockLen;
-            left.mOut1 = yl.data() + b * gBlockLen;
-            right.mOut1 = yr.data() + b * gBlockLen;
-            left.Process();
-            right.Process();
-        }
-    };
-    std::vector<double> yl(x.size()), yr(x.size());
-    run(yl, yr);
-    EXPECT_GT(std::fabs(left.Phase() - right.Phase()), 0.01); // detuned apart
-    for (RingMod* m : {&left, &right})
-        m->SetParam(3, 0.5);
-    run(yl, yr);
-    EXPECT_NEAR(left.Phase(), right.Phase(), 1e-9);
-    double worst = 0.0;
-    for (size_t n = gBlockLen; n < x.size(); ++n)
-        worst = std::max(worst, std::fabs(yl[n] - yr[n]));
-    EXPECT_LT(worst, 1e-9);
 }
 
 namespace
@@ -321,5 +268,3 @@ TEST(Comb, LowestFrequencyDelayIsOneSecondClampedToTheLine)
         EXPECT_EQ(echo, expected) << rate << " Hz";
     }
 }
-
-// Every corner of the five parameters, with and without full-depth modulation, on loud noise.

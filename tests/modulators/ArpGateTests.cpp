@@ -172,46 +172,6 @@ TEST_F(ArpGateTest, SyncedStepFollowsHostPosition)
     EXPECT_EQ(gate.Step(), 4);
 }
 
-TEST_F(ArpGateTest, PulsesRiseOnceAndSelfClockWorks)
-{
-    ArpGate gate;
-    gate.setLength(4);
-    for (int s = 0; s < 4; ++s)
-        gate.setStepLevel(s, s == 0 ? 0.0 : (s == 3 ? 0.5 : 1.0)); // 0, 1, 1, 0.5
-    std::uint8_t tick = 0;
-    gate.setClock(&tick);
-    int level = 0;
-    int start = 0;
-    for (int t = 0; t < 8; ++t)
-    {
-        tick = 1;
-        gate.processBlock(0.0, 120.0f);
-        level += *gate.LevelPulse();
-        start += *gate.StartPulse();
-        const bool enteredFull = gate.Step() == 1;
-        EXPECT_EQ(*gate.LevelPulse() != 0, enteredFull) << "tick " << t;
-        EXPECT_EQ(*gate.StartPulse() != 0, gate.Step() == 0) << "tick " << t;
-        tick = 0;
-        gate.processBlock(0.0, 120.0f);
-        EXPECT_EQ(*gate.LevelPulse(), 0);
-        EXPECT_EQ(*gate.StartPulse(), 0);
-    }
-    EXPECT_EQ(level, 2); // steps 1 and 2 are both full: one rise per cycle
-    EXPECT_EQ(start, 2);
-
-    // Clocked by its own LEVEL pulse of the previous block: the full step 0 rises once, which moves
-    // the gate to the empty step 1, where no further pulse comes.
-    ArpGate self;
-    self.setLength(4);
-    for (int s = 0; s < 4; ++s)
-        self.setStepLevel(s, 1.0);
-    self.setStepLevel(1, 0.0);
-    self.setTimebase(ArpGate::kFirstClockTimebase + 2, self.LevelPulse());
-    for (int b = 0; b < 10; ++b)
-        self.processBlock(0.0, 120.0f);
-    EXPECT_EQ(self.Step(), 1);
-}
-
 TEST_F(ArpGateTest, GlideMatchesPerSampleRecursion)
 {
     for (double rate : {44100.0, 96000.0})

@@ -210,22 +210,6 @@ TEST(TableLFO, GlideRisesWithItsTimeConstantAndOffClearsTheBlock)
         EXPECT_EQ(lfo.output()[i], 0.0);
 }
 
-TEST(TableLFO, RateModulationIsReadOncePerBlock)
-{
-    RampLfo r(TableLFO::kLoop, 0.0);
-    r.lfo.setRate(0.0);
-    double mod[gBlockLen] = {};
-    mod[0] = 0.092;
-    std::fill(mod + 1, mod + gBlockLen, 1.0); // ignored: only the first value counts
-    r.lfo.setRateModSource(mod);
-    r.lfo.setRateModDepth(1.0);
-    const std::vector<int> idx = r.Block();
-    // Step = 4096 x (0 + 1 x 0.092 x 500) / 44100 = 4.272 points per sample.
-    const double step = 4096.0 * mod[0] * 500.0 / 44100.0;
-    for (int i = 0; i < gBlockLen; ++i)
-        EXPECT_EQ(idx[i], int((i + 1) * step)) << i;
-}
-
 TEST(TableLFO, SampleAndHoldDrawsAgainAfterANewCycle)
 {
     TableLFO lfo;

@@ -1,3 +1,4 @@
+#include "common/Noise.h"
 #include "dsp/MDelayLine.h"
 #include "dsp/MLPF1a.h"
 #include "dsp/MSVRAP1ModDelayLine.h"
@@ -240,6 +241,45 @@ TEST(MSVRAP1ModDelayLine, ConstantOffsetsGiveTheAllPassDelay)
         EXPECT_NEAR(energy, 1.0, 1e-5) << v;
         EXPECT_NEAR(moment / sum, ExpectedDelay(centre, o), 1e-4) << "offset " << o;
     }
+}
+
+TEST(MSVRAP1ModDelayLine, AnExactNegativeHeadPositionStepsDownWithFractionOne)
+{
+    // Half-sample offset everywhere, except at the update whose read position is 0: there the head
+    // lands on exactly -1, which takes the integer -2 with fraction 1, so the line runs
+    // y[n] = x[n-C-2] + x[n-C-1] - y[n-1] and carries the all-pass state on as an alternation (a
+    // head on -1 with fraction 0 would output x[n-C-1] exactly and drop it).
+    struct PositionModulator : MModulator
+    {
+        const MSVRAP1ModDelayLine* line = nullptr;
+        int ticks = 0, atZero = -1;
+        float Tick() override
+        {
+            if (line->mReadPos == 0.0f && atZero < 0) atZero = ticks;
+            return ticks++ == atZero ? -0.25f : 0.125f;
+        }
+    };
+    const int centre = 40, interval = 50;
+    PositionModulator mod;
+    MSVRAP1ModDelayLine line(60);
+    mod.line = &line;
+    line.SetInterval(interval);
+    line.SetModulator(&mod);
+    line.SetCenterDelay(centre);
+    line.SetDepth(4);
+    std::vector<float> in(3000);
+    const std::vector<double> noise = testnoise::Noise(in.size(), 0.5);
+    std::copy(noise.begin(), noise.end(), in.begin());
+    const std::vector<float> out = RunLine(line, in);
+    ASSERT_GE(mod.atZero, 1);
+    const int start = mod.atZero * interval;
+    double alternation = 0.0;
+    for (int n = start + 1; n < start + interval; ++n)
+    {
+        ASSERT_NEAR(out[n] + out[n - 1], in[n - centre - 2] + in[n - centre - 1], 1e-6) << n;
+        alternation = std::max(alternation, std::fabs(double(out[n]) - in[n - centre - 1]));
+    }
+    EXPECT_GT(alternation, 1e-3);
 }
 
 TEST(MSVRAP1ModDelayLine, SineModulationDelaysByCentrePlusMinusDepthFarPastTheRing)

@@ -351,5 +351,19 @@ TEST(Compressor, LookAheadOfTenMillisecondsIsInTheSignalPath)
         }
         for (int i = 0; i < len; ++i)
             ASSERT_NEAR(out[i], i == at + la ? 1.0 : 0.0, 1e-12) << rate << " i " << i;
+        // Reset empties the look-ahead: audio still inside it must not come out afterwards.
+        double loud[kN], after[kN];
+        std::fill(loud, loud + kN, 0.7);
+        comp.mIn1 = loud;
+        comp.mOut1 = after;
+        comp.Process();
+        comp.Reset();
+        std::fill(loud, loud + kN, 0.0);
+        for (int b = 0; b <= la / kN + 1; ++b)
+        {
+            comp.Process();
+            for (double v : after)
+                ASSERT_EQ(v, 0.0) << rate;
+        }
     }
 }

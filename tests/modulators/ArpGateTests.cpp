@@ -172,6 +172,34 @@ TEST_F(ArpGateTest, SyncedStepFollowsHostPosition)
     EXPECT_EQ(gate.Step(), 4);
 }
 
+TEST_F(ArpGateTest, PulsesRiseOnceACycle)
+{
+    // Levels 0, 1, 1, 0.5: the LEVEL pulse fires on entering the first full step only, the START
+    // pulse on step 0; both last one block.
+    ArpGate gate;
+    gate.setLength(4);
+    const double levels[4] = {0.0, 1.0, 1.0, 0.5};
+    for (int s = 0; s < 4; ++s)
+        gate.setStepLevel(s, levels[s]);
+    std::uint8_t tick = 0;
+    gate.setClock(&tick);
+    int level = 0, start = 0;
+    for (int t = 0; t < 8; ++t)
+    {
+        tick = 1;
+        gate.processBlock(0.0, 120.0f);
+        EXPECT_EQ(*gate.LevelPulse() != 0, gate.Step() == 1) << "tick " << t;
+        EXPECT_EQ(*gate.StartPulse() != 0, gate.Step() == 0) << "tick " << t;
+        level += *gate.LevelPulse();
+        start += *gate.StartPulse();
+        tick = 0;
+        gate.processBlock(0.0, 120.0f);
+        EXPECT_EQ(*gate.LevelPulse() + *gate.StartPulse(), 0);
+    }
+    EXPECT_EQ(level, 2);
+    EXPECT_EQ(start, 2);
+}
+
 TEST_F(ArpGateTest, GlideMatchesPerSampleRecursion)
 {
     for (double rate : {44100.0, 96000.0})

@@ -99,19 +99,35 @@ void SetParams(DSPShell& m, std::initializer_list<double> values)
 }
 } // namespace
 
-TEST(HilbertShifter, ShiftsEveryPartialByTheSameHertzAndRejectsTheImage)
+TEST(HilbertShifter, ShiftsByItsHertzAndSpreadsTheChannelsApartRejectingTheImage)
 {
+    // {shift knob, spread knob, right channel, output frequency} for a 1 kHz input: +1 x 100 Hz
+    // with the spread centred; no shift of its own and the spread alone, which moves the channels
+    // in opposite senses by 100 Hz times its signed square.
+    struct Row
+    {
+        double shift, spread;
+        bool right;
+        double hz;
+    };
+    const Row rows[] = {{1.0, 0.5, false, 1100.0},
+                        {0.5, 1.0, false, 1100.0},
+                        {0.5, 1.0, true, 900.0},
+                        {0.5, 0.75, false, 1025.0},
+                        {0.5, 0.75, true, 975.0}};
     RateGuard guard;
     SetTimeBase(48000.0);
-    HilbertShifter left(false);
-    SetParams(left, {1.0, 2.0, 0.0, 0.5, 1.0}); // +1 x 100 Hz, no feedback, spread centred
-    EXPECT_DOUBLE_EQ(left.ShiftHz(), 100.0);
-    size_t from, count;
-    const std::vector<double> y = ToneOutput(left, 1000.0, &from, &count);
-    const double up = ToneLevel(y, from, count, 1100.0);
-    EXPECT_NEAR(up, 1.0, 0.01);
-    EXPECT_LT(Db(ToneLevel(y, from, count, 900.0) / up), -40.0);
-    EXPECT_LT(Db(ToneLevel(y, from, count, 1000.0) / up), -40.0);
+    for (const Row& r : rows)
+    {
+        HilbertShifter m(r.right);
+        SetParams(m, {r.shift, 2.0, 0.0, r.spread, 1.0});
+        size_t from, count;
+        const std::vector<double> y = ToneOutput(m, 1000.0, &from, &count);
+        const double wanted = ToneLevel(y, from, count, r.hz);
+        EXPECT_NEAR(wanted, 1.0, 0.01) << r.shift << " " << r.spread << " " << r.right;
+        EXPECT_LT(Db(ToneLevel(y, from, count, 2000.0 - r.hz) / wanted), -40.0) << r.hz; // the image
+        EXPECT_LT(Db(ToneLevel(y, from, count, 1000.0) / wanted), -40.0) << r.hz;        // the input
+    }
 }
 
 // With no shift the module is a fixed filter A; full feedback returns -0.7 of the output one block

@@ -150,3 +150,34 @@ TEST(EnvelopeSource, SilentOrMissingSource)
     env.Process(nullptr, nullptr);
     EXPECT_TRUE(env.Triggered());
 }
+
+TEST(EnvelopeSource, ListenIsExclusiveAndCarriesTheFilteredInput)
+{
+    // Choosing one envelope turns the other off; only the listening one writes the master pair:
+    // its input after 20 dB of gain, with the detector band wide open around 1 kHz.
+    EnvelopeSource env1, env2;
+    EnvelopeSource* both[2] = {&env1, &env2};
+    ToggleEnvelopeListen(both, 0);
+    ToggleEnvelopeListen(both, 1);
+    EXPECT_FALSE(env1.Listening());
+    EXPECT_TRUE(env2.Listening());
+    Sine sine{0.05};
+    Block left{}, right{};
+    double inSum = 0.0, outSum = 0.0;
+    for (EnvelopeSource* env : both)
+        env->SetGain(20.0), env->SetLocut(50.0), env->SetHicut(20000.0);
+    for (int b = 0; b < 200; ++b)
+    {
+        const Block in = sine.Next();
+        left.fill(7.0);
+        right.fill(7.0);
+        env1.SetSourceBuffer(in.data());
+        env1.Process(left.data(), right.data());
+        ASSERT_EQ(left[0], 7.0) << "a muted envelope wrote the master";
+        env2.SetSourceBuffer(in.data());
+        env2.Process(left.data(), right.data());
+        ASSERT_EQ(left, right);
+        if (b >= 100) inSum += Rms(in.data(), gBlockLen), outSum += Rms(left.data(), gBlockLen);
+    }
+    EXPECT_NEAR(outSum / inSum, 10.0, 0.2);
+}

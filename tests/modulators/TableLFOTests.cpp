@@ -210,6 +210,21 @@ TEST(TableLFO, GlideRisesWithItsTimeConstantAndOffClearsTheBlock)
         EXPECT_EQ(lfo.output()[i], 0.0);
 }
 
+TEST(TableLFO, RateModulationIsReadOncePerBlock)
+{
+    // Step = 4096 x (0 + 1 x 0.092 x 500) / 44100 = 4.272 points per sample; only the first value
+    // of the source block counts.
+    RampLfo r(TableLFO::kLoop, 0.0);
+    r.lfo.setRate(0.0);
+    double mod[gBlockLen] = {0.092};
+    std::fill(mod + 1, mod + gBlockLen, 1.0);
+    r.lfo.setRateModSource(mod);
+    r.lfo.setRateModDepth(1.0);
+    const std::vector<int> idx = r.Block();
+    for (int i = 0; i < gBlockLen; ++i)
+        EXPECT_EQ(idx[i], int((i + 1) * 4096.0 * 0.092 * 500.0 / 44100.0)) << i;
+}
+
 TEST(TableLFO, SampleAndHoldDrawsAgainAfterANewCycle)
 {
     TableLFO lfo;

@@ -180,6 +180,35 @@ TEST(RingMod, SidebandsSitAtInputPlusMinusCarrierAndShapeAddsGeometricHarmonics)
     }
 }
 
+TEST(RingMod, RightChannelLocksOntoItsPartnerWhenSpreadReturnsToCentre)
+{
+    // Detuned apart by the spread, the right carrier takes its partner's phase once the spread is
+    // back at the centre: both channels then give the same output.
+    RateGuard guard;
+    SetTimeBase(48000.0);
+    RingMod left(false), right(true, &left);
+    const std::vector<double> x = Sine(440.0, Blocks(0.2));
+    std::vector<double> yl(x.size()), yr(x.size());
+    for (const double spread : {0.9, 0.5})
+    {
+        for (RingMod* m : {&left, &right})
+            SetParams(*m, {0.7, 0.3, 0.0, spread, 1.0});
+        for (size_t b = 0; b < x.size() / gBlockLen; ++b)
+        {
+            left.mIn1 = right.mIn1 = x.data() + b * gBlockLen;
+            left.mOut1 = yl.data() + b * gBlockLen;
+            right.mOut1 = yr.data() + b * gBlockLen;
+            left.Process();
+            right.Process();
+        }
+    }
+    EXPECT_NEAR(left.Phase(), right.Phase(), 1e-9);
+    double worst = 0.0;
+    for (size_t n = gBlockLen; n < x.size(); ++n)
+        worst = std::max(worst, std::fabs(yl[n] - yr[n]));
+    EXPECT_LT(worst, 1e-9);
+}
+
 namespace
 {
 // Frequencies of the notches deeper than -25 dB of a module's impulse response, 20 Hz to 20 kHz.

@@ -166,6 +166,28 @@ TEST(LogicModule, SmoothingTimeConstantAtTwoRates)
     EXPECT_DOUBLE_EQ(direct.Output()[0], 0.8);
 }
 
+TEST(LogicModule, DepthActsAfterSmoothing)
+{
+    // Halving the depth mid-ramp halves the very next sample: the smoother does not see it.
+    const Block step = Constant(0.6);
+    LogicModule changed, steady;
+    for (LogicModule* logic : {&changed, &steady})
+    {
+        logic->SetSource1(step.data());
+        logic->SetSmooth(200.0);
+        logic->Reset();
+        for (int block = 0; block < 10; ++block)
+            logic->Process();
+    }
+    changed.SetDepth(50.0);
+    changed.Process();
+    steady.Process();
+    ASSERT_GT(steady.Output()[0], 0.05);
+    ASSERT_LT(steady.Output()[gBlockLen - 1], 0.5);
+    for (int i = 0; i < gBlockLen; ++i)
+        EXPECT_NEAR(changed.Output()[i], 0.5 * steady.Output()[i], 1e-12);
+}
+
 TEST(LogicModule, ReadsItsOwnOutputOneBlockLate)
 {
     // Depth modulated by the module's own output: w = last output + 0.5, out = 0.5 w, so the

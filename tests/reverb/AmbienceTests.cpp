@@ -125,3 +125,17 @@ TEST(Ambience, ChaosDepthZeroHoldsTheFirstLines)
         }
     }
 }
+
+TEST(Ambience, SizeIsHeldAtSix)
+{
+    // The rings hold the longest line at size 6: a larger size reads there (decay 0 and chaos 0
+    // give the bare first echo of the left line, 4297 samples per unit of size).
+    auto a = MakeAmbience(7.0, 0.0, 0.0, 1.0);
+    a->mDampL.SetBypass(true);
+    a->mDampR.SetBypass(true);
+    const int frames = 32768;
+    const StereoBuffer out = RenderStereo(*a, Impulse(frames), Impulse(frames), frames);
+    const auto peak = std::max_element(out.left.begin(), out.left.end(),
+                                       [](double u, double v) { return std::fabs(u) < std::fabs(v); });
+    EXPECT_NEAR(double(peak - out.left.begin()), 6.0 * 4297.0, 1.0);
+}

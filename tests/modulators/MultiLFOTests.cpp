@@ -10,7 +10,6 @@
 
 namespace
 {
-constexpr double kBlocksPerSecond = 44100.0 / gBlockLen;
 
 // Wobble frequency the step law aims at: the attractor turns about once per 2 pi units of time
 // and advances 2.9 x freq / 32 units a second.
@@ -25,7 +24,7 @@ double MeasureWobbleHz(double percent, double seconds)
     MultiLFO lfo;
     lfo.SetModRate(percent);
     lfo.Reset();
-    const long ticks = static_cast<long>(seconds * kBlocksPerSecond);
+    const long ticks = static_cast<long>(seconds * gSampleRate / gBlockLen);
     long crossings = 0;
     bool positive = false;
     for (long i = 0; i < ticks; ++i)
@@ -44,7 +43,7 @@ double MeasureWobbleHz(double percent, double seconds)
 TEST(MultiLFO, RoesslerStaysBoundedForEveryRateOverAnHour)
 {
     SetTimeBase(44100.0);
-    const long ticks = static_cast<long>(3600.0 * kBlocksPerSecond);
+    const long ticks = static_cast<long>(3600.0 * 44100.0 / gBlockLen);
     for (int percent = 0; percent <= 100; percent += 10)
     {
         MultiLFO lfo;
@@ -94,8 +93,13 @@ TEST(MultiLFO, WobbleRateRisesWithRate)
         EXPECT_LT(hz, 1.10 * NominalWobbleHz(percent));
         previous = hz;
     }
-    // About 1 Hz at the default rate.
-    EXPECT_NEAR(MeasureWobbleHz(30.0, 120.0), 1.0, 0.05);
+    // About 1 Hz at the default rate, whatever the sample rate.
+    for (double rate : {44100.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        EXPECT_NEAR(MeasureWobbleHz(30.0, 120.0), 1.0, 0.05) << rate;
+    }
+    SetTimeBase(44100.0);
 }
 
 // With a phase step of 0.25 the phase runs 0.25, 0.5, 0.75, 1, then wraps to -1 on its own tick:

@@ -1,4 +1,5 @@
 #include "common/FilterMeasure.h"
+#include "common/Measure.h"
 #include "dsp/FreqMapping.h"
 #include "dsp/IppBiquad.h"
 #include "fx/FilterFx.h"
@@ -17,11 +18,6 @@ namespace
 // Gain at the corner of one low- or high-pass section at resonance 0: alpha = sin(w) / 1.45 is
 // sin(w) / (2 Q) with Q = 0.725, the gain there.
 constexpr double kQ0 = 0.725;
-
-double Db(double g)
-{
-    return 20.0 * std::log10(g);
-}
 
 // A slot filter with the given knobs (fractions; P4 a list index where the type has a list).
 std::unique_ptr<FilterFx> Make(int type, double p1, double p2, double p4, double p5 = 1.0)
@@ -54,15 +50,6 @@ std::vector<double> Impulse(FilterFx& fx, int length)
     x[0] = 1.0;
     return RunBlocks(fx, x);
 }
-
-double Magnitude(const std::vector<double>& h, double hz)
-{
-    std::complex<double> sum = 0.0;
-    const double w = 2.0 * M_PI * hz / gSampleRate;
-    for (size_t n = 0; n < h.size(); ++n)
-        sum += h[n] * std::polar(1.0, -w * double(n));
-    return std::abs(sum);
-}
 } // namespace
 
 // Gains at and around the corner against the section laws: a low- or high-pass section at
@@ -81,7 +68,7 @@ TEST(FilterFx, ModesHaveTheirCornerGainsAndSlopes)
         double dropAt, drop; // octave drop from dropAt x corner (0: none)
         double tolerance;
     };
-    const double q = Db(kQ0);
+    const double q = testmeasure::Db(kQ0);
     const Row rows[] = {
         {"multi 12 low-pass", kFxMulti12, 0.2, 0.0, 0, 1.0, 1.0, q, 8.0, 12.0, 0.5},
         {"multi 12 high-pass", kFxMulti12, 0.8, 0.0, 1, 1.0, 1.0, q, 1.0 / 16.0, -12.0, 0.5},
@@ -140,9 +127,10 @@ TEST(FilterFx, VowelFormantPeaks)
         {
             double best = 0.0, bestHz = 0.0;
             for (double hz = 0.85 * f; hz <= 1.15 * f; hz *= 1.004)
-                if (const double m = Magnitude(h, hz); m > best) best = m, bestHz = hz;
+                if (const double m = std::abs(testmeasure::ResponseAt(h, hz, gSampleRate)); m > best)
+                    best = m, bestHz = hz;
             EXPECT_NEAR(bestHz / f, 1.0, 0.03) << c.pos << " " << c.set << " " << f;
-            EXPECT_GT(Db(best), 15.0) << f; // a clear formant, +24 dB at the setting
+            EXPECT_GT(testmeasure::Db(best), 15.0) << f; // a clear formant, +24 dB at the setting
         }
     }
 }

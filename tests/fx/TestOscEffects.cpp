@@ -1,4 +1,5 @@
 #include "common/FilterMeasure.h"
+#include "common/Measure.h"
 #include "fx/Comb.h"
 #include "fx/HilbertShifter.h"
 #include "fx/PhaserC.h"
@@ -50,11 +51,6 @@ double ToneLevel(const std::vector<double>& y, size_t from, size_t count, double
     return 2.0 * std::abs(acc) / wsum;
 }
 
-double Db(double ratio)
-{
-    return 20.0 * std::log10(ratio);
-}
-
 // Steady output of a tone: the last half second after a settling time.
 std::vector<double> ToneOutput(DSPShell& m, double hz, size_t* from, size_t* count)
 {
@@ -74,15 +70,6 @@ std::vector<double> ImpulseResponse(DSPShell& m, size_t n, double amp = 1.0)
     for (double& v : h)
         v /= amp;
     return h;
-}
-
-std::complex<double> Response(const std::vector<double>& h, double hz)
-{
-    const std::complex<double> rotate = std::polar(1.0, -2.0 * M_PI * hz / gSampleRate);
-    std::complex<double> acc = 0.0, z = 1.0;
-    for (size_t n = 0; n < h.size(); ++n, z *= rotate)
-        acc += h[n] * z;
-    return acc;
 }
 
 std::complex<double> ToneResponse(DSPShell& m, double hz)
@@ -125,8 +112,9 @@ TEST(HilbertShifter, ShiftsByItsHertzAndSpreadsTheChannelsApartRejectingTheImage
         const std::vector<double> y = ToneOutput(m, 1000.0, &from, &count);
         const double wanted = ToneLevel(y, from, count, r.hz);
         EXPECT_NEAR(wanted, 1.0, 0.01) << r.shift << " " << r.spread << " " << r.right;
-        EXPECT_LT(Db(ToneLevel(y, from, count, 2000.0 - r.hz) / wanted), -40.0) << r.hz; // the image
-        EXPECT_LT(Db(ToneLevel(y, from, count, 1000.0) / wanted), -40.0) << r.hz;        // the input
+        EXPECT_LT(testmeasure::Db(ToneLevel(y, from, count, 2000.0 - r.hz) / wanted), -40.0)
+            << r.hz;                                                                           // the image
+        EXPECT_LT(testmeasure::Db(ToneLevel(y, from, count, 1000.0) / wanted), -40.0) << r.hz; // the input
     }
 }
 
@@ -170,8 +158,8 @@ TEST(RingMod, SidebandsSitAtInputPlusMinusCarrierAndShapeAddsGeometricHarmonics)
         const double second = ToneLevel(y, from, count, 1000.0 + 2.0 * fc);
         if (shape == 0.0)
         {
-            EXPECT_LT(Db(second / first), -80.0);
-            EXPECT_LT(Db(ToneLevel(y, from, count, 1000.0 + 3.0 * fc) / first), -80.0);
+            EXPECT_LT(testmeasure::Db(second / first), -80.0);
+            EXPECT_LT(testmeasure::Db(ToneLevel(y, from, count, 1000.0 + 3.0 * fc) / first), -80.0);
         }
         else
         {
@@ -220,11 +208,12 @@ std::vector<double> Notches(DSPShell& m)
     for (int i = 0; i < points; ++i)
     {
         hz[i] = 20.0 * std::pow(1000.0, double(i) / (points - 1));
-        mag[i] = std::abs(Response(h, hz[i]));
+        mag[i] = std::abs(testmeasure::ResponseAt(h, hz[i], gSampleRate));
     }
     std::vector<double> found;
     for (int i = 1; i + 1 < points; ++i)
-        if (mag[i] < mag[i - 1] && mag[i] <= mag[i + 1] && Db(mag[i]) < -25.0) found.push_back(hz[i]);
+        if (mag[i] < mag[i - 1] && mag[i] <= mag[i + 1] && testmeasure::Db(mag[i]) < -25.0)
+            found.push_back(hz[i]);
     return found;
 }
 } // namespace
@@ -286,9 +275,11 @@ TEST(Comb, PeaksAtMultiplesOfItsFrequency)
         EXPECT_NEAR(h[480], 1.0 - 0.83 * feedback, 1e-6);
         const double peak = 2.0 / (1.0 + 0.83 * feedback);
         for (const double hz : {100.0, 200.0, 300.0, 1000.0})
-            EXPECT_NEAR(std::abs(Response(h, hz)), peak, 0.01 * peak) << hz << " Hz, feedback " << feedback;
+            EXPECT_NEAR(std::abs(testmeasure::ResponseAt(h, hz, gSampleRate)), peak, 0.01 * peak)
+                << hz << " Hz, feedback " << feedback;
         for (const double hz : {150.0, 250.0, 1050.0})
-            EXPECT_LT(std::abs(Response(h, hz)), 0.01) << hz << " Hz, feedback " << feedback;
+            EXPECT_LT(std::abs(testmeasure::ResponseAt(h, hz, gSampleRate)), 0.01)
+                << hz << " Hz, feedback " << feedback;
     }
 }
 

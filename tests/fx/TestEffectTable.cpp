@@ -33,6 +33,23 @@ TEST(EffectTable, HoldsExactlyTheTypeIds)
     EXPECT_STREQ(FindFxType(57)->label, "VARAIBLE LPHP");
 }
 
+TEST(EffectTable, MenusLeadToTheirIds)
+{
+    // {menu, index, id}: the feedback menu's last label leads to the variable filter, and its
+    // hidden extra id (the compressor) is out of reach; indices past the labels give OFF.
+    struct Row
+    {
+        int kind, index, id;
+    };
+    const Row rows[] = {{kFxMenuFeedback, 0, 0},   {kFxMenuFeedback, 5, 15}, {kFxMenuFeedback, 11, 32},
+                        {kFxMenuFeedback, 13, 57}, {kFxMenuFeedback, 14, 0}, {kFxMenuPost, 12, 6},
+                        {kFxMenuPost, 22, 37},     {kFxMenuPre, 23, 0},      {7, 1, 0}};
+    for (const Row& r : rows)
+        EXPECT_EQ(FxTypeFromMenu(r.kind, r.index), r.id) << r.kind << " " << r.index;
+    for (int i = -1; i < 25; ++i)
+        EXPECT_NE(FxTypeFromMenu(kFxMenuFeedback, i), 37) << i;
+}
+
 TEST(EffectTable, P5IsMixForAllButFourTypes)
 {
     for (int id : kTypeIds)

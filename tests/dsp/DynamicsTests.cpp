@@ -86,27 +86,6 @@ TEST(Dynamics, RmsLevelMovesOnePointFivePercentOfTheGapPerBlock)
     }
 }
 
-TEST(Dynamics, AttackAndReleaseStoreTwiceTheTime)
-{
-    RateGuard guard;
-    SetTimeBase(48000.0);
-    Dynamics d;
-    d.SetAttack(7.0);
-    d.SetRelease(120.0);
-    EXPECT_EQ(double(d.mAttackMs), 14.0);
-    EXPECT_EQ(double(d.mReleaseMs), 240.0);
-    // Per-sample ramp steps over the stored times, per-block factors over 32 samples: the curve
-    // climbs from its floor exp(-2 pi) to 1 in exactly the stored attack time.
-    EXPECT_NEAR(double(d.mAttackInc), 1.0 / (0.014 * 48000.0), 1e-15);
-    EXPECT_NEAR(double(d.mReleaseInc), 1.0 / (0.240 * 48000.0), 1e-15);
-    EXPECT_NEAR(std::log(double(d.mAttackCoef)) * 0.014 * 48000.0 / 32.0, std::log(1.0 / kFloor), 1e-9);
-    EXPECT_NEAR(-std::log(double(d.mReleaseCoef)) * 0.240 * 48000.0 / 32.0, std::log(1.0 / kFloor), 1e-9);
-    // A rate change reaches the coefficients through Reset.
-    SetTimeBase(96000.0);
-    d.Reset();
-    EXPECT_NEAR(double(d.mAttackInc), 1.0 / (0.014 * 96000.0), 1e-15);
-}
-
 TEST(Envelope, FollowerRisesAndFallsWithAttackAndRelease)
 {
     RateGuard guard;
@@ -254,23 +233,6 @@ TEST(Envelope, GateRetriggersFromTheReleasingLevel)
     EXPECT_NEAR(p.env.mEnvOut, released - 32.0 / 2205.0 + 32.0 / 441.0, 1e-12);
 }
 
-TEST(Envelope, GateHoldsAtOneEvenWithAHoldShorterThanABlock)
-{
-    PlainEnvelope p;
-    p.env.SetGateMode(true);
-    p.env.SetThreshold(0.2);
-    p.env.SetAttack(1.0);
-    p.env.SetHold(0.3);
-    p.env.Reset();
-    for (int b = 0; b < 5; ++b)
-        p.Step(0.5);
-    for (int b = 0; b < 200; ++b)
-    {
-        p.Step(0.5);
-        ASSERT_EQ(p.env.mEnvOut, 1.0) << b;
-    }
-}
-
 TEST(Envelope, DetectorBandFollowsTheCutControls)
 {
     // The low cut is the high-pass and the high cut the low-pass: a 100 Hz and a 5 kHz tone are
@@ -365,44 +327,6 @@ TEST(Compressor, SettlesOnTheGainItsRatioGives)
     EXPECT_NEAR(20.0 * std::log10(SettledGain(std::sqrt(0.5), 0.1, 4.0, 0.0)), -12.72, 0.01);
 }
 
-TEST(Compressor, GainReductionBuildsOverTwiceTheAttackTime)
-{
-    // In dB the follower climbs from its floor by a factor per block; the reduction is within
-    // 0.1 dB of its final value only after about 2 x attack (plus the 1 ms gain smoothing).
-    Compressor comp;
-    comp.SetParam(0, 0.1);
-    comp.SetParam(1, 4.0);
-    comp.SetParam(2, 5.0); // stored as 10 ms
-    double in[kN], out[kN];
-    comp.mIn1 = in;
-    comp.mOut1 = out;
-    long t = 0;
-    // Settle the detector on the sine with the gain path already running, then measure from a
-    // follower state at its floor.
-    for (int b = 0; b < 1500; ++b)
-    {
-        for (int i = 0; i < kN; ++i, ++t)
-            in[i] = Sine16(t, 1.0);
-        comp.Process();
-    }
-    const double finalLevel = comp.mLevelDb;
-    comp.mLevelDb = kFloor;
-    comp.mGainState = 1.0;
-    const double up = std::exp(2.0 * M_PI * 32.0 / (0.010 * 44100.0));
-    const int expectedBlocks = BlocksToClimb(finalLevel, up);
-    int reached = -1;
-    for (int b = 1; b < 100 && reached < 0; ++b)
-    {
-        for (int i = 0; i < kN; ++i, ++t)
-            in[i] = Sine16(t, 1.0);
-        comp.Process();
-        if (comp.mLevelDb >= finalLevel) reached = b;
-    }
-    EXPECT_EQ(reached, expectedBlocks);
-    EXPECT_NEAR(expectedBlocks * 32.0 / 44100.0, 0.010 * std::log(finalLevel / kFloor) / (2.0 * M_PI),
-                32.0 / 44100.0);
-}
-
 TEST(Compressor, LookAheadOfTenMillisecondsIsInTheSignalPath)
 {
     RateGuard guard;
@@ -427,28 +351,19 @@ TEST(Compressor, LookAheadOfTenMillisecondsIsInTheSignalPath)
         }
         for (int i = 0; i < len; ++i)
             ASSERT_NEAR(out[i], i == at + la ? 1.0 : 0.0, 1e-12) << rate << " i " << i;
-    }
-}
-
-TEST(Compressor, ResetClearsTheLookAheadAndFollowsTheRate)
-{
-    RateGuard guard;
-    Compressor comp;
-    double in[kN], out[kN];
-    std::fill(in, in + kN, 0.7);
-    comp.mIn1 = in;
-    comp.mOut1 = out;
-    for (int b = 0; b < 40; ++b)
+        // Reset empties the look-ahead: audio still inside it must not come out afterwards.
+        double loud[kN], after[kN];
+        std::fill(loud, loud + kN, 0.7);
+        comp.mIn1 = loud;
+        comp.mOut1 = after;
         comp.Process();
-    SetTimeBase(96000.0);
-    comp.Reset();
-    EXPECT_EQ(comp.mLookAhead, 960);
-    EXPECT_GE(comp.mDelay.mSize, 960 + kN);
-    std::fill(in, in + kN, 0.0);
-    comp.Process();
-    for (int i = 0; i < kN; ++i)
-        EXPECT_EQ(out[i], 0.0);
-    // No reduction carried over: the follower starts again from its floor, the gain from 1.
-    EXPECT_EQ(comp.mLevelDb, kFloor);
-    EXPECT_NEAR(comp.mGainState, 1.0, 1e-12);
+        comp.Reset();
+        std::fill(loud, loud + kN, 0.0);
+        for (int b = 0; b <= la / kN + 1; ++b)
+        {
+            comp.Process();
+            for (double v : after)
+                ASSERT_EQ(v, 0.0) << rate;
+        }
+    }
 }

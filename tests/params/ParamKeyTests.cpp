@@ -34,21 +34,6 @@ TEST(ParamKeys, AreTheNamesWithoutBlanks)
     }
 }
 
-TEST(ParamKeys, LogicModuleTwoDoublesDuplicateModuleThreeKeys)
-{
-    const int lowers[] = {1021, 1029, 1037, 1041, 1045};
-    const char* keys[] = {"Logic3Source1Depth", "Logic3Source2Depth", "Logic3Smooth", "Logic3Depth",
-                          "Logic3DepthMod"};
-    for (int k = 0; k < 5; ++k)
-    {
-        EXPECT_EQ(ParamKey(lowers[k]), keys[k]);
-        EXPECT_EQ(ParamKey(lowers[k] + 1), keys[k]);
-    }
-    // Every other key is unique.
-    std::set<std::string_view> unique(ParamKeys().begin(), ParamKeys().end());
-    EXPECT_EQ(unique.size(), std::size_t(kNumParams - 5));
-}
-
 TEST(WaveMenu, ListsTheOfferedStoreRecordsInMenuOrder)
 {
     ASSERT_EQ(kWaveMenu.size(), 27u);

@@ -3,6 +3,7 @@
 // backward-integrated energy decay curve, band-pass filtering and normalised correlations.
 
 #include "common/Fft.h"
+#include "common/Measure.h"
 #include "dsp/DSPShell.h"
 #include "dsp/TimeBase.h"
 
@@ -99,14 +100,6 @@ inline double Correlation(const std::vector<double>& a, const std::vector<double
         ab += a[i] * y, aa += a[i] * a[i], bb += y * y;
     }
     return ab / std::sqrt(aa * bb);
-}
-
-inline double Energy(const std::vector<double>& x, size_t from, size_t to)
-{
-    double e = 0.0;
-    for (size_t i = from; i < to; ++i)
-        e += x[i] * x[i];
-    return e;
 }
 
 // r[lag] = sum x[i] x[i + lag] over the overlap, divided by the root of both parts' energies, for

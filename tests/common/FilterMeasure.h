@@ -1,8 +1,8 @@
 #pragma once
-// Measuring helpers for the filter tests: run a module in 32-sample blocks and read the gain and
-// phase of a steady sine at its output by a least-squares fit of sin and cos (exact for a pure
-// tone whatever the number of cycles in the window).
+// Running a module in 32-sample blocks and reading the gain and phase of a steady sine at its
+// output; shared by the filter and effect tests.
 
+#include "common/SineFit.h"
 #include "dsp/DSPShell.h"
 #include "dsp/TimeBase.h"
 
@@ -59,23 +59,11 @@ inline void SettleControls(DSPShell& f, double seconds = 1.0)
     }
 }
 
-// Fits y ~ a sin(wn) + b cos(wn) over the window [from, from + count).
+// Gain and phase of y over [from, from + count) for an input sine of amplitude amp.
 inline Tone FitTone(const std::vector<double>& y, double w, size_t from, size_t count, double amp)
 {
-    double ss = 0, cc = 0, sc = 0, ys = 0, yc = 0;
-    for (size_t n = from; n < from + count; ++n)
-    {
-        const double s = std::sin(w * double(n)), c = std::cos(w * double(n));
-        ss += s * s;
-        cc += c * c;
-        sc += s * c;
-        ys += y[n] * s;
-        yc += y[n] * c;
-    }
-    const double det = ss * cc - sc * sc;
-    const double a = (ys * cc - yc * sc) / det;
-    const double b = (yc * ss - ys * sc) / det;
-    return {std::hypot(a, b) / amp, std::atan2(b, a)};
+    const testfit::SineFit f = testfit::FitSine(y, w, from, count);
+    return {f.amplitude / amp, f.phase};
 }
 
 // Gain and phase of a steady sine of hz at the module's output. The settling time covers slow

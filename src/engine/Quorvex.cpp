@@ -291,4 +291,3 @@ void Quorvex::ShowMessage(int code)
 {
     mMessage.Show(code);
 }
-

@@ -7,6 +7,7 @@
 #include <numbers>
 #include <vector>
 
+#include "common/Noise.h"
 #include "core/LevelMeter.h"
 #include "core/MasterSection.h"
 #include "dsp/DSPShell.h"
@@ -27,16 +28,11 @@ struct Stereo
 Stereo Noise(int n, double amp, std::uint32_t seed)
 {
     Stereo s(n);
-    std::uint32_t x = seed;
-    const auto next = [&x, amp]
-    {
-        x = x * 1664525u + 1013904223u;
-        return amp * (static_cast<double>(x >> 8) / 8388608.0 - 1.0);
-    };
+    testnoise::NoiseSource noise{seed};
     for (int i = 0; i < n; ++i)
     {
-        s.l[i] = next();
-        s.r[i] = next();
+        s.l[i] = noise.Next(amp);
+        s.r[i] = noise.Next(amp);
     }
     return s;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "QuorvexProbe.h"
+#include "common/Noise.h"
 #include "dsp/TimeBase.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
@@ -42,16 +43,11 @@ struct Stereo
 Stereo Noise(std::size_t n, std::uint32_t seed)
 {
     Stereo s(n);
-    std::uint32_t x = seed;
-    const auto next = [&x]
-    {
-        x = x * 1664525u + 1013904223u;
-        return static_cast<double>(x >> 8) / 8388608.0 - 1.0;
-    };
+    testnoise::NoiseSource noise{seed};
     for (std::size_t i = 0; i < n; ++i)
     {
-        s.l[i] = next();
-        s.r[i] = next();
+        s.l[i] = noise.Next();
+        s.r[i] = noise.Next();
     }
     return s;
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "QuorvexProbe.h"
+#include "common/Noise.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
 #include "params/ParamIds.h"
@@ -35,16 +36,11 @@ struct Stereo
 inline Stereo Noise(int n, double amplitude, std::uint32_t seed)
 {
     Stereo s(static_cast<std::size_t>(n));
-    std::uint32_t x = seed;
-    const auto next = [&x, amplitude]
-    {
-        x = x * 1664525u + 1013904223u;
-        return amplitude * (static_cast<double>(x >> 8) / 8388608.0 - 1.0);
-    };
+    testnoise::NoiseSource noise{seed};
     for (int i = 0; i < n; ++i)
     {
-        s.l[i] = next();
-        s.r[i] = next();
+        s.l[i] = noise.Next(amplitude);
+        s.r[i] = noise.Next(amplitude);
     }
     return s;
 }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "common/Noise.h"
 #include "delay/DelayMode.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
@@ -286,11 +287,10 @@ TEST(SlotPath, FeedbackAt160PercentStaysBounded)
         rig.Set(kFeedback1, 160.0);
         rig.Set(kDelayRoute1, route);
         Stereo in(44100);
-        std::uint32_t x = 3;
+        testnoise::NoiseSource noise{3};
         for (std::size_t i = 0; i < 22050; ++i)
         {
-            x = x * 1664525u + 1013904223u;
-            in.l[i] = static_cast<double>(x >> 8) / 8388608.0 - 1.0;
+            in.l[i] = noise.Next();
             in.r[i] = -in.l[i];
         }
         const Stereo out = rig.Run(in);
@@ -377,11 +377,10 @@ TEST(SlotPath, BlockFramingIsBitIdenticalWithEchoes)
         return rig;
     };
     Stereo in(12000);
-    std::uint32_t x = 11;
+    testnoise::NoiseSource noise{11};
     for (std::size_t i = 0; i < 8000; ++i)
     {
-        x = x * 1664525u + 1013904223u;
-        in.l[i] = static_cast<double>(x >> 8) / 8388608.0 - 1.0;
+        in.l[i] = noise.Next();
         in.r[i] = 0.5 * in.l[i];
     }
     const Stereo expected = make()->Run(in, 1);

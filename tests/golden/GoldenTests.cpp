@@ -11,6 +11,7 @@
 
 #include "GoldenPatches.h"
 #include "GoldenSummary.h"
+#include "common/Noise.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
 #include "params/ParamCatalogue.h"
@@ -33,17 +34,12 @@ void Phrase(double rate, std::vector<double>& l, std::vector<double>& r)
     const auto n = static_cast<std::size_t>(kSeconds * rate);
     l.assign(n, 0.0);
     r.assign(n, 0.0);
-    std::uint32_t x = 12345u;
-    const auto noise = [&x]
-    {
-        x = x * 1664525u + 1013904223u;
-        return static_cast<double>(x >> 8) / 8388608.0 - 1.0;
-    };
+    testnoise::NoiseSource noise{12345u};
     for (std::size_t i = 0; i < static_cast<std::size_t>(0.05 * rate); ++i)
     {
         const double env = 0.6 * std::exp(-static_cast<double>(i) / (0.01 * rate));
-        l[i] = env * noise();
-        r[i] = env * noise();
+        l[i] = env * noise.Next();
+        r[i] = env * noise.Next();
     }
     const auto from = static_cast<std::size_t>(0.5 * rate);
     const auto to = static_cast<std::size_t>(0.62 * rate);

@@ -532,42 +532,6 @@ TEST_F(PlugVST3Test, StringsAndPlainValuesGoThroughTheRecords)
     EXPECT_EQ(Controller()->plainParamToNormalized(12345, 7.0), 7.0);
 }
 
-TEST_F(PlugVST3Test, UnitsAndProgramList)
-{
-    IUnitInfo* units = nullptr;
-    ASSERT_EQ(mPlug->queryInterface(IUnitInfo::iid, reinterpret_cast<void**>(&units)), kResultOk);
-    ASSERT_EQ(units->getUnitCount(), 3);
-    UnitInfo unit{};
-    ASSERT_EQ(units->getUnitInfo(0, unit), kResultTrue);
-    EXPECT_EQ(unit.id, 0);
-    EXPECT_EQ(unit.parentUnitId, -1);
-    EXPECT_EQ(unit.programListId, -1);
-    EXPECT_EQ(Text(unit.name), u"Root Unit");
-    ASSERT_EQ(units->getUnitInfo(1, unit), kResultTrue);
-    EXPECT_EQ(unit.id, 1);
-    EXPECT_EQ(unit.parentUnitId, 0);
-    EXPECT_EQ(unit.programListId, -1);
-    EXPECT_EQ(Text(unit.name), u"lfo_rate");
-    ASSERT_EQ(units->getUnitInfo(2, unit), kResultTrue);
-    EXPECT_EQ(Text(unit.name), u"mix");
-    EXPECT_NE(units->getUnitInfo(3, unit), kResultTrue);
-    EXPECT_NE(units->getUnitInfo(-1, unit), kResultTrue);
-
-    ASSERT_EQ(units->getProgramListCount(), 1);
-    ProgramListInfo list{};
-    ASSERT_EQ(units->getProgramListInfo(0, list), kResultTrue);
-    EXPECT_EQ(list.id, static_cast<ProgramListID>(0x70727374));
-    EXPECT_EQ(Text(list.name), u"Factory Presets");
-    EXPECT_EQ(list.programCount, 1);
-    EXPECT_NE(units->getProgramListInfo(1, list), kResultTrue);
-    String128 name{};
-    ASSERT_EQ(units->getProgramName(list.id, 0, name), kResultTrue);
-    EXPECT_EQ(Text(name), u"user preset 1");
-    EXPECT_NE(units->getProgramName(list.id, 1, name), kResultTrue);
-    EXPECT_NE(units->getProgramName(0, 0, name), kResultTrue);
-    units->release();
-}
-
 TEST_F(PlugVST3Test, ControllerStateCarriesTheBypassWordBehindAChunkOfAnyLength)
 {
     AudioRig<double> rig(16, {2, 2}, {2});
@@ -733,36 +697,4 @@ TEST_F(PlugVST3Test, ViewsExistOnlyWithAnEditor)
     mPlug->AttachGraphics(nullptr);
 }
 
-TEST_F(PlugVST3Test, InterfacesShareOneObjectAndOneCount)
-{
-    FUnknown* fromComponent = nullptr;
-    FUnknown* fromController = nullptr;
-    ASSERT_EQ(Component()->queryInterface(FUnknown::iid, reinterpret_cast<void**>(&fromComponent)),
-              kResultOk);
-    ASSERT_EQ(Controller()->queryInterface(FUnknown::iid, reinterpret_cast<void**>(&fromController)),
-              kResultOk);
-    EXPECT_EQ(fromComponent, fromController);
-    fromComponent->release();
-    fromController->release();
-
-    IAudioProcessor* processor = nullptr;
-    IProcessContextRequirements* needs = nullptr;
-    ASSERT_EQ(Controller()->queryInterface(IAudioProcessor::iid, reinterpret_cast<void**>(&processor)),
-              kResultOk);
-    ASSERT_EQ(processor->queryInterface(IProcessContextRequirements::iid, reinterpret_cast<void**>(&needs)),
-              kResultOk);
-    const uint32 flags = needs->getProcessContextRequirements();
-    for (uint32 flag :
-         {IProcessContextRequirements::kNeedTempo, IProcessContextRequirements::kNeedTimeSignature,
-          IProcessContextRequirements::kNeedProjectTimeMusic,
-          IProcessContextRequirements::kNeedBarPositionMusic, IProcessContextRequirements::kNeedCycleMusic,
-          IProcessContextRequirements::kNeedTransportState})
-        EXPECT_NE(flags & flag, 0u) << flag;
-    needs->release();
-    processor->release();
-
-    const uint32 count = mPlug->addRef();
-    EXPECT_EQ(Controller()->release(), count - 1);
-    EXPECT_EQ(mPlug->GetHost(), "Quorvex Test Host");
-}
 } // namespace

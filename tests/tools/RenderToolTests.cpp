@@ -18,6 +18,8 @@
 #include <string>
 #include <vector>
 
+#include "common/Noise.h"
+
 namespace
 {
 namespace fs = std::filesystem;
@@ -128,13 +130,12 @@ Audio Read(const std::string& path)
 std::vector<double> TestSignal(size_t frames, int channels)
 {
     std::vector<double> s;
-    std::uint32_t noise = 12345;
+    testnoise::NoiseSource noise{12345u};
     for (size_t i = 0; i < frames; ++i)
         for (int ch = 0; ch < channels; ++ch)
         {
-            noise = noise * 1664525u + 1013904223u;
-            const double v = ch == 0 ? 0.5 * std::sin(0.0731 * static_cast<double>(i))
-                                     : 0.4 * (static_cast<double>(noise >> 8) / 8388608.0 - 1.0);
+            const double n = noise.Next(0.4);
+            const double v = ch == 0 ? 0.5 * std::sin(0.0731 * static_cast<double>(i)) : n;
             s.push_back(std::round(v / kLsb24) * kLsb24);
         }
     return s;

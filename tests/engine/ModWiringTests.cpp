@@ -1,0 +1,73 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <numbers>
+#include <vector>
+
+#include "EngineRig.h"
+#include "QuorvexProbe.h"
+#include "engine/Quorvex.h"
+#include "params/IParamRecord.h"
+#include "params/ModRouting.h"
+#include "params/ParamIds.h"
+
+// The modulation routing of the delay times as the whole plug-in runs it (the master section's laws
+// are tested in the core suite, its wiring by the golden summaries). Host calls of 32
+// samples each end with exactly one internal block, so a test can look at a slot's stages or write
+// a modulator's buffer between blocks. With one slot sounding, the wet sum is that slot's output
+// stage, and it leaves the plug-in 32 samples (the output ring) plus 1 ms later.
+
+using namespace engine_rig;
+
+namespace
+{
+// Delay times: a source on "Delay TimeL/R" lengthens both sides by depth x source (full depth is
+// 25 ms), one on the spread ("Delay ModDepth", also 25 ms at full depth) lengthens the left and
+// shortens the right. 0.4 on the first and 0.2 on the second (two LFOs held at those values):
+// left +15 ms, right +5 ms.
+TEST(ModWiring, RoutedSourcesMoveTheEchoes)
+{
+    const int at = 19200 + 3;
+    Stereo in(at + 9600);
+    in.l[at] = 1.0;
+    in.r[at] = 1.0;
+    int peaks[2][2] = {};
+    for (int routed = 0; routed < 2; ++routed)
+    {
+        Rig rig;
+        rig.Set(kDelayOn1, 1.0);
+        rig.Set(kDirectIn1, 100.0); // echoes only
+        rig.Set(kFeedback1, 0.0);
+        rig.Set(kModulation1, 0.0);
+        rig.Set(kDelayLopass1, 20000.0);
+        rig.Set(kDelayHipass1, 20.0);
+        rig.Set(kTimebase1, 0.0);
+        rig.Set(kDelayTimeL1, 100.0);
+        rig.Set(kDelayTimeR1, 100.0);
+        if (routed == 1)
+        {
+            rig.Set(kDelayTimeLModSource1, kModSourceLFO1);
+            rig.Set(kDelayTimeLModDepth1, 100.0);
+            rig.Set(kDelayTimeRModSource1, kModSourceLFO1);
+            rig.Set(kDelayTimeRModDepth1, 100.0);
+            rig.Set(kDelaySpreadModSource1, kModSourceLFO1 + 1);
+            rig.Set(kDelayModDepth1, 100.0);
+            // Two LFOs that hold still: the first half of a square at the slowest rate.
+            HoldLfo(rig, 0, 40.0);
+            HoldLfo(rig, 1, 20.0);
+        }
+        const Stereo out = rig.Run(in);
+        peaks[routed][0] = PeakIndex(out.l, at, out.Size());
+        peaks[routed][1] = PeakIndex(out.r, at, out.Size());
+    }
+    // Unrouted, both echoes sit 100 ms behind the impulse's way through the plug-in.
+    EXPECT_NEAR(peaks[0][0] - at, 4800 + 2 * kBlock + kMs, 3);
+    EXPECT_NEAR(peaks[0][1] - at, 4800 + 2 * kBlock + kMs, 3);
+    EXPECT_NEAR(peaks[1][0] - peaks[0][0], 720, 1); // 15 ms
+    EXPECT_NEAR(peaks[1][1] - peaks[0][1], 240, 1); // 5 ms
+}
+} // namespace

@@ -12,5 +12,5 @@ export TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1"
 for suite in "${suites[@]}"; do
   path=$(find build/tsan/tests -name "$suite" -type f -executable | head -n 1)
   echo "tsan: $suite"
-  QUORVEX_BUNDLE="$PWD/build/tsan/Quorvex.vst3" "$path" --gtest_brief=1
+  "$path" --gtest_brief=1
 done

@@ -25,22 +25,9 @@
 #include <mutex>
 #include <thread>
 
+#include "core/FxCatalog.h"
 #include "core/Slot.h"
 #include "dsp/DSPShell.h"
-
-// What the rack needs to know of the effect types.
-class FxCatalog
-{
-  public:
-    virtual ~FxCatalog() = default;
-    // A new module of `type`, or null for OFF and unknown types; a right module is given its left
-    // partner (built just before it). Off the audio thread.
-    virtual std::unique_ptr<DSPShell> Create(int type, bool isRight, const DSPShell* left) const = 0;
-    // What SetParam(p, ...) of a module of `type` receives for a knob at `percent`.
-    virtual double ModuleValue(int type, int p, double percent) const = 0;
-    // True when P5 of `type` is a mix, which the engine applies (and modulates) itself.
-    virtual bool P5IsMix(int type) const = 0;
-};
 
 class EffectRack
 {
@@ -140,6 +127,3 @@ class EffectRack
     TypeListener mListener;
     std::jthread mWorker;
 };
-
-// The effect table and factory as a catalog (QuorvexFx.cpp).
-const FxCatalog& EngineFxCatalog();

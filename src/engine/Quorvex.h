@@ -287,5 +287,5 @@ class Quorvex : public IPlugVST3, private IStateHost
     // The "Tap FX Param" lists of a slot read "OFF" and the POST type's parameter names.
     std::array<std::array<const char*, 1 + EffectRack::kParams>, kNumSlots> mTapFxLabelTexts{};
     std::array<IParamRecord::ScaleLabels, kNumSlots> mTapFxLabels{};
-    EffectRack mEffects{mSlots, EngineFxCatalog()};
+    EffectRack mEffects{mSlots, EffectTableCatalog()};
 };

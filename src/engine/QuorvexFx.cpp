@@ -6,16 +6,13 @@
 #include "engine/Quorvex.h"
 #include "fx/EffectTable.h"
 #include "fx/FxFactory.h"
-#include "fx/FxParamLaw.h"
 #include "fx/MasterFxLaws.h"
-#include "fx/RingMod.h"
 #include "params/IParamRecord.h"
 #include "params/ValueLists.h"
 
 namespace
 {
 constexpr int kPositions = EffectRack::kPositions;
-constexpr int kRingModType = 2;
 constexpr int kParamStride = kFXParam2PR1 - kFXParam1PR1; // value, depth and source rows of one P
 static_assert(kParamStride == 3 * kPositions && kFXParam5PR1 == kFXParam1PR1 + 4 * kParamStride);
 static_assert(kFX1FB == kFX1PR + 4 && kFX1PO == kFX1PR + 8 && kFXOnPO1 == kFXOnPR1 + 8);
@@ -23,30 +20,7 @@ static_assert(kTapDelay1Step1FXP2 == kTapDelay1Step1FXP1 + 4 * kNumTaps);
 static_assert(kTapFXP2StepDepth1 == kTapFXP1StepDepth1 + 4 && kTapFXParam2_1 == kTapFXParam1_1 + 4);
 static_assert(kMasterFXP4 == kMasterFXP1 + 3);
 
-// The effect table and the factory, as the rack sees them.
-class TableCatalog final : public FxCatalog
-{
-  public:
-    std::unique_ptr<DSPShell> Create(int type, bool isRight, const DSPShell* left) const override
-    {
-        // A right ring modulator follows its left partner's phase.
-        if (type == kRingModType && isRight && left != nullptr)
-            return std::make_unique<RingMod>(true, static_cast<const RingMod*>(left));
-        return CreateFxModule(type, isRight);
-    }
-    double ModuleValue(int type, int p, double percent) const override
-    {
-        return FxModuleValue(type, p, percent);
-    }
-    bool P5IsMix(int type) const override { return FxP5IsMix(type); }
-};
 } // namespace
-
-const FxCatalog& EngineFxCatalog()
-{
-    static const TableCatalog catalog;
-    return catalog;
-}
 
 // Master modules exist for the life of the plug-in; the rack tells the engine of every new type.
 void Quorvex::SetupEffects()

@@ -22,21 +22,32 @@ namespace
 {
 // One maker per module class, in the order of FxModuleClass; several types share a class and tell
 // it which one they are.
-using Maker = std::unique_ptr<DSPShell> (*)(int type, bool isRight);
+using Maker = std::unique_ptr<DSPShell> (*)(int type, bool isRight, const DSPShell* left);
 constexpr Maker kMakers[] = {
-    [](int, bool) -> std::unique_ptr<DSPShell> { return nullptr; },
-    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<HilbertShifter>(r); },
-    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<RingMod>(r); },
-    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<PhaserC>(r); },
-    [](int t, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<MVPitchShifter>(t == 5, r); },
-    [](int t, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<Shaper>(t, r); },
-    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<Lofi>(r); },
-    [](int t, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<FilterFx>(t, r); },
-    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<PhaseFilter>(r); },
-    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<Comb>(r); },
-    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<CompressorFx>(r); },
-    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<LPHP>(r); },
-    [](int, bool r) -> std::unique_ptr<DSPShell> { return std::make_unique<VARILPHP>(r); },
+    [](int, bool, const DSPShell*) -> std::unique_ptr<DSPShell> { return nullptr; },
+    [](int, bool r, const DSPShell*) -> std::unique_ptr<DSPShell>
+    { return std::make_unique<HilbertShifter>(r); },
+    // A right ring modulator follows its left partner's phase.
+    [](int, bool r, const DSPShell* left) -> std::unique_ptr<DSPShell>
+    {
+        if (r && left != nullptr) return std::make_unique<RingMod>(true, static_cast<const RingMod*>(left));
+        return std::make_unique<RingMod>(r);
+    },
+    [](int, bool r, const DSPShell*) -> std::unique_ptr<DSPShell> { return std::make_unique<PhaserC>(r); },
+    [](int t, bool r, const DSPShell*) -> std::unique_ptr<DSPShell>
+    { return std::make_unique<MVPitchShifter>(t == 5, r); },
+    [](int t, bool r, const DSPShell*) -> std::unique_ptr<DSPShell>
+    { return std::make_unique<Shaper>(t, r); },
+    [](int, bool r, const DSPShell*) -> std::unique_ptr<DSPShell> { return std::make_unique<Lofi>(r); },
+    [](int t, bool r, const DSPShell*) -> std::unique_ptr<DSPShell>
+    { return std::make_unique<FilterFx>(t, r); },
+    [](int, bool r, const DSPShell*) -> std::unique_ptr<DSPShell>
+    { return std::make_unique<PhaseFilter>(r); },
+    [](int, bool r, const DSPShell*) -> std::unique_ptr<DSPShell> { return std::make_unique<Comb>(r); },
+    [](int, bool r, const DSPShell*) -> std::unique_ptr<DSPShell>
+    { return std::make_unique<CompressorFx>(r); },
+    [](int, bool r, const DSPShell*) -> std::unique_ptr<DSPShell> { return std::make_unique<LPHP>(r); },
+    [](int, bool r, const DSPShell*) -> std::unique_ptr<DSPShell> { return std::make_unique<VARILPHP>(r); },
 };
 static_assert(std::size(kMakers) == static_cast<std::size_t>(FxModuleClass::kCount));
 
@@ -54,11 +65,11 @@ constexpr MasterMaker kMasterMakers[] = {
 };
 } // namespace
 
-std::unique_ptr<DSPShell> CreateFxModule(int type, bool isRight)
+std::unique_ptr<DSPShell> CreateFxModule(int type, bool isRight, const DSPShell* left)
 {
     const FxTypeInfo* info = FindFxType(type);
     if (info == nullptr) return nullptr;
-    return kMakers[static_cast<std::size_t>(info->module)](type, isRight);
+    return kMakers[static_cast<std::size_t>(info->module)](type, isRight, left);
 }
 
 std::unique_ptr<DSPShell> CreateMasterFxModule(int type)

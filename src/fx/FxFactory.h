@@ -9,7 +9,8 @@
 #include <memory>
 
 // The module of a slot effect type for the left or right channel; null for OFF and unknown ids.
-// A right ring modulator gets no partner: the caller may link the pair afterwards.
-std::unique_ptr<DSPShell> CreateFxModule(int type, bool isRight);
+// A right module is given its left partner, built just before it, where the type pairs them (the
+// ring modulator's right carrier follows the left one's phase).
+std::unique_ptr<DSPShell> CreateFxModule(int type, bool isRight, const DSPShell* left = nullptr);
 // The module of a master effect type 39..45; null for any other id.
 std::unique_ptr<DSPShell> CreateMasterFxModule(int type);

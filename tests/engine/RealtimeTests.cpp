@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "host/HostDoubles.h"
+#include "common/HostDoubles.h"
 #include "host/IPlugVST3.h"
 #include "host/PlugInstance.h"
 #include "params/IParamRecord.h"
@@ -85,35 +85,6 @@ class FixedChanges final : public StackUnknown<IParameterChanges>
     std::vector<FixedQueue> mQueues;
 };
 
-// Host edits and restarts as the plug-in sends them; a test reads and clears the log between calls.
-class EditLog final : public StackUnknown<IComponentHandler>
-{
-  public:
-    struct Edit
-    {
-        char kind; // 'b'egin, 'p'erform, 'e'nd
-        ParamID id;
-        ParamValue value;
-    };
-    tresult PLUGIN_API beginEdit(ParamID id) override { return Log({'b', id, 0.0}); }
-    tresult PLUGIN_API performEdit(ParamID id, ParamValue value) override { return Log({'p', id, value}); }
-    tresult PLUGIN_API endEdit(ParamID id) override { return Log({'e', id, 0.0}); }
-    tresult PLUGIN_API restartComponent(int32) override
-    {
-        ++mRestarts;
-        return kResultOk;
-    }
-    std::vector<Edit> mEdits;
-    int mRestarts = 0;
-
-  private:
-    tresult Log(const Edit& edit)
-    {
-        mEdits.push_back(edit);
-        return kResultOk;
-    }
-};
-
 struct Releaser
 {
     void operator()(IPlugVST3* plug) const
@@ -126,7 +97,7 @@ struct Releaser
 };
 using PlugPtr = std::unique_ptr<IPlugVST3, Releaser>;
 
-PlugPtr StartPlug(HostApplication& host, EditLog& handler, double rate, int block, int32 sampleSize)
+PlugPtr StartPlug(HostApplication& host, ComponentHandler& handler, double rate, int block, int32 sampleSize)
 {
     PlugPtr plug(CreatePlugInstance());
     EXPECT_EQ(plug->initialize(&host), kResultOk);
@@ -146,7 +117,7 @@ template <typename Sample> void RunAutomated(double rate, int block, std::uint32
     SCOPED_TRACE(::testing::Message()
                  << rate << " Hz, " << block << " frames, " << (sizeof(Sample) * 8) << "-bit");
     HostApplication host;
-    EditLog handler;
+    ComponentHandler handler;
     PlugPtr plug = StartPlug(host, handler, rate, block, sizeof(Sample) == 8 ? kSample64 : kSample32);
     const int nParams = plug->NParams();
     ASSERT_GT(nParams, 0);
@@ -207,12 +178,11 @@ template <typename Sample> void RunAutomated(double rate, int block, std::uint32
             }
 
         plug->FlushPendingHostNotices();
-        handler.mEdits.clear();
-        handler.mRestarts = 0;
+        handler.Clear();
         ASSERT_EQ(plug->process(rig.data), kResultOk);
         // The host hears nothing from the audio thread.
-        ASSERT_TRUE(handler.mEdits.empty()) << "block " << b;
-        ASSERT_EQ(handler.mRestarts, 0) << "block " << b;
+        ASSERT_TRUE(handler.Edits().empty()) << "block " << b;
+        ASSERT_EQ(handler.mRestarts.load(), 0) << "block " << b;
         for (int ch = 0; ch < 2; ++ch)
             for (Sample x : rig.Out(0, ch))
             {
@@ -230,7 +200,7 @@ template <typename Sample> void RunAutomated(double rate, int block, std::uint32
                 moved.push_back(id);
         }
         plug->FlushPendingHostNotices();
-        const auto& edits = handler.mEdits;
+        const auto edits = handler.Edits();
         std::set<int> told;
         for (size_t e = 0; e < edits.size(); ++e)
         {

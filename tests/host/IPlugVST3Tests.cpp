@@ -2,7 +2,7 @@
 // side: which channels are connected and what they carry, which parameters changed, what the host
 // was told. The host-side view of the real bundle is in load/HostLoadTests.cpp.
 
-#include "host/HostDoubles.h"
+#include "common/HostDoubles.h"
 
 #include "host/IEditorWindow.h"
 #include "host/IPlugVST3.h"

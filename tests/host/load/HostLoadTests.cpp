@@ -3,7 +3,7 @@
 // sample sizes at many rates and block sizes, parameter queues, bypass, state, units, lifecycle
 // cycles, threads, and output hygiene (no NaN, infinity or subnormal numbers).
 
-#include "host/HostDoubles.h"
+#include "common/HostDoubles.h"
 
 #include "pluginterfaces/vst/ivstunits.h"
 #include "pluginterfaces/vst/vstspeaker.h"

@@ -178,6 +178,13 @@ class ComponentHandler : public StackUnknown<IComponentHandler>
         std::lock_guard lock(mMutex);
         return mEdits;
     }
+    void Clear()
+    {
+        std::lock_guard lock(mMutex);
+        mEdits.clear();
+        mRestarts = 0;
+        mLatencyRestarts = 0;
+    }
     std::atomic<int> mRestarts{0};
     std::atomic<int> mLatencyRestarts{0};
 

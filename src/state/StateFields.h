@@ -2,7 +2,7 @@
 // The plug-in's state beyond its parameter values: what the host state chunk stores next to them
 // and the flags that its reading sets. The plug-in owns one; the editor shows and edits it.
 // Written on the UI thread under the parameter mutex; the gains and the restoring flag are read
-// by the audio thread.
+// by the audio thread, and the migration marker by the parameter handler on any thread.
 
 #include <cstdint>
 #include <string>
@@ -35,6 +35,6 @@ struct StateFields
     Relaxed<double> mDryLevel{0.0};       // engine dry gain: Dry Level / 100 unless dry-kill
     bool mLoadingState = false;           // step buttons are being set by the state reader
     Relaxed<bool> mRestoringState{false}; // a state chunk is being applied: output silent
-    int mMigrationMarker = 0;             // version of an old chunk while it is read, else 0
+    Relaxed<int> mMigrationMarker{0};     // version of an old chunk while it is read, else 0
     bool mWasTapped[kNumSlots] = {};      // slot was in tapped delay mode (old chunks only)
 };

@@ -89,6 +89,10 @@ class CairoRaster final : public IRaster
     int DeviceWidth() const override { return mSurface ? cairo_image_surface_get_width(mSurface) : 0; }
     int DeviceHeight() const override { return mSurface ? cairo_image_surface_get_height(mSurface) : 0; }
     int Stride() const override { return mSurface ? cairo_image_surface_get_stride(mSurface) : 0; }
+    bool SavePNG(const std::string& path) override
+    {
+        return mSurface && cairo_surface_write_to_png(mSurface, path.c_str()) == CAIRO_STATUS_SUCCESS;
+    }
 
     void PushClip(const IRECT& r) override
     {

@@ -21,6 +21,8 @@ class IRaster
     virtual int DeviceWidth() const = 0;
     virtual int DeviceHeight() const = 0;
     virtual int Stride() const = 0;
+    // Writes the device pixels as a PNG file; false on failure.
+    virtual bool SavePNG(const std::string& path) = 0;
 
     // Drawing is limited to r until the matching PopClip.
     virtual void PushClip(const IRECT& r) = 0;

@@ -25,14 +25,15 @@ struct RasterImage
 
 namespace
 {
-// Font names of the text styles and the free fonts that stand in for them.
+// Font names of the text styles and the free fonts that stand in for them. The GS cut of
+// Beteckna is taken: the plain face has no punctuation, so no "-" for negative values.
 struct FontAlias
 {
     const char* mName;
     const char* mFamily;
 };
 constexpr FontAlias kFontAliases[] = {
-    {"Futura", "Beteckna"},
+    {"Futura", "BetecknaGS"},
     {"Arial", "Liberation Sans"},
 };
 

@@ -246,9 +246,9 @@ void IKnobControl::OnMouseWheel(int x, int y, const IMouseMod& mod, int d)
 }
 
 IBitmapKnobControl::IBitmapKnobControl(IPlugBase* plug, int x, int y, int paramIdx, const IBitmap& bitmap,
-                                       const IColor* arcColor)
+                                       const IColor* arcColor, bool bipolar)
     : IKnobControl(plug, IRECT::FromSize(x, y, bitmap.W, bitmap.FrameH()), paramIdx), mBitmap(bitmap),
-      mArcColor(arcColor)
+      mArcColor(arcColor), mBipolar(bipolar)
 {
 }
 
@@ -256,15 +256,16 @@ void IBitmapKnobControl::Draw(IGraphics* graphics)
 {
     graphics->DrawBitmap(mBitmap, mRect, IBitmapControl::FrameForValue(mValue, mBitmap.N), &mBlend);
     if (!mArcColor) return;
-    // The value arc runs on the knob's rim track, from the bottom-left stop to the value.
+    // The value arc runs on the knob's rim track, from the bottom-left stop (or from the top for a
+    // bipolar knob) to the value.
     const float cx = (mRect.L + mRect.R) / 2.0f, cy = (mRect.T + mRect.B) / 2.0f;
     const float radius = std::min(mRect.W(), mRect.H()) / 2.0f - 2.5f;
     const double angle = kMinAngle + std::clamp(mValue, 0.0, 1.0) * (kMaxAngle - kMinAngle);
     IColor color = *mArcColor;
     if (mGrayed) color.A = 90;
-    if (angle > kMinAngle + 0.5)
-        graphics->DrawArc(color, cx, cy, radius, static_cast<float>(kMinAngle), static_cast<float>(angle),
-                          3.0f);
+    const double from = mBipolar ? 0.0 : kMinAngle;
+    if (std::fabs(angle - from) > 0.5)
+        graphics->DrawArc(color, cx, cy, radius, static_cast<float>(from), static_cast<float>(angle), 3.0f);
 }
 
 // ---- Text -------------------------------------------------------------------------------------

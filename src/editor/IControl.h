@@ -203,8 +203,9 @@ class IKnobControl : public IControl
 class IBitmapKnobControl : public IKnobControl
 {
   public:
+    // A bipolar knob's arc starts at twelve o'clock.
     IBitmapKnobControl(IPlugBase* plug, int x, int y, int paramIdx, const IBitmap& bitmap,
-                       const IColor* arcColor = nullptr);
+                       const IColor* arcColor = nullptr, bool bipolar = false);
     void Draw(IGraphics* graphics) override;
     // Arc sweep of a knob: from -135 to +135 degrees about twelve o'clock.
     static constexpr double kMinAngle = -135.0;
@@ -213,6 +214,7 @@ class IBitmapKnobControl : public IKnobControl
   private:
     IBitmap mBitmap;
     const IColor* mArcColor;
+    bool mBipolar;
 };
 
 // Plain text held by the control.

@@ -177,7 +177,8 @@ TEST(RasterTest, FontNamesMapToTheInstalledStandIns)
         const char* family;
         const char* fileFragment;
     };
-    const Case cases[] = {{"Futura", "Beteckna", "beteckna"}, {"Arial", "Liberation Sans", "LiberationSans"}};
+    const Case cases[] = {{"Futura", "BetecknaGS", "beteckna"},
+                          {"Arial", "Liberation Sans", "LiberationSans"}};
     for (const Case& c : cases)
     {
         EXPECT_STREQ(FontFamilyFor(c.name), c.family);

@@ -150,6 +150,7 @@ void IGraphics::Draw(const IRECT& rect)
 
 IRECT IGraphics::OnTimerTick()
 {
+    if (mIdleHook) mIdleHook();
     if (mMouseOver >= 0 && mMouseCapture < 0 && !mModal && !mTooltipShown &&
         ++mHoverTicks >= kTooltipDelayTicks)
     {

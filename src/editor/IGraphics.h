@@ -88,12 +88,14 @@ class IGraphics : public IEditorLink, public IEditorWindow
     // Draws background, controls and overlays inside rect into the raster.
     void Draw(const IRECT& rect);
     void SetAllControlsDirty() { mFullRedraw = true; }
-    // One timer tick: tooltips, then redraw of the dirty union, which is handed to the window.
+    // Runs first in every timer tick (the plug-in delivers what its audio thread held back).
+    void SetIdleHook(std::function<void()> hook) { mIdleHook = std::move(hook); }
+    // One timer tick: the idle hook, tooltips, then redraw of the dirty union, which is handed to the window.
     // Answers the rectangle drawn (empty when nothing was).
     IRECT OnTimerTick();
     // Scale of the raster (1 = 100 %); the next draw is a full one.
-    void SetScale(double scale);
-    double Scale() const { return mScale; }
+    void SetScale(double scale) override;
+    double Scale() const override { return mScale; }
 
     // ---- Plug-in side (IEditorLink) ----
     void SetParameterFromPlug(int id, double value, bool normalized) override;
@@ -101,9 +103,8 @@ class IGraphics : public IEditorLink, public IEditorWindow
 
     // ---- Window (IEditorWindow) ----
     bool IsPlatformTypeSupported(const char* type) const override;
-    void OpenWindow(void* parent) override { OpenWindow(parent, nullptr); }
     // hostContext is what the back end needs of the host (the VST 3 frame on Linux).
-    bool OpenWindow(void* parent, void* hostContext);
+    bool OpenWindow(void* parent, void* hostContext) override;
     void CloseWindow() override;
     int Width() const override { return mWidth; }
     int Height() const override { return mHeight; }
@@ -175,4 +176,5 @@ class IGraphics : public IEditorLink, public IEditorWindow
     PlatformWindowFactory mWindowFactory;
     std::unique_ptr<IPlatformWindow> mWindow;
     std::function<bool(const std::string&)> mURLOpener;
+    std::function<void()> mIdleHook;
 };

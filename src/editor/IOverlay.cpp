@@ -34,21 +34,21 @@ IPopupOverlay::IPopupOverlay(std::shared_ptr<IPopupMenu> menu, const IRECT& anch
     : mRoot(std::move(menu)), mMeasure(measure), mColors(colors), mDone(std::move(done)), mWindowW(windowW),
       mWindowH(windowH)
 {
-    OpenLevel(mRoot.get(), anchor.L, anchor.B, -1);
+    OpenLevel(mRoot.get(), anchor.L, anchor.B, -1, anchor.W());
     // Keep the current item in view: scroll the first checked one to the middle.
     Level& first = mLevels.front();
     for (int i = 0; i < first.mMenu->NItems(); ++i)
         if (first.mMenu->GetItem(i)->Checked() && first.mScrolls) Scroll(first, i - first.mRows / 2);
 }
 
-void IPopupOverlay::OpenLevel(IPopupMenu* menu, int x, int y, int parentL)
+void IPopupOverlay::OpenLevel(IPopupMenu* menu, int x, int y, int parentL, int minW)
 {
     const IText style = MenuStyle(mColors);
     int textW = 60;
     for (int i = 0; i < menu->NItems(); ++i)
         textW = std::max(textW, mMeasure.MeasureText(style, menu->ItemDisplayText(i).c_str()).W());
     // Check mark column left, sub-menu arrow column right.
-    const int w = textW + 2 * kPad + 22 + 18;
+    const int w = std::max(minW, textW + 2 * kPad + 22 + 18);
     const int n = std::max(1, menu->NItems());
     const int room = mWindowH - 2 * kMargin;
     Level level{menu, IRECT(), 0, n, false, -1};

@@ -77,7 +77,7 @@ class IPopupOverlay final : public IOverlay
         int mHover = -1;
     };
 
-    void OpenLevel(IPopupMenu* menu, int x, int y, int parentL);
+    void OpenLevel(IPopupMenu* menu, int x, int y, int parentL, int minW = 0);
     void CloseLevelsAbove(int level);
     void Scroll(Level& level, int rows);
     void Choose(int level, int index);

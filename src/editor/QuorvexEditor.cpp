@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "editor/BitmapList.h"
+#include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"
 #include "editor/ValuePopUpControl.h"
 #include "params/IParamRecord.h"
@@ -25,6 +26,7 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
     : IGraphics(plug, kEditorWidth, kEditorHeight, kEditorFPS)
 {
     SetResourceDir(resourceDir);
+    SetPlatform(kX11PlatformType, MakeX11WindowFactory());
     AttachBackground(LoadIBitmap(-1, kBackgroundName, 1));
     std::vector<IBitmap> bitmaps(kNumBitmaps);
     std::vector<bool> loaded(kNumBitmaps, false);

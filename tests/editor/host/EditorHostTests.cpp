@@ -628,6 +628,29 @@ TEST_F(EditorHost, AttachAndDetachManyTimes)
     EXPECT_EQ(log.Of(kMasterFXBypass), "BPE");
 }
 
+TEST_F(EditorHost, WheelStepsAndDoubleClickToDefault)
+{
+    Open(1.0);
+    const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
+    const double before = controller->getParamNormalized(kWetLevel);
+    Move(wet.L + 26, wet.T + 26);
+    Button(4, true); // one notch up
+    Button(4, false);
+    EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before + 0.01, 1e-9);
+    XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Shift_L), True, CurrentTime);
+    Button(5, true); // one fine notch down
+    Button(5, false);
+    XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Shift_L), False, CurrentTime);
+    EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before + 0.009, 1e-9);
+    EXPECT_EQ(log.Of(kWetLevel), "BPEBPE");
+    // Two quick presses return the knob to the value it had when the editor was built.
+    Button(1, true);
+    Button(1, false);
+    Button(1, true);
+    Button(1, false);
+    EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before, 1e-9);
+}
+
 TEST_F(EditorHost, ResizingKeepsTheAspectAndTheRange)
 {
     Open(1.0);

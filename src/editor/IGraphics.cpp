@@ -374,6 +374,26 @@ bool IGraphics::OnKeyDown(int x, int y, int key)
     return c && c->OnKeyDown(x, y, key);
 }
 
+bool IGraphics::OnHostKeyDown(char16_t character, int virtualKey)
+{
+    // The host's virtual key numbers (VST 3 VirtualKeyCodes) of the keys the toolkit uses.
+    struct VirtualKey
+    {
+        int mHost;
+        int mKey;
+    };
+    static constexpr VirtualKey kVirtualKeys[] = {
+        {1, kKeyBackspace}, {2, kKeyTab},     {4, kKeyEnter},     {6, kKeyEscape}, {7, ' '},
+        {9, kKeyEnd},       {10, kKeyHome},   {11, kKeyLeft},     {12, kKeyUp},    {13, kKeyRight},
+        {14, kKeyDown},     {15, kKeyPageUp}, {16, kKeyPageDown}, {19, kKeyEnter}, {22, kKeyDelete},
+    };
+    int key = character >= 32 ? static_cast<int>(character) : kKeyNone;
+    if (key == kKeyNone)
+        for (const VirtualKey& v : kVirtualKeys)
+            if (v.mHost == virtualKey) key = v.mKey;
+    return key != kKeyNone && OnKeyDown(mLastX, mLastY, key);
+}
+
 // ---- Prompts ----------------------------------------------------------------------------------
 
 bool IGraphics::ParseValueEntry(const IParamRecord& param, const std::string& text, double& value)

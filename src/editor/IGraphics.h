@@ -123,6 +123,8 @@ class IGraphics : public IEditorLink, public IEditorWindow
     void OnMouseOver(int x, int y, const IMouseMod& mod);
     void OnMouseOut();
     bool OnKeyDown(int x, int y, int key);
+    // A key forwarded by the host's view, at the last mouse position.
+    bool OnHostKeyDown(char16_t character, int virtualKey) override;
     // Index of the control a press at (x, y) would reach, -1 for none.
     int HitTest(int x, int y) const;
 

@@ -19,4 +19,7 @@ class IEditorWindow
     // Screen pixels per layout pixel; the window follows a change.
     virtual void SetScale(double scale) {}
     virtual double Scale() const { return 1.0; }
+    // A key the host passes on (character, or the host's virtual key number when character is
+    // 0); true when the editor used it.
+    virtual bool OnHostKeyDown(char16_t character, int virtualKey) { return false; }
 };

@@ -136,3 +136,9 @@ tresult PLUGIN_API IPlugVST3View::setContentScaleFactor(ScaleFactor factor)
                   static_cast<int>(std::lround(editor->Height() * scale)));
     return kResultTrue;
 }
+
+tresult PLUGIN_API IPlugVST3View::onKeyDown(char16 key, int16 keyCode, int16 modifiers)
+{
+    IEditorWindow* editor = Editor();
+    return editor && editor->OnHostKeyDown(static_cast<char16_t>(key), keyCode) ? kResultTrue : kResultFalse;
+}

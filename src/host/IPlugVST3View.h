@@ -23,6 +23,9 @@ class IPlugVST3View : public Steinberg::CPluginView, public Steinberg::IPlugView
     Steinberg::tresult PLUGIN_API onSize(Steinberg::ViewRect* newSize) override;
     Steinberg::tresult PLUGIN_API canResize() override;
     Steinberg::tresult PLUGIN_API checkSizeConstraint(Steinberg::ViewRect* rect) override;
+    // Keys the host forwards go to the editor (its text box, its menus).
+    Steinberg::tresult PLUGIN_API onKeyDown(Steinberg::char16 key, Steinberg::int16 keyCode,
+                                            Steinberg::int16 modifiers) override;
     // The host's content scale (screen scale) becomes the editor's scale.
     Steinberg::tresult PLUGIN_API setContentScaleFactor(ScaleFactor factor) override;
 

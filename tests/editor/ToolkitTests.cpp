@@ -586,3 +586,15 @@ TEST_F(Fixture, TextControlRedrawsOnlyOnAChange)
     text->SetTextFromPlug("B");
     EXPECT_TRUE(graphics.IsDirty(r));
 }
+
+TEST_F(Fixture, KeysForwardedByTheHostReachTheTextBox)
+{
+    std::string accepted;
+    graphics.PromptForText(IRECT(100, 100, 200, 120), "1", [&](const std::string& t) { accepted = t; });
+    EXPECT_TRUE(graphics.OnHostKeyDown(u'7', 0));
+    EXPECT_TRUE(graphics.OnHostKeyDown(0, 11)); // left
+    EXPECT_TRUE(graphics.OnHostKeyDown(u'-', 0));
+    EXPECT_TRUE(graphics.OnHostKeyDown(0, 4)); // return
+    EXPECT_EQ(accepted, "-7");
+    EXPECT_FALSE(graphics.OnHostKeyDown(0, 60)); // no text box, and a key the toolkit doesn't know
+}

@@ -651,6 +651,19 @@ TEST_F(EditorHost, WheelStepsAndDoubleClickToDefault)
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before, 1e-9);
 }
 
+TEST_F(EditorHost, KeysForwardedThroughTheViewTypeAValue)
+{
+    Open(1.0);
+    const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
+    Click(wet.L + 26, wet.T + 26, 3);
+    EXPECT_EQ(view->onKeyDown(u'2', 0, 0), kResultTrue);
+    EXPECT_EQ(view->onKeyDown(u'5', 0, 0), kResultTrue);
+    EXPECT_EQ(view->onKeyDown(0, 4, 0), kResultTrue); // return
+    EXPECT_NEAR(controller->getParamNormalized(kWetLevel), 0.25, 1e-9);
+    EXPECT_EQ(log.Of(kWetLevel), "BPE");
+    EXPECT_EQ(view->onKeyDown(0, 4, 0), kResultFalse); // nothing takes keys now
+}
+
 TEST_F(EditorHost, ResizingKeepsTheAspectAndTheRange)
 {
     Open(1.0);

@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <cstring>
+#include <map>
+#include <mutex>
 #include <numbers>
 #include <vector>
 
@@ -291,7 +293,25 @@ std::unique_ptr<IRaster> MakeCairoRaster()
     return std::make_unique<CairoRaster>();
 }
 
+namespace
+{
+// Decoded images shared by every editor of the process: a second instance of the plug-in costs
+// no decoding and no memory for its bitmaps. Only editors on UI threads get here.
+std::mutex gImageCacheMutex;
+std::map<std::string, std::weak_ptr<const RasterImage>> gImageCache;
+} // namespace
+
 std::shared_ptr<const RasterImage> LoadRasterImage(const std::string& dir, const std::string& name)
+{
+    const std::string key = dir + "/" + name;
+    std::lock_guard lock(gImageCacheMutex);
+    if (auto cached = gImageCache[key].lock()) return cached;
+    auto image = DecodeRasterImage(dir, name);
+    if (image) gImageCache[key] = image;
+    return image;
+}
+
+std::shared_ptr<const RasterImage> DecodeRasterImage(const std::string& dir, const std::string& name)
 {
     cairo_surface_t* one = ReadPng(dir + "/" + name + ".png");
     if (!one) return nullptr;

@@ -57,7 +57,10 @@ std::unique_ptr<IRaster> MakeCairoRaster();
 
 // Decodes "<dir>/<name>.png" and, if present, its double-resolution twin "<dir>/<name>@2x.png".
 // Null when the 1x file can't be read: such a bitmap draws nothing, and nobody is alarmed.
+// An image already decoded for another editor is shared, not decoded again.
 std::shared_ptr<const RasterImage> LoadRasterImage(const std::string& dir, const std::string& name);
+// Always decodes the files.
+std::shared_ptr<const RasterImage> DecodeRasterImage(const std::string& dir, const std::string& name);
 
 // Size of a decoded image at 100 %, or 0 x 0 for null.
 void RasterImageSize(const RasterImage* image, int& w, int& h);

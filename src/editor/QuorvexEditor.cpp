@@ -12,12 +12,15 @@
 
 namespace
 {
-IText LiveLabelStyle(const ColorRoles& colors)
+// Labels drawn live look like the background's knob labels.
+constexpr IColor kKnobLabel = IColor::FromRGB(0xB8BFCC);
+
+IText LiveLabelStyle()
 {
     IText text;
     text.mSize = 10;
     text.mStyle = IText::kStyleBold;
-    text.mColor = colors.BrightText();
+    text.mColor = &kKnobLabel;
     return text;
 }
 } // namespace
@@ -82,7 +85,7 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
             tooltip(control);
             break;
         case ELayoutKind::kLiveLabel:
-            control = new ISelectorLabelControl(plug, row.mRect, row.mParam, LiveLabelStyle(Colors()),
+            control = new ISelectorLabelControl(plug, row.mRect, row.mParam, LiveLabelStyle(),
                                                 kMasterFxKnobLabels.data(),
                                                 static_cast<int>(kMasterFxKnobLabels.size()), row.mIndex);
             break;

@@ -156,6 +156,17 @@ TEST(RasterTest, BitmapFramesTwinsAndBlendModes)
     }
 }
 
+TEST(RasterTest, EditorsShareDecodedImages)
+{
+    ImageDir images;
+    images.Write("shared.png", 4, 4, {IColor(255, 1, 2, 3)});
+    const auto a = LoadRasterImage(images.dir.string(), "shared");
+    const auto b = LoadRasterImage(images.dir.string(), "shared");
+    ASSERT_NE(a, nullptr);
+    EXPECT_EQ(a, b);
+    EXPECT_NE(DecodeRasterImage(images.dir.string(), "shared"), a);
+}
+
 TEST(RasterTest, AMissingBitmapDrawsNothing)
 {
     IGraphics graphics(nullptr, 20, 20, 25);

@@ -598,3 +598,37 @@ TEST_F(Fixture, KeysForwardedByTheHostReachTheTextBox)
     EXPECT_EQ(accepted, "-7");
     EXPECT_FALSE(graphics.OnHostKeyDown(0, 60)); // no text box, and a key the toolkit doesn't know
 }
+
+TEST(KnobArcTest, UnipolarFromTheStopBipolarFromTheTop)
+{
+    // At the middle value a unipolar arc covers the left of the track and a bipolar one nothing.
+    struct Case
+    {
+        bool bipolar;
+        double value;
+        bool leftLit, rightLit;
+    };
+    const Case cases[] = {{false, 0.5, true, false},
+                          {true, 0.5, false, false},
+                          {true, 0.9, false, true},
+                          {true, 0.1, true, false},
+                          {false, 1.0, true, true}};
+    for (const Case& c : cases)
+    {
+        editortest::RecordingPlug plug;
+        IGraphics graphics(&plug, 100, 100, 25);
+        IColor red(255, 255, 0, 0);
+        auto* knob = new IBitmapKnobControl(&plug, 20, 20, kMix, FakeStrip(60, 60, 64), &red, c.bipolar);
+        graphics.AttachControl(knob);
+        knob->SetValueFromPlug(c.value);
+        graphics.OnTimerTick();
+        // Points on the track (radius 27.5 about 50,50) at 9 and 3 o'clock.
+        auto lit = [&](int x, int y)
+        {
+            const std::uint32_t p = graphics.Raster().Pixels()[y * graphics.Raster().Stride() / 4 + x];
+            return ((p >> 16) & 0xFF) > 200;
+        };
+        EXPECT_EQ(lit(23, 50), c.leftLit) << c.bipolar << " " << c.value;
+        EXPECT_EQ(lit(77, 50), c.rightLit) << c.bipolar << " " << c.value;
+    }
+}

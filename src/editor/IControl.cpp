@@ -75,6 +75,9 @@ void IControl::SetDirty(bool pushToPlug)
     if (mParamIdx >= 0 && mPlug)
     {
         mPlug->SetParameterFromGUI(mParamIdx, mValue);
+        // Other controls of the parameter (a second view of it, a label that follows it) see the
+        // change now; the host doesn't echo an edit back.
+        if (mGraphics) mGraphics->SetParameterFromControl(*this);
         for (const AuxParam& aux : mAuxParams)
             if (aux.mParamIdx >= 0) mPlug->SetParameterFromGUI(aux.mParamIdx, aux.mValue);
     }

@@ -191,6 +191,13 @@ void IGraphics::SetParameterFromPlug(int id, double value, bool normalized)
     }
 }
 
+void IGraphics::SetParameterFromControl(const IControl& source)
+{
+    for (const auto& control : mControls)
+        if (control.get() != &source && control->ParamIdx() == source.ParamIdx())
+            control->SetValueFromPlug(source.GetValue());
+}
+
 void IGraphics::PrepDraw()
 {
     mRaster->Resize(mWidth, mHeight, mScale);

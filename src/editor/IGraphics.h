@@ -100,6 +100,8 @@ class IGraphics : public IEditorLink, public IEditorWindow
     // ---- Plug-in side (IEditorLink) ----
     void SetParameterFromPlug(int id, double value, bool normalized) override;
     void PrepDraw() override;
+    // A control's new value reaches the other controls of its parameter.
+    void SetParameterFromControl(const IControl& source);
 
     // ---- Window (IEditorWindow) ----
     bool IsPlatformTypeSupported(const char* type) const override;

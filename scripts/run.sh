@@ -11,6 +11,10 @@ cmake --build --preset release
 bash scripts/install.sh build/release
 QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tests/host/load/quorvex_host_load_tests --gtest_brief=1
 mkdir -p out
+# The installed editor opened in a host's window on Xvfb and driven with XTest; its pictures at
+# 100 % and 200 % land in out/ (editor-100.png, editor-200.png, editor-popup-100.png).
+QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" QUORVEX_SCREENSHOT_DIR=out \
+  ./build/release/tests/editor/host/quorvex_editor_host_tests --gtest_brief=1
 # Slot 1 at full delay send with feedback, so the echoes are heard (the defaults pass only the direct sound).
 QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tools/render/quorvex-render \
   --set "Direct In 1=50" --set "Feedback 1=45" --demo out/demo.wav

@@ -5,6 +5,7 @@
 #include "dsp/Decibels.h"
 #include "dsp/Denormals.h"
 #include "dsp/Vec.h"
+#include "editor/QuorvexEditor.h"
 #include "modulators/WaveMenu.h"
 #include "params/IParamRecord.h"
 #include "params/ParamCatalogue.h"
@@ -37,10 +38,31 @@ Quorvex::Quorvex() : IPlugVST3(kQuorvexConfig)
     SyncTapFxMasks();
     mEffects.ServicePending();
     mEffects.StartWorker();
+    BuildEditor();
     mConstructing = false;
 }
 
-Quorvex::~Quorvex() = default;
+Quorvex::~Quorvex()
+{
+    AttachGraphics(nullptr);
+}
+
+void Quorvex::BuildEditor()
+{
+    mEditor = std::make_unique<QuorvexEditor>(this, BundleResourceDir());
+    // Host notices that `process` held back (automation for the controls among them) go out
+    // once per editor frame, on the UI thread.
+    mEditor->SetIdleHook([this] { FlushPendingHostNotices(); });
+    mEditor->SetColorSet(mFields.mColorSet);
+    AttachGraphics(mEditor.get());
+}
+
+void Quorvex::ShowColorSetAndPage(int colorSet, int page)
+{
+    if (!mEditor) return;
+    mEditor->SetColorSet(colorSet);
+    mEditor->SelectPage(page);
+}
 
 void Quorvex::Reset()
 {

@@ -14,6 +14,7 @@
 
 #include <array>
 #include <atomic>
+#include <memory>
 #include <thread>
 
 #include "core/EffectRack.h"
@@ -38,6 +39,8 @@
 #include "state/PresetFolders.h"
 #include "state/PresetSaving.h"
 #include "state/StateFields.h"
+
+class QuorvexEditor;
 
 inline constexpr int kQuorvexVersion = 0x10200;
 
@@ -138,6 +141,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     bool WriteParamValues(ByteChunk& chunk) override { return SerializeParams(chunk); }
     int ReadParamValues(const ByteChunk& chunk, int pos) override { return UnserializeParams(chunk, pos); }
     void RedrawControls() override { RedrawParamControls(); }
+    // A loaded state's colour set and page reach the editor.
+    void ShowColorSetAndPage(int colorSet, int page) override;
     void SelectPresetMenuItem(const std::string& folder, int index) override;
     // The tap engine's on flags follow a stored mask.
     void ApplyTapMask(int index, std::int32_t mask) override;
@@ -150,6 +155,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     }
 
     bool Silenced() const;
+    void BuildEditor();
     // Derives every rate-dependent value from the host's rate, then clears and fades in.
     void ResetEngine();
     // Clears rings, buses, delays and module memories; keeps designs and positions.
@@ -195,6 +201,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     StateFields mFields;
     MasterSection mMaster{mFields};
     PendingMessage mMessage;
+    // The editor exists from construction, window or not; the host's views show it.
+    std::unique_ptr<QuorvexEditor> mEditor;
 
     // Frame.
     double mInRingL[kInRingSize] = {};

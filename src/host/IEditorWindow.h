@@ -9,9 +9,17 @@ class IEditorWindow
     virtual ~IEditorWindow() = default;
     // The host's window type the back end can live in ("HWND" on Windows).
     virtual bool IsPlatformTypeSupported(const char* type) const = 0;
-    // Creates the editor's window inside the host's parent window.
-    virtual void OpenWindow(void* parent) = 0;
+    // Creates the editor's window inside the host's parent window; hostContext is the view's
+    // IPlugFrame (the back end takes the host's run loop from it). False when no window was made.
+    virtual bool OpenWindow(void* parent, void* hostContext) = 0;
     virtual void CloseWindow() = 0;
+    // Size at 100 %.
     virtual int Width() const = 0;
     virtual int Height() const = 0;
+    // Screen pixels per layout pixel; the window follows a change.
+    virtual void SetScale(double scale) {}
+    virtual double Scale() const { return 1.0; }
+    // A key the host passes on (character, or the host's virtual key number when character is
+    // 0); true when the editor used it.
+    virtual bool OnHostKeyDown(char16_t character, int virtualKey) { return false; }
 };

@@ -3,6 +3,9 @@
 #include "host/IEditorWindow.h"
 #include "host/IPlugVST3.h"
 
+#include <algorithm>
+#include <cmath>
+
 using namespace Steinberg;
 
 IPlugVST3View::IPlugVST3View(IPlugVST3& plug) : mPlug(plug)
@@ -33,7 +36,8 @@ tresult PLUGIN_API IPlugVST3View::attached(void* parent, FIDString type)
     if (!editor || !type || !editor->IsPlatformTypeSupported(type)) return kResultFalse;
     try
     {
-        editor->OpenWindow(parent);
+        // A host without what the back end needs (its run loop) gets no half-made window.
+        if (!editor->OpenWindow(parent, plugFrame)) return kResultFalse;
         mPlug.OnGUIOpen();
     }
     catch (...)
@@ -65,8 +69,8 @@ tresult PLUGIN_API IPlugVST3View::getSize(ViewRect* size)
     {
         size->left = 0;
         size->top = 0;
-        size->right = editor->Width();
-        size->bottom = editor->Height();
+        size->right = static_cast<int32>(std::lround(editor->Width() * editor->Scale()));
+        size->bottom = static_cast<int32>(std::lround(editor->Height() * editor->Scale()));
         return kResultTrue;
     }
     return CPluginView::getSize(size);
@@ -78,4 +82,63 @@ bool IPlugVST3View::RequestResize(int width, int height)
     setRect(wanted);
     if (!plugFrame) return false;
     return plugFrame->resizeView(this, &wanted) == kResultTrue;
+}
+
+tresult PLUGIN_API IPlugVST3View::queryInterface(const TUID iid, void** obj)
+{
+    if (FUnknownPrivate::iidEqual(iid, IPlugViewContentScaleSupport::iid))
+    {
+        addRef();
+        *obj = static_cast<IPlugViewContentScaleSupport*>(this);
+        return kResultOk;
+    }
+    return CPluginView::queryInterface(iid, obj);
+}
+
+tresult PLUGIN_API IPlugVST3View::canResize()
+{
+    return Editor() ? kResultTrue : kResultFalse;
+}
+
+tresult PLUGIN_API IPlugVST3View::checkSizeConstraint(ViewRect* rect)
+{
+    const IEditorWindow* editor = Editor();
+    if (!rect || !editor) return kInvalidArgument;
+    // The width decides; the height follows the editor's aspect ratio.
+    const double scale =
+        std::clamp(static_cast<double>(rect->getWidth()) / editor->Width(), kMinScale, kMaxScale);
+    rect->right = rect->left + static_cast<int32>(std::lround(editor->Width() * scale));
+    rect->bottom = rect->top + static_cast<int32>(std::lround(editor->Height() * scale));
+    return kResultTrue;
+}
+
+tresult PLUGIN_API IPlugVST3View::onSize(ViewRect* newSize)
+{
+    if (!newSize) return kInvalidArgument;
+    IEditorWindow* editor = Editor();
+    if (editor && editor->Width() > 0)
+    {
+        const double scale =
+            std::clamp(static_cast<double>(newSize->getWidth()) / editor->Width(), kMinScale, kMaxScale);
+        if (std::fabs(scale - editor->Scale()) > 1e-6) editor->SetScale(scale);
+    }
+    return CPluginView::onSize(newSize);
+}
+
+tresult PLUGIN_API IPlugVST3View::setContentScaleFactor(ScaleFactor factor)
+{
+    IEditorWindow* editor = Editor();
+    if (!editor || !(factor > 0.0f)) return kResultFalse;
+    const double scale = std::clamp(static_cast<double>(factor), kMinScale, kMaxScale);
+    if (std::fabs(scale - editor->Scale()) < 1e-6) return kResultTrue;
+    editor->SetScale(scale);
+    RequestResize(static_cast<int>(std::lround(editor->Width() * scale)),
+                  static_cast<int>(std::lround(editor->Height() * scale)));
+    return kResultTrue;
+}
+
+tresult PLUGIN_API IPlugVST3View::onKeyDown(char16 key, int16 keyCode, int16 modifiers)
+{
+    IEditorWindow* editor = Editor();
+    return editor && editor->OnHostKeyDown(static_cast<char16_t>(key), keyCode) ? kResultTrue : kResultFalse;
 }

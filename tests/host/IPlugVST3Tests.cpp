@@ -143,7 +143,11 @@ class FakeEditor : public IEditorLink, public IEditorWindow
     {
         return std::string(type) == "X11EmbedWindowID";
     }
-    void OpenWindow(void* parent) override { mParent = parent; }
+    bool OpenWindow(void* parent, void*) override
+    {
+        mParent = parent;
+        return true;
+    }
     void CloseWindow() override { mParent = nullptr; }
     int Width() const override { return 800; }
     int Height() const override { return 500; }

@@ -1,0 +1,213 @@
+// The cairo raster: pixels at 1x and 2x, bitmap strips and their twins, the three blend modes,
+// fonts through fontconfig, and bitmaps that are missing.
+#include <fontconfig/fontconfig.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "editor/IGraphics.h"
+#include "editor/IRaster.h"
+
+namespace
+{
+namespace fs = std::filesystem;
+
+struct Pixel
+{
+    int a, r, g, b;
+};
+
+Pixel At(IRaster& raster, int dx, int dy)
+{
+    const std::uint32_t p = raster.Pixels()[dy * (raster.Stride() / 4) + dx];
+    return {static_cast<int>(p >> 24), static_cast<int>((p >> 16) & 0xFF), static_cast<int>((p >> 8) & 0xFF),
+            static_cast<int>(p & 0xFF)};
+}
+
+// A folder of small PNGs made with the raster itself.
+struct ImageDir
+{
+    fs::path dir = fs::temp_directory_path() / ("quorvex-raster-" + std::to_string(::getpid()));
+    ImageDir() { fs::create_directories(dir); }
+    ~ImageDir() { fs::remove_all(dir); }
+
+    // A strip of frames of w x h, frame k filled with colors[k], at `scale`.
+    void Write(const std::string& file, int w, int h, std::initializer_list<IColor> colors,
+               double scale = 1.0)
+    {
+        auto raster = MakeCairoRaster();
+        raster->Resize(w, h * static_cast<int>(colors.size()), scale);
+        int k = 0;
+        for (const IColor& c : colors)
+            raster->FillRect(c, IRECT::FromSize(0, h * k++, w, h));
+        ASSERT_TRUE(raster->SavePNG((dir / file).string()));
+    }
+};
+
+std::string MatchFile(const char* family)
+{
+    FcPattern* pattern = FcNameParse(reinterpret_cast<const FcChar8*>(family));
+    FcConfigSubstitute(nullptr, pattern, FcMatchPattern);
+    FcDefaultSubstitute(pattern);
+    FcResult result;
+    FcPattern* match = FcFontMatch(nullptr, pattern, &result);
+    std::string file;
+    FcChar8* path = nullptr;
+    if (match && FcPatternGetString(match, FC_FILE, 0, &path) == FcResultMatch)
+        file = reinterpret_cast<const char*>(path);
+    if (match) FcPatternDestroy(match);
+    FcPatternDestroy(pattern);
+    return file;
+}
+} // namespace
+
+TEST(RasterTest, DrawsInLayoutPixelsAtEveryScale)
+{
+    for (double scale : {1.0, 1.5, 2.0})
+    {
+        auto raster = MakeCairoRaster();
+        ASSERT_TRUE(raster->Resize(100, 50, scale));
+        EXPECT_EQ(raster->DeviceWidth(), static_cast<int>(100 * scale));
+        EXPECT_EQ(raster->DeviceHeight(), static_cast<int>(50 * scale));
+        raster->FillRect(IColor(255, 255, 0, 0), IRECT(10, 10, 20, 20));
+        const Pixel inside = At(*raster, static_cast<int>(15 * scale), static_cast<int>(15 * scale));
+        const Pixel outside = At(*raster, static_cast<int>(25 * scale), static_cast<int>(15 * scale));
+        EXPECT_EQ(inside.r, 255) << scale;
+        EXPECT_EQ(inside.a, 255) << scale;
+        EXPECT_EQ(outside.a, 0) << scale;
+        // A clip limits what is drawn until it is popped.
+        raster->PushClip(IRECT(0, 0, 50, 50));
+        raster->FillRect(IColor(255, 0, 255, 0), IRECT(40, 0, 60, 10));
+        raster->PopClip();
+        EXPECT_EQ(At(*raster, static_cast<int>(45 * scale), static_cast<int>(5 * scale)).g, 255);
+        EXPECT_EQ(At(*raster, static_cast<int>(55 * scale), static_cast<int>(5 * scale)).a, 0);
+    }
+}
+
+TEST(RasterTest, ShapesLandWhereTheyAreAsked)
+{
+    auto raster = MakeCairoRaster();
+    raster->Resize(100, 100, 2.0);
+    raster->FillCircle(IColor(255, 0, 0, 255), 50, 50, 10);
+    EXPECT_EQ(At(*raster, 100, 100).b, 255);
+    EXPECT_EQ(At(*raster, 100, 100 + 2 * 12).a, 0);
+    raster->DrawLine(IColor(255, 255, 255, 255), 0, 80.5, 100, 80.5, 2.0);
+    EXPECT_EQ(At(*raster, 60, 161).r, 255);
+    // The arc starts at the bottom-left stop of a knob and runs clockwise over the top.
+    raster->DrawArc(IColor(255, 0, 255, 0), 30, 30, 20, -135, 0, 3.0);
+    EXPECT_GT(At(*raster, 60, 20).g, 200); // top of the circle
+    EXPECT_EQ(At(*raster, 100, 60).g, 0);  // right side, past the arc's end
+    raster->DrawRect(IColor(255, 255, 0, 0), IRECT(70, 0, 90, 20));
+    EXPECT_EQ(At(*raster, 140, 10).r, 255); // the outline
+    EXPECT_EQ(At(*raster, 160, 20).a, 0);   // its inside stays
+}
+
+TEST(RasterTest, BitmapFramesTwinsAndBlendModes)
+{
+    ImageDir images;
+    images.Write("strip.png", 4, 4, {IColor(255, 200, 0, 0), IColor(255, 0, 200, 0), IColor(255, 0, 0, 200)});
+    images.Write("twin.png", 4, 4, {IColor(255, 200, 0, 0)});
+    images.Write("twin@2x.png", 4, 4, {IColor(255, 0, 200, 0)}, 2.0);
+    images.Write("grey.png", 4, 4, {IColor(255, 100, 100, 100)});
+
+    IGraphics graphics(nullptr, 40, 40, 25);
+    graphics.SetResourceDir(images.dir.string());
+    const IBitmap strip = graphics.LoadIBitmap(1, "strip", 3);
+    ASSERT_NE(strip.mRaster, nullptr);
+    EXPECT_EQ(strip.W, 4);
+    EXPECT_EQ(strip.FrameH(), 4);
+    IRaster& raster = graphics.Raster();
+    for (int frame = 1; frame <= 3; ++frame)
+    {
+        graphics.DrawBitmap(strip, IRECT(0, 0, 4, 4), frame);
+        const Pixel p = At(raster, 1, 1);
+        EXPECT_EQ(p.r, frame == 1 ? 200 : 0);
+        EXPECT_EQ(p.g, frame == 2 ? 200 : 0);
+        EXPECT_EQ(p.b, frame == 3 ? 200 : 0);
+    }
+
+    // The 2x twin serves a fine raster, the 1x image a plain one.
+    const IBitmap twin = graphics.LoadIBitmap(2, "twin", 1);
+    graphics.DrawBitmap(twin, IRECT(10, 0, 14, 4));
+    EXPECT_EQ(At(raster, 11, 1).r, 200);
+    graphics.SetScale(2.0);
+    graphics.DrawBitmap(twin, IRECT(10, 0, 14, 4));
+    EXPECT_EQ(At(graphics.Raster(), 22, 2).g, 200);
+    EXPECT_EQ(At(graphics.Raster(), 22, 2).r, 0);
+    graphics.SetScale(1.0);
+
+    struct Case
+    {
+        IChannelBlend blend;
+        int expected; // each channel over a 60-grey ground
+    };
+    const IBitmap grey = graphics.LoadIBitmap(3, "grey", 1);
+    const Case cases[] = {{IChannelBlend(IChannelBlend::kBlendNone), 100},
+                          {IChannelBlend(IChannelBlend::kBlendAdd, 1.0f), 160},
+                          {IChannelBlend(IChannelBlend::kBlendAdd, 0.5f), 110},
+                          {IChannelBlend(IChannelBlend::kBlendScale, 0.5f), 80},
+                          {IChannelBlend(IChannelBlend::kBlendScale, 0.0f), 60}};
+    for (const Case& c : cases)
+    {
+        graphics.FillIRect(IColor(255, 60, 60, 60), IRECT(20, 20, 30, 30));
+        graphics.DrawBitmap(grey, IRECT(20, 20, 24, 24), 1, &c.blend);
+        EXPECT_NEAR(At(raster, 21, 21).r, c.expected, 1) << c.blend.mMode << " " << c.blend.mWeight;
+    }
+}
+
+TEST(RasterTest, EditorsShareDecodedImages)
+{
+    ImageDir images;
+    images.Write("shared.png", 4, 4, {IColor(255, 1, 2, 3)});
+    const auto a = LoadRasterImage(images.dir.string(), "shared");
+    const auto b = LoadRasterImage(images.dir.string(), "shared");
+    ASSERT_NE(a, nullptr);
+    EXPECT_EQ(a, b);
+    EXPECT_NE(DecodeRasterImage(images.dir.string(), "shared"), a);
+}
+
+TEST(RasterTest, AMissingBitmapDrawsNothing)
+{
+    IGraphics graphics(nullptr, 20, 20, 25);
+    graphics.SetResourceDir("/nonexistent/quorvex");
+    const IBitmap missing = graphics.LoadIBitmap(7, "knob_hard_main", 65);
+    EXPECT_EQ(missing.mRaster, nullptr);
+    EXPECT_EQ(missing.N, 65);
+    graphics.FillIRect(IColor(255, 10, 20, 30), IRECT(0, 0, 20, 20));
+    graphics.DrawBitmap(missing, IRECT(0, 0, 20, 20), 3);
+    graphics.DrawRotatedBitmap(missing, 10, 10, 45.0);
+    EXPECT_EQ(At(graphics.Raster(), 5, 5).b, 30);
+}
+
+TEST(RasterTest, FontNamesMapToTheInstalledStandIns)
+{
+    struct Case
+    {
+        const char* name;
+        const char* family;
+        const char* fileFragment;
+    };
+    const Case cases[] = {{"Futura", "BetecknaGS", "beteckna"},
+                          {"Arial", "Liberation Sans", "LiberationSans"}};
+    for (const Case& c : cases)
+    {
+        EXPECT_STREQ(FontFamilyFor(c.name), c.family);
+        EXPECT_NE(MatchFile(c.family).find(c.fileFragment), std::string::npos) << MatchFile(c.family);
+    }
+
+    auto raster = MakeCairoRaster();
+    raster->Resize(200, 40, 1.0);
+    IText style;
+    style.mSize = 16;
+    const int shortW = raster->MeasureText(style, "MIX").W();
+    const int longW = raster->MeasureText(style, "MIX MIX MIX").W();
+    EXPECT_GT(shortW, 10);
+    EXPECT_GT(longW, 2 * shortW);
+    raster->DrawText(style, "QUORVEX", IRECT(0, 0, 200, 40));
+    int lit = 0;
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < 200; ++x)
+            lit += At(*raster, x, y).a > 128;
+    EXPECT_GT(lit, 100);
+}

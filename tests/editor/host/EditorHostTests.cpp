@@ -1,0 +1,709 @@
+// The editor as a host meets it: the installed bundle loaded through VST 3, its view attached to a
+// parent window on an Xvfb display that this test starts, with a run loop of the test's own, and
+// driven by XTest like a user's mouse and keyboard. The values are checked where they reach the
+// host (beginEdit/performEdit/endEdit) and the plug-in's parameters. It links none of our
+// libraries: only the layout tables are read, to know where the controls sit.
+#include <cairo.h>
+#include <fontconfig/fontconfig.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "PluginModule.h"
+#include "editor/IOverlay.h"
+#include "editor/MainLayout.h"
+#include "pluginterfaces/base/ibstream.h"
+#include "pluginterfaces/gui/iplugview.h"
+#include "pluginterfaces/gui/iplugviewcontentscalesupport.h"
+#include "pluginterfaces/vst/ivstaudioprocessor.h"
+#include "pluginterfaces/vst/ivstcomponent.h"
+#include "pluginterfaces/vst/ivsteditcontroller.h"
+#include "pluginterfaces/vst/ivsthostapplication.h"
+
+// Xlib last: its macros (None, Bool, Status) would break the headers above.
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+#include <X11/keysym.h>
+
+extern char** environ;
+
+using namespace Steinberg;
+using namespace Steinberg::Vst;
+
+namespace
+{
+// Joins texts (gcc 12 warns falsely about "literal" + std::string temporaries).
+std::string Cat(std::initializer_list<std::string_view> parts)
+{
+    std::string out;
+    for (std::string_view p : parts)
+        out.append(p);
+    return out;
+}
+
+// ---- The X server --------------------------------------------------------------------------------
+
+class XvfbServer
+{
+  public:
+    bool Start()
+    {
+        for (int n = 91; n < 140; ++n)
+        {
+            if (std::filesystem::exists(Cat({"/tmp/.X", std::to_string(n), "-lock"}))) continue;
+            mName = Cat({":", std::to_string(n)});
+            const char* argv[] = {"Xvfb",         mName.c_str(), "-screen", "0",
+                                  "2600x1400x24", "-nolisten",   "tcp",     nullptr};
+            if (posix_spawnp(&mPid, "Xvfb", nullptr, nullptr, const_cast<char* const*>(argv), environ) != 0)
+                return false;
+            for (int wait = 0; wait < 100; ++wait)
+            {
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                if (Display* d = XOpenDisplay(mName.c_str()))
+                {
+                    XCloseDisplay(d);
+                    setenv("DISPLAY", mName.c_str(), 1);
+                    return true;
+                }
+                int status = 0;
+                if (waitpid(mPid, &status, WNOHANG) == mPid) break; // that number was taken: next
+            }
+            Stop();
+        }
+        return false;
+    }
+    void Stop()
+    {
+        if (mPid <= 0) return;
+        kill(mPid, SIGTERM);
+        int status = 0;
+        waitpid(mPid, &status, 0);
+        mPid = -1;
+    }
+    ~XvfbServer() { Stop(); }
+    const std::string& Name() const { return mName; }
+
+  private:
+    pid_t mPid = -1;
+    std::string mName;
+};
+
+// ---- The host's side -----------------------------------------------------------------------------
+
+template <typename I> class Unknown : public I
+{
+  public:
+    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
+    {
+        if (FUnknownPrivate::iidEqual(iid, FUnknown::iid) || FUnknownPrivate::iidEqual(iid, I::iid))
+        {
+            *obj = static_cast<I*>(this);
+            return kResultOk;
+        }
+        *obj = nullptr;
+        return kNoInterface;
+    }
+    uint32 PLUGIN_API addRef() override { return 1; }
+    uint32 PLUGIN_API release() override { return 1; }
+};
+
+class RunLoop : public Unknown<Linux::IRunLoop>
+{
+  public:
+    tresult PLUGIN_API registerEventHandler(Linux::IEventHandler* handler, Linux::FileDescriptor fd) override
+    {
+        handler->addRef();
+        mHandlers.push_back({handler, fd});
+        return kResultOk;
+    }
+    tresult PLUGIN_API unregisterEventHandler(Linux::IEventHandler* handler) override
+    {
+        for (size_t i = 0; i < mHandlers.size(); ++i)
+            if (mHandlers[i].handler == handler)
+            {
+                mHandlers.erase(mHandlers.begin() + static_cast<long>(i));
+                handler->release();
+                return kResultOk;
+            }
+        return kInvalidArgument;
+    }
+    tresult PLUGIN_API registerTimer(Linux::ITimerHandler* handler, Linux::TimerInterval ms) override
+    {
+        handler->addRef();
+        mTimers.push_back({handler, std::chrono::milliseconds(ms), Clock::now()});
+        return kResultOk;
+    }
+    tresult PLUGIN_API unregisterTimer(Linux::ITimerHandler* handler) override
+    {
+        for (size_t i = 0; i < mTimers.size(); ++i)
+            if (mTimers[i].handler == handler)
+            {
+                mTimers.erase(mTimers.begin() + static_cast<long>(i));
+                handler->release();
+                return kResultOk;
+            }
+        return kInvalidArgument;
+    }
+
+    // Runs the loop for ms milliseconds: descriptors that can be read, then timers that are due.
+    void Pump(int ms)
+    {
+        const auto end = Clock::now() + std::chrono::milliseconds(ms);
+        while (Clock::now() < end)
+        {
+            std::vector<pollfd> fds;
+            for (const Handler& h : mHandlers)
+                fds.push_back({h.fd, POLLIN, 0});
+            poll(fds.data(), fds.size(), 5);
+            const auto handlers = mHandlers;
+            for (size_t i = 0; i < fds.size() && i < handlers.size(); ++i)
+                if (fds[i].revents & POLLIN) handlers[i].handler->onFDIsSet(handlers[i].fd);
+            const auto now = Clock::now();
+            const auto timers = mTimers;
+            for (const Timer& t : timers)
+                if (now >= t.next)
+                {
+                    for (Timer& live : mTimers)
+                        if (live.handler == t.handler) live.next = now + live.interval;
+                    t.handler->onTimer();
+                }
+        }
+    }
+    size_t Registered() const { return mHandlers.size() + mTimers.size(); }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    struct Handler
+    {
+        Linux::IEventHandler* handler;
+        Linux::FileDescriptor fd;
+    };
+    struct Timer
+    {
+        Linux::ITimerHandler* handler;
+        std::chrono::milliseconds interval;
+        Clock::time_point next;
+    };
+    std::vector<Handler> mHandlers;
+    std::vector<Timer> mTimers;
+};
+
+class Frame : public IPlugFrame
+{
+  public:
+    explicit Frame(RunLoop* loop) : mLoop(loop) {}
+    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
+    {
+        if (mLoop && FUnknownPrivate::iidEqual(iid, Linux::IRunLoop::iid))
+        {
+            *obj = static_cast<Linux::IRunLoop*>(mLoop);
+            return kResultOk;
+        }
+        if (FUnknownPrivate::iidEqual(iid, IPlugFrame::iid) || FUnknownPrivate::iidEqual(iid, FUnknown::iid))
+        {
+            *obj = static_cast<IPlugFrame*>(this);
+            return kResultOk;
+        }
+        *obj = nullptr;
+        return kNoInterface;
+    }
+    uint32 PLUGIN_API addRef() override { return 1; }
+    uint32 PLUGIN_API release() override { return 1; }
+    tresult PLUGIN_API resizeView(IPlugView* view, ViewRect* rect) override
+    {
+        ++mResizes;
+        return view->onSize(rect);
+    }
+    int mResizes = 0;
+
+  private:
+    RunLoop* mLoop;
+};
+
+// Records every edit the plug-in reports, in order.
+class EditLog : public Unknown<IComponentHandler>
+{
+  public:
+    struct Edit
+    {
+        char kind; // 'B', 'P', 'E'
+        ParamID id;
+        ParamValue value;
+    };
+    tresult PLUGIN_API beginEdit(ParamID id) override
+    {
+        mEdits.push_back({'B', id, 0});
+        return kResultOk;
+    }
+    tresult PLUGIN_API performEdit(ParamID id, ParamValue v) override
+    {
+        mEdits.push_back({'P', id, v});
+        return kResultOk;
+    }
+    tresult PLUGIN_API endEdit(ParamID id) override
+    {
+        mEdits.push_back({'E', id, 0});
+        return kResultOk;
+    }
+    tresult PLUGIN_API restartComponent(int32) override { return kResultOk; }
+
+    // Edits of one id as a gesture string ("BPPPE"), and the last value performed.
+    std::string Of(ParamID id) const
+    {
+        std::string s;
+        for (const Edit& e : mEdits)
+            if (e.id == id) s += e.kind;
+        return s;
+    }
+    ParamValue Last(ParamID id) const
+    {
+        ParamValue v = -1;
+        for (const Edit& e : mEdits)
+            if (e.id == id && e.kind == 'P') v = e.value;
+        return v;
+    }
+    std::vector<Edit> mEdits;
+};
+
+class HostApp : public Unknown<IHostApplication>
+{
+  public:
+    tresult PLUGIN_API getName(String128 name) override
+    {
+        const char* n = "editor test";
+        int i = 0;
+        for (; n[i]; ++i)
+            name[i] = static_cast<char16>(n[i]);
+        name[i] = 0;
+        return kResultOk;
+    }
+    tresult PLUGIN_API createInstance(TUID, TUID, void** obj) override
+    {
+        *obj = nullptr;
+        return kResultFalse;
+    }
+};
+
+class ByteStream : public Unknown<IBStream>
+{
+  public:
+    tresult PLUGIN_API read(void* buffer, int32 n, int32* done) override
+    {
+        const int32 k = std::max<int32>(0, std::min<int32>(n, static_cast<int32>(mBytes.size()) - mPos));
+        std::memcpy(buffer, mBytes.data() + mPos, static_cast<size_t>(k));
+        mPos += k;
+        if (done) *done = k;
+        return k == n ? kResultOk : kResultFalse;
+    }
+    tresult PLUGIN_API write(void* buffer, int32 n, int32* done) override
+    {
+        mBytes.insert(mBytes.end(), static_cast<char*>(buffer), static_cast<char*>(buffer) + n);
+        if (done) *done = n;
+        return kResultOk;
+    }
+    tresult PLUGIN_API seek(int64 pos, int32 mode, int64* result) override
+    {
+        mPos = static_cast<int32>(mode == kIBSeekSet ? pos : mPos + pos);
+        if (result) *result = mPos;
+        return kResultOk;
+    }
+    tresult PLUGIN_API tell(int64* pos) override
+    {
+        *pos = mPos;
+        return kResultOk;
+    }
+    std::vector<char> mBytes;
+    int32 mPos = 0;
+};
+
+XvfbServer* gServer = nullptr;
+
+class XvfbEnvironment : public ::testing::Environment
+{
+  public:
+    void SetUp() override
+    {
+        gServer = new XvfbServer;
+        if (!gServer->Start())
+        {
+            delete gServer;
+            gServer = nullptr;
+        }
+    }
+    void TearDown() override
+    {
+        delete gServer;
+        gServer = nullptr;
+        // The plug-in's text went through cairo's and fontconfig's caches, which live until the
+        // process ends: hand them back so the leak checker sees only what we own.
+        cairo_debug_reset_static_data();
+        FcFini();
+    }
+};
+const auto* gEnv = ::testing::AddGlobalTestEnvironment(new XvfbEnvironment);
+
+std::string BundlePath()
+{
+    const char* env = std::getenv("QUORVEX_BUNDLE");
+    return env ? env : QUORVEX_BUNDLE_DIR;
+}
+
+IRECT RowRect(ELayoutKind kind, int param)
+{
+    for (const LayoutRow& row : kMainLayout)
+        if (row.mKind == kind && row.mParam == param) return row.mRect;
+    return IRECT();
+}
+
+struct EditorHost : ::testing::Test
+{
+    std::unique_ptr<vst3host::PluginModule> module;
+    IComponent* component = nullptr;
+    IEditController* controller = nullptr;
+    HostApp app;
+    EditLog log;
+    RunLoop loop;
+    Frame frame{&loop};
+    Display* display = nullptr;
+    Window parent = 0;
+    IPlugView* view = nullptr;
+    double scale = 1.0;
+
+    void SetUp() override
+    {
+        ASSERT_NE(gServer, nullptr) << "Xvfb could not be started";
+        std::string error;
+        module = vst3host::PluginModule::Load(BundlePath(), error);
+        ASSERT_NE(module, nullptr) << error;
+        IPluginFactory* factory = module->Factory();
+        PClassInfo info;
+        for (int32 i = 0; i < factory->countClasses(); ++i)
+            if (factory->getClassInfo(i, &info) == kResultOk &&
+                std::string(info.category) == kVstAudioEffectClass)
+                break;
+        void* obj = nullptr;
+        ASSERT_EQ(factory->createInstance(info.cid, IComponent::iid, &obj), kResultOk);
+        component = static_cast<IComponent*>(obj);
+        ASSERT_EQ(component->initialize(&app), kResultOk);
+        ASSERT_EQ(component->queryInterface(IEditController::iid, reinterpret_cast<void**>(&controller)),
+                  kResultOk);
+        controller->setComponentHandler(&log);
+        display = XOpenDisplay(gServer->Name().c_str());
+        ASSERT_NE(display, nullptr);
+    }
+
+    void TearDown() override
+    {
+        Close();
+        if (display) XCloseDisplay(display);
+        if (controller) controller->release();
+        if (component)
+        {
+            component->terminate();
+            component->release();
+        }
+        module.reset();
+    }
+
+    // Opens the editor at a scale in a fresh parent window at the screen's corner.
+    void Open(double s)
+    {
+        scale = s;
+        view = controller->createView(ViewType::kEditor);
+        ASSERT_NE(view, nullptr);
+        ASSERT_EQ(view->isPlatformTypeSupported(kPlatformTypeX11EmbedWindowID), kResultTrue);
+        IPlugViewContentScaleSupport* scaling = nullptr;
+        ASSERT_EQ(view->queryInterface(IPlugViewContentScaleSupport::iid, reinterpret_cast<void**>(&scaling)),
+                  kResultOk);
+        view->setFrame(&frame);
+        scaling->setContentScaleFactor(static_cast<float>(s));
+        scaling->release();
+        ViewRect size;
+        ASSERT_EQ(view->getSize(&size), kResultTrue);
+        EXPECT_EQ(size.getWidth(), static_cast<int>(std::lround(kEditorWidth * s)));
+        EXPECT_EQ(size.getHeight(), static_cast<int>(std::lround(kEditorHeight * s)));
+        XSetWindowAttributes a{};
+        a.override_redirect = True;
+        parent =
+            XCreateWindow(display, DefaultRootWindow(display), 0, 0, static_cast<unsigned>(size.getWidth()),
+                          static_cast<unsigned>(size.getHeight()), 0, CopyFromParent, InputOutput,
+                          CopyFromParent, CWOverrideRedirect, &a);
+        XMapRaised(display, parent);
+        XSync(display, False);
+        ASSERT_EQ(view->attached(reinterpret_cast<void*>(parent), kPlatformTypeX11EmbedWindowID), kResultOk);
+        loop.Pump(300);
+    }
+
+    void Close()
+    {
+        if (!view) return;
+        EXPECT_EQ(view->removed(), kResultOk);
+        view->release();
+        view = nullptr;
+        EXPECT_EQ(loop.Registered(), 0u); // no handler or timer survives the window
+        XDestroyWindow(display, parent);
+        XSync(display, False);
+        parent = 0;
+    }
+
+    // Mouse and keys at layout coordinates, as XTest input on the screen.
+    void Move(int x, int y)
+    {
+        XTestFakeMotionEvent(display, -1, static_cast<int>(x * scale), static_cast<int>(y * scale),
+                             CurrentTime);
+        XFlush(display);
+        loop.Pump(30);
+    }
+    void Button(unsigned button, bool down)
+    {
+        XTestFakeButtonEvent(display, button, down, CurrentTime);
+        XFlush(display);
+        loop.Pump(30);
+    }
+    void Click(int x, int y, unsigned button = 1)
+    {
+        Move(x, y);
+        Button(button, true);
+        Button(button, false);
+        loop.Pump(450); // no double click with the next press
+    }
+    void Key(KeySym sym)
+    {
+        const KeyCode code = XKeysymToKeycode(display, sym);
+        XTestFakeKeyEvent(display, code, True, CurrentTime);
+        XTestFakeKeyEvent(display, code, False, CurrentTime);
+        XFlush(display);
+        loop.Pump(30);
+    }
+
+    // The parent window's pixels (0xRRGGBB), written as a PNG when a folder is given.
+    std::vector<std::uint32_t> Grab(const std::string& pngName = "")
+    {
+        loop.Pump(100);
+        XWindowAttributes wa;
+        XGetWindowAttributes(display, parent, &wa);
+        XImage* image = XGetImage(display, parent, 0, 0, static_cast<unsigned>(wa.width),
+                                  static_cast<unsigned>(wa.height), AllPlanes, ZPixmap);
+        std::vector<std::uint32_t> pixels;
+        if (!image) return pixels;
+        cairo_surface_t* png = cairo_image_surface_create(CAIRO_FORMAT_RGB24, wa.width, wa.height);
+        auto* out = reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(png));
+        const int stride = cairo_image_surface_get_stride(png) / 4;
+        for (int y = 0; y < wa.height; ++y)
+            for (int x = 0; x < wa.width; ++x)
+            {
+                const auto p = static_cast<std::uint32_t>(XGetPixel(image, x, y)) & 0xFFFFFF;
+                pixels.push_back(p);
+                out[y * stride + x] = p;
+            }
+        cairo_surface_mark_dirty(png);
+        const char* dir = std::getenv("QUORVEX_SCREENSHOT_DIR");
+        if (dir && !pngName.empty())
+        {
+            std::filesystem::create_directories(dir);
+            cairo_surface_write_to_png(png, Cat({dir, "/", pngName}).c_str());
+        }
+        cairo_surface_destroy(png);
+        XDestroyImage(image);
+        return pixels;
+    }
+    std::uint32_t PixelAt(const std::vector<std::uint32_t>& pixels, int x, int y) const
+    {
+        const int w = static_cast<int>(std::lround(kEditorWidth * scale));
+        return pixels[static_cast<size_t>(static_cast<int>(y * scale) * w + static_cast<int>(x * scale))];
+    }
+
+    void SetColorSetThroughState(int set)
+    {
+        ByteStream out;
+        ASSERT_EQ(component->getState(&out), kResultOk);
+        ASSERT_GE(out.mBytes.size(), 8u);
+        std::int32_t value = set;
+        std::memcpy(out.mBytes.data() + 4, &value, 4); // after the version word
+        ByteStream in;
+        in.mBytes = out.mBytes;
+        ASSERT_EQ(component->setState(&in), kResultOk);
+    }
+};
+} // namespace
+
+TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
+{
+    for (double s : {1.0, 2.0})
+    {
+        log.mEdits.clear();
+        Open(s);
+        const std::string tag = s > 1.5 ? "200" : "100";
+
+        // Drag a knob: one gesture, the value up by the drag.
+        const IRECT dry = RowRect(ELayoutKind::kKnob, kDryLevel);
+        const double dryBefore = controller->getParamNormalized(kDryLevel);
+        Move(dry.L + 26, dry.T + 26);
+        Button(1, true);
+        for (int i = 1; i <= 12; ++i)
+            Move(dry.L + 26, dry.T + 26 - 2 * i);
+        Button(1, false);
+        const std::string gesture = log.Of(kDryLevel);
+        ASSERT_GE(gesture.size(), 3u) << tag;
+        EXPECT_EQ(gesture.front(), 'B') << tag;
+        EXPECT_EQ(gesture.back(), 'E') << tag;
+        EXPECT_EQ(gesture.find_first_not_of('P', 1), gesture.size() - 1) << tag;
+        // 24 pixels of a 52-pixel knob at gearing 3, cut at the top.
+        EXPECT_NEAR(controller->getParamNormalized(kDryLevel), std::min(1.0, dryBefore + 24.0 / (3 * 52)),
+                    0.03)
+            << tag;
+        EXPECT_DOUBLE_EQ(log.Last(kDryLevel), controller->getParamNormalized(kDryLevel)) << tag;
+        loop.Pump(450);
+
+        // Click a switch.
+        const IRECT bypass = RowRect(ELayoutKind::kSwitch, kMasterFXBypass);
+        const double bypassBefore = controller->getParamNormalized(kMasterFXBypass);
+        Click(bypass.L + 10, bypass.T + 8);
+        EXPECT_EQ(log.Of(kMasterFXBypass), "BPE") << tag;
+        EXPECT_DOUBLE_EQ(controller->getParamNormalized(kMasterFXBypass), 1.0 - bypassBefore) << tag;
+
+        // Open the master effect's list and pick "ROOM" (then "REVERB").
+        const int item = s == 1.0 ? 3 : 2;
+        const IRECT fx = RowRect(ELayoutKind::kPopup, kMasterFX);
+        Click(fx.L + 20, fx.T + 10);
+        const int itemY = fx.B + IPopupOverlay::kPad + item * IPopupOverlay::kRowH + IPopupOverlay::kRowH / 2;
+        if (s == 1.0) Grab(Cat({"editor-popup-", tag, ".png"}));
+        Move(fx.L + 40, itemY);
+        Click(fx.L + 40, itemY);
+        EXPECT_NEAR(log.Last(kMasterFX), item / 7.0, 1e-9) << tag;
+        EXPECT_NEAR(controller->getParamNormalized(kMasterFX), item / 7.0, 1e-9) << tag;
+
+        // Type a value into a knob's text box (right button).
+        const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
+        Click(wet.L + 26, wet.T + 26, 3);
+        const KeySym digit = s == 1.0 ? XK_3 : XK_4;
+        Key(digit);
+        Key(digit);
+        Key(XK_Return);
+        const double typed = s == 1.0 ? 0.33 : 0.44;
+        EXPECT_NEAR(log.Last(kWetLevel), typed, 1e-9) << tag;
+        EXPECT_NEAR(controller->getParamNormalized(kWetLevel), typed, 1e-9) << tag;
+
+        // The picture: not blank, and a colour set change reaches the accent pixels of an arc.
+        Move(5, 610);
+        loop.Pump(200);
+        const auto shot = Grab(Cat({"editor-", tag, ".png"}));
+        ASSERT_FALSE(shot.empty());
+        std::vector<std::uint32_t> colours(shot.begin(), shot.end());
+        std::sort(colours.begin(), colours.end());
+        EXPECT_GT(std::unique(colours.begin(), colours.end()) - colours.begin(), 200) << tag;
+        const IRECT width = RowRect(ELayoutKind::kKnob, kGlobalWidth); // at 100 %: its arc crosses the top
+        const std::uint32_t before = PixelAt(shot, (width.L + width.R) / 2, width.T + 2);
+        SetColorSetThroughState(4);
+        loop.Pump(200);
+        const std::uint32_t after = PixelAt(Grab(), (width.L + width.R) / 2, width.T + 2);
+        EXPECT_NE(before, after) << tag;
+        EXPECT_GT(before & 0xFF, before >> 16) << tag; // the default set's blue
+        EXPECT_GT(after >> 16, after & 0xFF) << tag;   // "FIRE": red over blue
+        SetColorSetThroughState(0);
+        Close();
+    }
+}
+
+TEST_F(EditorHost, AttachAndDetachManyTimes)
+{
+    for (int i = 0; i < 10; ++i)
+    {
+        Open(i % 2 ? 1.5 : 1.0);
+        Close();
+    }
+    // Still working after all that.
+    Open(1.0);
+    const IRECT bypass = RowRect(ELayoutKind::kSwitch, kMasterFXBypass);
+    Click(bypass.L + 10, bypass.T + 8);
+    EXPECT_EQ(log.Of(kMasterFXBypass), "BPE");
+}
+
+TEST_F(EditorHost, WheelStepsAndDoubleClickToDefault)
+{
+    Open(1.0);
+    const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
+    const double before = controller->getParamNormalized(kWetLevel);
+    Move(wet.L + 26, wet.T + 26);
+    Button(4, true); // one notch up
+    Button(4, false);
+    EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before + 0.01, 1e-9);
+    XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Shift_L), True, CurrentTime);
+    Button(5, true); // one fine notch down
+    Button(5, false);
+    XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Shift_L), False, CurrentTime);
+    EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before + 0.009, 1e-9);
+    EXPECT_EQ(log.Of(kWetLevel), "BPEBPE");
+    // Two quick presses return the knob to the value it had when the editor was built.
+    Button(1, true);
+    Button(1, false);
+    Button(1, true);
+    Button(1, false);
+    EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before, 1e-9);
+}
+
+TEST_F(EditorHost, KeysForwardedThroughTheViewTypeAValue)
+{
+    Open(1.0);
+    const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
+    Click(wet.L + 26, wet.T + 26, 3);
+    EXPECT_EQ(view->onKeyDown(u'2', 0, 0), kResultTrue);
+    EXPECT_EQ(view->onKeyDown(u'5', 0, 0), kResultTrue);
+    EXPECT_EQ(view->onKeyDown(0, 4, 0), kResultTrue); // return
+    EXPECT_NEAR(controller->getParamNormalized(kWetLevel), 0.25, 1e-9);
+    EXPECT_EQ(log.Of(kWetLevel), "BPE");
+    EXPECT_EQ(view->onKeyDown(0, 4, 0), kResultFalse); // nothing takes keys now
+}
+
+TEST_F(EditorHost, ResizingKeepsTheAspectAndTheRange)
+{
+    Open(1.0);
+    struct Case
+    {
+        int askW, wantW, wantH;
+    };
+    const Case cases[] = {{1860, 1860, 930}, {400, 930, 465}, {5000, 2480, 1240}, {1240, 1240, 620}};
+    for (const Case& c : cases)
+    {
+        ViewRect r(0, 0, c.askW, 300);
+        ASSERT_EQ(view->checkSizeConstraint(&r), kResultTrue);
+        EXPECT_EQ(r.getWidth(), c.wantW);
+        EXPECT_EQ(r.getHeight(), c.wantH);
+        EXPECT_EQ(view->onSize(&r), kResultOk);
+        ViewRect now;
+        view->getSize(&now);
+        EXPECT_EQ(now.getWidth(), c.wantW);
+    }
+}
+
+TEST_F(EditorHost, AHostWithoutARunLoopGetsNoWindow)
+{
+    Frame bare(nullptr);
+    view = controller->createView(ViewType::kEditor);
+    ASSERT_NE(view, nullptr);
+    view->setFrame(&bare);
+    parent = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 100, 100, 0, 0, 0);
+    EXPECT_EQ(view->attached(reinterpret_cast<void*>(parent), kPlatformTypeX11EmbedWindowID), kResultFalse);
+    Window root = 0, up = 0;
+    Window* children = nullptr;
+    unsigned n = 0;
+    XQueryTree(display, parent, &root, &up, &children, &n);
+    if (children) XFree(children);
+    EXPECT_EQ(n, 0u);
+    view->release();
+    view = nullptr;
+}

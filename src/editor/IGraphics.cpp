@@ -271,21 +271,26 @@ template <typename Event> void IGraphics::ToModal(Event&& event)
 
 void IGraphics::OnMouseDown(int x, int y, const IMouseMod& mod)
 {
-    mLastX = x;
-    mLastY = y;
     mTooltip.reset();
     mTooltipShown = true;
+    if (IControl* c = Press(x, y, mod)) c->OnMouseDown(x, y, mod);
+}
+
+// A press goes to an open overlay, or captures the control under it for the drags and the release.
+IControl* IGraphics::Press(int x, int y, const IMouseMod& mod)
+{
+    mLastX = x;
+    mLastY = y;
     if (mModal)
     {
         ToModal([&](IOverlay& m) { m.OnMouseDown(x, y, mod); });
-        return;
+        return nullptr;
     }
     mMouseCapture = HitTest(x, y);
     IControl* c = GetControl(mMouseCapture);
-    if (!c) return;
     // One host gesture per left press; a right press opens a prompt, which makes its own.
-    if (!mod.R) BeginGesture(c);
-    c->OnMouseDown(x, y, mod);
+    if (c && !mod.R) BeginGesture(c);
+    return c;
 }
 
 void IGraphics::OnMouseUp(int x, int y, const IMouseMod& mod)
@@ -311,18 +316,7 @@ void IGraphics::OnMouseDrag(int x, int y, const IMouseMod& mod)
 
 void IGraphics::OnMouseDblClick(int x, int y, const IMouseMod& mod)
 {
-    mLastX = x;
-    mLastY = y;
-    if (mModal)
-    {
-        ToModal([&](IOverlay& m) { m.OnMouseDown(x, y, mod); });
-        return;
-    }
-    mMouseCapture = HitTest(x, y);
-    IControl* c = GetControl(mMouseCapture);
-    if (!c) return;
-    if (!mod.R) BeginGesture(c);
-    c->OnMouseDblClick(x, y, mod);
+    if (IControl* c = Press(x, y, mod)) c->OnMouseDblClick(x, y, mod);
 }
 
 void IGraphics::OnMouseWheel(int x, int y, const IMouseMod& mod, int d)

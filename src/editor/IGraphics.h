@@ -151,6 +151,8 @@ class IGraphics : public IEditorLink, public IEditorWindow
     void SetFromPrompt(IControl* control, double normalized);
     template <typename Event> void ToModal(Event&& event);
     void BeginGesture(IControl* control);
+    // Common to a press and a double click: the control that takes it (its gesture begun), or null.
+    IControl* Press(int x, int y, const IMouseMod& mod);
     void EndGesture();
 
     IPlugBase* mPlug;

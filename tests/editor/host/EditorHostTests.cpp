@@ -12,6 +12,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -23,6 +24,7 @@
 #include <vector>
 
 #include "PluginModule.h"
+#include "common/HostDoubles.h"
 #include "editor/IOverlay.h"
 #include "editor/MainLayout.h"
 #include "pluginterfaces/base/ibstream.h"
@@ -104,24 +106,9 @@ class XvfbServer
 
 // ---- The host's side -----------------------------------------------------------------------------
 
-template <typename I> class Unknown : public I
-{
-  public:
-    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
-    {
-        if (FUnknownPrivate::iidEqual(iid, FUnknown::iid) || FUnknownPrivate::iidEqual(iid, I::iid))
-        {
-            *obj = static_cast<I*>(this);
-            return kResultOk;
-        }
-        *obj = nullptr;
-        return kNoInterface;
-    }
-    uint32 PLUGIN_API addRef() override { return 1; }
-    uint32 PLUGIN_API release() override { return 1; }
-};
+using hostdoubles::StackUnknown;
 
-class RunLoop : public Unknown<Linux::IRunLoop>
+class RunLoop : public StackUnknown<Linux::IRunLoop>
 {
   public:
     tresult PLUGIN_API registerEventHandler(Linux::IEventHandler* handler, Linux::FileDescriptor fd) override
@@ -235,99 +222,25 @@ class Frame : public IPlugFrame
 };
 
 // Records every edit the plug-in reports, in order.
-class EditLog : public Unknown<IComponentHandler>
+// The host's record of edits, read per parameter as a gesture string ("BPPPE").
+class EditLog : public hostdoubles::ComponentHandler
 {
   public:
-    struct Edit
-    {
-        char kind; // 'B', 'P', 'E'
-        ParamID id;
-        ParamValue value;
-    };
-    tresult PLUGIN_API beginEdit(ParamID id) override
-    {
-        mEdits.push_back({'B', id, 0});
-        return kResultOk;
-    }
-    tresult PLUGIN_API performEdit(ParamID id, ParamValue v) override
-    {
-        mEdits.push_back({'P', id, v});
-        return kResultOk;
-    }
-    tresult PLUGIN_API endEdit(ParamID id) override
-    {
-        mEdits.push_back({'E', id, 0});
-        return kResultOk;
-    }
-    tresult PLUGIN_API restartComponent(int32) override { return kResultOk; }
-
-    // Edits of one id as a gesture string ("BPPPE"), and the last value performed.
-    std::string Of(ParamID id) const
+    std::string Of(ParamID id)
     {
         std::string s;
-        for (const Edit& e : mEdits)
-            if (e.id == id) s += e.kind;
+        for (const Edit& e : Edits())
+            if (e.id == id) s += static_cast<char>(std::toupper(e.kind));
         return s;
     }
-    ParamValue Last(ParamID id) const
+    // The last value performed for `id`, or -1.
+    ParamValue Last(ParamID id)
     {
         ParamValue v = -1;
-        for (const Edit& e : mEdits)
-            if (e.id == id && e.kind == 'P') v = e.value;
+        for (const Edit& e : Edits())
+            if (e.id == id && e.kind == 'p') v = e.value;
         return v;
     }
-    std::vector<Edit> mEdits;
-};
-
-class HostApp : public Unknown<IHostApplication>
-{
-  public:
-    tresult PLUGIN_API getName(String128 name) override
-    {
-        const char* n = "editor test";
-        int i = 0;
-        for (; n[i]; ++i)
-            name[i] = static_cast<char16>(n[i]);
-        name[i] = 0;
-        return kResultOk;
-    }
-    tresult PLUGIN_API createInstance(TUID, TUID, void** obj) override
-    {
-        *obj = nullptr;
-        return kResultFalse;
-    }
-};
-
-class ByteStream : public Unknown<IBStream>
-{
-  public:
-    tresult PLUGIN_API read(void* buffer, int32 n, int32* done) override
-    {
-        const int32 k = std::max<int32>(0, std::min<int32>(n, static_cast<int32>(mBytes.size()) - mPos));
-        std::memcpy(buffer, mBytes.data() + mPos, static_cast<size_t>(k));
-        mPos += k;
-        if (done) *done = k;
-        return k == n ? kResultOk : kResultFalse;
-    }
-    tresult PLUGIN_API write(void* buffer, int32 n, int32* done) override
-    {
-        mBytes.insert(mBytes.end(), static_cast<char*>(buffer), static_cast<char*>(buffer) + n);
-        if (done) *done = n;
-        return kResultOk;
-    }
-    tresult PLUGIN_API seek(int64 pos, int32 mode, int64* result) override
-    {
-        mPos = static_cast<int32>(mode == kIBSeekSet ? pos : mPos + pos);
-        if (result) *result = mPos;
-        return kResultOk;
-    }
-    tresult PLUGIN_API tell(int64* pos) override
-    {
-        *pos = mPos;
-        return kResultOk;
-    }
-    std::vector<char> mBytes;
-    int32 mPos = 0;
 };
 
 XvfbServer* gServer = nullptr;
@@ -374,7 +287,7 @@ struct EditorHost : ::testing::Test
     std::unique_ptr<vst3host::PluginModule> module;
     IComponent* component = nullptr;
     IEditController* controller = nullptr;
-    HostApp app;
+    hostdoubles::HostApplication app;
     EditLog log;
     RunLoop loop;
     Frame frame{&loop};
@@ -529,13 +442,13 @@ struct EditorHost : ::testing::Test
 
     void SetColorSetThroughState(int set)
     {
-        ByteStream out;
+        hostdoubles::MemoryStream out;
         ASSERT_EQ(component->getState(&out), kResultOk);
-        ASSERT_GE(out.mBytes.size(), 8u);
+        std::vector<std::uint8_t> bytes = out.Bytes();
+        ASSERT_GE(bytes.size(), 8u);
         std::int32_t value = set;
-        std::memcpy(out.mBytes.data() + 4, &value, 4); // after the version word
-        ByteStream in;
-        in.mBytes = out.mBytes;
+        std::memcpy(bytes.data() + 4, &value, 4); // after the version word
+        hostdoubles::MemoryStream in(bytes);
         ASSERT_EQ(component->setState(&in), kResultOk);
     }
 };
@@ -545,7 +458,7 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
 {
     for (double s : {1.0, 2.0})
     {
-        log.mEdits.clear();
+        log.Clear();
         Open(s);
         const std::string tag = s > 1.5 ? "200" : "100";
 

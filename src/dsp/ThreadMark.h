@@ -28,6 +28,8 @@ class ThreadMark
     };
 
     bool IsCurrent() const { return mThread.load() == std::this_thread::get_id(); }
+    // Some thread is inside the marked call.
+    bool IsHeld() const { return mThread.load() != std::thread::id{}; }
 
   private:
     static_assert(std::atomic<std::thread::id>::is_always_lock_free);

@@ -88,7 +88,7 @@ void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFra
     const double* sidechain = mSidechainInUse ? inputs[scLeft ? 2 : 3] : nullptr;
 
     if (nFrames <= 0) return;
-    const BlockLoopScope blockLoop(mInBlockLoop);
+    const ThreadMark::Scope blockLoop(mBlockLoop);
     if (Silenced())
     {
         VecZero(outL, nFrames);

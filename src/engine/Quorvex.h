@@ -25,6 +25,7 @@
 #include "core/Tempo.h"
 #include "dsp/IppFixBiquad.h"
 #include "dsp/Relaxed.h"
+#include "dsp/ThreadMark.h"
 #include "dsp/TimeBase.h"
 #include "host/IPlugVST3.h"
 #include "modulators/MultiLFO.h"
@@ -270,14 +271,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     PresetData mPendingPreset;
     std::string mPresetFile; // full path of the current preset file
     IPresetMenu mPresetMenu;
-    // True while the audio thread is inside ProcessDoubleReplacing past its silence test.
-    std::atomic<bool> mInBlockLoop{false};
-    struct BlockLoopScope
-    {
-        explicit BlockLoopScope(std::atomic<bool>& mark) : mMark(mark) { mMark.store(true); }
-        ~BlockLoopScope() { mMark.store(false); }
-        std::atomic<bool>& mMark;
-    };
+    // Held while the audio thread is inside ProcessDoubleReplacing past its silence test.
+    ThreadMark mBlockLoop;
 
     // Effects (QuorvexFx.cpp). The rack comes last: it stops its worker before anything it
     // reaches is destroyed.

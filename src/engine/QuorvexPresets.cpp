@@ -19,7 +19,7 @@ void Quorvex::HoldAudioForPreset()
     mPresetLoading.store(true);
     // The block loop tests the flag after marking itself inside, so once it is seen outside it
     // won't run a block until the flag clears. A host holds us off for one host block at most.
-    while (mInBlockLoop.load())
+    while (mBlockLoop.IsHeld())
         std::this_thread::sleep_for(kAudioPoll);
 }
 

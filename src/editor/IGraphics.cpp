@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "editor/IFilePromptOverlay.h"
+#include "editor/IMessageBoxOverlay.h"
 #include "editor/IPlatformWindow.h"
 #include "params/IParamRecord.h"
 
@@ -467,6 +469,31 @@ void IGraphics::PromptForText(const IRECT& rect, const std::string& text, TextDo
 {
     mTooltip.reset();
     mModal = std::make_unique<ITextEntryOverlay>(rect, text, *mRaster, mColors, std::move(done));
+}
+
+bool IGraphics::MessageBoxShowing() const
+{
+    return dynamic_cast<const IMessageBoxOverlay*>(mModal.get()) != nullptr;
+}
+
+void IGraphics::ShowMessageBox(const std::string& text, const std::string& caption, std::function<void()> done)
+{
+    mTooltip.reset();
+    if (auto* box = dynamic_cast<IMessageBoxOverlay*>(mModal.get()))
+    {
+        box->SetText(text, caption);
+        return;
+    }
+    mModal = std::make_unique<IMessageBoxOverlay>(text, caption, mWidth, mHeight, *mRaster, mColors,
+                                                  std::move(done));
+}
+
+void IGraphics::PromptForFile(const std::string& fileName, const std::string& dir, const std::string& extension,
+                              std::function<void(const std::string& path)> done, const std::string& caption)
+{
+    mTooltip.reset();
+    mModal = std::make_unique<IFilePromptOverlay>(caption, fileName, dir, extension, mWidth, mHeight, *mRaster,
+                                                  mColors, std::move(done));
 }
 
 bool IGraphics::OpenURL(const std::string& url)

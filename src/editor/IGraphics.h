@@ -137,7 +137,15 @@ class IGraphics : public IEditorLink, public IEditorWindow
     // Opens a popup below anchor; `done` hears the pick (or a null menu).
     void CreateIPopupMenu(std::shared_ptr<IPopupMenu> menu, const IRECT& anchor, PopupDone done);
     void PromptForText(const IRECT& rect, const std::string& text, TextDone done);
+    // A message box the user acknowledges; `done` hears that. A message while one is showing
+    // replaces its text and keeps the box (and the first box's `done`).
+    void ShowMessageBox(const std::string& text, const std::string& caption, std::function<void()> done = {});
+    // The save prompt: a name (starting as fileName) in dir or one of its sub-folders, with the
+    // extension added; `done` hears the full path, or an empty one when cancelled.
+    void PromptForFile(const std::string& fileName, const std::string& dir, const std::string& extension,
+                       std::function<void(const std::string& path)> done, const std::string& caption = "SAVE");
     IOverlay* ModalOverlay() const { return mModal.get(); }
+    bool MessageBoxShowing() const;
     IOverlay* Tooltip() const { return mTooltip.get(); }
     // Opens an address in the desktop's browser (a child process; the UI does not wait).
     bool OpenURL(const std::string& url);

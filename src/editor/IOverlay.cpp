@@ -4,14 +4,12 @@
 
 #include "editor/ColorSets.h"
 #include "editor/IRaster.h"
+#include "editor/OverlayLook.h"
+
+using namespace overlaylook;
 
 namespace
 {
-constexpr IColor kPanel = IColor::FromRGB(0x1A1E26);
-constexpr IColor kBorder = IColor::FromRGB(0x3A4150);
-constexpr IColor kDisabledText = IColor::FromRGB(0x69707E);
-constexpr IColor kFieldBg = IColor::FromRGB(0x0E1116);
-
 IText MenuStyle(const ColorRoles& colors)
 {
     IText t;
@@ -19,11 +17,6 @@ IText MenuStyle(const ColorRoles& colors)
     t.mColor = colors.BrightText();
     t.mAlign = IText::kAlignNear;
     return t;
-}
-
-bool IsPrintable(int key)
-{
-    return key >= 32 && key < 127;
 }
 } // namespace
 
@@ -250,7 +243,7 @@ void IPopupOverlay::Draw(IRaster& raster)
     for (int l = 0; l < NLevels(); ++l)
     {
         const Level& level = mLevels[l];
-        raster.FillRect(IColor(90, 0, 0, 0), level.mRect.Shift(2, 3));
+        raster.FillRect(kShadow, level.mRect.Shift(2, 3));
         raster.FillRect(kPanel, level.mRect);
         raster.DrawRect(kBorder, level.mRect);
         raster.FillRect(accent, IRECT(level.mRect.L, level.mRect.T, level.mRect.R, level.mRect.T + 2));
@@ -300,14 +293,48 @@ void IPopupOverlay::Draw(IRaster& raster)
 
 // ---- Text box ---------------------------------------------------------------------------------
 
+namespace
+{
+constexpr int kFieldTextInset = 5;
+} // namespace
+
+int CaretIndexAt(IRaster& measure, const IText& style, const IRECT& rect, const std::string& text, int x)
+{
+    int best = 0, bestDist = 1 << 30;
+    for (int i = 0; i <= static_cast<int>(text.size()); ++i)
+    {
+        const int px = rect.L + kFieldTextInset + measure.MeasureText(style, text.substr(0, i).c_str()).W();
+        if (std::abs(px - x) < bestDist) bestDist = std::abs(px - x), best = i;
+    }
+    return best;
+}
+
+void DrawTextEditField(IRaster& raster, const IText& style, const ColorRoles& colors, const IRECT& rect,
+                       const TextEditLine& line, bool focused)
+{
+    const IColor accent = *colors.Role(1);
+    const std::string& text = line.Text();
+    const int textX = rect.L + kFieldTextInset;
+    raster.FillRect(kFieldBg, rect);
+    raster.DrawRect(focused ? accent : kBorder, rect);
+    auto xAt = [&](int i) { return textX + raster.MeasureText(style, text.substr(0, i).c_str()).W(); };
+    raster.PushClip(rect.Inset(1));
+    if (focused && line.SelStart() != line.SelEnd())
+        raster.FillRect(accent.WithAlpha(110), IRECT(xAt(line.SelStart()), rect.T + 3, xAt(line.SelEnd()), rect.B - 3));
+    raster.DrawText(style, text.c_str(), IRECT(textX, rect.T, rect.R - 4, rect.B));
+    if (focused)
+    {
+        const double cx = xAt(line.Caret()) + 0.5;
+        raster.DrawLine(*colors.BrightText(), cx, rect.T + 4, cx, rect.B - 4, 1.0);
+    }
+    raster.PopClip();
+}
+
 ITextEntryOverlay::ITextEntryOverlay(const IRECT& rect, std::string text, IRaster& measure,
                                      const ColorRoles& colors, Done done)
     : mRect(rect.L, rect.T, rect.L + std::max(rect.W(), 90), rect.T + std::max(rect.H(), 20)),
-      mText(std::move(text)), mCaret(static_cast<int>(mText.size())), mMeasure(measure), mColors(colors),
-      mDone(std::move(done))
+      mLine(std::move(text)), mMeasure(measure), mColors(colors), mDone(std::move(done))
 {
-    // Everything selected at the start: typing replaces the old value.
-    mAnchor = 0;
     mStyle.mSize = 13;
     mStyle.mColor = colors.BrightText();
     mStyle.mAlign = IText::kAlignNear;
@@ -317,25 +344,7 @@ void ITextEntryOverlay::Accept()
 {
     mClosed = true;
     mDirty = true;
-    if (mDone) mDone(mText);
-}
-
-void ITextEntryOverlay::DeleteSelection()
-{
-    const int a = SelStart(), b = SelEnd();
-    mText.erase(static_cast<size_t>(a), static_cast<size_t>(b - a));
-    mCaret = mAnchor = a;
-}
-
-int ITextEntryOverlay::CaretForX(int x) const
-{
-    int best = 0, bestDist = 1 << 30;
-    for (int i = 0; i <= static_cast<int>(mText.size()); ++i)
-    {
-        const int px = TextX() + mMeasure.MeasureText(mStyle, mText.substr(0, i).c_str()).W();
-        if (std::abs(px - x) < bestDist) bestDist = std::abs(px - x), best = i;
-    }
-    return best;
+    if (mDone) mDone(mLine.Text());
 }
 
 void ITextEntryOverlay::OnMouseDown(int x, int y, const IMouseMod& mod)
@@ -345,49 +354,23 @@ void ITextEntryOverlay::OnMouseDown(int x, int y, const IMouseMod& mod)
         Accept();
         return;
     }
-    mCaret = CaretForX(x);
-    if (!mod.S) mAnchor = mCaret;
+    mLine.PlaceCaret(CaretIndexAt(mMeasure, mStyle, mRect, mLine.Text(), x), mod.S);
     mDirty = true;
 }
 
 bool ITextEntryOverlay::OnKeyDown(int key)
 {
-    const int n = static_cast<int>(mText.size());
-    switch (key)
+    switch (mLine.OnKey(key))
     {
-    case kKeyEnter:
+    case TextEditLine::EResult::kAccept:
         Accept();
         break;
-    case kKeyEscape:
+    case TextEditLine::EResult::kCancel:
         mClosed = true;
         break;
-    case kKeyBackspace:
-        if (SelStart() == SelEnd() && mCaret > 0) mAnchor = mCaret - 1;
-        DeleteSelection();
-        break;
-    case kKeyDelete:
-        if (SelStart() == SelEnd() && mCaret < n) mAnchor = mCaret + 1;
-        DeleteSelection();
-        break;
-    case kKeyLeft:
-        mCaret = SelStart() != SelEnd() ? SelStart() : std::max(0, mCaret - 1);
-        mAnchor = mCaret;
-        break;
-    case kKeyRight:
-        mCaret = SelStart() != SelEnd() ? SelEnd() : std::min(n, mCaret + 1);
-        mAnchor = mCaret;
-        break;
-    case kKeyHome:
-        mCaret = mAnchor = 0;
-        break;
-    case kKeyEnd:
-        mCaret = mAnchor = n;
-        break;
-    default:
-        if (!IsPrintable(key)) return true;
-        DeleteSelection();
-        mText.insert(mText.begin() + mCaret, static_cast<char>(key));
-        mAnchor = ++mCaret;
+    case TextEditLine::EResult::kIgnored:
+        return true; // the box is modal: no key gets past it
+    case TextEditLine::EResult::kEdited:
         break;
     }
     mDirty = true;
@@ -396,19 +379,35 @@ bool ITextEntryOverlay::OnKeyDown(int key)
 
 void ITextEntryOverlay::Draw(IRaster& raster)
 {
-    const IColor accent = *mColors.Role(1);
-    raster.FillRect(kFieldBg, mRect);
-    raster.DrawRect(accent, mRect);
-    const IRECT inner(TextX(), mRect.T, mRect.R - 4, mRect.B);
-    auto xAt = [&](int i) { return TextX() + mMeasure.MeasureText(mStyle, mText.substr(0, i).c_str()).W(); };
-    raster.PushClip(mRect.Inset(1));
-    if (SelStart() != SelEnd())
-        raster.FillRect(accent.WithAlpha(110),
-                        IRECT(xAt(SelStart()), mRect.T + 3, xAt(SelEnd()), mRect.B - 3));
-    raster.DrawText(mStyle, mText.c_str(), inner);
-    const double cx = xAt(mCaret) + 0.5;
-    raster.DrawLine(*mColors.BrightText(), cx, mRect.T + 4, cx, mRect.B - 4, 1.0);
-    raster.PopClip();
+    DrawTextEditField(raster, mStyle, mColors, mRect, mLine, true);
+}
+
+void DrawDialogPanel(IRaster& raster, const ColorRoles& colors, const IRECT& rect, const char* caption)
+{
+    const IColor accent = *colors.Role(1);
+    raster.FillRect(kShadow, rect.Shift(3, 4));
+    raster.FillRoundRect(kPanel, rect, 4.0);
+    raster.DrawRect(kBorder, rect);
+    raster.FillRect(accent, IRECT(rect.L, rect.T, rect.R, rect.T + 3));
+    IText title;
+    title.mSize = 12;
+    title.mStyle = IText::kStyleBold;
+    title.mColor = &accent;
+    title.mAlign = IText::kAlignNear;
+    raster.DrawText(title, caption, IRECT(rect.L + 14, rect.T + 8, rect.R - 14, rect.T + 30));
+}
+
+void DrawDialogButton(IRaster& raster, const ColorRoles& colors, const IRECT& rect, const char* label,
+                      bool isDefault, bool hover)
+{
+    const IColor accent = *colors.Role(1);
+    raster.FillRoundRect(hover ? kButtonHover : kButton, rect, 3.0);
+    raster.DrawRect(isDefault ? accent : kBorder, rect);
+    IText text;
+    text.mSize = 12;
+    text.mStyle = IText::kStyleBold;
+    text.mColor = colors.BrightText();
+    raster.DrawText(text, label, rect);
 }
 
 // ---- Tooltip ----------------------------------------------------------------------------------

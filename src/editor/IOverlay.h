@@ -10,6 +10,7 @@
 
 #include "editor/IGraphicsTypes.h"
 #include "editor/IPopupMenu.h"
+#include "editor/TextEditLine.h"
 
 class IRaster;
 class ColorRoles;
@@ -107,27 +108,33 @@ class ITextEntryOverlay final : public IOverlay
     void OnMouseDown(int x, int y, const IMouseMod& mod) override;
     bool OnKeyDown(int key) override;
 
-    const std::string& Text() const { return mText; }
-    int Caret() const { return mCaret; }
+    const std::string& Text() const { return mLine.Text(); }
+    int Caret() const { return mLine.Caret(); }
     // Start and end of the selection (equal when nothing is selected).
-    int SelStart() const { return std::min(mCaret, mAnchor); }
-    int SelEnd() const { return std::max(mCaret, mAnchor); }
+    int SelStart() const { return mLine.SelStart(); }
+    int SelEnd() const { return mLine.SelEnd(); }
 
   private:
     void Accept();
-    void DeleteSelection();
-    int CaretForX(int x) const;
-    int TextX() const { return mRect.L + 5; }
 
     IRECT mRect;
-    std::string mText;
-    int mCaret;
-    int mAnchor = 0;
+    TextEditLine mLine;
     IRaster& mMeasure;
     const ColorRoles& mColors;
     Done mDone;
     IText mStyle;
 };
+
+// Drawing shared by the text fields of the overlays: the field, its selection, its text and,
+// when it has the keyboard, the caret. CaretIndexAt is the character boundary nearest to x.
+void DrawTextEditField(IRaster& raster, const IText& style, const ColorRoles& colors, const IRECT& rect,
+                       const TextEditLine& line, bool focused);
+int CaretIndexAt(IRaster& measure, const IText& style, const IRECT& rect, const std::string& text, int x);
+// A dialog's panel: shadow, body, frame, the accent line along the top and the caption in it.
+void DrawDialogPanel(IRaster& raster, const ColorRoles& colors, const IRECT& rect, const char* caption);
+// A push button of the dialogs; the default button carries the accent.
+void DrawDialogButton(IRaster& raster, const ColorRoles& colors, const IRECT& rect, const char* label,
+                      bool isDefault, bool hover);
 
 // A tooltip beside the mouse.
 class ITooltipOverlay final : public IOverlay

@@ -52,7 +52,12 @@ void Quorvex::BuildEditor()
     mEditor = std::make_unique<QuorvexEditor>(this, BundleResourceDir());
     // Host notices that `process` held back (automation for the controls among them) go out
     // once per editor frame, on the UI thread.
-    mEditor->SetIdleHook([this] { FlushPendingHostNotices(); });
+    mEditor->SetIdleHook(
+        [this]
+        {
+            FlushPendingHostNotices();
+            PresentMessage();
+        });
     mEditor->SetColorSet(mFields.mColorSet);
     AttachGraphics(mEditor.get());
 }
@@ -312,4 +317,13 @@ int Quorvex::UnserializeState(const ByteChunk& chunk, int startPos)
 void Quorvex::ShowMessage(int code)
 {
     mMessage.Show(code);
+}
+
+void Quorvex::PresentMessage()
+{
+    if (!mEditor || !mMessage.IsPending()) return;
+    // A box closed with the window comes back when the window opens again.
+    if (mMessage.Serial() == mMessageShown && mEditor->MessageBoxShowing()) return;
+    mMessageShown = mMessage.Serial();
+    mEditor->ShowMessageBox(mMessage.Text(), "QUORVEX", [this] { mMessage.Dismiss(); });
 }

@@ -117,6 +117,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     bool WritePresetFile(const std::string& fullPath, bool force);
     // The save action behind the editor's dialog, for the path the user chose there.
     PresetSaveResult SavePresetAs(const std::string& chosenPath);
+    // The save button: the editor's save prompt over the user folder, then SavePresetAs.
+    void SavePresetDialog();
     void SetPresetNames(const std::string& relativePath);
     void SetPresetFolderLabel(const std::string& relativePath);
     void RebuildPresetMenu();
@@ -157,6 +159,9 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     bool Silenced() const;
     void BuildEditor();
+    // Idle: a message not shown yet goes to the editor's message box (the alert panel).
+    void PresentMessage();
+    int mMessageShown = 0; // serial of the message the box shows
     // Derives every rate-dependent value from the host's rate, then clears and fades in.
     void ResetEngine();
     // Clears rings, buses, delays and module memories; keeps designs and positions.

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <thread>
 
+#include "editor/QuorvexEditor.h"
 #include "engine/Quorvex.h"
 
 namespace
@@ -82,6 +83,19 @@ bool Quorvex::WritePresetFile(const std::string& fullPath, bool force)
 {
     if (!force && mPresetLoading.load()) return false;
     return WritePresetText(fullPath, *this);
+}
+
+void Quorvex::SavePresetDialog()
+{
+    if (!mEditor) return;
+    mEditor->PromptForFile(
+        "New Preset", mPresetFolders.user, std::string(kPresetExtension),
+        [this](const std::string& path)
+        {
+            // Cancelled, or no name: nothing is saved.
+            if (!path.empty()) SavePresetAs(path);
+        },
+        "SAVE PRESET");
 }
 
 PresetSaveResult Quorvex::SavePresetAs(const std::string& chosenPath)

@@ -25,6 +25,7 @@ void PendingMessage::Show(int code)
     mCode = code;
     mText = MessageText(code);
     mPending = true;
+    ++mSerial;
 }
 
 void PendingMessage::ShowText(std::string_view text)
@@ -32,4 +33,5 @@ void PendingMessage::ShowText(std::string_view text)
     mCode = -1;
     mText = text;
     mPending = true;
+    ++mSerial;
 }

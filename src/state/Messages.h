@@ -52,11 +52,14 @@ class PendingMessage
     // The editor closed the panel.
     void Dismiss() { mPending = false; }
     bool IsPending() const { return mPending; }
+    // Goes up with every message, so the editor can tell a new one from the one it shows.
+    int Serial() const { return mSerial; }
     int Code() const { return mCode; }
     const std::string& Text() const { return mText; }
 
   private:
     bool mPending = false;
+    int mSerial = 0;
     int mCode = kMsgNoError;
     std::string mText;
 };

@@ -9,6 +9,9 @@
 #include <sstream>
 #include <thread>
 
+#include "editor/IFilePromptOverlay.h"
+#include "editor/IGraphics.h"
+#include "editor/IMessageBoxOverlay.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
 #include "params/ParamIds.h"
@@ -185,6 +188,59 @@ TEST(QuorvexPresets, RefusedSavesShowTheirMessages)
     EXPECT_EQ(plug->Message().Text(), "No Error");
     EXPECT_FALSE(std::filesystem::exists(base + "/User Presets/  .txt"));
     EXPECT_FALSE(std::filesystem::exists(base + "/User Presets/.txt"));
+}
+
+// The save button's path through the editor: the prompt over the user folder, the file, and the
+// refusal shown in the editor's message box on its next tick.
+TEST(QuorvexPresets, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
+{
+    PresetRig rig;
+    std::filesystem::create_directories(rig.Dir().Path() + "/User Presets/Mine");
+    auto plug = rig.Make();
+    auto* editor = dynamic_cast<IGraphics*>(plug->GetGUI());
+    ASSERT_NE(editor, nullptr);
+    auto type = [&](const std::string& keys)
+    {
+        for (char c : keys)
+            editor->OnKeyDown(0, 0, c);
+    };
+
+    plug->SavePresetDialog();
+    auto* prompt = dynamic_cast<IFilePromptOverlay*>(editor->ModalOverlay());
+    ASSERT_NE(prompt, nullptr);
+    EXPECT_EQ(prompt->Name(), "New Preset");
+    ASSERT_EQ(prompt->Folders().size(), 2u);
+    EXPECT_EQ(prompt->Folders()[1].mRelative, "Mine");
+    editor->OnKeyDown(0, 0, kKeyDown);
+    type("Dub Echo");
+    editor->OnKeyDown(0, 0, kKeyEnter);
+    EXPECT_TRUE(std::filesystem::exists(rig.Dir().Path() + "/User Presets/Mine/Dub Echo.txt"));
+    EXPECT_EQ(plug->SelectedPresetPath(), "/User Presets/Mine/Dub Echo");
+    editor->OnTimerTick();
+    EXPECT_EQ(editor->ModalOverlay(), nullptr); // nothing to say
+
+    // Cancelled: nothing written, nothing said.
+    plug->SavePresetDialog();
+    editor->OnKeyDown(0, 0, kKeyEscape);
+    editor->OnTimerTick();
+    EXPECT_EQ(editor->ModalOverlay(), nullptr);
+
+    // A refusal is shown on the next tick; a second one replaces the text in the same box; the
+    // box's button dismisses the message.
+    plug->ShowMessage(kMsgCannotWritePreset);
+    editor->OnTimerTick();
+    auto* box = dynamic_cast<IMessageBoxOverlay*>(editor->ModalOverlay());
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->Text(), "Could not write Preset file!\nPlease re-install QUORVEX!");
+    plug->ShowMessage(kMsgFactoryFolderReadOnly);
+    editor->OnTimerTick();
+    EXPECT_EQ(editor->ModalOverlay(), box);
+    EXPECT_EQ(box->Text(), "Can't write into Fatory Preset Folder!\nPlease save to User Preset Folder!");
+    editor->OnKeyDown(0, 0, kKeyEnter);
+    EXPECT_EQ(editor->ModalOverlay(), nullptr);
+    EXPECT_FALSE(plug->Message().IsPending());
+    editor->OnTimerTick();
+    EXPECT_EQ(editor->ModalOverlay(), nullptr);
 }
 
 TEST(QuorvexPresets, StepLoadsTheNeighboursAndWraps)

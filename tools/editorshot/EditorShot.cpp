@@ -1,6 +1,7 @@
 // quorvex-editor-shot: draws the editor offscreen, exactly as the window shows it, into a PNG.
 // It builds the editor on the real parameter catalogue at its defaults, so the picture shows a
-// fresh instance. Usage: quorvex-editor-shot <art folder> <scale> <colour set> <out.png>
+// fresh instance. Usage: quorvex-editor-shot <art folder> <scale> <colour set> <out.png> [dialog]
+// where dialog is "message" (an alert) or "save:<folder>" (the save prompt over that folder).
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -26,9 +27,10 @@ class ShotPlug : public IPlugBase
 
 int main(int argc, char** argv)
 {
-    if (argc != 5)
+    if (argc != 5 && argc != 6)
     {
-        std::fprintf(stderr, "usage: quorvex-editor-shot <art folder> <scale> <colour set> <out.png>\n");
+        std::fprintf(stderr, "usage: quorvex-editor-shot <art folder> <scale> <colour set> <out.png> "
+                             "[message|save:<folder>]\n");
         return 2;
     }
     const double scale = std::strtod(argv[2], nullptr);
@@ -42,6 +44,11 @@ int main(int argc, char** argv)
     plug.AttachGraphics(&editor);
     editor.SetScale(scale);
     editor.SetColorSet(std::atoi(argv[3]));
+    const std::string dialog = argc == 6 ? argv[5] : "";
+    if (dialog == "message")
+        editor.ShowMessageBox("Can't write into Fatory Preset Folder!\nPlease save to User Preset Folder!", "QUORVEX");
+    else if (dialog.rfind("save:", 0) == 0)
+        editor.PromptForFile("New Preset", dialog.substr(5), "txt", {}, "SAVE PRESET");
     editor.OnTimerTick();
     const bool ok = editor.Raster().SavePNG(argv[4]);
     plug.AttachGraphics(nullptr);

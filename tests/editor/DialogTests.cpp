@@ -1,0 +1,193 @@
+// The toolkit's own dialogs without a display: the message box and the save prompt.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "EditorDoubles.h"
+#include "editor/IFilePromptOverlay.h"
+#include "editor/IMessageBoxOverlay.h"
+
+using namespace editortest;
+namespace fs = std::filesystem;
+
+namespace
+{
+IRECT Center(const IRECT& r, int& x, int& y)
+{
+    x = (r.L + r.R) / 2;
+    y = (r.T + r.B) / 2;
+    return r;
+}
+
+struct Dialogs : ::testing::Test
+{
+    RecordingPlug plug;
+    IGraphics graphics{&plug, 1240, 620, 25};
+    fs::path dir;
+
+    void SetUp() override
+    {
+        dir = fs::temp_directory_path() /
+              ("quorvex-dialogs-" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "-" +
+               ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(dir);
+        fs::create_directories(dir / "User Presets" / "bass" / "Dub");
+        fs::create_directories(dir / "User Presets" / "Atmos");
+        fs::create_directories(dir / "User Presets" / ".git" / "objects");
+        std::ofstream(dir / "User Presets" / "loose.txt") << "x";
+    }
+    void TearDown() override { fs::remove_all(dir); }
+    std::string Top() const { return (dir / "User Presets").string(); }
+    void Click(const IRECT& r)
+    {
+        int x, y;
+        Center(r, x, y);
+        graphics.OnMouseDown(x, y, Left());
+        graphics.OnMouseUp(x, y, Left());
+    }
+};
+} // namespace
+
+TEST_F(Dialogs, MessageBoxWaitsForTheUserAndANewMessageReplacesTheText)
+{
+    int acknowledged = 0;
+    graphics.ShowMessageBox("First line\nSecond line", "QUORVEX", [&] { ++acknowledged; });
+    auto* box = dynamic_cast<IMessageBoxOverlay*>(graphics.ModalOverlay());
+    ASSERT_NE(box, nullptr);
+    // Modal: a click beside it changes nothing, neither the box nor the controls under it.
+    graphics.OnMouseDown(5, 5, Left());
+    graphics.OnMouseUp(5, 5, Left());
+    EXPECT_EQ(graphics.ModalOverlay(), box);
+    EXPECT_TRUE(plug.mLog.empty());
+    // Two lines give a taller box than one.
+    const int twoLines = box->Bounds().H();
+    graphics.ShowMessageBox("Only one", "QUORVEX");
+    EXPECT_EQ(graphics.ModalOverlay(), box);
+    EXPECT_EQ(box->Text(), "Only one");
+    EXPECT_LT(box->Bounds().H(), twoLines);
+    IRECT dirty;
+    ASSERT_TRUE(graphics.IsDirty(dirty));
+    EXPECT_TRUE(dirty.Contains(box->Bounds().L, box->Bounds().T));
+    graphics.Draw(dirty);
+
+    Click(box->ButtonRect());
+    EXPECT_EQ(graphics.ModalOverlay(), nullptr);
+    EXPECT_EQ(acknowledged, 1);
+
+    for (int key : {static_cast<int>(kKeyEnter), static_cast<int>(kKeyEscape), static_cast<int>(' ')})
+    {
+        graphics.ShowMessageBox("Again", "QUORVEX", [&] { ++acknowledged; });
+        EXPECT_TRUE(graphics.OnKeyDown(0, 0, 'x')); // taken, but no answer
+        ASSERT_NE(graphics.ModalOverlay(), nullptr);
+        graphics.OnKeyDown(0, 0, key);
+        EXPECT_EQ(graphics.ModalOverlay(), nullptr);
+    }
+    EXPECT_EQ(acknowledged, 4);
+}
+
+TEST_F(Dialogs, SavePromptListsTheFolderTreeWithoutHiddenFolders)
+{
+    const auto folders = IFilePromptOverlay::ScanFolders(Top());
+    ASSERT_EQ(folders.size(), 4u);
+    EXPECT_EQ(folders[0].mRelative, "");
+    EXPECT_EQ(folders[0].mName, "User Presets");
+    // Sorted by path regardless of case: "Atmos" before "bass", "bass/Dub" under "bass".
+    EXPECT_EQ(folders[1].mRelative, "Atmos");
+    EXPECT_EQ(folders[2].mRelative, "bass");
+    EXPECT_EQ(folders[3].mRelative, "bass/Dub");
+    EXPECT_EQ(folders[3].mName, "Dub");
+    EXPECT_EQ(folders[3].mDepth, 2);
+    // A folder that doesn't exist still offers itself, and nothing else.
+    EXPECT_EQ(IFilePromptOverlay::ScanFolders((dir / "missing").string()).size(), 1u);
+}
+
+TEST_F(Dialogs, SavePromptPathsFromNamesAndFolders)
+{
+    struct Case
+    {
+        const char* relative;
+        const char* name;
+        const char* want; // behind the top folder
+    };
+    const Case cases[] = {
+        {"", "New Preset", "/New Preset.txt"},
+        {"bass/Dub", "  Deep  ", "/bass/Dub/Deep.txt"},
+        {"", "Has.TXT", "/Has.TXT"},
+        {"", "a/b\\c", "/a-b-c.txt"},
+        {"", ".txt", "/.txt.txt"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(IFilePromptOverlay::PathFor(Top(), c.relative, c.name, "txt"), Top() + c.want) << c.name;
+    EXPECT_EQ(IFilePromptOverlay::PathFor(Top(), "", "   ", "txt"), "");
+    EXPECT_EQ(IFilePromptOverlay::PathFor(Top() + "/", "", "x", "txt"), Top() + "/x.txt");
+}
+
+TEST_F(Dialogs, SavePromptPicksAFolderAndAName)
+{
+    std::string saved = "-";
+    graphics.PromptForFile("New Preset", Top(), "txt", [&](const std::string& p) { saved = p; }, "SAVE PRESET");
+    auto* prompt = dynamic_cast<IFilePromptOverlay*>(graphics.ModalOverlay());
+    ASSERT_NE(prompt, nullptr);
+    EXPECT_EQ(prompt->Name(), "New Preset");
+    EXPECT_EQ(prompt->SelectedFolder(), 0);
+    Click(prompt->FolderRect(3)); // bass/Dub
+    EXPECT_EQ(prompt->SelectedFolder(), 3);
+    graphics.OnKeyDown(0, 0, kKeyUp); // bass
+    // The starting name is selected: typing replaces it.
+    for (char c : std::string("Echo"))
+        graphics.OnKeyDown(0, 0, c);
+    EXPECT_EQ(prompt->Name(), "Echo");
+    Click(prompt->SaveRect());
+    EXPECT_EQ(saved, Top() + "/bass/Echo.txt");
+    EXPECT_EQ(graphics.ModalOverlay(), nullptr);
+
+    // Enter saves, Escape and CANCEL give an empty path, and so does a blank name.
+    graphics.PromptForFile("Keep", Top(), "txt", [&](const std::string& p) { saved = p; });
+    graphics.OnKeyDown(0, 0, kKeyEnter);
+    EXPECT_EQ(saved, Top() + "/Keep.txt");
+    graphics.PromptForFile("Drop", Top(), "txt", [&](const std::string& p) { saved = p; });
+    graphics.OnKeyDown(0, 0, kKeyEscape);
+    EXPECT_EQ(saved, "");
+    saved = "-";
+    graphics.PromptForFile("Drop", Top(), "txt", [&](const std::string& p) { saved = p; });
+    Click(dynamic_cast<IFilePromptOverlay*>(graphics.ModalOverlay())->CancelRect());
+    EXPECT_EQ(saved, "");
+    saved = "-";
+    graphics.PromptForFile("Blank", Top(), "txt", [&](const std::string& p) { saved = p; });
+    graphics.OnKeyDown(0, 0, kKeyBackspace);
+    graphics.OnKeyDown(0, 0, kKeyEnter);
+    EXPECT_EQ(saved, "");
+}
+
+TEST_F(Dialogs, SavePromptScrollsALongFolderList)
+{
+    for (int i = 0; i < 30; ++i)
+        fs::create_directories(dir / "User Presets" / "Atmos" / ("Sub " + std::to_string(100 + i)));
+    std::string saved;
+    graphics.PromptForFile("X", Top(), "txt", [&](const std::string& p) { saved = p; });
+    auto* prompt = dynamic_cast<IFilePromptOverlay*>(graphics.ModalOverlay());
+    ASSERT_NE(prompt, nullptr);
+    const int n = static_cast<int>(prompt->Folders().size());
+    ASSERT_EQ(n, 34);
+    EXPECT_TRUE(prompt->FolderRect(IFilePromptOverlay::kVisibleRows).Empty()); // below the box
+    // The selection moved by keys stays in view.
+    graphics.OnKeyDown(0, 0, kKeyPageDown);
+    graphics.OnKeyDown(0, 0, kKeyPageDown);
+    EXPECT_EQ(prompt->SelectedFolder(), 2 * IFilePromptOverlay::kVisibleRows);
+    EXPECT_FALSE(prompt->FolderRect(prompt->SelectedFolder()).Empty());
+    // The wheel stops at the ends.
+    int x, y;
+    Center(prompt->FolderRect(prompt->FirstVisibleFolder()), x, y);
+    for (int i = 0; i < 20; ++i)
+        graphics.OnMouseWheel(x, y, Left(), -1);
+    EXPECT_EQ(prompt->FirstVisibleFolder(), n - IFilePromptOverlay::kVisibleRows);
+    for (int i = 0; i < 20; ++i)
+        graphics.OnMouseWheel(x, y, Left(), 1);
+    EXPECT_EQ(prompt->FirstVisibleFolder(), 0);
+    // Every row and the whole box lie inside the window.
+    EXPECT_TRUE(IRECT(0, 0, 1240, 620).Intersect(prompt->Bounds()) == prompt->Bounds());
+    IRECT dirty;
+    ASSERT_TRUE(graphics.IsDirty(dirty));
+    graphics.Draw(dirty);
+}

@@ -67,7 +67,8 @@ std::vector<IFilePromptOverlay::Folder> IFilePromptOverlay::ScanFolders(const st
             it.disable_recursion_pending();
             continue;
         }
-        folders.push_back({fs::relative(entry.path(), top, typeError).generic_string(), name, it.depth() + 1});
+        folders.push_back(
+            {fs::relative(entry.path(), top, typeError).generic_string(), name, it.depth() + 1});
     }
     std::sort(folders.begin() + 1, folders.end(),
               [](const Folder& a, const Folder& b) { return Lower(a.mRelative) < Lower(b.mRelative); });

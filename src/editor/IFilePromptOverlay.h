@@ -26,8 +26,9 @@ class IFilePromptOverlay final : public IOverlay
         int mDepth = 0;
     };
 
-    IFilePromptOverlay(std::string caption, const std::string& fileName, std::string dir, std::string extension,
-                       int windowW, int windowH, IRaster& measure, const ColorRoles& colors, Done done);
+    IFilePromptOverlay(std::string caption, const std::string& fileName, std::string dir,
+                       std::string extension, int windowW, int windowH, IRaster& measure,
+                       const ColorRoles& colors, Done done);
 
     // The sub-folders of dir, sorted by path regardless of case, the top folder first.
     static std::vector<Folder> ScanFolders(const std::string& dir);

@@ -476,7 +476,8 @@ bool IGraphics::MessageBoxShowing() const
     return dynamic_cast<const IMessageBoxOverlay*>(mModal.get()) != nullptr;
 }
 
-void IGraphics::ShowMessageBox(const std::string& text, const std::string& caption, std::function<void()> done)
+void IGraphics::ShowMessageBox(const std::string& text, const std::string& caption,
+                               std::function<void()> done)
 {
     mTooltip.reset();
     if (auto* box = dynamic_cast<IMessageBoxOverlay*>(mModal.get()))
@@ -488,12 +489,13 @@ void IGraphics::ShowMessageBox(const std::string& text, const std::string& capti
                                                   std::move(done));
 }
 
-void IGraphics::PromptForFile(const std::string& fileName, const std::string& dir, const std::string& extension,
-                              std::function<void(const std::string& path)> done, const std::string& caption)
+void IGraphics::PromptForFile(const std::string& fileName, const std::string& dir,
+                              const std::string& extension, std::function<void(const std::string& path)> done,
+                              const std::string& caption)
 {
     mTooltip.reset();
-    mModal = std::make_unique<IFilePromptOverlay>(caption, fileName, dir, extension, mWidth, mHeight, *mRaster,
-                                                  mColors, std::move(done));
+    mModal = std::make_unique<IFilePromptOverlay>(caption, fileName, dir, extension, mWidth, mHeight,
+                                                  *mRaster, mColors, std::move(done));
 }
 
 bool IGraphics::OpenURL(const std::string& url)

@@ -143,7 +143,8 @@ class IGraphics : public IEditorLink, public IEditorWindow
     // The save prompt: a name (starting as fileName) in dir or one of its sub-folders, with the
     // extension added; `done` hears the full path, or an empty one when cancelled.
     void PromptForFile(const std::string& fileName, const std::string& dir, const std::string& extension,
-                       std::function<void(const std::string& path)> done, const std::string& caption = "SAVE");
+                       std::function<void(const std::string& path)> done,
+                       const std::string& caption = "SAVE");
     IOverlay* ModalOverlay() const { return mModal.get(); }
     bool MessageBoxShowing() const;
     IOverlay* Tooltip() const { return mTooltip.get(); }

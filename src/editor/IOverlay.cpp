@@ -320,7 +320,8 @@ void DrawTextEditField(IRaster& raster, const IText& style, const ColorRoles& co
     auto xAt = [&](int i) { return textX + raster.MeasureText(style, text.substr(0, i).c_str()).W(); };
     raster.PushClip(rect.Inset(1));
     if (focused && line.SelStart() != line.SelEnd())
-        raster.FillRect(accent.WithAlpha(110), IRECT(xAt(line.SelStart()), rect.T + 3, xAt(line.SelEnd()), rect.B - 3));
+        raster.FillRect(accent.WithAlpha(110),
+                        IRECT(xAt(line.SelStart()), rect.T + 3, xAt(line.SelEnd()), rect.B - 3));
     raster.DrawText(style, text.c_str(), IRECT(textX, rect.T, rect.R - 4, rect.B));
     if (focused)
     {

@@ -126,7 +126,8 @@ TEST_F(Dialogs, SavePromptPathsFromNamesAndFolders)
 TEST_F(Dialogs, SavePromptPicksAFolderAndAName)
 {
     std::string saved = "-";
-    graphics.PromptForFile("New Preset", Top(), "txt", [&](const std::string& p) { saved = p; }, "SAVE PRESET");
+    graphics.PromptForFile(
+        "New Preset", Top(), "txt", [&](const std::string& p) { saved = p; }, "SAVE PRESET");
     auto* prompt = dynamic_cast<IFilePromptOverlay*>(graphics.ModalOverlay());
     ASSERT_NE(prompt, nullptr);
     EXPECT_EQ(prompt->Name(), "New Preset");

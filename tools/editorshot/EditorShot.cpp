@@ -46,7 +46,8 @@ int main(int argc, char** argv)
     editor.SetColorSet(std::atoi(argv[3]));
     const std::string dialog = argc == 6 ? argv[5] : "";
     if (dialog == "message")
-        editor.ShowMessageBox("Can't write into Fatory Preset Folder!\nPlease save to User Preset Folder!", "QUORVEX");
+        editor.ShowMessageBox("Can't write into Fatory Preset Folder!\nPlease save to User Preset Folder!",
+                              "QUORVEX");
     else if (dialog.rfind("save:", 0) == 0)
         editor.PromptForFile("New Preset", dialog.substr(5), "txt", {}, "SAVE PRESET");
     editor.OnTimerTick();

@@ -14,7 +14,16 @@ IControl::IControl(IPlugBase* plug, const IRECT& rect, int paramIdx, IChannelBle
 void IControl::OnMouseDown(int x, int y, const IMouseMod& mod)
 {
     if (!mod.R || mParamIdx < 0) return;
-    if (mPlug && mPlug->PopupHostContextMenuForParam(mParamIdx, x, y)) return;
+    // The host's menu is placed in the view's pixels; its "Enter value" item opens our own entry.
+    const double scale = mGraphics ? mGraphics->Scale() : 1.0;
+    if (mPlug && mPlug->PopupHostContextMenuForParam(mParamIdx, static_cast<int>(std::lround(x * scale)),
+                                                     static_cast<int>(std::lround(y * scale)),
+                                                     [this]
+                                                     {
+                                                         if (mGraphics)
+                                                             mGraphics->PromptUserInput(this, mRect);
+                                                     }))
+        return;
     if (mGraphics) mGraphics->PromptUserInput(this, mRect);
 }
 

@@ -11,6 +11,7 @@
 // chunk; its holder may take it again. The audio thread never takes it: automation writes the
 // records' atomic values directly. SetParameterFromGUI does not take it either.
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -108,7 +109,12 @@ class IPlugBase : public IEngineHost
     virtual int UnserializeState(const ByteChunk& chunk, int startPos);
     virtual void OnHostIdentified() {}
     // Host-facing operations, filled by the binding; the base answers as if there were no host.
-    virtual bool PopupHostContextMenuForParam(int id, int x, int y) { return false; }
+    // The host's context menu of a parameter at (x, y) in the view's pixels, with `ownEntry` added
+    // as an item of our own (the editor's value entry); false when the host offers no menu.
+    virtual bool PopupHostContextMenuForParam(int id, int x, int y, std::function<void()> ownEntry)
+    {
+        return false;
+    }
     virtual void BeginInformHostOfParamChange(int id) {}
     virtual void InformHostOfParamChange(int id, double normalized) {}
     virtual void EndInformHostOfParamChange(int id) {}

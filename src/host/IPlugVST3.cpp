@@ -748,7 +748,54 @@ void IPlugVST3::ResizeGraphics(int width, int height)
     if (!mViews.empty()) mViews.front()->RequestResize(width, height);
 }
 
-bool IPlugVST3::PopupHostContextMenuForParam(int id, int x, int y)
+namespace
+{
+// Our own item in the host's context menu. The host may keep it past the menu's life, so it
+// holds only a watch on the plug-in and does nothing once the plug-in is gone.
+class OwnMenuItem final : public IContextMenuTarget
+{
+  public:
+    OwnMenuItem(std::weak_ptr<int> alive, std::function<void()> action)
+        : mAlive(std::move(alive)), mAction(std::move(action))
+    {
+    }
+    tresult PLUGIN_API executeMenuItem(int32 tag) override
+    {
+        if (mAlive.expired() || !mAction) return kResultFalse;
+        mAction();
+        return kResultOk;
+    }
+    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
+    {
+        if (FUnknownPrivate::iidEqual(iid, IContextMenuTarget::iid) ||
+            FUnknownPrivate::iidEqual(iid, FUnknown::iid))
+        {
+            addRef();
+            *obj = static_cast<IContextMenuTarget*>(this);
+            return kResultOk;
+        }
+        *obj = nullptr;
+        return kNoInterface;
+    }
+    uint32 PLUGIN_API addRef() override { return ++mRefs; }
+    uint32 PLUGIN_API release() override
+    {
+        const uint32 refs = --mRefs;
+        if (refs == 0) delete this;
+        return refs;
+    }
+
+  private:
+    ~OwnMenuItem() = default;
+    std::atomic<uint32> mRefs{1};
+    std::weak_ptr<int> mAlive;
+    std::function<void()> mAction;
+};
+
+constexpr const char16_t* kOwnEntryName = u"Enter value...";
+} // namespace
+
+bool IPlugVST3::PopupHostContextMenuForParam(int id, int x, int y, std::function<void()> ownEntry)
 {
     if (!componentHandler || mViews.empty()) return false;
     IComponentHandler3* handler = nullptr;
@@ -760,6 +807,16 @@ bool IPlugVST3::PopupHostContextMenuForParam(int id, int x, int y)
     IContextMenu* menu = handler->createContextMenu(mViews.front(), &param);
     if (menu)
     {
+        if (ownEntry)
+        {
+            IContextMenuItem item{};
+            for (int i = 0; kOwnEntryName[i] && i < 127; ++i)
+                item.name[i] = static_cast<char16>(kOwnEntryName[i]);
+            item.tag = 1;
+            auto* target = new OwnMenuItem(mAlive, std::move(ownEntry));
+            menu->addItem(item, target);
+            target->release(); // the menu holds it now
+        }
         menu->popup(x, y);
         menu->release();
     }

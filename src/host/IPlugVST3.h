@@ -110,7 +110,8 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Steinberg::uint32 PLUGIN_API release() override { return SingleComponentEffect::release(); }
 
     // ---- IPlugBase's host-facing virtuals ----
-    bool PopupHostContextMenuForParam(int id, int x, int y) override;
+    // The value entry item stays usable only while this plug-in lives: a host may keep the menu.
+    bool PopupHostContextMenuForParam(int id, int x, int y, std::function<void()> ownEntry) override;
     // Called inside `process` (a linked parameter following automation), the edit is held back
     // and reaches the host as begin, perform (with the value then current) and end from the UI thread.
     void BeginInformHostOfParamChange(int id) override;
@@ -183,6 +184,7 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     std::vector<Steinberg::Vst::UnitInfo> mUnits;
     Steinberg::Vst::UnitID mSelectedUnit = Steinberg::Vst::kRootUnitId;
     std::vector<IPlugVST3View*> mViews;
+    std::shared_ptr<int> mAlive = std::make_shared<int>(0); // context menu items watch it
 
     // Bus activation as the audio thread sees it (the SDK's bus objects belong to the UI thread).
     std::array<Relaxed<bool>, kMaxBuses> mInputBusActive{};

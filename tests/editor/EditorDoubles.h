@@ -48,7 +48,12 @@ class RecordingPlug : public IPlugBase
         mLog.push_back(entry);
     }
     void OnParamChange(int id) override { ++mChanges; }
-    bool PopupHostContextMenuForParam(int id, int x, int y) override { return mHostMenu; }
+    bool PopupHostContextMenuForParam(int id, int x, int y, std::function<void()> ownEntry) override
+    {
+        mMenuAt = {x, y};
+        mOwnEntry = std::move(ownEntry);
+        return mHostMenu;
+    }
 
     // The log without repeated performs: "B0 P0 E0" for any number of moves in one gesture.
     std::string Gestures() const
@@ -69,6 +74,8 @@ class RecordingPlug : public IPlugBase
     double mLastPerformed = -1.0;
     int mChanges = 0;
     bool mHostMenu = false;
+    std::pair<int, int> mMenuAt{-1, -1};
+    std::function<void()> mOwnEntry;
 };
 
 // Draws nothing but remembers the order of draws in a shared list.

@@ -367,10 +367,17 @@ TEST_F(Fixture, RightClickPromptsATextBoxForANumber)
     EXPECT_DOUBLE_EQ(plug.GetParam(kGain)->value, 12.0);
     EXPECT_TRUE(plug.mLog.empty());
 
-    // The host's own menu, when it shows one, replaces the prompt; a refusing control has none.
+    // The host's own menu, when it shows one, replaces the prompt; it opens in the view's pixels,
+    // and its item of ours opens the prompt after all. A refusing control has none.
     plug.mHostMenu = true;
-    graphics.OnMouseDown(10, 10, Right());
+    graphics.SetScale(2.0);
+    graphics.OnMouseDown(10, 11, Right());
     EXPECT_EQ(graphics.ModalOverlay(), nullptr);
+    EXPECT_EQ(plug.mMenuAt, std::make_pair(20, 22));
+    ASSERT_TRUE(plug.mOwnEntry);
+    plug.mOwnEntry();
+    EXPECT_NE(dynamic_cast<ITextEntryOverlay*>(graphics.ModalOverlay()), nullptr);
+    graphics.OnKeyDown(0, 0, kKeyEscape);
     plug.mHostMenu = false;
     knob->DisablePrompt(true);
     graphics.OnMouseDown(10, 10, Right());

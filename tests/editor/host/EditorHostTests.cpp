@@ -32,6 +32,7 @@
 #include "pluginterfaces/gui/iplugviewcontentscalesupport.h"
 #include "pluginterfaces/vst/ivstaudioprocessor.h"
 #include "pluginterfaces/vst/ivstcomponent.h"
+#include "pluginterfaces/vst/ivstcontextmenu.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
 #include "pluginterfaces/vst/ivsthostapplication.h"
 
@@ -241,6 +242,72 @@ class EditLog : public hostdoubles::ComponentHandler
             if (e.id == id && e.kind == 'p') v = e.value;
         return v;
     }
+};
+
+// A host that offers its own context menu for parameters (IComponentHandler3). The menu records
+// the items the plug-in adds and "shows" by remembering where; the test then picks an item.
+class MenuHost : public EditLog
+{
+  public:
+    class Menu : public StackUnknown<IContextMenu>
+    {
+      public:
+        int32 PLUGIN_API getItemCount() override { return static_cast<int32>(mItems.size()); }
+        tresult PLUGIN_API getItem(int32 index, Item& item, IContextMenuTarget** target) override
+        {
+            if (index < 0 || index >= getItemCount()) return kInvalidArgument;
+            item = mItems[static_cast<size_t>(index)].first;
+            if (target) *target = mItems[static_cast<size_t>(index)].second;
+            return kResultOk;
+        }
+        tresult PLUGIN_API addItem(const Item& item, IContextMenuTarget* target) override
+        {
+            if (target) target->addRef();
+            mItems.push_back({item, target});
+            return kResultOk;
+        }
+        tresult PLUGIN_API removeItem(const Item&, IContextMenuTarget*) override { return kNotImplemented; }
+        tresult PLUGIN_API popup(UCoord x, UCoord y) override
+        {
+            mX = x;
+            mY = y;
+            return kResultOk;
+        }
+        void Clear()
+        {
+            for (auto& entry : mItems)
+                if (entry.second) entry.second->release();
+            mItems.clear();
+        }
+        ~Menu() { Clear(); }
+        std::vector<std::pair<Item, IContextMenuTarget*>> mItems;
+        UCoord mX = -1, mY = -1;
+    };
+    class Handler3 : public StackUnknown<IComponentHandler3>
+    {
+      public:
+        explicit Handler3(MenuHost& host) : mHost(host) {}
+        IContextMenu* PLUGIN_API createContextMenu(IPlugView*, const ParamID* id) override
+        {
+            mHost.mMenuParam = id ? static_cast<int>(*id) : -1;
+            mHost.mMenu.Clear();
+            return &mHost.mMenu;
+        }
+        MenuHost& mHost;
+    };
+
+    tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
+    {
+        if (FUnknownPrivate::iidEqual(iid, IComponentHandler3::iid))
+        {
+            *obj = static_cast<IComponentHandler3*>(&mHandler3);
+            return kResultOk;
+        }
+        return EditLog::queryInterface(iid, obj);
+    }
+    Menu mMenu;
+    Handler3 mHandler3{*this};
+    int mMenuParam = -1;
 };
 
 XvfbServer* gServer = nullptr;
@@ -580,6 +647,38 @@ TEST_F(EditorHost, KeysForwardedThroughTheViewTypeAValue)
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), 0.25, 1e-9);
     EXPECT_EQ(log.Of(kWetLevel), "BPE");
     EXPECT_EQ(view->onKeyDown(0, 4, 0), kResultFalse); // nothing takes keys now
+}
+
+// A host with a context menu of its own gets the right button: the menu of the parameter under the
+// mouse, at the view's pixels, holding our value entry, which still works from there.
+TEST_F(EditorHost, TheHostsContextMenuCarriesOurValueEntry)
+{
+    MenuHost host;
+    controller->setComponentHandler(&host);
+    Open(2.0);
+    const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
+    Click(wet.L + 26, wet.T + 26, 3);
+    EXPECT_EQ(host.mMenuParam, kWetLevel);
+    EXPECT_NEAR(host.mMenu.mX, 2 * (wet.L + 26), 2);
+    EXPECT_NEAR(host.mMenu.mY, 2 * (wet.T + 26), 2);
+    ASSERT_EQ(host.mMenu.getItemCount(), 1);
+    IContextMenuItem item{};
+    IContextMenuTarget* target = nullptr;
+    ASSERT_EQ(host.mMenu.getItem(0, item, &target), kResultOk);
+    std::string name;
+    for (int i = 0; item.name[i]; ++i)
+        name += static_cast<char>(item.name[i]);
+    EXPECT_EQ(name, "Enter value...");
+    ASSERT_NE(target, nullptr);
+    EXPECT_EQ(target->executeMenuItem(item.tag), kResultOk);
+    loop.Pump(100);
+    Key(XK_1);
+    Key(XK_2);
+    Key(XK_Return);
+    EXPECT_NEAR(controller->getParamNormalized(kWetLevel), 0.12, 1e-9);
+    EXPECT_EQ(host.Of(kWetLevel), "BPE");
+    Close();
+    controller->setComponentHandler(&log);
 }
 
 TEST_F(EditorHost, ResizingKeepsTheAspectAndTheRange)

@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "editor/IPlatformWindow.h"
+#include "editor/X11ErrorTrap.h"
 #include "pluginterfaces/gui/iplugview.h"
 
 using namespace Steinberg;
@@ -87,12 +88,17 @@ class X11Window final : public IPlatformWindow
         mHandler->release();
         mRunLoop->release();
         XFreeGC(mDisplay, mGC);
-        XDestroyWindow(mDisplay, mWindow);
+        // A host may destroy its parent window (and so ours) before it removes the view.
+        if (!mGone) XDestroyWindow(mDisplay, mWindow);
+        // Errors still on their way are taken by the trap before it lets the connection go.
+        XSync(mDisplay, False);
+        x11trap::Unwatch(mDisplay);
         XCloseDisplay(mDisplay);
     }
 
     void Invalidate(const IRECT& r) override
     {
+        if (mGone) return;
         IRaster& raster = mGraphics.Raster();
         const double s = raster.Scale();
         const int x0 = std::max(0, static_cast<int>(std::floor(r.L * s)));
@@ -115,6 +121,7 @@ class X11Window final : public IPlatformWindow
 
     void Resize(int deviceW, int deviceH) override
     {
+        if (mGone) return;
         XResizeWindow(mDisplay, mWindow, static_cast<unsigned>(deviceW), static_cast<unsigned>(deviceH));
         XFlush(mDisplay);
     }
@@ -239,6 +246,9 @@ class X11Window final : public IPlatformWindow
                 mGraphics.OnMouseOver(x, y, mod);
             break;
         }
+        case DestroyNotify:
+            if (e.xdestroywindow.window == mWindow) mGone = true;
+            break;
         case LeaveNotify:
             if (!mButtonDown) mGraphics.OnMouseOut();
             break;
@@ -262,6 +272,7 @@ class X11Window final : public IPlatformWindow
     GC mGC = nullptr;
     Linux::IRunLoop* mRunLoop;
     RunLoopHandler* mHandler;
+    bool mGone = false; // destroyed with the host's parent
     bool mButtonDown = false;
     unsigned mLastButton = 0;
     std::chrono::steady_clock::time_point mLastPress{};
@@ -292,6 +303,7 @@ std::unique_ptr<IPlatformWindow> OpenX11Window(IGraphics& graphics, void* parent
         runLoop->release();
         return nullptr;
     }
+    x11trap::Watch(display);
     IRaster& raster = graphics.Raster();
     XSetWindowAttributes attributes{};
     attributes.event_mask = ExposureMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask |
@@ -303,7 +315,15 @@ std::unique_ptr<IPlatformWindow> OpenX11Window(IGraphics& graphics, void* parent
         static_cast<unsigned>(raster.DeviceWidth()), static_cast<unsigned>(raster.DeviceHeight()), 0,
         CopyFromParent, InputOutput, CopyFromParent, CWEventMask | CWBackPixel, &attributes);
     XMapWindow(display, window);
-    XFlush(display);
+    // A parent that does not exist (or is already gone) fails here, not later in the host's loop.
+    XSync(display, False);
+    if (x11trap::ErrorCount(display) > 0)
+    {
+        x11trap::Unwatch(display);
+        XCloseDisplay(display);
+        runLoop->release();
+        return nullptr;
+    }
     auto result = std::make_unique<X11Window>(graphics, display, window, runLoop);
     runLoop->release(); // the window holds its own reference
     return result;

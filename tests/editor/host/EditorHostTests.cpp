@@ -435,7 +435,7 @@ struct EditorHost : ::testing::Test
         view->release();
         view = nullptr;
         EXPECT_EQ(loop.Registered(), 0u); // no handler or timer survives the window
-        XDestroyWindow(display, parent);
+        if (parent) XDestroyWindow(display, parent);
         XSync(display, False);
         parent = 0;
     }
@@ -700,6 +700,64 @@ TEST_F(EditorHost, ResizingKeepsTheAspectAndTheRange)
         view->getSize(&now);
         EXPECT_EQ(now.getWidth(), c.wantW);
     }
+}
+
+// The test's own X errors, seen by the handler it installs before the plug-in opens a window.
+std::vector<int> gTestErrors;
+int RecordTestError(Display*, XErrorEvent* e)
+{
+    gTestErrors.push_back(e->error_code);
+    return 0;
+}
+
+// A host may destroy the parent window before it removes the view, or hand over a window that does
+// not exist: neither ends the process (Xlib's own handler would), and the host's error handler
+// still hears about errors on its own connection, before, during and after.
+TEST_F(EditorHost, AGoneParentWindowIsNoErrorOfTheHosts)
+{
+    gTestErrors.clear();
+    const XErrorHandler before = XSetErrorHandler(RecordTestError);
+    auto provokeOwnError = [&]
+    {
+        XMapWindow(display, 0x3FFFFFF0); // no such window
+        XSync(display, False);
+    };
+    for (int round = 0; round < 3; ++round)
+    {
+        Open(1.0);
+        provokeOwnError();
+        XDestroyWindow(display, parent);
+        XSync(display, False);
+        parent = 0;
+        if (round > 0) loop.Pump(200); // the plug-in may or may not have seen its window go
+        const IRECT bypass = RowRect(ELayoutKind::kSwitch, kMasterFXBypass);
+        Click(bypass.L + 10, bypass.T + 8); // lands on the root window: nothing happens
+        Close();
+    }
+    ASSERT_EQ(gTestErrors.size(), 3u);
+    for (int code : gTestErrors)
+        EXPECT_EQ(code, BadWindow);
+
+    // A parent that never existed: no window, no handler left behind.
+    view = controller->createView(ViewType::kEditor);
+    ASSERT_NE(view, nullptr);
+    view->setFrame(&frame);
+    EXPECT_EQ(view->attached(reinterpret_cast<void*>(0x3FFFFFF0), kPlatformTypeX11EmbedWindowID),
+              kResultFalse);
+    EXPECT_EQ(loop.Registered(), 0u);
+    view->release();
+    view = nullptr;
+
+    // The host's handler is back in charge of its own connection, and the editor still works.
+    provokeOwnError();
+    EXPECT_EQ(gTestErrors.size(), 4u);
+    Open(1.0);
+    log.Clear();
+    const IRECT bypass = RowRect(ELayoutKind::kSwitch, kMasterFXBypass);
+    Click(bypass.L + 10, bypass.T + 8);
+    EXPECT_EQ(log.Of(kMasterFXBypass), "BPE");
+    Close();
+    XSetErrorHandler(before);
 }
 
 TEST_F(EditorHost, AHostWithoutARunLoopGetsNoWindow)

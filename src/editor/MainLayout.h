@@ -9,6 +9,7 @@
 #include <cstddef>
 
 #include "editor/BitmapList.h"
+#include "editor/EditorPages.h"
 #include "editor/IGraphicsTypes.h"
 #include "params/ParamIds.h"
 
@@ -43,16 +44,20 @@ struct LayoutRow
     int mColorRole = -1; // accent role of the value arc or label
     const char* mLabel = "";
     int mIndex = 0; // kLiveLabel: which knob of the parameter's group it names
+    // On pages built more than once (one list per slot or per effect position): how far the
+    // parameter moves per instance; 0 takes the page's own step.
+    int mStride = 0;
 };
+
+// The area the pages fill; their stage art covers exactly this.
+inline constexpr IRECT kStageRect(12, 92, 980, 608);
 
 // Colour roles of the master column.
 inline constexpr int kRoleOutput = 1;
 inline constexpr int kRoleMasterFx = 9;
 inline constexpr int kRoleLimiter = 6;
 
-inline constexpr int kOptionsPage = 9;
 inline constexpr int kNumSelectablePages = 9; // pages 0..8 on the tabs; 9 behind "OPTIONS"
-inline constexpr int kDelayTab = 2;
 
 // A knob's label sits under it, a little wider than the knob.
 constexpr IRECT KnobLabelRect(const IRECT& knob)
@@ -77,10 +82,10 @@ inline constexpr LayoutRow kMainLayout[] = {
     {ELayoutKind::kTopBar, IRECT(0, 0, kEditorWidth, 50)},
     {ELayoutKind::kLogo, IRECT::FromSize(18, 9, 200, 32), -1, BitmapId("Logo")},
     {ELayoutKind::kReserved, IRECT(300, 12, 860, 40), -1, -1, -1, "preset row"},
-    {ELayoutKind::kPageButton, IRECT::FromSize(1140, 13, 84, 24), kOptionsPage, BitmapId("options")},
+    {ELayoutKind::kPageButton, IRECT::FromSize(1140, 13, 84, 24), kPageOptions, BitmapId("options")},
     {ELayoutKind::kPageSelect, IRECT(16, 58, 16 + 9 * 96 + 8 * 8, 82), -1, BitmapId("page_select"), -1,
      "ROUTING|PRE FX|DELAY|FB FX|POST FX|LFO|GATES|ENVELOPE|LOGIC"},
-    {ELayoutKind::kStage, IRECT(12, 92, 980, 608)},
+    {ELayoutKind::kStage, kStageRect},
 
     // Output
     {ELayoutKind::kPanel, IRECT(992, 92, 1228, 330), -1, -1, kRoleOutput, "OUTPUT"},

@@ -7,6 +7,7 @@
 #include "editor/BitmapList.h"
 #include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"
+#include "editor/PageLayouts.h"
 #include "editor/ValuePopUpControl.h"
 #include "params/IParamRecord.h"
 
@@ -26,87 +27,130 @@ IText LiveLabelStyle()
 } // namespace
 
 QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
-    : IGraphics(plug, kEditorWidth, kEditorHeight, kEditorFPS)
+    : IGraphics(plug, kEditorWidth, kEditorHeight, kEditorFPS), mBitmaps(kNumBitmaps),
+      mBitmapLoaded(kNumBitmaps, false)
 {
     SetResourceDir(resourceDir);
     SetPlatform(kX11PlatformType, MakeX11WindowFactory());
     AttachBackground(LoadIBitmap(-1, kBackgroundName, 1));
-    std::vector<IBitmap> bitmaps(kNumBitmaps);
-    std::vector<bool> loaded(kNumBitmaps, false);
-    auto bitmap = [&](int id) -> const IBitmap&
-    {
-        if (!loaded[id])
+
+    // Pages first, so that the always-visible part (and its overlays) stays on top of them.
+    for (const PageLayout& page : kPageLayouts)
+        for (int instance = 0; instance < page.mInstances; ++instance)
         {
-            bitmaps[id] = LoadIBitmap(id, kBitmapRows[id].mName, kBitmapRows[id].mFrames);
-            // A missing file keeps the table's size, so the control still has its place.
-            if (!bitmaps[id].mRaster)
+            const auto list = static_cast<EPageList>(page.mFirstList + instance);
+            IBitmap art = LoadIBitmap(-1, page.mArtName, 1);
+            art.W = kStageRect.W();
+            art.H = kStageRect.H();
+            mLists[list].push_back(AttachControl(new IBitmapControl(plug, kStageRect, -1, art)));
+            for (const LayoutRow& row : page.mRows)
             {
-                bitmaps[id].W = kBitmapRows[id].mW;
-                bitmaps[id].H = kBitmapRows[id].mH * kBitmapRows[id].mFrames;
+                IControl* control = BuildRowControl(row, ParamOfRow(row, page, instance));
+                const int idx = control ? AttachControl(control) : -1;
+                mListRowControl[list].push_back(idx);
+                if (idx >= 0) mLists[list].push_back(idx);
             }
-            loaded[id] = true;
         }
-        return bitmaps[id];
-    };
-    auto tooltip = [&](IControl* c)
-    {
-        if (const IParamRecord* p = plug ? plug->GetParam(c->ParamIdx()) : nullptr) c->SetTooltip(p->name);
-    };
 
     for (const LayoutRow& row : kMainLayout)
     {
         IControl* control = nullptr;
-        const IColor* accent = row.mColorRole >= 0 ? Colors().Role(row.mColorRole) : nullptr;
         switch (row.mKind)
         {
-        case ELayoutKind::kLogo:
-        case ELayoutKind::kMeter:
-            control = new IBitmapControl(plug, row.mRect, -1, bitmap(row.mBitmap));
-            break;
-        case ELayoutKind::kKnob:
-        {
-            const EArt art = kBitmapRows[row.mBitmap].mArt;
-            const bool bipolar = art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar;
-            control = new IBitmapKnobControl(plug, row.mRect.L, row.mRect.T, row.mParam, bitmap(row.mBitmap),
-                                             accent, bipolar);
-            tooltip(control);
-            break;
-        }
-        case ELayoutKind::kSwitch:
-            control = new ISwitchControl(plug, row.mRect, row.mParam, bitmap(row.mBitmap));
-            tooltip(control);
-            break;
-        case ELayoutKind::kPopup:
-            control = new ISwitchPopUpControl(plug, row.mRect, row.mParam, bitmap(row.mBitmap));
-            tooltip(control);
-            break;
-        case ELayoutKind::kValuePopup:
-            control = new IValuePopUpControl(plug, row.mRect, row.mParam, accent);
-            tooltip(control);
-            break;
-        case ELayoutKind::kLiveLabel:
-            control = new ISelectorLabelControl(plug, row.mRect, row.mParam, LiveLabelStyle(),
-                                                kMasterFxKnobLabels.data(),
-                                                static_cast<int>(kMasterFxKnobLabels.size()), row.mIndex);
-            break;
         case ELayoutKind::kPageSelect:
             mPageTabs =
-                new IRadioButtonsControl(plug, row.mRect, -1, kNumSelectablePages, bitmap(row.mBitmap));
-            mPageTabs->SetAction([this](IControl&) { PageAsked(mPageTabs->SelectedButton()); });
+                new IRadioButtonsControl(plug, row.mRect, -1, kNumSelectablePages, Bitmap(row.mBitmap));
+            mPageTabs->SetAction(
+                [this](IControl&)
+                {
+                    const int page = mPageTabs->SelectedButton();
+                    if (mActions.showPage)
+                        mActions.showPage(page);
+                    else
+                        ShowPage(page, false);
+                });
             control = mPageTabs;
             break;
         case ELayoutKind::kPageButton:
-            mOptions = new ISwitchControl(plug, row.mRect, -1, bitmap(row.mBitmap));
-            mOptions->SetAction([this](IControl&)
-                                { PageAsked(mPage == kOptionsPage ? mPageBeforeOptions : kOptionsPage); });
+            mOptions = new ISwitchControl(plug, row.mRect, -1, Bitmap(row.mBitmap));
+            mOptions->SetAction(
+                [this](IControl&)
+                {
+                    if (mActions.toggleOptionsPage)
+                        mActions.toggleOptionsPage();
+                    else
+                        ToggleOptionsPage(false);
+                });
             control = mOptions;
             break;
         default:
+            control = BuildRowControl(row, row.mParam);
             break;
         }
         mRowControl.push_back(control ? AttachControl(control) : -1);
     }
-    SelectPage(mPage);
+    ShowLists(mPages.Shown());
+}
+
+const IBitmap& QuorvexEditor::Bitmap(int id)
+{
+    if (!mBitmapLoaded[id])
+    {
+        mBitmaps[id] = LoadIBitmap(id, kBitmapRows[id].mName, kBitmapRows[id].mFrames);
+        // A missing file keeps the table's size, so the control still has its place.
+        if (!mBitmaps[id].mRaster)
+        {
+            mBitmaps[id].W = kBitmapRows[id].mW;
+            mBitmaps[id].H = kBitmapRows[id].mH * kBitmapRows[id].mFrames;
+        }
+        mBitmapLoaded[id] = true;
+    }
+    return mBitmaps[id];
+}
+
+IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
+{
+    IPlugBase* plug = Plug();
+    IControl* control = nullptr;
+    const IColor* accent = row.mColorRole >= 0 ? Colors().Role(row.mColorRole) : nullptr;
+    bool tip = true;
+    switch (row.mKind)
+    {
+    case ELayoutKind::kLogo:
+    case ELayoutKind::kMeter:
+        control = new IBitmapControl(plug, row.mRect, -1, Bitmap(row.mBitmap));
+        tip = false;
+        break;
+    case ELayoutKind::kKnob:
+    {
+        const EArt art = kBitmapRows[row.mBitmap].mArt;
+        const bool bipolar = art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar;
+        control = new IBitmapKnobControl(plug, row.mRect.L, row.mRect.T, param, Bitmap(row.mBitmap), accent,
+                                         bipolar);
+        break;
+    }
+    case ELayoutKind::kSwitch:
+        control = new ISwitchControl(plug, row.mRect, param, Bitmap(row.mBitmap));
+        break;
+    case ELayoutKind::kPopup:
+        control = new ISwitchPopUpControl(plug, row.mRect, param, Bitmap(row.mBitmap));
+        break;
+    case ELayoutKind::kValuePopup:
+        control = new IValuePopUpControl(plug, row.mRect, param, accent);
+        break;
+    case ELayoutKind::kLiveLabel:
+        control =
+            new ISelectorLabelControl(plug, row.mRect, param, LiveLabelStyle(), kMasterFxKnobLabels.data(),
+                                      static_cast<int>(kMasterFxKnobLabels.size()), row.mIndex);
+        tip = false;
+        break;
+    default:
+        return nullptr;
+    }
+    if (tip)
+        if (const IParamRecord* p = plug ? plug->GetParam(control->ParamIdx()) : nullptr)
+            control->SetTooltip(p->name);
+    return control;
 }
 
 IControl* QuorvexEditor::ControlOfRow(int row) const
@@ -114,24 +158,49 @@ IControl* QuorvexEditor::ControlOfRow(int row) const
     return row >= 0 && row < static_cast<int>(mRowControl.size()) ? GetControl(mRowControl[row]) : nullptr;
 }
 
-void QuorvexEditor::PageAsked(int page)
+IControl* QuorvexEditor::ControlOfPageRow(EPageList list, int row) const
 {
-    SelectPage(page);
-    if (mPageHandler) mPageHandler(page);
+    const std::vector<int>& rows = mListRowControl[list];
+    return row >= 0 && row < static_cast<int>(rows.size()) ? GetControl(rows[row]) : nullptr;
 }
 
-void QuorvexEditor::SelectPage(int page)
+void QuorvexEditor::ShowLists(int page)
 {
-    if (page == kOptionsPage && mPage != kOptionsPage) mPageBeforeOptions = mPage;
-    mPage = page;
+    SetAllControlsDirty();
+    const EPageList shown = ListOfPage(page);
+    for (int list = 0; list < kNumPageLists; ++list)
+        for (int idx : mLists[list])
+            GetControl(idx)->Hide(list != shown);
     if (mPageTabs)
     {
-        // The large delay views light the delay tab; the options page leaves the tab it came from.
-        const int shown = page == kOptionsPage ? mPageBeforeOptions : page;
-        const int tab = shown < kNumSelectablePages ? shown : kDelayTab;
+        // The large views light the delay tab; the options page leaves the tab it came from lit.
+        int tab = page;
+        if (PageState::IsLargeView(page)) tab = kPageDelay;
+        if (page == kPageOptions) tab = mPageTabs->SelectedButton();
         mPageTabs->SetValueFromPlug(static_cast<double>(tab) / (kNumSelectablePages - 1));
     }
-    if (mOptions) mOptions->SetValueFromPlug(page == kOptionsPage ? 1.0 : 0.0);
+    if (mOptions) mOptions->SetValueFromPlug(page == kPageOptions ? 1.0 : 0.0);
+}
+
+int QuorvexEditor::ShowPage(int page, bool presetLoading)
+{
+    const int shown = mPages.Show(page, presetLoading);
+    ShowLists(shown);
+    return shown;
+}
+
+int QuorvexEditor::ToggleOptionsPage(bool presetLoading)
+{
+    const int shown = mPages.ToggleOptions(presetLoading);
+    ShowLists(shown);
+    return shown;
+}
+
+int QuorvexEditor::ToggleLargeDelayView(bool presetLoading)
+{
+    const int shown = mPages.ToggleLargeDelayView(presetLoading);
+    ShowLists(shown);
+    return shown;
 }
 
 std::string BundleResourceDir()

@@ -1,42 +1,66 @@
 #pragma once
-// The Quorvex editor: the toolkit built from the main layout table with real controls on the
-// plug-in's parameters. It knows pages only as numbers: the page tabs and the options button
-// report the page asked for through a handler the plug-in sets; without one the tabs just move.
-// UI thread only.
+// The Quorvex editor: the always-visible part built from the main layout table and every page
+// built from its own table (PageLayouts.h), each page a list of controls shown together. Page
+// switches follow PageState's rules. The page tabs and buttons ask the plug-in through its page
+// actions (so it can keep `LastPage`); without them the editor switches by itself. UI thread only.
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "editor/EditorPages.h"
 #include "editor/IGraphics.h"
 
 class IRadioButtonsControl;
 class ISwitchControl;
+struct LayoutRow;
 
 class QuorvexEditor : public IGraphics
 {
   public:
+    // What the page controls ask of the plug-in.
+    struct PageActions
+    {
+        std::function<void(int page)> showPage;
+        std::function<void()> toggleOptionsPage;
+        std::function<void()> toggleLargeDelayView;
+    };
+
     // resourceDir: the folder of the bitmaps (the bundle's Resources/img).
     QuorvexEditor(IPlugBase* plug, const std::string& resourceDir);
 
-    void SetPageHandler(std::function<void(int page)> handler) { mPageHandler = std::move(handler); }
-    // Shows page as the selected tab (9: the options button lit).
-    void SelectPage(int page);
-    int SelectedPage() const { return mPage; }
+    void SetPageActions(PageActions actions) { mActions = std::move(actions); }
 
-    // Control built for a layout row, null for rows that are background only.
+    // The page switches; each answers the page shown. presetLoading keeps `LastPage` as it was.
+    int ShowPage(int page, bool presetLoading);
+    int ToggleOptionsPage(bool presetLoading);
+    int ToggleLargeDelayView(bool presetLoading);
+    const PageState& Pages() const { return mPages; }
+    PageState& Pages() { return mPages; }
+
+    // Control built for a row of the main layout, null for rows that are background only.
     IControl* ControlOfRow(int row) const;
+    // Control built for row `row` of the page table that fills `list`, or null.
+    IControl* ControlOfPageRow(EPageList list, int row) const;
+    // Indices of the controls of a page list (its stage art first).
+    const std::vector<int>& ListControls(EPageList list) const { return mLists[list]; }
 
   private:
-    void PageAsked(int page);
+    IControl* BuildRowControl(const LayoutRow& row, int param);
+    const IBitmap& Bitmap(int id);
+    void ShowLists(int page);
 
-    std::vector<int> mRowControl; // control index per layout row, -1 for none
+    std::vector<IBitmap> mBitmaps;
+    std::vector<bool> mBitmapLoaded;
+    std::vector<int> mRowControl; // control index per main layout row, -1 for none
+    std::array<std::vector<int>, kNumPageLists> mLists;
+    std::array<std::vector<int>, kNumPageLists> mListRowControl; // per page row, -1 for none
     IRadioButtonsControl* mPageTabs = nullptr;
     ISwitchControl* mOptions = nullptr;
-    int mPage = 2;
-    int mPageBeforeOptions = 2;
-    std::function<void(int)> mPageHandler;
+    PageState mPages;
+    PageActions mActions;
 };
 
 // The bitmap folder of the bundle this code was loaded from: <bundle>/Contents/Resources/img,

@@ -58,15 +58,41 @@ void Quorvex::BuildEditor()
             FlushPendingHostNotices();
             PresentMessage();
         });
+    mEditor->SetPageActions({[this](int page) { ShowPage(page); }, [this] { ToggleOptionsPage(); },
+                             [this] { ToggleLargeDelayView(); }});
     mEditor->SetColorSet(mFields.mColorSet);
+    mEditor->ShowPage(mFields.mLastPage, true);
     AttachGraphics(mEditor.get());
+}
+
+void Quorvex::ShowPage(int page)
+{
+    if (!mEditor) return;
+    mEditor->ShowPage(page, PresetLoading());
+    if (!PresetLoading()) mFields.mLastPage = mEditor->Pages().LastPage();
+}
+
+void Quorvex::ToggleOptionsPage()
+{
+    if (!mEditor) return;
+    mEditor->ToggleOptionsPage(PresetLoading());
+    if (!PresetLoading()) mFields.mLastPage = mEditor->Pages().LastPage();
+}
+
+void Quorvex::ToggleLargeDelayView()
+{
+    if (!mEditor) return;
+    mEditor->ToggleLargeDelayView(PresetLoading());
+    if (!PresetLoading()) mFields.mLastPage = mEditor->Pages().LastPage();
 }
 
 void Quorvex::ShowColorSetAndPage(int colorSet, int page)
 {
     if (!mEditor) return;
     mEditor->SetColorSet(colorSet);
-    mEditor->SelectPage(page);
+    // A stored page reopens as it was (a large view included) and stays the last page.
+    mEditor->Pages().SetLastPage(page);
+    mEditor->ShowPage(page, true);
 }
 
 void Quorvex::Reset()

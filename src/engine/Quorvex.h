@@ -146,6 +146,11 @@ class Quorvex : public IPlugVST3, private IStateHost
     void RedrawControls() override { RedrawParamControls(); }
     // A loaded state's colour set and page reach the editor.
     void ShowColorSetAndPage(int colorSet, int page) override;
+    // Page switches of the editor (UI thread); the page shown becomes `LastPage` unless a preset
+    // is loading.
+    void ShowPage(int page);
+    void ToggleOptionsPage();
+    void ToggleLargeDelayView();
     void SelectPresetMenuItem(const std::string& folder, int index) override;
     // The tap engine's on flags follow a stored mask.
     void ApplyTapMask(int index, std::int32_t mask) override;

@@ -53,7 +53,11 @@ void Quorvex::ApplyPendingPreset()
     mFadeIn.Request();
     ApplyPresetParams(*this, mPendingPreset);
     RedrawParamControls();
-    if (mPendingPreset.lastPage) mFields.mLastPage = *mPendingPreset.lastPage;
+    if (mPendingPreset.lastPage)
+    {
+        mFields.mLastPage = *mPendingPreset.lastPage;
+        if (mEditor) mEditor->ShowPage(mFields.mLastPage, true);
+    }
     RebuildStepViews();
     mFields.mFocusedParam = -1;
     // An old file is brought to the present format on disk. A file whose version couldn't even be

@@ -170,7 +170,9 @@ TEST_F(EditorFixture, LimiterFieldShowsAndSetsItsText)
 TEST_F(EditorFixture, PageTabsAndTheOptionsButton)
 {
     std::vector<int> asked;
-    editor.SetPageHandler([&](int page) { asked.push_back(page); });
+    editor.SetPageActions({[&](int page) { asked.push_back(editor.ShowPage(page, false)); },
+                           [&] { asked.push_back(editor.ToggleOptionsPage(false)); },
+                           {}});
     const LayoutRow* tabs = nullptr;
     const LayoutRow* options = nullptr;
     for (const LayoutRow& row : kMainLayout)
@@ -188,7 +190,8 @@ TEST_F(EditorFixture, PageTabsAndTheOptionsButton)
     editor.OnMouseDown(options->mRect.L + 5, options->mRect.T + 5, editortest::Left());
     editor.OnMouseUp(options->mRect.L + 5, options->mRect.T + 5, editortest::Left());
     EXPECT_EQ(asked, (std::vector<int>{5, 9, 5}));
-    EXPECT_EQ(editor.SelectedPage(), 5);
+    EXPECT_EQ(editor.Pages().Shown(), 5);
+    EXPECT_EQ(editor.Pages().LastPage(), 5);
     EXPECT_TRUE(plug.mLog.empty()); // pages are no parameters
 }
 

@@ -14,6 +14,7 @@
 #include "Bitmaps.h"
 #include "editor/BitmapList.h"
 #include "editor/MainLayout.h"
+#include "editor/PageLayouts.h"
 
 namespace
 {
@@ -51,6 +52,9 @@ int main(int argc, char** argv)
     {
         failures += !Render(FileName(dir, kBackgroundName, scale), kEditorWidth, kEditorHeight, scale,
                             [](cairo_t* cr) { art::DrawBackground(cr); });
+        for (const PageLayout& page : kPageLayouts)
+            failures += !Render(FileName(dir, page.mArtName, scale), kStageRect.W(), kStageRect.H(), scale,
+                                [&](cairo_t* cr) { art::DrawPageArt(cr, page); });
         for (const BitmapRow& row : kBitmapRows)
             failures += !Render(FileName(dir, row.mName, scale), row.mW, row.mH * row.mFrames, scale,
                                 [&](cairo_t* cr)

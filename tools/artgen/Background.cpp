@@ -4,11 +4,13 @@
 
 #include <cmath>
 #include <numbers>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "ArtKit.h"
 #include "editor/MainLayout.h"
+#include "editor/PageLayouts.h"
 
 namespace art
 {
@@ -154,12 +156,11 @@ void PageTabs(cairo_t* cr, const LayoutRow& row)
     cairo_line_to(cr, 980, row.mRect.B + 4.5);
     cairo_stroke(cr);
 }
-} // namespace
 
-void DrawBackground(cairo_t* cr)
+// Panels first, then the marks that sit on them.
+void DrawRows(cairo_t* cr, std::span<const LayoutRow> rows)
 {
-    Window(cr);
-    for (const LayoutRow& row : kMainLayout)
+    for (const LayoutRow& row : rows)
     {
         switch (row.mKind)
         {
@@ -179,8 +180,7 @@ void DrawBackground(cairo_t* cr)
             break;
         }
     }
-    // Marks that sit on the panels come after all panels.
-    for (const LayoutRow& row : kMainLayout)
+    for (const LayoutRow& row : rows)
     {
         switch (row.mKind)
         {
@@ -204,5 +204,19 @@ void DrawBackground(cairo_t* cr)
             break;
         }
     }
+}
+} // namespace
+
+void DrawBackground(cairo_t* cr)
+{
+    Window(cr);
+    DrawRows(cr, kMainLayout);
+}
+
+void DrawPageArt(cairo_t* cr, const PageLayout& page)
+{
+    cairo_translate(cr, -kStageRect.L, -kStageRect.T);
+    Stage(cr, kStageRect);
+    DrawRows(cr, page.mRows);
 }
 } // namespace art

@@ -19,20 +19,22 @@ inline constexpr int kEditorFPS = 30;
 
 enum class ELayoutKind
 {
-    kTopBar,     // the bar along the top (background only)
-    kStage,      // the area the pages fill (background only)
-    kPanel,      // a framed panel with its title (background only)
-    kLabel,      // a fixed label (background only)
-    kReserved,   // space kept for controls of another part of the editor (nothing drawn yet)
-    kLogo,       // bitmap without value
-    kKnob,       // bitmap knob with a value arc in its colour role; label under it
-    kSwitch,     // bitmap switch of the parameter
-    kPopup,      // selector bitmap whose press opens the parameter's value list
-    kValuePopup, // a field showing the parameter's text; a press opens its value list
-    kMeter,      // meter bitmap fed by the editor's tick
-    kPageSelect, // the page tabs; their labels are the row's label split at '|'
-    kPageButton, // a button that opens one page (the row's parameter field holds the page)
-    kLiveLabel,  // a label whose text follows the parameter (the master effect's knob names)
+    kTopBar,      // the bar along the top (background only)
+    kStage,       // the area the pages fill (background only)
+    kPanel,       // a framed panel with its title (background only)
+    kLabel,       // a fixed label (background only)
+    kReserved,    // space kept for controls of another part of the editor (nothing drawn yet)
+    kLogo,        // bitmap without value
+    kKnob,        // bitmap knob with a value arc in its colour role; label under it
+    kSwitch,      // bitmap switch of the parameter
+    kPopup,       // selector bitmap whose press opens the parameter's value list
+    kValuePopup,  // a field showing the parameter's text; a press opens its value list
+    kMeter,       // meter bitmap fed by the editor's tick
+    kPageSelect,  // the page tabs; their labels are the row's label split at '|'
+    kPageButton,  // a button that opens one page (the row's parameter field holds the page)
+    kLiveLabel,   // a label whose text follows the parameter (the master effect's knob names)
+    kFxKnobLabel, // the name of knob mIndex of the effect chosen by the row's type parameter
+    kFxIcon,      // the icon of the effect chosen by the row's type parameter
 };
 
 struct LayoutRow

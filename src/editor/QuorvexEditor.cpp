@@ -5,11 +5,14 @@
 #include <filesystem>
 
 #include "editor/BitmapList.h"
+#include "editor/FxPanelControls.h"
 #include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"
 #include "editor/PageLayouts.h"
 #include "editor/ValuePopUpControl.h"
+#include "fx/EffectTable.h"
 #include "params/IParamRecord.h"
+#include "params/ParamIds.h"
 
 namespace
 {
@@ -50,6 +53,17 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
                 mListRowControl[list].push_back(idx);
                 if (idx >= 0) mLists[list].push_back(idx);
             }
+            if (page.mRows.data() == kEffectsLayout.data())
+                for (int slot = 0; slot < 4; ++slot)
+                    for (int k = 0; k < 5; ++k)
+                    {
+                        const int first = layout::FxKnobFirstRow(slot, k);
+                        const std::vector<int>& at = mListRowControl[list];
+                        mFxGroups.push_back({list,
+                                             k,
+                                             at[first + 1],
+                                             {at[first], at[first + 1], at[first + 2], at[first + 3]}});
+                    }
         }
 
     for (const LayoutRow& row : kMainLayout)
@@ -138,6 +152,19 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
     case ELayoutKind::kValuePopup:
         control = new IValuePopUpControl(plug, row.mRect, param, accent);
         break;
+    case ELayoutKind::kFxKnobLabel:
+        control = new IFxKnobLabelControl(plug, row.mRect, param, LiveLabelStyle(), row.mIndex);
+        tip = false;
+        break;
+    case ELayoutKind::kFxIcon:
+    {
+        std::array<IBitmap, kFxIcons.size()> icons;
+        for (size_t i = 0; i < kFxIcons.size(); ++i)
+            icons[i] = Bitmap(BitmapId(kFxIcons[i].mIcon));
+        control = new IFxIconControl(plug, row.mRect, param, icons);
+        tip = false;
+        break;
+    }
     case ELayoutKind::kLiveLabel:
         control =
             new ISelectorLabelControl(plug, row.mRect, param, LiveLabelStyle(), kMasterFxKnobLabels.data(),
@@ -180,6 +207,28 @@ void QuorvexEditor::ShowLists(int page)
         mPageTabs->SetValueFromPlug(static_cast<double>(tab) / (kNumSelectablePages - 1));
     }
     if (mOptions) mOptions->SetValueFromPlug(page == kPageOptions ? 1.0 : 0.0);
+    RefreshFxKnobs();
+}
+
+void QuorvexEditor::RefreshFxKnobs()
+{
+    const EPageList shown = ListOfPage(mPages.Shown());
+    for (const FxKnobGroup& group : mFxGroups)
+    {
+        const IControl* label = GetControl(group.label);
+        const FxTypeInfo* type = group.list == shown && label
+                                     ? FxTypeOfParam(Plug(), label->ParamIdx(), label->GetValue())
+                                     : nullptr;
+        const bool hide = !type || type->hidden[group.knob];
+        for (int idx : group.controls)
+            if (IControl* c = GetControl(idx)) c->Hide(hide);
+    }
+}
+
+void QuorvexEditor::SetParameterFromPlug(int id, double value, bool normalized)
+{
+    IGraphics::SetParameterFromPlug(id, value, normalized);
+    if (id >= kFX1PR && id <= kFX4PO) RefreshFxKnobs();
 }
 
 int QuorvexEditor::ShowPage(int page, bool presetLoading)

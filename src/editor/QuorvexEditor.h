@@ -47,8 +47,13 @@ class QuorvexEditor : public IGraphics
     // Indices of the controls of a page list (its stage art first).
     const std::vector<int>& ListControls(EPageList list) const { return mLists[list]; }
 
+    // Plug-in values reach the controls; an effect type change also shows the type's knobs.
+    void SetParameterFromPlug(int id, double value, bool normalized) override;
+
   private:
     IControl* BuildRowControl(const LayoutRow& row, int param);
+    // The knobs an effect panel shows: those its type has, on the page shown.
+    void RefreshFxKnobs();
     const IBitmap& Bitmap(int id);
     void ShowLists(int page);
 
@@ -61,6 +66,15 @@ class QuorvexEditor : public IGraphics
     ISwitchControl* mOptions = nullptr;
     PageState mPages;
     PageActions mActions;
+    // One knob of an effect panel with its name, depth and source, shown or hidden together.
+    struct FxKnobGroup
+    {
+        EPageList list;
+        int knob;
+        int label; // the name control, which holds the type's value
+        std::array<int, 4> controls;
+    };
+    std::vector<FxKnobGroup> mFxGroups;
 };
 
 // The bitmap folder of the bundle this code was loaded from: <bundle>/Contents/Resources/img,

@@ -91,6 +91,9 @@ TEST_F(EditorFixture, ControlsSitWhereTheLayoutSaysOnTheirParameters)
             EXPECT_DOUBLE_EQ(c->GetValue(), plug.GetParam(row.mParam)->GetNormalized()) << i;
         }
     }
+    // Everything else belongs to a page list.
+    for (int list = 0; list < kNumPageLists; ++list)
+        controls += static_cast<int>(editor.ListControls(static_cast<EPageList>(list)).size());
     EXPECT_EQ(controls, editor.NControls());
 }
 

@@ -33,6 +33,10 @@ enum class ELayoutKind
     kPageSelect,  // the page tabs; their labels are the row's label split at '|'
     kPageButton,  // a button that opens one page (the row's parameter field holds the page)
     kLiveLabel,   // a label whose text follows the parameter (the master effect's knob names)
+    kPresetName,  // the preset name field that opens the preset menu
+    kPresetPrev,  // previous preset
+    kPresetNext,  // next preset
+    kPresetSave,  // save the preset
     kFxKnobLabel, // the name of knob mIndex of the effect chosen by the row's type parameter
     kFxIcon,      // the icon of the effect chosen by the row's type parameter
 };
@@ -83,7 +87,10 @@ inline constexpr int kFxCol[5] = {1024, 1067, 1110, 1153, 1196};
 inline constexpr LayoutRow kMainLayout[] = {
     {ELayoutKind::kTopBar, IRECT(0, 0, kEditorWidth, 50)},
     {ELayoutKind::kLogo, IRECT::FromSize(18, 9, 200, 32), -1, BitmapId("Logo")},
-    {ELayoutKind::kReserved, IRECT(300, 12, 860, 40), -1, -1, -1, "preset row"},
+    {ELayoutKind::kPresetPrev, IRECT::FromSize(300, 13, 26, 24), -1, -1, 1},
+    {ELayoutKind::kPresetName, IRECT(332, 13, 742, 37), -1, -1, 1},
+    {ELayoutKind::kPresetNext, IRECT::FromSize(748, 13, 26, 24), -1, -1, 1},
+    {ELayoutKind::kPresetSave, IRECT::FromSize(784, 13, 56, 24), -1, -1, 1},
     {ELayoutKind::kPageButton, IRECT::FromSize(1140, 13, 84, 24), kPageOptions, BitmapId("options")},
     {ELayoutKind::kPageSelect, IRECT(16, 58, 16 + 9 * 96 + 8 * 8, 82), -1, BitmapId("page_select"), -1,
      "ROUTING|PRE FX|DELAY|FB FX|POST FX|LFO|GATES|ENVELOPE|LOGIC"},

@@ -9,6 +9,7 @@
 #include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"
 #include "editor/PageLayouts.h"
+#include "editor/PresetRowControls.h"
 #include "editor/ValuePopUpControl.h"
 #include "fx/EffectTable.h"
 #include "params/IParamRecord.h"
@@ -97,6 +98,36 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
                 });
             control = mOptions;
             break;
+        case ELayoutKind::kPresetName:
+            mPresetName = new IPresetMenuControl(plug, row.mRect, Colors().Role(row.mColorRole),
+                                                 [this]
+                                                 {
+                                                     if (mPresetActions.openMenu) mPresetActions.openMenu();
+                                                 });
+            control = mPresetName;
+            break;
+        case ELayoutKind::kPresetPrev:
+        case ELayoutKind::kPresetNext:
+        {
+            const bool forward = row.mKind == ELayoutKind::kPresetNext;
+            control = new IPresetButtonControl(plug, row.mRect,
+                                               forward ? IPresetButtonControl::EGlyph::kNext
+                                                       : IPresetButtonControl::EGlyph::kPrevious,
+                                               Colors().Role(row.mColorRole),
+                                               [this, forward]
+                                               {
+                                                   if (mPresetActions.step) mPresetActions.step(forward);
+                                               });
+            break;
+        }
+        case ELayoutKind::kPresetSave:
+            control = new IPresetButtonControl(plug, row.mRect, IPresetButtonControl::EGlyph::kSave,
+                                               Colors().Role(row.mColorRole),
+                                               [this]
+                                               {
+                                                   if (mPresetActions.save) mPresetActions.save();
+                                               });
+            break;
         default:
             control = BuildRowControl(row, row.mParam);
             break;
@@ -178,6 +209,16 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
         if (const IParamRecord* p = plug ? plug->GetParam(control->ParamIdx()) : nullptr)
             control->SetTooltip(p->name);
     return control;
+}
+
+void QuorvexEditor::SetPresetTexts(const std::string& name, const std::string& folderLabel)
+{
+    if (mPresetName) mPresetName->SetTexts(name, folderLabel);
+}
+
+IRECT QuorvexEditor::PresetMenuAnchor() const
+{
+    return mPresetName ? mPresetName->GetRECT() : IRECT();
 }
 
 IControl* QuorvexEditor::ControlOfRow(int row) const

@@ -13,6 +13,7 @@
 #include "editor/EditorPages.h"
 #include "editor/IGraphics.h"
 
+class IPresetMenuControl;
 class IRadioButtonsControl;
 class ISwitchControl;
 struct LayoutRow;
@@ -32,6 +33,20 @@ class QuorvexEditor : public IGraphics
     QuorvexEditor(IPlugBase* plug, const std::string& resourceDir);
 
     void SetPageActions(PageActions actions) { mActions = std::move(actions); }
+
+    // What the preset row asks of the plug-in.
+    struct PresetActions
+    {
+        std::function<void()> openMenu;
+        std::function<void(bool forward)> step;
+        std::function<void()> save;
+    };
+    void SetPresetActions(PresetActions actions) { mPresetActions = std::move(actions); }
+    // The name and folder label the preset row shows (redrawn only when they change).
+    void SetPresetTexts(const std::string& name, const std::string& folderLabel);
+    // Where the preset menu opens: under the name field.
+    IRECT PresetMenuAnchor() const;
+    IPresetMenuControl* PresetName() const { return mPresetName; }
 
     // The page switches; each answers the page shown. presetLoading keeps `LastPage` as it was.
     int ShowPage(int page, bool presetLoading);
@@ -66,6 +81,8 @@ class QuorvexEditor : public IGraphics
     ISwitchControl* mOptions = nullptr;
     PageState mPages;
     PageActions mActions;
+    PresetActions mPresetActions;
+    IPresetMenuControl* mPresetName = nullptr;
     // One knob of an effect panel with its name, depth and source, shown or hidden together.
     struct FxKnobGroup
     {

@@ -56,10 +56,13 @@ void Quorvex::BuildEditor()
         [this]
         {
             FlushPendingHostNotices();
+            PresentPresetTexts();
             PresentMessage();
         });
     mEditor->SetPageActions({[this](int page) { ShowPage(page); }, [this] { ToggleOptionsPage(); },
                              [this] { ToggleLargeDelayView(); }});
+    mEditor->SetPresetActions({[this] { OpenPresetMenu(); }, [this](bool forward) { StepPreset(forward); },
+                               [this] { SavePresetDialog(); }});
     mEditor->SetColorSet(mFields.mColorSet);
     mEditor->ShowPage(mFields.mLastPage, true);
     AttachGraphics(mEditor.get());

@@ -128,6 +128,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     bool PickPresetMenuItem(int menu, int item);
     // The previous / next buttons.
     void StepPreset(bool forward);
+    // The preset name's press: the menu (rebuilt when the lists moved) under the name; a pick loads.
+    void OpenPresetMenu();
     bool SelectPresetItem(const std::string& relativePath);
     std::string SelectedPresetPath() const { return mPresetMenu.SelectedPath(); }
     const PresetFolders& Folders() const { return mPresetFolders; }
@@ -166,6 +168,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     void BuildEditor();
     // Idle: a message not shown yet goes to the editor's message box (the alert panel).
     void PresentMessage();
+    // Idle: the preset row follows the name and folder label.
+    void PresentPresetTexts();
     int mMessageShown = 0; // serial of the message the box shows
     // Derives every rate-dependent value from the host's rate, then clears and fades in.
     void ResetEngine();

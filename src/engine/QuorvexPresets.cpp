@@ -201,6 +201,53 @@ bool Quorvex::PickPresetMenuItem(int menu, int item)
     return LoadPreset(mPresetMenu.SelectedPath() + std::string(kPresetDotExtension));
 }
 
+namespace
+{
+// The menu model as the editor's popup menus: sub-menus nested, the section headers not
+// selectable, the selection checked. `models` maps each popup menu back to its model's index.
+std::shared_ptr<IPopupMenu> ToPopupMenu(const std::vector<PresetMenuData>& menus, int index,
+                                        std::vector<std::pair<const IPopupMenu*, int>>& models, int depth = 0)
+{
+    auto menu = std::make_shared<IPopupMenu>();
+    models.push_back({menu.get(), index});
+    for (const PresetMenuItem& item : menus[static_cast<size_t>(index)].items)
+    {
+        if (item.subMenu >= 0 && item.subMenu < static_cast<int>(menus.size()) && depth < 16)
+            menu->AddItem(item.text, ToPopupMenu(menus, item.subMenu, models, depth + 1));
+        else
+            menu->AddItem(item.text, item.header
+                                         ? IPopupMenu::kDisabled
+                                         : (item.checked ? IPopupMenu::kChecked : IPopupMenu::kNoFlags));
+    }
+    return menu;
+}
+} // namespace
+
+void Quorvex::OpenPresetMenu()
+{
+    if (!mEditor) return;
+    EnsurePresetMenu();
+    auto models = std::make_shared<std::vector<std::pair<const IPopupMenu*, int>>>();
+    std::shared_ptr<IPopupMenu> root = ToPopupMenu(mPresetMenu.Menus(), 0, *models);
+    if (root->NItems() == 0) root->AddItem("(no presets)", IPopupMenu::kDisabled);
+    mEditor->CreateIPopupMenu(root, mEditor->PresetMenuAnchor(),
+                              [this, models](IPopupMenu* chosen, int item)
+                              {
+                                  if (!chosen) return;
+                                  for (const auto& [menu, index] : *models)
+                                      if (menu == chosen)
+                                      {
+                                          PickPresetMenuItem(index, item);
+                                          return;
+                                      }
+                              });
+}
+
+void Quorvex::PresentPresetTexts()
+{
+    if (mEditor) mEditor->SetPresetTexts(mFields.mPresetName, mFields.mPresetFolderLabel);
+}
+
 void Quorvex::StepPreset(bool forward)
 {
     if (mPresetLoading.load()) return;

@@ -12,6 +12,9 @@
 #include "editor/IFilePromptOverlay.h"
 #include "editor/IGraphics.h"
 #include "editor/IMessageBoxOverlay.h"
+#include "editor/MainLayout.h"
+#include "editor/PresetRowControls.h"
+#include "editor/QuorvexEditor.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
 #include "params/ParamIds.h"
@@ -241,6 +244,62 @@ TEST(QuorvexPresets, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
     EXPECT_FALSE(plug->Message().IsPending());
     editor->OnTimerTick();
     EXPECT_EQ(editor->ModalOverlay(), nullptr);
+}
+
+// The preset row as the user meets it: the menu under the name with both sections, a sub-menu per
+// folder and the current file checked; picks and steps load, and the row shows the result.
+TEST(QuorvexPresets, ThePresetRowOpensTheMenuStepsAndShowsTheName)
+{
+    IMouseMod left;
+    left.L = true;
+    auto Left = [&] { return left; };
+    PresetRig rig;
+    rig.Dir().Write("/User Presets/Mine.txt", File(14, "Feedback1 11\n"));
+    rig.Dir().Write("/Factory Presets/Basics/Clean.txt", File(14, "Feedback1 22\n"));
+    auto plug = rig.Make();
+    auto* editor = dynamic_cast<QuorvexEditor*>(plug->GetGUI());
+    ASSERT_NE(editor, nullptr);
+    auto clickItem = [&](int level, int index)
+    {
+        auto* menu = dynamic_cast<IPopupOverlay*>(editor->ModalOverlay());
+        ASSERT_NE(menu, nullptr);
+        const IRECT r = menu->ItemRect(level, index);
+        ASSERT_FALSE(r.Empty());
+        editor->OnMouseOver(r.L + 10, r.T + 5, {});
+        editor->OnMouseDown(r.L + 10, r.T + 5, Left());
+        editor->OnMouseUp(r.L + 10, r.T + 5, Left());
+    };
+
+    const IRECT name = editor->PresetName()->GetRECT();
+    editor->OnMouseDown(name.L + 20, name.T + 5, Left());
+    editor->OnMouseUp(name.L + 20, name.T + 5, Left());
+    auto* menu = dynamic_cast<IPopupOverlay*>(editor->ModalOverlay());
+    ASSERT_NE(menu, nullptr);
+    clickItem(0, 1); // "Mine"
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 11.0);
+    editor->OnTimerTick();
+    EXPECT_EQ(editor->PresetName()->Name(), "Mine");
+
+    // Into the factory folder's sub-menu.
+    editor->OnMouseDown(name.L + 20, name.T + 5, Left());
+    menu = dynamic_cast<IPopupOverlay*>(editor->ModalOverlay());
+    ASSERT_NE(menu, nullptr);
+    const IRECT basics = menu->ItemRect(0, 3);
+    editor->OnMouseOver(basics.L + 10, basics.T + 5, {});
+    ASSERT_EQ(menu->NLevels(), 2);
+    clickItem(1, 0); // "Clean"
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 22.0);
+    editor->OnTimerTick();
+    EXPECT_EQ(editor->PresetName()->Name(), "Clean");
+    EXPECT_EQ(editor->PresetName()->FolderLabel(), plug->Fields().mPresetFolderLabel);
+
+    // The buttons step through the files, wrapping.
+    IRECT next;
+    for (const LayoutRow& row : kMainLayout)
+        if (row.mKind == ELayoutKind::kPresetNext) next = row.mRect;
+    editor->OnMouseDown(next.L + 5, next.T + 5, Left());
+    editor->OnMouseUp(next.L + 5, next.T + 5, Left());
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 11.0);
 }
 
 TEST(QuorvexPresets, StepLoadsTheNeighboursAndWraps)

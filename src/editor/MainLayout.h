@@ -49,7 +49,7 @@ struct LayoutRow
     int mBitmap = -1;    // resource id
     int mColorRole = -1; // accent role of the value arc or label
     const char* mLabel = "";
-    int mIndex = 0; // kLiveLabel: which knob of the parameter's group it names
+    int mIndex = 0; // kLiveLabel: which knob of the parameter's group it names; kMeter: which meter
     // On pages built more than once (one list per slot or per effect position): how far the
     // parameter moves per instance; 0 takes the page's own step.
     int mStride = 0;
@@ -98,8 +98,8 @@ inline constexpr LayoutRow kMainLayout[] = {
 
     // Output
     {ELayoutKind::kPanel, IRECT(992, 92, 1228, 330), -1, -1, kRoleOutput, "OUTPUT"},
-    {ELayoutKind::kMeter, IRECT::FromSize(1004, 132, 10, 150), -1, BitmapId("VU")},
-    {ELayoutKind::kMeter, IRECT::FromSize(1018, 132, 10, 150), -1, BitmapId("VU")},
+    {ELayoutKind::kMeter, IRECT::FromSize(1004, 132, 10, 150), -1, BitmapId("VU"), -1, "", 0},
+    {ELayoutKind::kMeter, IRECT::FromSize(1018, 132, 10, 150), -1, BitmapId("VU"), -1, "", 1},
     {ELayoutKind::kLabel, IRECT(998, 286, 1034, 300), -1, -1, -1, "L   R"},
     {ELayoutKind::kKnob, layout::Knob(layout::kOutCol[0], 132, layout::kMain), kDryLevel, BitmapId("knob_hard_main"), kRoleOutput, "DRY"},
     {ELayoutKind::kKnob, layout::Knob(layout::kOutCol[1], 132, layout::kMain), kWetLevel, BitmapId("knob_hard_main"), kRoleOutput, "WET"},

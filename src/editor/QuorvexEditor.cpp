@@ -162,8 +162,12 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
     switch (row.mKind)
     {
     case ELayoutKind::kLogo:
+        control = new IBitmapControl(plug, row.mRect, -1, Bitmap(row.mBitmap));
+        tip = false;
+        break;
     case ELayoutKind::kMeter:
         control = new IBitmapControl(plug, row.mRect, -1, Bitmap(row.mBitmap));
+        AddMeterControl(row.mIndex, control);
         tip = false;
         break;
     case ELayoutKind::kKnob:
@@ -209,6 +213,28 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
         if (const IParamRecord* p = plug ? plug->GetParam(control->ParamIdx()) : nullptr)
             control->SetTooltip(p->name);
     return control;
+}
+
+void QuorvexEditor::AddMeterControl(int id, IControl* control)
+{
+    if (id >= 0 && id < EditorReadouts::kNumMeters && control) mMeterControls[id].push_back(control);
+}
+
+void QuorvexEditor::SetMeter(int id, double value)
+{
+    if (id < 0 || id >= EditorReadouts::kNumMeters) return;
+    for (IControl* c : mMeterControls[id])
+    {
+        auto* strip = dynamic_cast<IBitmapControl*>(c);
+        const int frames = strip ? std::max(1, strip->Bitmap().N) : 0;
+        if (strip && IBitmapControl::FrameForValue(value, frames) == strip->CurrentFrame()) continue;
+        c->SetValueFromPlug(value);
+    }
+}
+
+void QuorvexEditor::SetPlayingStep(int gate, int step)
+{
+    mPlayingStep[static_cast<unsigned>(gate) % 4] = step;
 }
 
 void QuorvexEditor::SetPresetTexts(const std::string& name, const std::string& folderLabel)

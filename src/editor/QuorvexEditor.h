@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "core/EditorReadouts.h"
 #include "editor/EditorPages.h"
 #include "editor/IGraphics.h"
 
@@ -48,6 +49,15 @@ class QuorvexEditor : public IGraphics
     IRECT PresetMenuAnchor() const;
     IPresetMenuControl* PresetName() const { return mPresetName; }
 
+    // Readouts of the idle tick (meter ids of EditorReadouts): every meter control of the id
+    // follows, redrawn only when its picture changes.
+    void SetMeter(int id, double value);
+    // The step a gate plays now, for the controls that light it.
+    void SetPlayingStep(int gate, int step);
+    int PlayingStep(int gate) const { return mPlayingStep[static_cast<unsigned>(gate) % 4]; }
+    // Controls that show meter `id` (layout rows of kind kMeter name theirs in mIndex).
+    void AddMeterControl(int id, IControl* control);
+
     // The page switches; each answers the page shown. presetLoading keeps `LastPage` as it was.
     int ShowPage(int page, bool presetLoading);
     int ToggleOptionsPage(bool presetLoading);
@@ -82,6 +92,8 @@ class QuorvexEditor : public IGraphics
     PageState mPages;
     PageActions mActions;
     PresetActions mPresetActions;
+    std::array<std::vector<IControl*>, EditorReadouts::kNumMeters> mMeterControls;
+    std::array<int, 4> mPlayingStep{};
     IPresetMenuControl* mPresetName = nullptr;
     // One knob of an effect panel with its name, depth and source, shown or hidden together.
     struct FxKnobGroup

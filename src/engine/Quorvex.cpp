@@ -57,6 +57,7 @@ void Quorvex::BuildEditor()
         {
             FlushPendingHostNotices();
             PresentPresetTexts();
+            PresentReadouts();
             PresentMessage();
         });
     mEditor->SetPageActions({[this](int page) { ShowPage(page); }, [this] { ToggleOptionsPage(); },
@@ -176,6 +177,7 @@ void Quorvex::RunBlock()
     mMaster.RunWidth();
     mMaster.RunOutput(mFadeIn.mFade, mOutBlockL, mOutBlockR);
     TickModulators();
+    if (mEditorOpen) PublishReadouts();
 }
 
 // The oldest 32 ring entries become the block; the sidechain is taken without the fade.

@@ -17,8 +17,10 @@
 #include <memory>
 #include <thread>
 
+#include "core/EditorReadouts.h"
 #include "core/EffectRack.h"
 #include "core/EngineFade.h"
+#include "core/LevelMeter.h"
 #include "core/MasterSection.h"
 #include "core/ModulatorBank.h"
 #include "core/Slot.h"
@@ -170,6 +172,14 @@ class Quorvex : public IPlugVST3, private IStateHost
     void PresentMessage();
     // Idle: the preset row follows the name and folder label.
     void PresentPresetTexts();
+    // Editor readouts (QuorvexEditorIdle.cpp).
+    void OnGUIOpen() override;
+    void OnGUIClose() override;
+    void PublishReadouts();
+    void PresentReadouts();
+    Relaxed<bool> mEditorOpen{false};
+    EditorReadouts mReadouts;
+    std::array<LevelMeter, EditorReadouts::kNumMeters> mMeters;
     int mMessageShown = 0; // serial of the message the box shows
     // Derives every rate-dependent value from the host's rate, then clears and fades in.
     void ResetEngine();

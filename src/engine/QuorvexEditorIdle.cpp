@@ -1,0 +1,62 @@
+// The editor's readouts (QuorvexEditorIdle.cpp): the audio thread holds peaks and positions while
+// an editor window is open, and the editor's tick turns them into what the meters show.
+
+#include <cmath>
+
+#include "core/LevelMeter.h"
+#include "dsp/Vec.h"
+#include "editor/QuorvexEditor.h"
+#include "engine/Quorvex.h"
+
+void Quorvex::OnGUIOpen()
+{
+    mEditorOpen = true;
+}
+
+void Quorvex::OnGUIClose()
+{
+    mEditorOpen = false;
+}
+
+// Audio thread, once per block and only with a window open: a few peaks and a last sample each.
+void Quorvex::PublishReadouts()
+{
+    mReadouts.HoldPeak(EditorReadouts::kOutL, BlockPeak(mOutBlockL, kBlockSize));
+    mReadouts.HoldPeak(EditorReadouts::kOutR, BlockPeak(mOutBlockR, kBlockSize));
+    for (int s = 0; s < kNumSlots; ++s)
+    {
+        const double l = BlockPeak(mSlots[s].StageL(Slot::kStageOut), kBlockSize);
+        const double r = BlockPeak(mSlots[s].StageR(Slot::kStageOut), kBlockSize);
+        mReadouts.HoldPeak(EditorReadouts::kSlot1 + s, std::max(l, r));
+    }
+    for (int m = 0; m < kNumModSources - 1; ++m)
+    {
+        const double* buffer = mModBank.SourceBuffer(m + 1);
+        mReadouts.SetPosition(EditorReadouts::kMod1 + m, buffer ? buffer[kBlockSize - 1] : 0.0);
+    }
+    for (int g = 0; g < EditorReadouts::kNumSteps; ++g)
+        mReadouts.SetStep(g, mModulators.mGate[g].Step());
+}
+
+// UI thread, once per editor frame.
+void Quorvex::PresentReadouts()
+{
+    if (!mEditor) return;
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        const double peak = mReadouts.TakePeak(EditorReadouts::kOutL + ch);
+        mEditor->SetMeter(EditorReadouts::kOutL + ch, mMeters[ch].Tick(MeterLaw(peak)));
+    }
+    for (int s = 0; s < kNumSlots; ++s)
+    {
+        const int id = EditorReadouts::kSlot1 + s;
+        const double peak = mReadouts.TakePeak(id) * kBusMeterBoost;
+        // Shaped so small echoes show and loud ones saturate towards the top.
+        const double shaped = peak * 4.0 / (peak * 3.0 + 1.0);
+        mEditor->SetMeter(id, std::min(1.0, mMeters[id].Tick(shaped)));
+    }
+    for (int m = EditorReadouts::kMod1; m <= EditorReadouts::kModLast; ++m)
+        mEditor->SetMeter(m, mReadouts.Position(m));
+    for (int g = 0; g < EditorReadouts::kNumSteps; ++g)
+        mEditor->SetPlayingStep(g, mReadouts.Step(g));
+}

@@ -292,6 +292,7 @@ IControl* IGraphics::Press(int x, int y, const IMouseMod& mod)
     IControl* c = GetControl(mMouseCapture);
     // One host gesture per left press; a right press opens a prompt, which makes its own.
     if (c && !mod.R) BeginGesture(c);
+    if (c && !mod.R && c->ParamIdx() >= 0 && mTouchHook) mTouchHook(c->ParamIdx());
     return c;
 }
 

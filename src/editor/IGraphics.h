@@ -90,6 +90,8 @@ class IGraphics : public IEditorLink, public IEditorWindow
     void SetAllControlsDirty() { mFullRedraw = true; }
     // Runs first in every timer tick (the plug-in delivers what its audio thread held back).
     void SetIdleHook(std::function<void()> hook) { mIdleHook = std::move(hook); }
+    // Hears the parameter of every control a left press takes (the focus panel follows it).
+    void SetTouchHook(std::function<void(int param)> hook) { mTouchHook = std::move(hook); }
     // One timer tick: the idle hook, tooltips, then redraw of the dirty union, which is handed to the window.
     // Answers the rectangle drawn (empty when nothing was).
     IRECT OnTimerTick();
@@ -192,4 +194,5 @@ class IGraphics : public IEditorLink, public IEditorWindow
     std::unique_ptr<IPlatformWindow> mWindow;
     std::function<bool(const std::string&)> mURLOpener;
     std::function<void()> mIdleHook;
+    std::function<void(int)> mTouchHook;
 };

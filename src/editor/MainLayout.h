@@ -37,6 +37,7 @@ enum class ELayoutKind
     kPresetPrev,  // previous preset
     kPresetNext,  // next preset
     kPresetSave,  // save the preset
+    kFocus,       // the focus panel: name and value of the control touched last
     kFxKnobLabel, // the name of knob mIndex of the effect chosen by the row's type parameter
     kFxIcon,      // the icon of the effect chosen by the row's type parameter
 };
@@ -91,6 +92,7 @@ inline constexpr LayoutRow kMainLayout[] = {
     {ELayoutKind::kPresetName, IRECT(332, 13, 742, 37), -1, -1, 1},
     {ELayoutKind::kPresetNext, IRECT::FromSize(748, 13, 26, 24), -1, -1, 1},
     {ELayoutKind::kPresetSave, IRECT::FromSize(784, 13, 56, 24), -1, -1, 1},
+    {ELayoutKind::kFocus, IRECT(852, 13, 1128, 37), -1, -1, 1},
     {ELayoutKind::kPageButton, IRECT::FromSize(1140, 13, 84, 24), kPageOptions, BitmapId("options")},
     {ELayoutKind::kPageSelect, IRECT(16, 58, 16 + 9 * 96 + 8 * 8, 82), -1, BitmapId("page_select"), -1,
      "ROUTING|PRE FX|DELAY|FB FX|POST FX|LFO|GATES|ENVELOPE|LOGIC"},

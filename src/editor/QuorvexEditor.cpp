@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "editor/BitmapList.h"
+#include "editor/FocusPanelControl.h"
 #include "editor/FxPanelControls.h"
 #include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"
@@ -120,6 +121,10 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
                                                });
             break;
         }
+        case ELayoutKind::kFocus:
+            mFocus = new IFocusPanelControl(plug, row.mRect, Colors().Role(row.mColorRole));
+            control = mFocus;
+            break;
         case ELayoutKind::kPresetSave:
             control = new IPresetButtonControl(plug, row.mRect, IPresetButtonControl::EGlyph::kSave,
                                                Colors().Role(row.mColorRole),

@@ -14,6 +14,7 @@
 #include "editor/EditorPages.h"
 #include "editor/IGraphics.h"
 
+class IFocusPanelControl;
 class IPresetMenuControl;
 class IRadioButtonsControl;
 class ISwitchControl;
@@ -48,6 +49,7 @@ class QuorvexEditor : public IGraphics
     // Where the preset menu opens: under the name field.
     IRECT PresetMenuAnchor() const;
     IPresetMenuControl* PresetName() const { return mPresetName; }
+    IFocusPanelControl* FocusPanel() const { return mFocus; }
 
     // Readouts of the idle tick (meter ids of EditorReadouts): every meter control of the id
     // follows, redrawn only when its picture changes.
@@ -95,6 +97,7 @@ class QuorvexEditor : public IGraphics
     std::array<std::vector<IControl*>, EditorReadouts::kNumMeters> mMeterControls;
     std::array<int, 4> mPlayingStep{};
     IPresetMenuControl* mPresetName = nullptr;
+    IFocusPanelControl* mFocus = nullptr;
     // One knob of an effect panel with its name, depth and source, shown or hidden together.
     struct FxKnobGroup
     {

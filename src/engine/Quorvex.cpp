@@ -58,10 +58,12 @@ void Quorvex::BuildEditor()
             FlushPendingHostNotices();
             PresentPresetTexts();
             PresentReadouts();
+            PresentFocus();
             PresentMessage();
         });
     mEditor->SetPageActions({[this](int page) { ShowPage(page); }, [this] { ToggleOptionsPage(); },
                              [this] { ToggleLargeDelayView(); }});
+    mEditor->SetTouchHook([this](int id) { mFields.mFocusedParam = id; });
     mEditor->SetPresetActions({[this] { OpenPresetMenu(); }, [this](bool forward) { StepPreset(forward); },
                                [this] { SavePresetDialog(); }});
     mEditor->SetColorSet(mFields.mColorSet);

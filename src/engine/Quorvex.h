@@ -136,6 +136,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     std::string SelectedPresetPath() const { return mPresetMenu.SelectedPath(); }
     const PresetFolders& Folders() const { return mPresetFolders; }
     bool PresetLoading() const { return mPresetLoading.load(); }
+    // The focus panel's name and value of a parameter (QuorvexFocus.cpp). UI thread.
+    std::pair<std::string, std::string> FocusTexts(int id);
 
   private:
     friend class QuorvexProbe; // test access to the frame's private state
@@ -176,6 +178,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     void OnGUIOpen() override;
     void OnGUIClose() override;
     void PublishReadouts();
+    void PresentFocus();
     void PresentReadouts();
     Relaxed<bool> mEditorOpen{false};
     EditorReadouts mReadouts;

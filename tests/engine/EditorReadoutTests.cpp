@@ -1,11 +1,14 @@
 // The editor's readouts from the running engine: meters follow the audio while a window is open,
-// rest at zero in silence, cost nothing with the window closed, and modulator positions arrive.
+// rest at zero in silence, cost nothing with the window closed, and modulator positions arrive;
+// and the focus panel's texts.
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "EngineRig.h"
 #include "core/EditorReadouts.h"
+#include "editor/FocusPanelControl.h"
+#include "editor/LayoutEffects.h"
 #include "editor/MainLayout.h"
 #include "editor/QuorvexEditor.h"
 
@@ -107,4 +110,65 @@ TEST(EditorReadouts, ModulatorPositionsReachTheEditor)
     EXPECT_GT(std::abs(last), 0.1);
     EXPECT_NEAR(lfo1->GetValue(), last, 1e-12); // the block before the tick may differ by rounding
     base.OnGUIClose();
+}
+
+// The focus panel names a touched control the way the producer thinks of it: an effect knob by
+// its effect's name for it, a list knob by the entry it picks, anything else by its parameter.
+TEST(EditorFocus, ThePanelFollowsTheTouchedControlAndItsValue)
+{
+    Rig rig;
+    Quorvex& plug = rig.Plug();
+    auto* editor = dynamic_cast<QuorvexEditor*>(plug.GetGUI());
+    ASSERT_NE(editor, nullptr);
+    auto setType = [&](int param, const char* label)
+    {
+        IParamRecord* p = plug.GetParam(param);
+        double index = -1;
+        ASSERT_TRUE(p->GetValueFromDisplayText(label, index)) << label;
+        rig.Set(param, index);
+        editor->SetParameterFromPlug(param, p->GetNormalized(), true);
+    };
+    auto touch = [&](IControl* c)
+    {
+        ASSERT_NE(c, nullptr);
+        ASSERT_FALSE(c->IsHidden());
+        const IRECT r = c->GetRECT();
+        IMouseMod left;
+        left.L = true;
+        editor->OnMouseDown((r.L + r.R) / 2, (r.T + r.B) / 2, left);
+        editor->OnMouseUp((r.L + r.R) / 2, (r.T + r.B) / 2, left);
+        editor->OnTimerTick();
+    };
+    IFocusPanelControl* panel = editor->FocusPanel();
+    ASSERT_NE(panel, nullptr);
+    EXPECT_EQ(panel->Label(), "");
+
+    editor->ShowPage(kPagePreFx, false);
+    setType(kFX1PR, "COMPRESSOR");
+    rig.Set(kFXParam1PR1, 62.5);
+    touch(editor->ControlOfPageRow(kListPreFx, layout::FxKnobFirstRow(0, 0)));
+    EXPECT_EQ(panel->Label(), "COMP THRESHOLD");
+    EXPECT_EQ(panel->Value(), "62.50 %");
+    // It follows the value however it changes (automation here).
+    rig.Set(kFXParam1PR1, 10.0);
+    editor->OnTimerTick();
+    EXPECT_EQ(panel->Value(), "10.00 %");
+
+    setType(kFX2PR, "FREQ SHIFT");
+    rig.Set(kFXParam2PR2, 100.0);
+    touch(editor->ControlOfPageRow(kListPreFx, layout::FxKnobFirstRow(1, 1)));
+    EXPECT_EQ(panel->Label(), "FREQSHIFT SCALE");
+    EXPECT_EQ(panel->Value(), "x100");
+
+    editor->ShowPage(kPageDelay, false);
+    IControl* wet = nullptr;
+    int row = 0;
+    for (const LayoutRow& r : kMainLayout)
+    {
+        if (r.mKind == ELayoutKind::kKnob && r.mParam == kWetLevel) wet = editor->ControlOfRow(row);
+        ++row;
+    }
+    touch(wet);
+    EXPECT_EQ(panel->Label(), plug.GetParam(kWetLevel)->name);
+    EXPECT_EQ(plug.Fields().mFocusedParam, kWetLevel);
 }

@@ -17,6 +17,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -31,6 +32,7 @@
 #include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/gui/iplugviewcontentscalesupport.h"
 #include "pluginterfaces/vst/ivstaudioprocessor.h"
+#include "params/ParamIds.h"
 #include "pluginterfaces/vst/ivstcomponent.h"
 #include "pluginterfaces/vst/ivstcontextmenu.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
@@ -776,4 +778,158 @@ TEST_F(EditorHost, AHostWithoutARunLoopGetsNoWindow)
     EXPECT_EQ(n, 0u);
     view->release();
     view = nullptr;
+}
+
+namespace
+{
+// A preset folder of the test's own, set before the plug-in is made (it reads it then).
+struct PresetEditorHost : EditorHost
+{
+    std::filesystem::path presets;
+
+    void SetUp() override
+    {
+        presets = std::filesystem::temp_directory_path() / ("quorvex-editor-host-" + std::to_string(getpid()));
+        std::filesystem::remove_all(presets);
+        std::filesystem::create_directories(presets / "User Presets");
+        std::filesystem::create_directories(presets / "Factory Presets" / "Basics");
+        WritePreset("Factory Presets/Basics/One.txt", 11);
+        WritePreset("Factory Presets/Basics/Two.txt", 22);
+        setenv("QUORVEX_PRESET_DIR", presets.c_str(), 1);
+        EditorHost::SetUp();
+    }
+    void TearDown() override
+    {
+        EditorHost::TearDown();
+        unsetenv("QUORVEX_PRESET_DIR");
+        std::filesystem::remove_all(presets);
+    }
+    void WritePreset(const std::string& relative, int feedback)
+    {
+        std::ofstream(presets / relative) << "Quorvex V. 1.0.0r14 PresetFile!\nPresetVersion: 14\n\nADDPARAMS:\n\n"
+                                             "LastPage\n2\n\nEParams:\nFeedback1 "
+                                          << feedback << "\n";
+    }
+    double Feedback1() { return controller->normalizedParamToPlain(kFeedback1, controller->getParamNormalized(kFeedback1)); }
+    IRECT MainRow(ELayoutKind kind)
+    {
+        for (const LayoutRow& row : kMainLayout)
+            if (row.mKind == kind) return row.mRect;
+        return IRECT();
+    }
+    // Pixels of a layout rectangle, from a full grab.
+    std::vector<std::uint32_t> Region(const std::vector<std::uint32_t>& shot, const IRECT& r)
+    {
+        std::vector<std::uint32_t> out;
+        for (int y = r.T; y < r.B; ++y)
+            for (int x = r.L; x < r.R; ++x)
+                out.push_back(PixelAt(shot, x, y));
+        return out;
+    }
+};
+
+// Audio through the plug-in while the test's run loop turns: a steady 0.5 sine or silence.
+struct Playback
+{
+    IAudioProcessor* processor = nullptr;
+    hostdoubles::AudioRig<float> rig{512, {2, 2}, {2}};
+    double phase = 0.0;
+
+    explicit Playback(IComponent* component)
+    {
+        component->queryInterface(IAudioProcessor::iid, reinterpret_cast<void**>(&processor));
+        ProcessSetup setup{kRealtime, kSample32, 512, 48000.0};
+        processor->setupProcessing(setup);
+        component->setActive(true);
+        processor->setProcessing(true);
+    }
+    void Blocks(int n, float amplitude)
+    {
+        for (int b = 0; b < n; ++b)
+        {
+            for (int i = 0; i < 512; ++i)
+            {
+                const float v = amplitude * static_cast<float>(std::sin(phase));
+                phase += 2.0 * M_PI * 1000.0 / 48000.0;
+                rig.In(0, 0)[static_cast<size_t>(i)] = v;
+                rig.In(0, 1)[static_cast<size_t>(i)] = v;
+            }
+            processor->process(rig.data);
+        }
+    }
+    void Stop(IComponent* component)
+    {
+        processor->setProcessing(false);
+        component->setActive(false);
+        processor->release();
+    }
+};
+} // namespace
+
+// The top row and the alert as a producer uses them: the preset menu with its folder sub-menu,
+// previous and next, saving through the prompt, an alert that comes and goes, and meters that move
+// with the audio and rest in silence.
+TEST_F(PresetEditorHost, PresetRowAlertAndMeters)
+{
+    Open(1.0);
+    const IRECT name = MainRow(ELayoutKind::kPresetName);
+    Click(name.L + 40, name.T + 10);
+    // Root: the user header, the factory header, then the "Basics" folder with its sub-menu.
+    const int rowY = name.B + IPopupOverlay::kPad + 2 * IPopupOverlay::kRowH;
+    Move(name.L + 40, rowY + IPopupOverlay::kRowH / 2);
+    Grab("editor-preset-menu.png");
+    const int subL = name.R - 2 + 20, subY = rowY - IPopupOverlay::kPad + IPopupOverlay::kPad;
+    Move(subL, subY + IPopupOverlay::kRowH / 2);
+    Click(subL, subY + IPopupOverlay::kRowH / 2); // "One"
+    EXPECT_NEAR(Feedback1(), 11.0, 1e-6);
+
+    const IRECT next = MainRow(ELayoutKind::kPresetNext), prev = MainRow(ELayoutKind::kPresetPrev);
+    Click(next.L + 10, next.T + 10);
+    EXPECT_NEAR(Feedback1(), 22.0, 1e-6);
+    Click(prev.L + 10, prev.T + 10);
+    EXPECT_NEAR(Feedback1(), 11.0, 1e-6);
+
+    // Save: the prompt opens over the user folder with the name selected; typing replaces it.
+    const IRECT save = MainRow(ELayoutKind::kPresetSave);
+    Click(save.L + 10, save.T + 10);
+    Grab("editor-save.png");
+    for (KeySym k : {XK_m, XK_i, XK_n, XK_e})
+        Key(k);
+    Key(XK_Return);
+    EXPECT_TRUE(std::filesystem::exists(presets / "User Presets" / "mine.txt"));
+
+    // An alert (a session from a newer version) shows over the window until it is acknowledged.
+    Move(5, 610);
+    const IRECT middle(420, 250, 820, 360);
+    const auto before = Region(Grab(), middle);
+    hostdoubles::MemoryStream out;
+    ASSERT_EQ(component->getState(&out), kResultOk);
+    std::vector<std::uint8_t> bytes = out.Bytes();
+    const std::int32_t future = 1 << 20;
+    std::memcpy(bytes.data(), &future, 4);
+    hostdoubles::MemoryStream in(bytes);
+    component->setState(&in);
+    loop.Pump(200);
+    EXPECT_NE(Region(Grab("editor-alert.png"), middle), before);
+    Key(XK_Return);
+    EXPECT_EQ(Region(Grab(), middle), before);
+
+    // Meters: they rise with the audio and fall back to their resting picture in silence.
+    const IRECT vu(1004, 132, 1028, 282);
+    const auto resting = Region(Grab(), vu);
+    Playback play(component);
+    for (int i = 0; i < 20; ++i)
+    {
+        play.Blocks(4, 0.5f);
+        loop.Pump(40);
+    }
+    EXPECT_NE(Region(Grab(), vu), resting);
+    for (int i = 0; i < 60; ++i)
+    {
+        play.Blocks(4, 0.0f);
+        loop.Pump(40);
+    }
+    EXPECT_EQ(Region(Grab(), vu), resting);
+    play.Stop(component);
+    Close();
 }

@@ -28,11 +28,12 @@
 #include "common/HostDoubles.h"
 #include "editor/IOverlay.h"
 #include "editor/MainLayout.h"
+#include "editor/PageLayouts.h"
+#include "params/ParamIds.h"
 #include "pluginterfaces/base/ibstream.h"
 #include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/gui/iplugviewcontentscalesupport.h"
 #include "pluginterfaces/vst/ivstaudioprocessor.h"
-#include "params/ParamIds.h"
 #include "pluginterfaces/vst/ivstcomponent.h"
 #include "pluginterfaces/vst/ivstcontextmenu.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
@@ -789,7 +790,8 @@ struct PresetEditorHost : EditorHost
 
     void SetUp() override
     {
-        presets = std::filesystem::temp_directory_path() / ("quorvex-editor-host-" + std::to_string(getpid()));
+        presets =
+            std::filesystem::temp_directory_path() / ("quorvex-editor-host-" + std::to_string(getpid()));
         std::filesystem::remove_all(presets);
         std::filesystem::create_directories(presets / "User Presets");
         std::filesystem::create_directories(presets / "Factory Presets" / "Basics");
@@ -806,11 +808,15 @@ struct PresetEditorHost : EditorHost
     }
     void WritePreset(const std::string& relative, int feedback)
     {
-        std::ofstream(presets / relative) << "Quorvex V. 1.0.0r14 PresetFile!\nPresetVersion: 14\n\nADDPARAMS:\n\n"
-                                             "LastPage\n2\n\nEParams:\nFeedback1 "
-                                          << feedback << "\n";
+        std::ofstream(presets / relative)
+            << "Quorvex V. 1.0.0r14 PresetFile!\nPresetVersion: 14\n\nADDPARAMS:\n\n"
+               "LastPage\n2\n\nEParams:\nFeedback1 "
+            << feedback << "\n";
     }
-    double Feedback1() { return controller->normalizedParamToPlain(kFeedback1, controller->getParamNormalized(kFeedback1)); }
+    double Feedback1()
+    {
+        return controller->normalizedParamToPlain(kFeedback1, controller->getParamNormalized(kFeedback1));
+    }
     IRECT MainRow(ELayoutKind kind)
     {
         for (const LayoutRow& row : kMainLayout)
@@ -931,5 +937,68 @@ TEST_F(PresetEditorHost, PresetRowAlertAndMeters)
     }
     EXPECT_EQ(Region(Grab(), vu), resting);
     play.Stop(component);
+    Close();
+}
+
+// Every page through its tab (the options page through its button): the page's own controls show
+// and take the mouse, and a change reaches the host as one gesture.
+TEST_F(EditorHost, EveryPageTakesTheMouse)
+{
+    Open(1.0);
+    const LayoutRow* tabs = nullptr;
+    for (const LayoutRow& row : kMainLayout)
+        if (row.mKind == ELayoutKind::kPageSelect) tabs = &row;
+    ASSERT_NE(tabs, nullptr);
+    const int tabW = kBitmapRows[tabs->mBitmap].mW;
+    int pagesWithControls = 0;
+    for (int page = 0; page <= kPageOptions; ++page)
+    {
+        if (page == kPageOptions)
+        {
+            const IRECT options = RowRect(ELayoutKind::kPageButton, kPageOptions);
+            Click(options.L + 10, options.T + 10);
+        }
+        else
+            Click(tabs->mRect.L + (tabs->mRect.W() - tabW) * page / (kNumSelectablePages - 1) + tabW / 2,
+                  tabs->mRect.T + 10);
+        // The page's first switch (else its first knob).
+        const LayoutRow* target = nullptr;
+        int param = -1;
+        for (const PageLayout& layout : kPageLayouts)
+        {
+            const int instance = ListOfPage(page) - layout.mFirstList;
+            if (instance < 0 || instance >= layout.mInstances) continue;
+            for (ELayoutKind kind : {ELayoutKind::kSwitch, ELayoutKind::kKnob})
+                for (const LayoutRow& row : layout.mRows)
+                    if (!target && row.mKind == kind && row.mParam >= 0)
+                    {
+                        target = &row;
+                        param = ParamOfRow(row, layout, instance);
+                    }
+        }
+        if (!target) continue;
+        ++pagesWithControls;
+        log.Clear();
+        const double before = controller->getParamNormalized(static_cast<ParamID>(param));
+        const IRECT r = target->mRect;
+        if (target->mKind == ELayoutKind::kSwitch)
+            Click((r.L + r.R) / 2, (r.T + r.B) / 2);
+        else
+        {
+            Move((r.L + r.R) / 2, (r.T + r.B) / 2);
+            Button(1, true);
+            for (int i = 1; i <= 6; ++i)
+                Move((r.L + r.R) / 2, (r.T + r.B) / 2 - 3 * i);
+            Button(1, false);
+            loop.Pump(450);
+        }
+        const std::string gesture = log.Of(static_cast<ParamID>(param));
+        ASSERT_GE(gesture.size(), 3u) << "page " << page;
+        EXPECT_EQ(gesture.front(), 'B') << "page " << page;
+        EXPECT_EQ(gesture.back(), 'E') << "page " << page;
+        EXPECT_NE(controller->getParamNormalized(static_cast<ParamID>(param)), before) << "page " << page;
+        Grab(Cat({"page-", std::to_string(page), ".png"}));
+    }
+    EXPECT_GE(pagesWithControls, 3); // the three effect pages at least
     Close();
 }

@@ -33,6 +33,8 @@ enum class ELayoutKind
     kPageSelect, // the page tabs; their labels are the row's label split at '|'
     kPageButton, // a button that opens one page (the row's parameter field holds the page)
     kLiveLabel,  // a label whose text follows the parameter (the master effect's knob names)
+    kCaption,    // a fixed label centred under a control, styled as a knob's label (background only)
+    kStepFader,  // a step column of a gate: press and drag set the value where the mouse is
 };
 
 struct LayoutRow

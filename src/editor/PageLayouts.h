@@ -10,6 +10,7 @@
 #include <span>
 
 #include "editor/EditorPages.h"
+#include "editor/LayoutLfo.h"
 #include "editor/MainLayout.h"
 
 struct PageLayout
@@ -30,4 +31,6 @@ constexpr int ParamOfRow(const LayoutRow& row, const PageLayout& page, int insta
 
 // Every page that has a layout; a page without one shows an empty stage. Each page's table lives in
 // a header of its own, included here.
-inline constexpr std::array<PageLayout, 0> kPageLayouts{};
+inline constexpr std::array kPageLayouts{
+    PageLayout{"page_lfo", kLfoLayout, kListLfo},
+};

@@ -124,7 +124,7 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
     case ELayoutKind::kKnob:
     {
         const EArt art = kBitmapRows[row.mBitmap].mArt;
-        const bool bipolar = art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar;
+        const bool bipolar = art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar || art == EArt::kModKnob;
         control = new IBitmapKnobControl(plug, row.mRect.L, row.mRect.T, param, Bitmap(row.mBitmap), accent,
                                          bipolar);
         break;

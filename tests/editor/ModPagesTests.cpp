@@ -1,0 +1,247 @@
+// The pages of the routing, the modulators, the feedback matrix and the options, built on the real
+// parameter catalogue: each page puts every parameter of its families on exactly one control, all
+// inside the stage and none over another, shows them alone, and its controls reach their
+// parameters with one gesture.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <vector>
+
+#include "EditorDoubles.h"
+#include "editor/MainLayout.h"
+#include "editor/PageLayouts.h"
+#include "editor/QuorvexEditor.h"
+#include "params/ParamCatalogue.h"
+#include "params/ParamIds.h"
+
+namespace
+{
+constexpr const char* kWaves[] = {"SINE", "TRIANGLE", "SAW"};
+
+class CataloguePlug : public editortest::RecordingPlug
+{
+  public:
+    CataloguePlug() { InitParams(params, kWaves); }
+};
+
+// A run of consecutive parameter ids.
+struct Family
+{
+    int mFirst;
+    int mCount;
+};
+
+struct PageCase
+{
+    int mPage;
+    EPageList mList;
+    std::vector<Family> mFamilies;
+};
+
+const std::vector<PageCase>& PageCases()
+{
+    static const std::vector<PageCase> cases{
+        {kPageLfo,
+         kListLfo,
+         {{kLFOOn1, 4},
+          {kLFOWave1, 4},
+          {kLFOPol1, 4},
+          {kLFOSync1, 4},
+          {kLFOSwap1, 4},
+          {kLFOReverse1, 4},
+          {kLFOMode1, 4},
+          {kLFOTrigger1, 4},
+          {kLFORate1, 4},
+          {kLFOFreqModDepth1, 4},
+          {kLFOFreqModSource1, 4},
+          {kLFODepth1, 4},
+          {kLFOPhase1, 4},
+          {kLFOGlide1, 4}}},
+    };
+    return cases;
+}
+
+std::vector<int> FamilyIds(const PageCase& c)
+{
+    std::vector<int> ids;
+    for (const Family& f : c.mFamilies)
+        for (int i = 0; i < f.mCount; ++i)
+            ids.push_back(f.mFirst + i);
+    return ids;
+}
+
+struct ModPagesFixture : ::testing::Test
+{
+    CataloguePlug plug;
+    QuorvexEditor editor{&plug, QUORVEX_ART_DIR};
+    ModPagesFixture()
+    {
+        plug.AttachGraphics(&editor);
+        editor.OnTimerTick();
+        plug.mLog.clear();
+    }
+    ~ModPagesFixture() override { plug.AttachGraphics(nullptr); }
+
+    // The page's controls without its stage art (the list's first entry).
+    std::vector<IControl*> PageControls(EPageList list)
+    {
+        std::vector<IControl*> out;
+        const std::vector<int>& idx = editor.ListControls(list);
+        for (size_t i = 1; i < idx.size(); ++i)
+            out.push_back(editor.GetControl(idx[i]));
+        return out;
+    }
+    // The one control of the page on `param`; fails the test when there are none or several.
+    IControl* ControlOn(EPageList list, int param)
+    {
+        IControl* found = nullptr;
+        for (IControl* c : PageControls(list))
+            if (c->ParamIdx() == param)
+            {
+                EXPECT_EQ(found, nullptr) << param;
+                found = c;
+            }
+        EXPECT_NE(found, nullptr) << param;
+        return found;
+    }
+    void Click(IControl* c, int dx = 5, int dy = 5)
+    {
+        const IRECT r = c->GetRECT();
+        editor.OnMouseDown(r.L + dx, r.T + dy, editortest::Left());
+        editor.OnMouseUp(r.L + dx, r.T + dy, editortest::Left());
+    }
+    // Drags a knob up by `pixels`, one pixel at a time.
+    void DragUp(IControl* c, int pixels)
+    {
+        const IRECT r = c->GetRECT();
+        const int x = (r.L + r.R) / 2, y = (r.T + r.B) / 2;
+        editor.OnMouseDown(x, y, editortest::Left());
+        for (int i = 1; i <= pixels; ++i)
+            editor.OnMouseDrag(x, y - i, editortest::Left());
+        editor.OnMouseUp(x, y - pixels, editortest::Left());
+    }
+    // A value picked from a list: the press that opened it may bracket nothing, the pick itself is
+    // the one begin, perform, end of the parameter.
+    bool PickIsOneGesture(int param) const
+    {
+        const std::string g = plug.Gestures();
+        const std::string pick = OneGesture(param);
+        return g.size() >= pick.size() && g.compare(g.size() - pick.size(), pick.size(), pick) == 0 &&
+               g.find(" P") == g.rfind(" P");
+    }
+    std::string OneGesture(int param) const
+    {
+        const std::string id = std::to_string(param);
+        return "B" + id + " P" + id + " E" + id;
+    }
+};
+} // namespace
+
+TEST_F(ModPagesFixture, PageControlsStayInsideTheStageAndNeverOverlap)
+{
+    for (const PageCase& c : PageCases())
+    {
+        const std::vector<IControl*> controls = PageControls(c.mList);
+        ASSERT_FALSE(controls.empty()) << c.mPage;
+        for (IControl* a : controls)
+        {
+            const IRECT r = a->GetRECT();
+            EXPECT_TRUE(r.L >= kStageRect.L && r.T >= kStageRect.T && r.R <= kStageRect.R &&
+                        r.B <= kStageRect.B)
+                << "page " << c.mPage << " param " << a->ParamIdx();
+        }
+        for (size_t i = 0; i < controls.size(); ++i)
+            for (size_t j = i + 1; j < controls.size(); ++j)
+                EXPECT_FALSE(controls[i]->GetTargetRECT().Intersects(controls[j]->GetTargetRECT()))
+                    << "page " << c.mPage << ": params " << controls[i]->ParamIdx() << " and "
+                    << controls[j]->ParamIdx();
+    }
+}
+
+TEST_F(ModPagesFixture, EveryParameterOfAPagesFamiliesIsOnExactlyOneOfItsControls)
+{
+    for (const PageCase& c : PageCases())
+    {
+        std::map<int, int> count;
+        for (IControl* control : PageControls(c.mList))
+        {
+            EXPECT_GE(control->ParamIdx(), 0) << "page " << c.mPage << ": a control without parameter";
+            ++count[control->ParamIdx()];
+        }
+        const std::vector<int> ids = FamilyIds(c);
+        for (int id : ids)
+            EXPECT_EQ(count[id], 1) << "page " << c.mPage << ": " << plug.GetParam(id)->name;
+        // Nothing else: every control of the page belongs to one of its families.
+        const std::set<int> family(ids.begin(), ids.end());
+        for (const auto& [id, n] : count)
+            EXPECT_TRUE(family.count(id)) << "page " << c.mPage << ": stray " << plug.GetParam(id)->name;
+        // Each control shows its parameter's current value.
+        for (IControl* control : PageControls(c.mList))
+            EXPECT_DOUBLE_EQ(control->GetValue(), plug.GetParam(control->ParamIdx())->GetNormalized());
+    }
+}
+
+TEST_F(ModPagesFixture, ShowingAPageShowsItsControlsAndHidesTheOtherPages)
+{
+    for (const PageCase& c : PageCases())
+    {
+        EXPECT_EQ(editor.ShowPage(c.mPage, false), c.mPage);
+        for (int list = 0; list < kNumPageLists; ++list)
+            for (int idx : editor.ListControls(static_cast<EPageList>(list)))
+                EXPECT_EQ(editor.GetControl(idx)->IsHidden(), list != c.mList)
+                    << "page " << c.mPage << " list " << list;
+        // Another page hides them again.
+        editor.ShowPage(kPageDelay, false);
+        for (IControl* control : PageControls(c.mList))
+            EXPECT_TRUE(control->IsHidden()) << c.mPage;
+    }
+}
+
+TEST_F(ModPagesFixture, LfoRateKnobDragIsOneGestureOnTheRate)
+{
+    editor.ShowPage(kPageLfo, false);
+    IControl* rate = ControlOn(kListLfo, kLFORate3);
+    const double before = plug.GetParam(kLFORate3)->GetNormalized();
+    DragUp(rate, 27); // a quarter of three knob heights
+    EXPECT_EQ(plug.Gestures(), OneGesture(kLFORate3));
+    EXPECT_NEAR(plug.GetParam(kLFORate3)->GetNormalized() - before, 0.25, 0.01);
+}
+
+TEST_F(ModPagesFixture, LfoSwitchAndWaveFieldReachTheirParameters)
+{
+    editor.ShowPage(kPageLfo, false);
+    Click(ControlOn(kListLfo, kLFOOn2));
+    EXPECT_EQ(plug.Gestures(), OneGesture(kLFOOn2));
+    EXPECT_EQ(plug.GetParam(kLFOOn2)->value, 1.0);
+    EXPECT_EQ(plug.GetParam(kLFOOn1)->value, 0.0);
+
+    plug.mLog.clear();
+    Click(ControlOn(kListLfo, kLFOWave4));
+    ASSERT_NE(editor.ModalOverlay(), nullptr);
+    editor.OnKeyDown(0, 0, kKeyDown); // onto the current wave
+    editor.OnKeyDown(0, 0, kKeyDown);
+    editor.OnKeyDown(0, 0, kKeyEnter);
+    EXPECT_EQ(plug.GetParam(kLFOWave4)->value, 1.0);
+    EXPECT_TRUE(PickIsOneGesture(kLFOWave4)) << plug.Gestures();
+}
+
+TEST(ModPagesTest, EveryPageBuildsAndShowsWithTheBitmapsMissing)
+{
+    CataloguePlug plug;
+    QuorvexEditor editor(&plug, "/nonexistent/quorvex/img");
+    plug.AttachGraphics(&editor);
+    for (const PageCase& c : PageCases())
+    {
+        editor.ShowPage(c.mPage, false);
+        EXPECT_FALSE(editor.OnTimerTick().Empty()) << c.mPage;
+        const std::vector<int>& idx = editor.ListControls(c.mList);
+        ASSERT_GT(idx.size(), 1u) << c.mPage;
+        for (int i : idx)
+        {
+            EXPECT_FALSE(editor.GetControl(i)->IsHidden()) << c.mPage;
+            EXPECT_FALSE(editor.GetControl(i)->GetRECT().Empty()) << c.mPage;
+        }
+    }
+    plug.AttachGraphics(nullptr);
+}

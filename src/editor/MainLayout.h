@@ -35,6 +35,7 @@ enum class ELayoutKind
     kLiveLabel,  // a label whose text follows the parameter (the master effect's knob names)
     kCaption,    // a fixed label centred under a control, styled as a knob's label (background only)
     kStepFader,  // a step column of a gate: press and drag set the value where the mouse is
+    kRule,       // a hairline across the row's rectangle that parts a panel's sections (background only)
 };
 
 struct LayoutRow

@@ -61,6 +61,7 @@ template <std::size_t N> class Rows
     {
         Add({ELayoutKind::kCaption, r, -1, -1, -1, text});
     }
+    constexpr void Rule(int l, int y, int r) { Add({ELayoutKind::kRule, IRECT(l, y, r, y + 1)}); }
     constexpr void Field(const IRECT& r, int param, int role)
     {
         Add({ELayoutKind::kValuePopup, r, param, -1, role});

@@ -11,6 +11,7 @@
 
 #include "editor/EditorPages.h"
 #include "editor/LayoutLfo.h"
+#include "editor/LayoutRouting.h"
 #include "editor/MainLayout.h"
 
 struct PageLayout
@@ -32,5 +33,6 @@ constexpr int ParamOfRow(const LayoutRow& row, const PageLayout& page, int insta
 // Every page that has a layout; a page without one shows an empty stage. Each page's table lives in
 // a header of its own, included here.
 inline constexpr std::array kPageLayouts{
+    PageLayout{"page_routing", kRoutingLayout, kListRouting},
     PageLayout{"page_lfo", kLfoLayout, kListLfo},
 };

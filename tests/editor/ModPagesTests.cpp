@@ -42,6 +42,33 @@ struct PageCase
 const std::vector<PageCase>& PageCases()
 {
     static const std::vector<PageCase> cases{
+        {kPageRouting,
+         kListRouting,
+         {{kSlotOn1, 4},
+          {kDelayOn1, 4},
+          {kDirectOut1, 4},
+          {kInput1, 4},
+          {kDirectIn1, 4},
+          {kMasterFXSource1, 4},
+          {kPanPosition1, 4},
+          {kWidth1, 4},
+          {kOutputMode1, 4},
+          {kLROffset1, 4},
+          {kInputGain1, 4},
+          {kInputGainModDepth1, 4},
+          {kInputGainModSource1, 4},
+          {kPanning1, 4},
+          {kPanningModDepth1, 4},
+          {kPanningModSource1, 4},
+          {kFeedback1, 4},
+          {kFeedbackModDepth1, 4},
+          {kFeedbackModSource1, 4},
+          {kLevel1, 4},
+          {kLevelModDepth1, 4},
+          {kLevelModSource1, 4},
+          {kMFXSend1, 4},
+          {kMFXSendModDepth1, 4},
+          {kMFXSendModSource1, 4}}},
         {kPageLfo,
          kListLfo,
          {{kLFOOn1, 4},
@@ -224,6 +251,37 @@ TEST_F(ModPagesFixture, LfoSwitchAndWaveFieldReachTheirParameters)
     editor.OnKeyDown(0, 0, kKeyEnter);
     EXPECT_EQ(plug.GetParam(kLFOWave4)->value, 1.0);
     EXPECT_TRUE(PickIsOneGesture(kLFOWave4)) << plug.Gestures();
+}
+
+TEST_F(ModPagesFixture, RoutingFeedbackDragAndSlotSwitchReachTheirSlot)
+{
+    editor.ShowPage(kPageRouting, false);
+    IControl* feedback = ControlOn(kListRouting, kFeedback2);
+    const double before = plug.GetParam(kFeedback2)->GetNormalized();
+    DragUp(feedback, 27);
+    EXPECT_EQ(plug.Gestures(), OneGesture(kFeedback2));
+    EXPECT_NEAR(plug.GetParam(kFeedback2)->GetNormalized() - before, 0.25, 0.01);
+    EXPECT_EQ(plug.GetParam(kFeedback1)->value, 50.0);
+
+    // Slot 1 starts on, the others off: a press turns slot 4 on and leaves slot 1 alone.
+    plug.mLog.clear();
+    Click(ControlOn(kListRouting, kSlotOn4));
+    EXPECT_EQ(plug.Gestures(), OneGesture(kSlotOn4));
+    EXPECT_EQ(plug.GetParam(kSlotOn4)->value, 1.0);
+    EXPECT_EQ(plug.GetParam(kSlotOn1)->value, 1.0);
+}
+
+TEST_F(ModPagesFixture, SlotFourInputFieldOffersTheOtherSlots)
+{
+    editor.ShowPage(kPageRouting, false);
+    Click(ControlOn(kListRouting, kInput4));
+    ASSERT_NE(editor.ModalOverlay(), nullptr);
+    // Past the five inputs every slot has, to the first of slot 4's own: "SLOT 1".
+    for (int i = 0; i < 6; ++i)
+        editor.OnKeyDown(0, 0, kKeyDown);
+    editor.OnKeyDown(0, 0, kKeyEnter);
+    EXPECT_EQ(plug.GetParam(kInput4)->value, 5.0);
+    EXPECT_TRUE(PickIsOneGesture(kInput4)) << plug.Gestures();
 }
 
 TEST(ModPagesTest, EveryPageBuildsAndShowsWithTheBitmapsMissing)

@@ -188,6 +188,13 @@ void DrawRows(cairo_t* cr, std::span<const LayoutRow> rows)
             Text(cr, row.mLabel, row.mRect.L, row.mRect.T, row.mRect.W(), row.mRect.H(), 10, kDimText,
                  row.mRect.W() > 60 ? -1 : 0, 1.0);
             break;
+        case ELayoutKind::kRule:
+            cairo_set_line_width(cr, 1.0);
+            SetRGB(cr, kHairline);
+            cairo_move_to(cr, row.mRect.L, row.mRect.T + 0.5);
+            cairo_line_to(cr, row.mRect.R, row.mRect.T + 0.5);
+            cairo_stroke(cr);
+            break;
         case ELayoutKind::kCaption:
             Text(cr, row.mLabel, row.mRect.L, row.mRect.T, row.mRect.W(), row.mRect.H(), 9.5, kLabelText, 0, 0.5);
             break;

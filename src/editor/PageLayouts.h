@@ -11,6 +11,7 @@
 
 #include "editor/EditorPages.h"
 #include "editor/LayoutLfo.h"
+#include "editor/LayoutLogic.h"
 #include "editor/LayoutRouting.h"
 #include "editor/MainLayout.h"
 
@@ -35,4 +36,5 @@ constexpr int ParamOfRow(const LayoutRow& row, const PageLayout& page, int insta
 inline constexpr std::array kPageLayouts{
     PageLayout{"page_routing", kRoutingLayout, kListRouting},
     PageLayout{"page_lfo", kLfoLayout, kListLfo},
+    PageLayout{"page_logic", kLogicLayout, kListLogic},
 };

@@ -69,6 +69,20 @@ const std::vector<PageCase>& PageCases()
           {kMFXSend1, 4},
           {kMFXSendModDepth1, 4},
           {kMFXSendModSource1, 4}}},
+        {kPageLogic,
+         kListLogic,
+         {{kLogicOn1, 4},
+          {kLogic1Type, 4},
+          {kLogic1Source1Depth, 4},
+          {kLogic1Source1, 4},
+          {kLogic1Source2Depth, 4},
+          {kLogic1Source2, 4},
+          {kLogic1Smooth, 4},
+          {kLogic1Depth, 4},
+          {kLogic1DepthMod, 4},
+          {kLogic1DepthModSource, 4},
+          {kFBMatrix1, 4},
+          {kSlot1FB1, 16}}},
         {kPageLfo,
          kListLfo,
          {{kLFOOn1, 4},
@@ -282,6 +296,39 @@ TEST_F(ModPagesFixture, SlotFourInputFieldOffersTheOtherSlots)
     editor.OnKeyDown(0, 0, kKeyEnter);
     EXPECT_EQ(plug.GetParam(kInput4)->value, 5.0);
     EXPECT_TRUE(PickIsOneGesture(kInput4)) << plug.Gestures();
+}
+
+TEST(ModPagesTest, MatrixKnobsAreNamedAfterTheSlotTheyFeed)
+{
+    int knobs = 0;
+    for (const LayoutRow& row : kLogicLayout)
+        if (row.mParam >= kSlot1FB1 && row.mParam <= kSlot4FB4)
+        {
+            ++knobs;
+            const std::string expected = "FB SLOT " + std::to_string((row.mParam - kSlot1FB1) % 4 + 1);
+            EXPECT_EQ(row.mLabel, expected) << row.mParam;
+        }
+    EXPECT_EQ(knobs, 16);
+}
+
+TEST_F(ModPagesFixture, MatrixKnobAndLogicModeReachTheirParameters)
+{
+    editor.ShowPage(kPageLogic, false);
+    IControl* knob = ControlOn(kListLogic, kSlot3FB2);
+    DragUp(knob, 27);
+    EXPECT_EQ(plug.Gestures(), OneGesture(kSlot3FB2));
+    // A bipolar knob from its centre: a quarter of the range of -100..100 %.
+    EXPECT_NEAR(plug.GetParam(kSlot3FB2)->value, 50.0, 2.0);
+    EXPECT_EQ(plug.GetParam(kSlot2FB3)->value, 0.0);
+
+    plug.mLog.clear();
+    Click(ControlOn(kListLogic, kLogic3Type));
+    ASSERT_NE(editor.ModalOverlay(), nullptr);
+    for (int i = 0; i < 3; ++i)
+        editor.OnKeyDown(0, 0, kKeyDown);
+    editor.OnKeyDown(0, 0, kKeyEnter);
+    EXPECT_EQ(plug.GetParam(kLogic3Type)->value, 2.0); // "MIN"
+    EXPECT_TRUE(PickIsOneGesture(kLogic3Type)) << plug.Gestures();
 }
 
 TEST(ModPagesTest, EveryPageBuildsAndShowsWithTheBitmapsMissing)

@@ -10,6 +10,7 @@
 #include <span>
 
 #include "editor/EditorPages.h"
+#include "editor/LayoutGates.h"
 #include "editor/LayoutLfo.h"
 #include "editor/LayoutLogic.h"
 #include "editor/LayoutRouting.h"
@@ -36,5 +37,6 @@ constexpr int ParamOfRow(const LayoutRow& row, const PageLayout& page, int insta
 inline constexpr std::array kPageLayouts{
     PageLayout{"page_routing", kRoutingLayout, kListRouting},
     PageLayout{"page_lfo", kLfoLayout, kListLfo},
+    PageLayout{"page_gates", kGatesLayout, kListGates},
     PageLayout{"page_logic", kLogicLayout, kListLogic},
 };

@@ -7,6 +7,7 @@
 #include "editor/BitmapList.h"
 #include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"
+#include "editor/ModPageControls.h"
 #include "editor/PageLayouts.h"
 #include "editor/ValuePopUpControl.h"
 #include "params/IParamRecord.h"
@@ -145,7 +146,9 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
         tip = false;
         break;
     default:
-        return nullptr;
+        control = BuildModPageControl(plug, row, param, row.mBitmap >= 0 ? &Bitmap(row.mBitmap) : nullptr, accent);
+        if (!control) return nullptr;
+        break;
     }
     if (tip)
         if (const IParamRecord* p = plug ? plug->GetParam(control->ParamIdx()) : nullptr)

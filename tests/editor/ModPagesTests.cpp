@@ -14,6 +14,7 @@
 #include "editor/QuorvexEditor.h"
 #include "params/ParamCatalogue.h"
 #include "params/ParamIds.h"
+#include "editor/ModPageControls.h"
 
 namespace
 {
@@ -83,6 +84,18 @@ const std::vector<PageCase>& PageCases()
           {kLogic1DepthModSource, 4},
           {kFBMatrix1, 4},
           {kSlot1FB1, 16}}},
+        {kPageGates,
+         kListGates,
+         {{kGate1Length, 4},
+          {kGate1On, 4},
+          {kGate1Timebase, 4},
+          {kGate1Direction, 4},
+          {kGate1Sync, 4},
+          {kGate1Glide, 4},
+          {kGate1Depth, 4},
+          {kGATEPol1, 4},
+          {kGATESteps1, 4},
+          {kGate1Step1, 64}}},
         {kPageLfo,
          kListLfo,
          {{kLFOOn1, 4},
@@ -296,6 +309,43 @@ TEST_F(ModPagesFixture, SlotFourInputFieldOffersTheOtherSlots)
     editor.OnKeyDown(0, 0, kKeyEnter);
     EXPECT_EQ(plug.GetParam(kInput4)->value, 5.0);
     EXPECT_TRUE(PickIsOneGesture(kInput4)) << plug.Gestures();
+}
+
+TEST_F(ModPagesFixture, AGateStepTakesTheHeightItIsPressedAtAndFollowsTheDrag)
+{
+    editor.ShowPage(kPageGates, false);
+    auto* step = dynamic_cast<IStepFaderControl*>(ControlOn(kListGates, kGate2Step5));
+    ASSERT_NE(step, nullptr);
+    const IRECT r = step->GetRECT();
+    const int x = (r.L + r.R) / 2;
+    const int quarter = r.B - 2 - (r.H() - 4) / 4; // a quarter up the column
+    editor.OnMouseDown(x, quarter, editortest::Left());
+    EXPECT_NEAR(plug.GetParam(kGate2Step5)->value, 25.0, 1.5);
+    // Dragging to above the top sets the full step; the neighbours stay untouched.
+    for (int y = quarter; y >= r.T - 10; --y)
+        editor.OnMouseDrag(x, y, editortest::Left());
+    editor.OnMouseUp(x, r.T - 10, editortest::Left());
+    EXPECT_EQ(plug.GetParam(kGate2Step5)->value, 100.0);
+    EXPECT_EQ(plug.GetParam(kGate2Step4)->value, 0.0);
+    EXPECT_EQ(plug.GetParam(kGate2Step6)->value, 0.0);
+    EXPECT_EQ(plug.Gestures(), OneGesture(kGate2Step5));
+}
+
+TEST_F(ModPagesFixture, GateStepsRunInOrderAcrossTheirPanel)
+{
+    for (int g = 0; g < 4; ++g)
+    {
+        const int first = kGate1Step1 + 16 * g;
+        const IRECT r0 = ControlOn(kListGates, first)->GetRECT();
+        const int pitch = ControlOn(kListGates, first + 1)->GetRECT().L - r0.L;
+        EXPECT_GT(pitch, r0.W()) << g;
+        for (int s = 1; s < 16; ++s)
+        {
+            const IRECT r = ControlOn(kListGates, first + s)->GetRECT();
+            EXPECT_EQ(r.T, r0.T) << g << " " << s;
+            EXPECT_EQ(r.L, r0.L + s * pitch) << g << " " << s;
+        }
+    }
 }
 
 TEST(ModPagesTest, MatrixKnobsAreNamedAfterTheSlotTheyFeed)

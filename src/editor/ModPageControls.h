@@ -1,0 +1,30 @@
+#pragma once
+// Controls of the modulation and options pages that the generic row kinds don't cover, built from
+// their layout rows. UI thread only.
+
+#include "editor/IControl.h"
+
+struct LayoutRow;
+
+// A gate step: a column filled from the bottom to its value. A press sets the value where the
+// mouse is and a drag follows it, so a step is drawn the way it is meant to sound.
+class IStepFaderControl : public IControl
+{
+  public:
+    IStepFaderControl(IPlugBase* plug, const IRECT& rect, int paramIdx, const IBitmap& bitmap,
+                      const IColor* accent);
+    void OnMouseDown(int x, int y, const IMouseMod& mod) override;
+    void OnMouseDrag(int x, int y, int dX, int dY, const IMouseMod& mod) override;
+    void Draw(IGraphics* graphics) override;
+    // The value of a press at height y: 0 at the column's floor, 1 at its top.
+    double ValueAtY(int y) const;
+
+  private:
+    static constexpr int kInset = 2; // the column's frame, as the art draws it
+    IBitmap mBitmap;
+    const IColor* mAccent;
+};
+
+// The control for a row of the pages' own kinds, or null for a kind that has none.
+IControl* BuildModPageControl(IPlugBase* plug, const LayoutRow& row, int param, const IBitmap* bitmap,
+                              const IColor* accent);

@@ -10,6 +10,7 @@
 #include <span>
 
 #include "editor/EditorPages.h"
+#include "editor/LayoutEnvelope.h"
 #include "editor/LayoutGates.h"
 #include "editor/LayoutLfo.h"
 #include "editor/LayoutLogic.h"
@@ -38,5 +39,6 @@ inline constexpr std::array kPageLayouts{
     PageLayout{"page_routing", kRoutingLayout, kListRouting},
     PageLayout{"page_lfo", kLfoLayout, kListLfo},
     PageLayout{"page_gates", kGatesLayout, kListGates},
+    PageLayout{"page_envelope", kEnvelopeLayout, kListEnvelope},
     PageLayout{"page_logic", kLogicLayout, kListLogic},
 };

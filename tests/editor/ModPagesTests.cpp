@@ -96,6 +96,20 @@ const std::vector<PageCase>& PageCases()
           {kGATEPol1, 4},
           {kGATESteps1, 4},
           {kGate1Step1, 64}}},
+        {kPageEnvelope,
+         kListEnvelope,
+         {{kENV1On, 2},
+          {kENV1Mode, 2},
+          {kENV1Source, 2},
+          {kENV1Gain, 2},
+          {kENV1Attack, 2},
+          {kENV1Decay, 2},
+          {kENV1Hold, 2},
+          {kENV1Threshold, 2},
+          {kENV1Locut, 2},
+          {kENV1Hicut, 2},
+          {kENV1Depth, 2},
+          {kENV1Output, 2}}},
         {kPageLfo,
          kListLfo,
          {{kLFOOn1, 4},
@@ -219,10 +233,7 @@ TEST_F(ModPagesFixture, EveryParameterOfAPagesFamiliesIsOnExactlyOneOfItsControl
     {
         std::map<int, int> count;
         for (IControl* control : PageControls(c.mList))
-        {
-            EXPECT_GE(control->ParamIdx(), 0) << "page " << c.mPage << ": a control without parameter";
-            ++count[control->ParamIdx()];
-        }
+            if (control->ParamIdx() >= 0) ++count[control->ParamIdx()];
         const std::vector<int> ids = FamilyIds(c);
         for (int id : ids)
             EXPECT_EQ(count[id], 1) << "page " << c.mPage << ": " << plug.GetParam(id)->name;
@@ -230,10 +241,69 @@ TEST_F(ModPagesFixture, EveryParameterOfAPagesFamiliesIsOnExactlyOneOfItsControl
         const std::set<int> family(ids.begin(), ids.end());
         for (const auto& [id, n] : count)
             EXPECT_TRUE(family.count(id)) << "page " << c.mPage << ": stray " << plug.GetParam(id)->name;
-        // Each control shows its parameter's current value.
-        for (IControl* control : PageControls(c.mList))
-            EXPECT_DOUBLE_EQ(control->GetValue(), plug.GetParam(control->ParamIdx())->GetNormalized());
     }
+}
+
+TEST_F(ModPagesFixture, EachPageRowBuildsTheControlItsKindAsksFor)
+{
+    for (const PageCase& c : PageCases())
+    {
+        const PageLayout* layout = nullptr;
+        for (const PageLayout& page : kPageLayouts)
+            if (page.mFirstList == c.mList) layout = &page;
+        ASSERT_NE(layout, nullptr) << c.mPage;
+        for (int i = 0; i < static_cast<int>(layout->mRows.size()); ++i)
+        {
+            const LayoutRow& row = layout->mRows[i];
+            IControl* control = editor.ControlOfPageRow(c.mList, i);
+            const bool background = row.mKind == ELayoutKind::kPanel || row.mKind == ELayoutKind::kLabel ||
+                                    row.mKind == ELayoutKind::kCaption || row.mKind == ELayoutKind::kRule;
+            EXPECT_EQ(control == nullptr, background) << "page " << c.mPage << " row " << i;
+            if (!control) continue;
+            EXPECT_EQ(control->GetRECT(), row.mRect) << "page " << c.mPage << " row " << i;
+            // Meters show a level and take no parameter; everything else sits on the row's.
+            EXPECT_EQ(control->ParamIdx(), row.mKind == ELayoutKind::kMeter ? -1 : row.mParam)
+                << "page " << c.mPage << " row " << i;
+            if (control->ParamIdx() >= 0)
+                EXPECT_DOUBLE_EQ(control->GetValue(), plug.GetParam(control->ParamIdx())->GetNormalized());
+        }
+    }
+}
+
+TEST(ModPagesTest, FollowerKnobsCarryTheFollowersLabels)
+{
+    const std::map<int, std::string> expected{
+        {kENV1Gain, "GAIN"},       {kENV1Locut, "LOCUT"},   {kENV1Hicut, "HICUT"}, {kENV1Depth, "DEPTH"},
+        {kENV1Threshold, "THRESHOLD"}, {kENV1Attack, "ATTACK"}, {kENV1Hold, "HOLD"},   {kENV1Decay, "RELEASE"}};
+    int knobs = 0;
+    for (const LayoutRow& row : kEnvelopeLayout)
+        if (row.mKind == ELayoutKind::kKnob)
+        {
+            ++knobs;
+            // Both followers' ids alternate: ENV1 x, ENV2 x.
+            const int first = row.mParam - (row.mParam - kENV1On) % 2;
+            ASSERT_TRUE(expected.count(first)) << row.mParam;
+            EXPECT_EQ(row.mLabel, expected.at(first)) << row.mParam;
+        }
+    EXPECT_EQ(knobs, 16);
+}
+
+TEST_F(ModPagesFixture, FollowerAttackDragAndSourcePick)
+{
+    editor.ShowPage(kPageEnvelope, false);
+    DragUp(ControlOn(kListEnvelope, kENV2Attack), 39); // a quarter of three 52-pixel heights
+    EXPECT_EQ(plug.Gestures(), OneGesture(kENV2Attack));
+    EXPECT_NEAR(plug.GetParam(kENV2Attack)->GetNormalized() - plug.GetParam(kENV1Attack)->GetNormalized(), 0.25,
+                0.01);
+
+    plug.mLog.clear();
+    Click(ControlOn(kListEnvelope, kENV1Source));
+    ASSERT_NE(editor.ModalOverlay(), nullptr);
+    for (int i = 0; i < 3; ++i)
+        editor.OnKeyDown(0, 0, kKeyDown);
+    editor.OnKeyDown(0, 0, kKeyEnter);
+    EXPECT_EQ(plug.GetParam(kENV1Source)->value, 2.0); // "IN RIGHT"
+    EXPECT_TRUE(PickIsOneGesture(kENV1Source)) << plug.Gestures();
 }
 
 TEST_F(ModPagesFixture, ShowingAPageShowsItsControlsAndHidesTheOtherPages)

@@ -36,6 +36,11 @@ enum class ELayoutKind
     kCaption,    // a fixed label centred under a control, styled as a knob's label (background only)
     kStepFader,  // a step column of a gate: press and drag set the value where the mouse is
     kRule,       // a hairline across the row's rectangle that parts a panel's sections (background only)
+    kColorSetPopup,   // a field naming the colour set in use; a press lists the sets to pick from
+    kInputAttenuator, // the input attenuator: a knob of the editor's own, no parameter
+    kReadout,         // a text the plug-in sets (the attenuator's decibels); the row's label starts it
+    kDryKill,         // the dry-kill switch: the editor's own, no parameter
+    kSwatch,          // a patch of the colour role's current colour, no mouse
 };
 
 struct LayoutRow

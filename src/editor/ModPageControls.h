@@ -2,6 +2,8 @@
 // Controls of the modulation and options pages that the generic row kinds don't cover, built from
 // their layout rows. UI thread only.
 
+#include <functional>
+
 #include "editor/IControl.h"
 
 struct LayoutRow;
@@ -25,6 +27,28 @@ class IStepFaderControl : public IControl
     const IColor* mAccent;
 };
 
+// A field naming the colour set the editor shows. A press lists the sets with the current one
+// checked; a pick goes to `pick`, which applies it.
+class IColorSetPopUpControl : public IControl
+{
+  public:
+    IColorSetPopUpControl(IPlugBase* plug, const IRECT& rect, const IColor* accent, std::function<void(int)> pick);
+    void OnMouseDown(int x, int y, const IMouseMod& mod) override;
+    void Draw(IGraphics* graphics) override;
+    // The name of the set in use.
+    const char* SetName() const;
+
+  private:
+    const IColor* mAccent;
+    std::function<void(int)> mPick;
+};
+
+// What the pages' own controls ask of the editor.
+struct ModPageHooks
+{
+    std::function<void(int)> pickColorSet;
+};
+
 // The control for a row of the pages' own kinds, or null for a kind that has none.
 IControl* BuildModPageControl(IPlugBase* plug, const LayoutRow& row, int param, const IBitmap* bitmap,
-                              const IColor* accent);
+                              const IColor* accent, const ModPageHooks& hooks);

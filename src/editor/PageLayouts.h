@@ -14,6 +14,7 @@
 #include "editor/LayoutGates.h"
 #include "editor/LayoutLfo.h"
 #include "editor/LayoutLogic.h"
+#include "editor/LayoutOptions.h"
 #include "editor/LayoutRouting.h"
 #include "editor/MainLayout.h"
 
@@ -41,4 +42,5 @@ inline constexpr std::array kPageLayouts{
     PageLayout{"page_gates", kGatesLayout, kListGates},
     PageLayout{"page_envelope", kEnvelopeLayout, kListEnvelope},
     PageLayout{"page_logic", kLogicLayout, kListLogic},
+    PageLayout{"page_options", kOptionsLayout, kListOptions},
 };

@@ -146,7 +146,8 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
         tip = false;
         break;
     default:
-        control = BuildModPageControl(plug, row, param, row.mBitmap >= 0 ? &Bitmap(row.mBitmap) : nullptr, accent);
+        control = BuildModPageControl(plug, row, param, row.mBitmap >= 0 ? &Bitmap(row.mBitmap) : nullptr, accent,
+                                      {[this](int set) { PickColorSet(set); }});
         if (!control) return nullptr;
         break;
     }
@@ -183,6 +184,12 @@ void QuorvexEditor::ShowLists(int page)
         mPageTabs->SetValueFromPlug(static_cast<double>(tab) / (kNumSelectablePages - 1));
     }
     if (mOptions) mOptions->SetValueFromPlug(page == kPageOptions ? 1.0 : 0.0);
+}
+
+void QuorvexEditor::PickColorSet(int index)
+{
+    const int applied = SetColorSet(index);
+    if (mColorSetHandler) mColorSetHandler(applied);
 }
 
 int QuorvexEditor::ShowPage(int page, bool presetLoading)

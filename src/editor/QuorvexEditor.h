@@ -32,6 +32,11 @@ class QuorvexEditor : public IGraphics
     QuorvexEditor(IPlugBase* plug, const std::string& resourceDir);
 
     void SetPageActions(PageActions actions) { mActions = std::move(actions); }
+    // Told the colour set the user picks on the options page, after the editor applied it, so the
+    // plug-in can store it.
+    void SetColorSetHandler(std::function<void(int set)> handler) { mColorSetHandler = std::move(handler); }
+    // A colour set picked by the user: applied, then told to the handler.
+    void PickColorSet(int index);
 
     // The page switches; each answers the page shown. presetLoading keeps `LastPage` as it was.
     int ShowPage(int page, bool presetLoading);
@@ -61,6 +66,7 @@ class QuorvexEditor : public IGraphics
     ISwitchControl* mOptions = nullptr;
     PageState mPages;
     PageActions mActions;
+    std::function<void(int)> mColorSetHandler;
 };
 
 // The bitmap folder of the bundle this code was loaded from: <bundle>/Contents/Resources/img,

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "EditorDoubles.h"
+#include "editor/IOverlay.h"
 #include "editor/MainLayout.h"
 #include "editor/PageLayouts.h"
 #include "editor/QuorvexEditor.h"
@@ -110,6 +111,7 @@ const std::vector<PageCase>& PageCases()
           {kENV1Hicut, 2},
           {kENV1Depth, 2},
           {kENV1Output, 2}}},
+        {kPageOptions, kListOptions, {}},
         {kPageLfo,
          kListLfo,
          {{kLFOOn1, 4},
@@ -179,13 +181,14 @@ struct ModPagesFixture : ::testing::Test
         editor.OnMouseDown(r.L + dx, r.T + dy, editortest::Left());
         editor.OnMouseUp(r.L + dx, r.T + dy, editortest::Left());
     }
-    // Drags a knob up by `pixels`, one pixel at a time.
+    // Drags a knob up by `pixels` (down when negative), one pixel at a time.
     void DragUp(IControl* c, int pixels)
     {
         const IRECT r = c->GetRECT();
         const int x = (r.L + r.R) / 2, y = (r.T + r.B) / 2;
+        const int step = pixels < 0 ? -1 : 1;
         editor.OnMouseDown(x, y, editortest::Left());
-        for (int i = 1; i <= pixels; ++i)
+        for (int i = step; i != pixels + step; i += step)
             editor.OnMouseDrag(x, y - i, editortest::Left());
         editor.OnMouseUp(x, y - pixels, editortest::Left());
     }
@@ -416,6 +419,56 @@ TEST_F(ModPagesFixture, GateStepsRunInOrderAcrossTheirPanel)
             EXPECT_EQ(r.L, r0.L + s * pitch) << g << " " << s;
         }
     }
+}
+
+TEST_F(ModPagesFixture, TheColourSetFieldAppliesAPickAndTellsTheHandler)
+{
+    std::vector<int> told;
+    editor.SetColorSetHandler([&](int set) { told.push_back(set); });
+    editor.ShowPage(kPageOptions, false);
+    auto* field = dynamic_cast<IColorSetPopUpControl*>(editor.ControlOfPageRow(kListOptions, kOptionsColorSetRow));
+    ASSERT_NE(field, nullptr);
+    EXPECT_STREQ(field->SetName(), "DEFAULT");
+    Click(field);
+    auto* menu = dynamic_cast<IPopupOverlay*>(editor.ModalOverlay());
+    ASSERT_NE(menu, nullptr);
+    const IRECT ice = menu->ItemRect(0, 5);
+    editor.OnMouseOver(ice.L + 4, ice.T + 4, IMouseMod());
+    editor.OnMouseDown(ice.L + 4, ice.T + 4, editortest::Left());
+    EXPECT_EQ(told, std::vector<int>{5});
+    EXPECT_EQ(editor.Colors().Current(), 5);
+    EXPECT_STREQ(field->SetName(), "ICE");
+    EXPECT_TRUE(plug.mLog.empty()); // the colour set is no parameter
+}
+
+TEST_F(ModPagesFixture, AttenuatorAndDryKillAreTheEditorsOwnControls)
+{
+    editor.ShowPage(kPageOptions, false);
+    IControl* att = editor.ControlOfPageRow(kListOptions, kOptionsAttenuatorRow);
+    IControl* dryKill = editor.ControlOfPageRow(kListOptions, kOptionsDryKillRow);
+    auto* readout = dynamic_cast<ITextControl*>(editor.ControlOfPageRow(kListOptions, kOptionsReadoutRow));
+    ASSERT_TRUE(att && dryKill && readout);
+    // A fresh attenuator sits at 0 dB, the top of its travel, and says so.
+    EXPECT_EQ(att->GetValue(), 1.0);
+    EXPECT_EQ(readout->GetText(), "0 dB");
+    DragUp(att, -27);
+    EXPECT_NEAR(att->GetValue(), 0.75, 0.01);
+    Click(dryKill);
+    EXPECT_EQ(dryKill->GetValue(), 1.0);
+    // Neither is a parameter: the host hears nothing of them.
+    EXPECT_EQ(att->ParamIdx(), -1);
+    EXPECT_EQ(dryKill->ParamIdx(), -1);
+    EXPECT_TRUE(plug.mLog.empty()) << plug.Gestures();
+}
+
+TEST(ModPagesTest, OptionsCarryTheVersionAndTrademarkLines)
+{
+    std::set<std::string> labels;
+    for (const LayoutRow& row : kOptionsLayout)
+        if (row.mKind == ELayoutKind::kLabel) labels.insert(row.mLabel);
+    EXPECT_TRUE(labels.count("COLOUR SET:"));
+    EXPECT_TRUE(labels.count("QUORVEX Version 1.2.0r14 VST3"));
+    EXPECT_TRUE(labels.count("VST is a trademark of Steinberg Media Technologies GmbH"));
 }
 
 TEST(ModPagesTest, MatrixKnobsAreNamedAfterTheSlotTheyFeed)

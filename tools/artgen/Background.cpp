@@ -199,6 +199,7 @@ void DrawRows(cairo_t* cr, std::span<const LayoutRow> rows)
             Text(cr, row.mLabel, row.mRect.L, row.mRect.T, row.mRect.W(), row.mRect.H(), 9.5, kLabelText, 0, 0.5);
             break;
         case ELayoutKind::kKnob:
+        case ELayoutKind::kInputAttenuator:
         {
             const EArt art = kBitmapRows[row.mBitmap].mArt;
             KnobScale(cr, row.mRect,

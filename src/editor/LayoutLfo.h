@@ -9,7 +9,8 @@ namespace lfolayout
 {
 using namespace modlayout;
 inline constexpr const char* kTitles[] = {"LFO 1", "LFO 2", "LFO 3", "LFO 4"};
-inline constexpr int kRowsPerLfo = 23;
+inline constexpr int kArrow = 18; // arrow_left, arrow_right
+inline constexpr int kRowsPerLfo = 26;
 
 constexpr std::array<LayoutRow, 4 * kRowsPerLfo> Make()
 {
@@ -19,6 +20,13 @@ constexpr std::array<LayoutRow, 4 * kRowsPerLfo> Make()
         const IRECT p = GridPanel(i % 2, 2, i / 2, 2);
         rows.Panel(p, kTitles[i], kRoleLfo);
         rows.Switch(TitleSwitch(p), kLFOOn1 + i);
+        // The LFO's output, fed by the editor's tick, in the title band beside its switch.
+        const int vu = BitmapId("lfo_vu");
+        const IRECT onSwitch = TitleSwitch(p);
+        rows.Add({ELayoutKind::kMeter,
+                  IRECT::FromSize(onSwitch.L - 16 - kBitmapRows[vu].mW, p.T + (kTitleH - kBitmapRows[vu].mH) / 2,
+                                  kBitmapRows[vu].mW, kBitmapRows[vu].mH),
+                  -1, vu});
 
         // Value lists, one a line: label on the left, field to its right.
         const int labelL = p.L + 14, fieldL = p.L + 92, fieldR = p.L + 232;
@@ -28,8 +36,15 @@ constexpr std::array<LayoutRow, 4 * kRowsPerLfo> Make()
         {
             const int y = p.T + 36 + k * 34;
             rows.Label(IRECT(labelL, y, fieldL - 6, y + kFieldH), names[k]);
-            rows.Field(IRECT(fieldL, y, fieldR, y + kFieldH), params[k] + i, kRoleLfo);
+            // The wave has arrows beside its field that step through the waves.
+            const int right = k == 0 ? fieldR - 2 * kArrow - 6 : fieldR;
+            rows.Field(IRECT(fieldL, y, right, y + kFieldH), params[k] + i, kRoleLfo);
         }
+        const int ay = p.T + 36 + (kFieldH - kArrow) / 2;
+        rows.Add({ELayoutKind::kStepArrow, IRECT::FromSize(fieldR - 2 * kArrow - 2, ay, kArrow, kArrow), kLFOWave1 + i,
+                  BitmapId("arrow_left"), -1, "", -1});
+        rows.Add({ELayoutKind::kStepArrow, IRECT::FromSize(fieldR - kArrow, ay, kArrow, kArrow), kLFOWave1 + i,
+                  BitmapId("arrow_right"), -1, "", 1});
         const int sy = p.T + 36 + 5 * 34 + 2;
         rows.Label(IRECT(labelL, sy, labelL + 66, sy + kSwitchH), "SWAP");
         rows.Switch(IRECT::FromSize(fieldL, sy, kSwitchW, kSwitchH), kLFOSwap1 + i);

@@ -41,6 +41,7 @@ enum class ELayoutKind
     kReadout,         // a text the plug-in sets (the attenuator's decibels); the row's label starts it
     kDryKill,         // the dry-kill switch: the editor's own, no parameter
     kSwatch,          // a patch of the colour role's current colour, no mouse
+    kStepArrow,       // steps its list parameter by the row's index (-1 or +1), wrapping at the ends
 };
 
 struct LayoutRow

@@ -1,10 +1,12 @@
 #include "editor/ModPageControls.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "editor/IGraphics.h"
 #include "editor/MainLayout.h"
+#include "params/IParamRecord.h"
 
 IStepFaderControl::IStepFaderControl(IPlugBase* plug, const IRECT& rect, int paramIdx, const IBitmap& bitmap,
                                      const IColor* accent)
@@ -96,6 +98,34 @@ void IColorSetPopUpControl::Draw(IGraphics* graphics)
     raster.DrawLine(kArrow, ax, ay + 2.0, ax + 3.5, ay - 1.5, 1.5);
 }
 
+IStepArrowControl::IStepArrowControl(IPlugBase* plug, const IRECT& rect, int paramIdx, const IBitmap& bitmap,
+                                     int step)
+    : IBitmapControl(plug, rect, paramIdx, bitmap), mStep(step)
+{
+}
+
+void IStepArrowControl::OnMouseDown(int x, int y, const IMouseMod& mod)
+{
+    if (mod.R)
+    {
+        IControl::OnMouseDown(x, y, mod);
+        return;
+    }
+    const IParamRecord* param = mPlug ? mPlug->GetParam(mParamIdx) : nullptr;
+    if (!param) return;
+    const int entries = static_cast<int>(std::lround(param->max - param->min)) + 1;
+    const int current = static_cast<int>(std::lround(param->QuantizedFromNormalized(mValue) - param->min));
+    const int next = ((current + mStep) % entries + entries) % entries;
+    mValue = param->GetNormalized(param->min + next);
+    SetDirty(true);
+}
+
+void IStepArrowControl::Draw(IGraphics* graphics)
+{
+    // The arrow shows no value of its own: always its resting frame.
+    graphics->DrawBitmap(mBitmap, mRect, 1, &mBlend);
+}
+
 namespace
 {
 IText ReadoutStyle()
@@ -135,6 +165,8 @@ IControl* BuildModPageControl(IPlugBase* plug, const LayoutRow& row, int param, 
         swatch->SetTargetArea(IRECT());
         return swatch;
     }
+    case ELayoutKind::kStepArrow:
+        return bitmap ? new IStepArrowControl(plug, row.mRect, param, *bitmap, row.mIndex) : nullptr;
     case ELayoutKind::kDryKill:
         return bitmap ? new ISwitchControl(plug, row.mRect, -1, *bitmap) : nullptr;
     default:

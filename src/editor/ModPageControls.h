@@ -43,6 +43,19 @@ class IColorSetPopUpControl : public IControl
     std::function<void(int)> mPick;
 };
 
+// An arrow beside a list field: each press moves the list's parameter one entry by `step`,
+// wrapping from the last entry to the first and back.
+class IStepArrowControl : public IBitmapControl
+{
+  public:
+    IStepArrowControl(IPlugBase* plug, const IRECT& rect, int paramIdx, const IBitmap& bitmap, int step);
+    void OnMouseDown(int x, int y, const IMouseMod& mod) override;
+    void Draw(IGraphics* graphics) override;
+
+  private:
+    int mStep;
+};
+
 // What the pages' own controls ask of the editor.
 struct ModPageHooks
 {

@@ -13,6 +13,7 @@
 #include "editor/MainLayout.h"
 #include "editor/PageLayouts.h"
 #include "editor/QuorvexEditor.h"
+#include "editor/ValuePopUpControl.h"
 #include "params/ParamCatalogue.h"
 #include "params/ParamIds.h"
 #include "editor/ModPageControls.h"
@@ -162,12 +163,13 @@ struct ModPagesFixture : ::testing::Test
             out.push_back(editor.GetControl(idx[i]));
         return out;
     }
-    // The one control of the page on `param`; fails the test when there are none or several.
+    // The one control of the page on `param` (arrows aside); fails the test when there are none or
+    // several.
     IControl* ControlOn(EPageList list, int param)
     {
         IControl* found = nullptr;
         for (IControl* c : PageControls(list))
-            if (c->ParamIdx() == param)
+            if (c->ParamIdx() == param && !dynamic_cast<IStepArrowControl*>(c))
             {
                 EXPECT_EQ(found, nullptr) << param;
                 found = c;
@@ -235,8 +237,9 @@ TEST_F(ModPagesFixture, EveryParameterOfAPagesFamiliesIsOnExactlyOneOfItsControl
     for (const PageCase& c : PageCases())
     {
         std::map<int, int> count;
+        // The wave arrows are a second way to a wave field's parameter, not its control.
         for (IControl* control : PageControls(c.mList))
-            if (control->ParamIdx() >= 0) ++count[control->ParamIdx()];
+            if (control->ParamIdx() >= 0 && !dynamic_cast<IStepArrowControl*>(control)) ++count[control->ParamIdx()];
         const std::vector<int> ids = FamilyIds(c);
         for (int id : ids)
             EXPECT_EQ(count[id], 1) << "page " << c.mPage << ": " << plug.GetParam(id)->name;
@@ -502,6 +505,33 @@ TEST_F(ModPagesFixture, MatrixKnobAndLogicModeReachTheirParameters)
     editor.OnKeyDown(0, 0, kKeyEnter);
     EXPECT_EQ(plug.GetParam(kLogic3Type)->value, 2.0); // "MIN"
     EXPECT_TRUE(PickIsOneGesture(kLogic3Type)) << plug.Gestures();
+}
+
+TEST_F(ModPagesFixture, WaveArrowsStepThroughTheWavesAndWrap)
+{
+    editor.ShowPage(kPageLfo, false);
+    std::vector<IStepArrowControl*> arrows;
+    for (IControl* c : PageControls(kListLfo))
+        if (auto* arrow = dynamic_cast<IStepArrowControl*>(c); arrow && arrow->ParamIdx() == kLFOWave2)
+            arrows.push_back(arrow);
+    ASSERT_EQ(arrows.size(), 2u);
+    // The left arrow comes first.
+    if (arrows[0]->GetRECT().L > arrows[1]->GetRECT().L) std::swap(arrows[0], arrows[1]);
+    auto* field = dynamic_cast<IValuePopUpControl*>(ControlOn(kListLfo, kLFOWave2));
+    ASSERT_NE(field, nullptr);
+
+    Click(arrows[0]); // back from the first wave: the last
+    EXPECT_EQ(plug.GetParam(kLFOWave2)->value, 2.0);
+    EXPECT_EQ(field->ValueText(), "SAW");
+    EXPECT_EQ(plug.Gestures(), OneGesture(kLFOWave2));
+    plug.mLog.clear();
+    Click(arrows[1]); // on from the last: the first again
+    EXPECT_EQ(plug.GetParam(kLFOWave2)->value, 0.0);
+    Click(arrows[1]);
+    EXPECT_EQ(plug.GetParam(kLFOWave2)->value, 1.0);
+    EXPECT_EQ(field->ValueText(), "TRIANGLE");
+    EXPECT_EQ(plug.Gestures(), OneGesture(kLFOWave2) + " " + OneGesture(kLFOWave2));
+    EXPECT_EQ(plug.GetParam(kLFOWave1)->value, 0.0);
 }
 
 TEST(ModPagesTest, EveryPageBuildsAndShowsWithTheBitmapsMissing)

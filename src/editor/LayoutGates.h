@@ -29,8 +29,8 @@ constexpr std::array<LayoutRow, 4 * kRowsPerGate> Make()
         for (int s = 0; s < kSteps; ++s)
         {
             const int x = p.L + 16 + s * kStepPitch;
-            rows.Add({ELayoutKind::kStepFader, IRECT::FromSize(x, top, faderW, faderH), kGate1Step1 + kSteps * g + s,
-                      fader, kRoleGate});
+            rows.Add({ELayoutKind::kStepFader, IRECT::FromSize(x, top, faderW, faderH),
+                      kGate1Step1 + kSteps * g + s, fader, kRoleGate});
             rows.Caption(IRECT(x - 2, top + faderH + 2, x + faderW + 2, top + faderH + 14), kStepNumbers[s]);
         }
 

@@ -23,10 +23,11 @@ constexpr std::array<LayoutRow, 4 * kRowsPerLfo> Make()
         // The LFO's output, fed by the editor's tick, in the title band beside its switch.
         const int vu = BitmapId("lfo_vu");
         const IRECT onSwitch = TitleSwitch(p);
-        rows.Add({ELayoutKind::kMeter,
-                  IRECT::FromSize(onSwitch.L - 16 - kBitmapRows[vu].mW, p.T + (kTitleH - kBitmapRows[vu].mH) / 2,
-                                  kBitmapRows[vu].mW, kBitmapRows[vu].mH),
-                  -1, vu});
+        rows.Add(
+            {ELayoutKind::kMeter,
+             IRECT::FromSize(onSwitch.L - 16 - kBitmapRows[vu].mW, p.T + (kTitleH - kBitmapRows[vu].mH) / 2,
+                             kBitmapRows[vu].mW, kBitmapRows[vu].mH),
+             -1, vu});
 
         // Value lists, one a line: label on the left, field to its right.
         const int labelL = p.L + 14, fieldL = p.L + 92, fieldR = p.L + 232;
@@ -41,10 +42,10 @@ constexpr std::array<LayoutRow, 4 * kRowsPerLfo> Make()
             rows.Field(IRECT(fieldL, y, right, y + kFieldH), params[k] + i, kRoleLfo);
         }
         const int ay = p.T + 36 + (kFieldH - kArrow) / 2;
-        rows.Add({ELayoutKind::kStepArrow, IRECT::FromSize(fieldR - 2 * kArrow - 2, ay, kArrow, kArrow), kLFOWave1 + i,
-                  BitmapId("arrow_left"), -1, "", -1});
-        rows.Add({ELayoutKind::kStepArrow, IRECT::FromSize(fieldR - kArrow, ay, kArrow, kArrow), kLFOWave1 + i,
-                  BitmapId("arrow_right"), -1, "", 1});
+        rows.Add({ELayoutKind::kStepArrow, IRECT::FromSize(fieldR - 2 * kArrow - 2, ay, kArrow, kArrow),
+                  kLFOWave1 + i, BitmapId("arrow_left"), -1, "", -1});
+        rows.Add({ELayoutKind::kStepArrow, IRECT::FromSize(fieldR - kArrow, ay, kArrow, kArrow),
+                  kLFOWave1 + i, BitmapId("arrow_right"), -1, "", 1});
         const int sy = p.T + 36 + 5 * 34 + 2;
         rows.Label(IRECT(labelL, sy, labelL + 66, sy + kSwitchH), "SWAP");
         rows.Switch(IRECT::FromSize(fieldL, sy, kSwitchW, kSwitchH), kLFOSwap1 + i);

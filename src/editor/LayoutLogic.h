@@ -23,13 +23,15 @@ constexpr std::array<LayoutRow, 4 * kRowsPerModule + kMatrixRows> Make()
     const int moduleH = (kArea.H() - 3 * kGap) / 4;
     for (int i = 0; i < 4; ++i)
     {
-        const IRECT p(kArea.L, kArea.T + i * (moduleH + kGap), moduleR, kArea.T + i * (moduleH + kGap) + moduleH);
+        const IRECT p(kArea.L, kArea.T + i * (moduleH + kGap), moduleR,
+                      kArea.T + i * (moduleH + kGap) + moduleH);
         rows.Panel(p, kTitles[i], kRoleLogic);
         rows.Switch(TitleSwitch(p), kLogicOn1 + i);
         // Knobs and fields share one centre line; captions sit on the knobs' label line.
         const int kt = p.T + 42, fy = kt + (kSmallKnob - kFieldH) / 2;
         const IRECT labels = KnobLabelRect(layout::Knob(0, kt, kSmallKnob));
-        auto caption = [&](int l, int r, const char* text) { rows.Caption(IRECT(l, labels.T, r, labels.B), text); };
+        auto caption = [&](int l, int r, const char* text)
+        { rows.Caption(IRECT(l, labels.T, r, labels.B), text); };
 
         rows.Field(IRECT(p.L + 14, fy, p.L + 92, fy + kFieldH), kLogic1Source1 + i, kRoleLogic);
         rows.Knob(p.L + 114, kt, kLogic1Source1Depth + i, "knob_hard_small_sp", kRoleLogic, "");
@@ -41,7 +43,8 @@ constexpr std::array<LayoutRow, 4 * kRowsPerModule + kMatrixRows> Make()
         caption(p.L + 298, p.L + 388, "MODE");
         rows.Knob(p.L + 420, kt, kLogic1Smooth + i, "knob_hard_small", kRoleLogic, "SMOOTH");
         rows.Knob(p.L + 474, kt, kLogic1Depth + i, "knob_hard_small", kRoleLogic, "DEPTH");
-        rows.Knob(p.L + 516, kt + (kSmallKnob - kModKnob) / 2, kLogic1DepthMod + i, "knob_soft_mod", kRoleLogic, "");
+        rows.Knob(p.L + 516, kt + (kSmallKnob - kModKnob) / 2, kLogic1DepthMod + i, "knob_soft_mod",
+                  kRoleLogic, "");
         rows.Field(IRECT(p.L + 536, fy, p.R - 14, fy + kFieldH), kLogic1DepthModSource + i, kRoleLogic);
         caption(p.L + 504, p.R - 14, "DEPTH MOD");
     }
@@ -56,7 +59,8 @@ constexpr std::array<LayoutRow, 4 * kRowsPerModule + kMatrixRows> Make()
         rows.Label(IRECT(m.L + 14, t, m.L + 78, t + 14), kSlots[s]);
         rows.Switch(IRECT::FromSize(m.L + 14, t + 20, kSwitchW, kSwitchH), kFBMatrix1 + s);
         for (int k = 0; k < 4; ++k)
-            rows.Knob(m.L + 112 + k * 62, t, kSlot1FB1 + 4 * s + k, "knob_hard_small_sp", kRoleMatrix, kFbLabels[k]);
+            rows.Knob(m.L + 112 + k * 62, t, kSlot1FB1 + 4 * s + k, "knob_hard_small_sp", kRoleMatrix,
+                      kFbLabels[k]);
         if (s > 0) rows.Rule(m.L + 10, t - (rowStep - kSmallKnob - 16) / 2 - 1, m.R - 10);
     }
     return rows.Done();

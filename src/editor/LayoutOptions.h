@@ -17,7 +17,8 @@ inline constexpr char kVersionPrefix[] = "QUORVEX Version ";
 inline constexpr char kVersionSuffix[] = " VST3";
 inline constexpr auto kVersionLine = []
 {
-    std::array<char, sizeof(kVersionPrefix) + sizeof(PlugClassInfo::kVersion) + sizeof(kVersionSuffix) - 2> line{};
+    std::array<char, sizeof(kVersionPrefix) + sizeof(PlugClassInfo::kVersion) + sizeof(kVersionSuffix) - 2>
+        line{};
     int n = 0;
     for (const char* part : {kVersionPrefix, PlugClassInfo::kVersion, kVersionSuffix})
         for (const char* c = part; *c; ++c)
@@ -40,19 +41,20 @@ constexpr std::array<LayoutRow, kRows> Make()
     const int fy = display.T + 40;
     rows.Label(IRECT(display.L + 16, fy, display.L + 116, fy + kFieldH), "COLOUR SET:");
     const int swatchW = 22, swatchPitch = 28;
-    const int fieldL = display.L + 120, fieldR = fieldL + kNumColorRoles * swatchPitch - (swatchPitch - swatchW);
+    const int fieldL = display.L + 120,
+              fieldR = fieldL + kNumColorRoles * swatchPitch - (swatchPitch - swatchW);
     rows.Add({ELayoutKind::kColorSetPopup, IRECT(fieldL, fy, fieldR, fy + kFieldH), -1, -1, kRoleOptions});
     // The set's colours, role by role, under its name.
     for (int role = 0; role < kNumColorRoles; ++role)
-        rows.Add({ELayoutKind::kSwatch, IRECT::FromSize(fieldL + role * swatchPitch, fy + 34, swatchW, 10), -1, -1,
-                  role});
+        rows.Add({ELayoutKind::kSwatch, IRECT::FromSize(fieldL + role * swatchPitch, fy + 34, swatchW, 10),
+                  -1, -1, role});
 
     const IRECT input(kArea.L, display.B + kGap, leftR, display.B + kGap + inputH);
     rows.Panel(input, "INPUT", kRoleOptions);
     const int knobCx = input.L + 56, knobT = input.T + 40;
     const int att = BitmapId("input_att");
-    rows.Add({ELayoutKind::kInputAttenuator, layout::Knob(knobCx, knobT, kBitmapRows[att].mW), -1, att, kRoleOptions,
-              "INPUT ATT"});
+    rows.Add({ELayoutKind::kInputAttenuator, layout::Knob(knobCx, knobT, kBitmapRows[att].mW), -1, att,
+              kRoleOptions, "INPUT ATT"});
     const int ry = knobT + (kSmallKnob - kFieldH) / 2;
     rows.Add({ELayoutKind::kReadout, IRECT(knobCx + 32, ry, knobCx + 96, ry + kFieldH), -1, -1, -1, "0 dB"});
     const int sy = knobT + (kSmallKnob - kSwitchH) / 2;
@@ -79,7 +81,9 @@ constexpr int RowOfKind(const std::array<LayoutRow, kRows>& rows, ELayoutKind ki
 } // namespace optionslayout
 
 inline constexpr auto kOptionsLayout = optionslayout::Make();
-inline constexpr int kOptionsAttenuatorRow = optionslayout::RowOfKind(kOptionsLayout, ELayoutKind::kInputAttenuator);
+inline constexpr int kOptionsAttenuatorRow =
+    optionslayout::RowOfKind(kOptionsLayout, ELayoutKind::kInputAttenuator);
 inline constexpr int kOptionsReadoutRow = optionslayout::RowOfKind(kOptionsLayout, ELayoutKind::kReadout);
 inline constexpr int kOptionsDryKillRow = optionslayout::RowOfKind(kOptionsLayout, ELayoutKind::kDryKill);
-inline constexpr int kOptionsColorSetRow = optionslayout::RowOfKind(kOptionsLayout, ELayoutKind::kColorSetPopup);
+inline constexpr int kOptionsColorSetRow =
+    optionslayout::RowOfKind(kOptionsLayout, ELayoutKind::kColorSetPopup);

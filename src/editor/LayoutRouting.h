@@ -69,7 +69,8 @@ constexpr std::array<LayoutRow, 4 * kRowsPerSlot> Make()
             const int t = st + k * 44;
             rows.Label(IRECT(labelL, t + 10, knobX - 24, t + 26), s.mLabel);
             const bool bipolar = s.mParam == kPanning1;
-            rows.Knob(knobX, t, s.mParam + i, bipolar ? "knob_hard_small_sp" : "knob_hard_small", kRoleRouting, "");
+            rows.Knob(knobX, t, s.mParam + i, bipolar ? "knob_hard_small_sp" : "knob_hard_small",
+                      kRoleRouting, "");
             rows.Knob(modX, t + (kSmallKnob - kModKnob) / 2, s.mDepth + i, "knob_soft_mod", kRoleRouting, "");
             rows.Field(IRECT(srcL, t + 8, fieldR, t + 8 + kFieldH), s.mSource + i, kRoleRouting);
         }

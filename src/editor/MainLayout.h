@@ -33,9 +33,11 @@ enum class ELayoutKind
     kPageSelect, // the page tabs; their labels are the row's label split at '|'
     kPageButton, // a button that opens one page (the row's parameter field holds the page)
     kLiveLabel,  // a label whose text follows the parameter (the master effect's knob names)
-    kCaption,    // a fixed label centred under a control, styled as a knob's label (background only)
-    kStepFader,  // a step column of a gate: press and drag set the value where the mouse is
-    kRule,       // a hairline across the row's rectangle that parts a panel's sections (background only)
+
+    // Kinds of the routing, modulation and options pages.
+    kCaption,         // a fixed label centred under a control, styled as a knob's label (background only)
+    kStepFader,       // a step column of a gate: press and drag set the value where the mouse is
+    kRule,            // a hairline parting a panel's sections (background only)
     kColorSetPopup,   // a field naming the colour set in use; a press lists the sets to pick from
     kInputAttenuator, // the input attenuator: a knob of the editor's own, no parameter
     kReadout,         // a text the plug-in sets (the attenuator's decibels); the row's label starts it

@@ -32,7 +32,8 @@ class IStepFaderControl : public IControl
 class IColorSetPopUpControl : public IControl
 {
   public:
-    IColorSetPopUpControl(IPlugBase* plug, const IRECT& rect, const IColor* accent, std::function<void(int)> pick);
+    IColorSetPopUpControl(IPlugBase* plug, const IRECT& rect, const IColor* accent,
+                          std::function<void(int)> pick);
     void OnMouseDown(int x, int y, const IMouseMod& mod) override;
     void Draw(IGraphics* graphics) override;
     // The name of the set in use.

@@ -55,7 +55,10 @@ template <std::size_t N> class Rows
         Add({ELayoutKind::kPanel, r, -1, -1, role, title});
     }
     // A label left of its control, read from the left.
-    constexpr void Label(const IRECT& r, const char* text) { Add({ELayoutKind::kLabel, r, -1, -1, -1, text}); }
+    constexpr void Label(const IRECT& r, const char* text)
+    {
+        Add({ELayoutKind::kLabel, r, -1, -1, -1, text});
+    }
     // A caption centred under a control, like a knob's label.
     constexpr void Caption(const IRECT& r, const char* text)
     {

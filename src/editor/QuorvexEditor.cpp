@@ -125,7 +125,8 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
     case ELayoutKind::kKnob:
     {
         const EArt art = kBitmapRows[row.mBitmap].mArt;
-        const bool bipolar = art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar || art == EArt::kModKnob;
+        const bool bipolar =
+            art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar || art == EArt::kModKnob;
         control = new IBitmapKnobControl(plug, row.mRect.L, row.mRect.T, param, Bitmap(row.mBitmap), accent,
                                          bipolar);
         break;
@@ -146,8 +147,8 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
         tip = false;
         break;
     default:
-        control = BuildModPageControl(plug, row, param, row.mBitmap >= 0 ? &Bitmap(row.mBitmap) : nullptr, accent,
-                                      {[this](int set) { PickColorSet(set); }});
+        control = BuildModPageControl(plug, row, param, row.mBitmap >= 0 ? &Bitmap(row.mBitmap) : nullptr,
+                                      accent, {[this](int set) { PickColorSet(set); }});
         if (!control) return nullptr;
         break;
     }

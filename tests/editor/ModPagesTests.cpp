@@ -11,12 +11,12 @@
 #include "EditorDoubles.h"
 #include "editor/IOverlay.h"
 #include "editor/MainLayout.h"
+#include "editor/ModPageControls.h"
 #include "editor/PageLayouts.h"
 #include "editor/QuorvexEditor.h"
 #include "editor/ValuePopUpControl.h"
 #include "params/ParamCatalogue.h"
 #include "params/ParamIds.h"
-#include "editor/ModPageControls.h"
 
 namespace
 {
@@ -239,7 +239,8 @@ TEST_F(ModPagesFixture, EveryParameterOfAPagesFamiliesIsOnExactlyOneOfItsControl
         std::map<int, int> count;
         // The wave arrows are a second way to a wave field's parameter, not its control.
         for (IControl* control : PageControls(c.mList))
-            if (control->ParamIdx() >= 0 && !dynamic_cast<IStepArrowControl*>(control)) ++count[control->ParamIdx()];
+            if (control->ParamIdx() >= 0 && !dynamic_cast<IStepArrowControl*>(control))
+                ++count[control->ParamIdx()];
         const std::vector<int> ids = FamilyIds(c);
         for (int id : ids)
             EXPECT_EQ(count[id], 1) << "page " << c.mPage << ": " << plug.GetParam(id)->name;
@@ -278,9 +279,10 @@ TEST_F(ModPagesFixture, EachPageRowBuildsTheControlItsKindAsksFor)
 
 TEST(ModPagesTest, FollowerKnobsCarryTheFollowersLabels)
 {
-    const std::map<int, std::string> expected{
-        {kENV1Gain, "GAIN"},       {kENV1Locut, "LOCUT"},   {kENV1Hicut, "HICUT"}, {kENV1Depth, "DEPTH"},
-        {kENV1Threshold, "THRESHOLD"}, {kENV1Attack, "ATTACK"}, {kENV1Hold, "HOLD"},   {kENV1Decay, "RELEASE"}};
+    const std::map<int, std::string> expected{{kENV1Gain, "GAIN"},           {kENV1Locut, "LOCUT"},
+                                              {kENV1Hicut, "HICUT"},         {kENV1Depth, "DEPTH"},
+                                              {kENV1Threshold, "THRESHOLD"}, {kENV1Attack, "ATTACK"},
+                                              {kENV1Hold, "HOLD"},           {kENV1Decay, "RELEASE"}};
     int knobs = 0;
     for (const LayoutRow& row : kEnvelopeLayout)
         if (row.mKind == ELayoutKind::kKnob)
@@ -299,8 +301,8 @@ TEST_F(ModPagesFixture, FollowerAttackDragAndSourcePick)
     editor.ShowPage(kPageEnvelope, false);
     DragUp(ControlOn(kListEnvelope, kENV2Attack), 39); // a quarter of three 52-pixel heights
     EXPECT_EQ(plug.Gestures(), OneGesture(kENV2Attack));
-    EXPECT_NEAR(plug.GetParam(kENV2Attack)->GetNormalized() - plug.GetParam(kENV1Attack)->GetNormalized(), 0.25,
-                0.01);
+    EXPECT_NEAR(plug.GetParam(kENV2Attack)->GetNormalized() - plug.GetParam(kENV1Attack)->GetNormalized(),
+                0.25, 0.01);
 
     plug.mLog.clear();
     Click(ControlOn(kListEnvelope, kENV1Source));
@@ -429,7 +431,8 @@ TEST_F(ModPagesFixture, TheColourSetFieldAppliesAPickAndTellsTheHandler)
     std::vector<int> told;
     editor.SetColorSetHandler([&](int set) { told.push_back(set); });
     editor.ShowPage(kPageOptions, false);
-    auto* field = dynamic_cast<IColorSetPopUpControl*>(editor.ControlOfPageRow(kListOptions, kOptionsColorSetRow));
+    auto* field =
+        dynamic_cast<IColorSetPopUpControl*>(editor.ControlOfPageRow(kListOptions, kOptionsColorSetRow));
     ASSERT_NE(field, nullptr);
     EXPECT_STREQ(field->SetName(), "DEFAULT");
     Click(field);

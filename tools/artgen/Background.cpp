@@ -196,7 +196,8 @@ void DrawRows(cairo_t* cr, std::span<const LayoutRow> rows)
             cairo_stroke(cr);
             break;
         case ELayoutKind::kCaption:
-            Text(cr, row.mLabel, row.mRect.L, row.mRect.T, row.mRect.W(), row.mRect.H(), 9.5, kLabelText, 0, 0.5);
+            Text(cr, row.mLabel, row.mRect.L, row.mRect.T, row.mRect.W(), row.mRect.H(), 9.5, kLabelText, 0,
+                 0.5);
             break;
         case ELayoutKind::kKnob:
         case ELayoutKind::kInputAttenuator:

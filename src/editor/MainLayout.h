@@ -40,6 +40,17 @@ enum class ELayoutKind
     kFocus,       // the focus panel: name and value of the control touched last
     kFxKnobLabel, // the name of knob mIndex of the effect chosen by the row's type parameter
     kFxIcon,      // the icon of the effect chosen by the row's type parameter
+
+    // Kinds of the routing, modulation and options pages.
+    kCaption,         // a fixed label centred under a control, styled as a knob's label (background only)
+    kStepFader,       // a step column of a gate: press and drag set the value where the mouse is
+    kRule,            // a hairline parting a panel's sections (background only)
+    kColorSetPopup,   // a field naming the colour set in use; a press lists the sets to pick from
+    kInputAttenuator, // the input attenuator: a knob of the editor's own, no parameter
+    kReadout,         // a text the plug-in sets (the attenuator's decibels); the row's label starts it
+    kDryKill,         // the dry-kill switch: the editor's own, no parameter
+    kSwatch,          // a patch of the colour role's current colour, no mouse
+    kStepArrow,       // steps its list parameter by the row's index (-1 or +1), wrapping at the ends
 };
 
 struct LayoutRow

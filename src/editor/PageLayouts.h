@@ -11,6 +11,12 @@
 
 #include "editor/EditorPages.h"
 #include "editor/LayoutEffects.h"
+#include "editor/LayoutEnvelope.h"
+#include "editor/LayoutGates.h"
+#include "editor/LayoutLfo.h"
+#include "editor/LayoutLogic.h"
+#include "editor/LayoutOptions.h"
+#include "editor/LayoutRouting.h"
 #include "editor/MainLayout.h"
 
 struct PageLayout
@@ -33,4 +39,10 @@ constexpr int ParamOfRow(const LayoutRow& row, const PageLayout& page, int insta
 // a header of its own, included here.
 inline constexpr std::array kPageLayouts{
     PageLayout{"page_effects", kEffectsLayout, kListPreFx, 3, kFXOnFB1 - kFXOnPR1},
+    PageLayout{"page_routing", kRoutingLayout, kListRouting},
+    PageLayout{"page_lfo", kLfoLayout, kListLfo},
+    PageLayout{"page_gates", kGatesLayout, kListGates},
+    PageLayout{"page_envelope", kEnvelopeLayout, kListEnvelope},
+    PageLayout{"page_logic", kLogicLayout, kListLogic},
+    PageLayout{"page_options", kOptionsLayout, kListOptions},
 };

@@ -9,6 +9,7 @@
 #include "editor/FxPanelControls.h"
 #include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"
+#include "editor/ModPageControls.h"
 #include "editor/PageLayouts.h"
 #include "editor/PresetRowControls.h"
 #include "editor/ValuePopUpControl.h"
@@ -178,7 +179,8 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
     case ELayoutKind::kKnob:
     {
         const EArt art = kBitmapRows[row.mBitmap].mArt;
-        const bool bipolar = art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar;
+        const bool bipolar =
+            art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar || art == EArt::kModKnob;
         control = new IBitmapKnobControl(plug, row.mRect.L, row.mRect.T, param, Bitmap(row.mBitmap), accent,
                                          bipolar);
         break;
@@ -212,7 +214,10 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
         tip = false;
         break;
     default:
-        return nullptr;
+        control = BuildModPageControl(plug, row, param, row.mBitmap >= 0 ? &Bitmap(row.mBitmap) : nullptr,
+                                      accent, {[this](int set) { PickColorSet(set); }});
+        if (!control) return nullptr;
+        break;
     }
     if (tip)
         if (const IParamRecord* p = plug ? plug->GetParam(control->ParamIdx()) : nullptr)
@@ -301,6 +306,12 @@ void QuorvexEditor::SetParameterFromPlug(int id, double value, bool normalized)
 {
     IGraphics::SetParameterFromPlug(id, value, normalized);
     if (id >= kFX1PR && id <= kFX4PO) RefreshFxKnobs();
+}
+
+void QuorvexEditor::PickColorSet(int index)
+{
+    const int applied = SetColorSet(index);
+    if (mColorSetHandler) mColorSetHandler(applied);
 }
 
 int QuorvexEditor::ShowPage(int page, bool presetLoading)

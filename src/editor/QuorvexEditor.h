@@ -35,6 +35,11 @@ class QuorvexEditor : public IGraphics
     QuorvexEditor(IPlugBase* plug, const std::string& resourceDir);
 
     void SetPageActions(PageActions actions) { mActions = std::move(actions); }
+    // Told the colour set the user picks on the options page, after the editor applied it, so the
+    // plug-in can store it.
+    void SetColorSetHandler(std::function<void(int set)> handler) { mColorSetHandler = std::move(handler); }
+    // A colour set picked by the user: applied, then told to the handler.
+    void PickColorSet(int index);
 
     // What the preset row asks of the plug-in.
     struct PresetActions
@@ -107,6 +112,7 @@ class QuorvexEditor : public IGraphics
         std::array<int, 4> controls;
     };
     std::vector<FxKnobGroup> mFxGroups;
+    std::function<void(int)> mColorSetHandler;
 };
 
 // The bitmap folder of the bundle this code was loaded from: <bundle>/Contents/Resources/img,

@@ -188,10 +188,23 @@ void DrawRows(cairo_t* cr, std::span<const LayoutRow> rows)
             Text(cr, row.mLabel, row.mRect.L, row.mRect.T, row.mRect.W(), row.mRect.H(), 10, kDimText,
                  row.mRect.W() > 60 ? -1 : 0, 1.0);
             break;
+        case ELayoutKind::kRule:
+            cairo_set_line_width(cr, 1.0);
+            SetRGB(cr, kHairline);
+            cairo_move_to(cr, row.mRect.L, row.mRect.T + 0.5);
+            cairo_line_to(cr, row.mRect.R, row.mRect.T + 0.5);
+            cairo_stroke(cr);
+            break;
+        case ELayoutKind::kCaption:
+            Text(cr, row.mLabel, row.mRect.L, row.mRect.T, row.mRect.W(), row.mRect.H(), 9.5, kLabelText, 0,
+                 0.5);
+            break;
         case ELayoutKind::kKnob:
+        case ELayoutKind::kInputAttenuator:
         {
             const EArt art = kBitmapRows[row.mBitmap].mArt;
-            KnobScale(cr, row.mRect, art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar);
+            KnobScale(cr, row.mRect,
+                      art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar || art == EArt::kModKnob);
             const IRECT label = KnobLabelRect(row.mRect);
             if (row.mLabel[0])
                 Text(cr, row.mLabel, label.L, label.T, label.W(), label.H(), 9.5, kLabelText, 0, 0.5);

@@ -1,7 +1,8 @@
 // quorvex-editor-shot: draws the editor offscreen, exactly as the window shows it, into a PNG.
 // It builds the editor on the real parameter catalogue at its defaults, so the picture shows a
 // fresh instance. Usage: quorvex-editor-shot <art folder> <scale> <colour set> <out.png> [dialog]
-// where dialog is "message" (an alert) or "save:<folder>" (the save prompt over that folder).
+// where dialog is "message" (an alert), "save:<folder>" (the save prompt over that folder) or
+// "page:<n>" (page n shown instead of the default page).
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -30,7 +31,7 @@ int main(int argc, char** argv)
     if (argc != 5 && argc != 6)
     {
         std::fprintf(stderr, "usage: quorvex-editor-shot <art folder> <scale> <colour set> <out.png> "
-                             "[message|save:<folder>]\n");
+                             "[message|save:<folder>|page:<n>]\n");
         return 2;
     }
     const double scale = std::strtod(argv[2], nullptr);
@@ -50,6 +51,8 @@ int main(int argc, char** argv)
                               "QUORVEX");
     else if (dialog.rfind("save:", 0) == 0)
         editor.PromptForFile("New Preset", dialog.substr(5), "txt", {}, "SAVE PRESET");
+    else if (dialog.rfind("page:", 0) == 0)
+        editor.ShowPage(std::atoi(dialog.c_str() + 5), false);
     editor.OnTimerTick();
     const bool ok = editor.Raster().SavePNG(argv[4]);
     plug.AttachGraphics(nullptr);

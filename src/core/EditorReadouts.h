@@ -20,7 +20,8 @@ class EditorReadouts
         kSlot4 = kSlot1 + 3,
         kMod1, // .. the 14 modulator outputs in source order (LFO1-4, GATE1-4, ENV1-2, LOGIC1-4)
         kModLast = kMod1 + 13,
-        kNumMeters
+        kEnvIn1, // .. kEnvIn2: what each envelope follower hears
+        kNumMeters = kEnvIn1 + 2
     };
     static constexpr int kNumSteps = 4; // the gates' playing steps
 

@@ -4,6 +4,7 @@
 // signal order (input gain and band, depth; then threshold and the envelope's times), right the
 // meters of its input and output, which the editor's tick feeds.
 
+#include "core/EditorReadouts.h"
 #include "editor/ModPageLayout.h"
 
 namespace envlayout
@@ -58,7 +59,9 @@ constexpr std::array<LayoutRow, 2 * kRowsPerFollower> Make()
         for (int m = 0; m < 2; ++m)
         {
             const IRECT vu = MeterRect(p, m);
-            rows.Add({ELayoutKind::kMeter, vu, -1, BitmapId("VU")});
+            // IN hears the follower's source, OUT is its output (the ENV sources follow the gates).
+            const int meter = m == 0 ? EditorReadouts::kEnvIn1 + e : EditorReadouts::kMod1 + 8 + e;
+            rows.Add({ELayoutKind::kMeter, vu, -1, BitmapId("VU"), -1, "", meter});
             rows.Caption(IRECT(vu.L - 12, vu.B + 6, vu.R + 12, vu.B + 20), meters[m]);
         }
     }

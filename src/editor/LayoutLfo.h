@@ -3,6 +3,7 @@
 // value lists (wave, sync, mode, trigger, polarity) and the wave's swap and reverse switches,
 // then the knobs, the rate's modulation depth beside its source.
 
+#include "core/EditorReadouts.h"
 #include "editor/ModPageLayout.h"
 
 namespace lfolayout
@@ -27,7 +28,7 @@ constexpr std::array<LayoutRow, 4 * kRowsPerLfo> Make()
             {ELayoutKind::kMeter,
              IRECT::FromSize(onSwitch.L - 16 - kBitmapRows[vu].mW, p.T + (kTitleH - kBitmapRows[vu].mH) / 2,
                              kBitmapRows[vu].mW, kBitmapRows[vu].mH),
-             -1, vu});
+             -1, vu, -1, "", EditorReadouts::kMod1 + i});
 
         // Value lists, one a line: label on the left, field to its right.
         const int labelL = p.L + 14, fieldL = p.L + 92, fieldR = p.L + 232;

@@ -59,10 +59,12 @@ void Quorvex::BuildEditor()
             PresentPresetTexts();
             PresentReadouts();
             PresentFocus();
+            PresentOptions();
             PresentMessage();
         });
     mEditor->SetPageActions({[this](int page) { ShowPage(page); }, [this] { ToggleOptionsPage(); },
                              [this] { ToggleLargeDelayView(); }});
+    WireOptionsPage();
     mEditor->SetTouchHook([this](int id) { mFields.mFocusedParam = id; });
     mEditor->SetPresetActions({[this] { OpenPresetMenu(); }, [this](bool forward) { StepPreset(forward); },
                                [this] { SavePresetDialog(); }});

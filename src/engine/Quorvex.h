@@ -179,6 +179,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     void OnGUIClose() override;
     void PublishReadouts();
     void PresentFocus();
+    void WireOptionsPage();
+    void PresentOptions();
     void PresentReadouts();
     Relaxed<bool> mEditorOpen{false};
     EditorReadouts mReadouts;

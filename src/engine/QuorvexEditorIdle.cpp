@@ -5,8 +5,10 @@
 
 #include "core/LevelMeter.h"
 #include "dsp/Vec.h"
+#include "editor/LayoutOptions.h"
 #include "editor/QuorvexEditor.h"
 #include "engine/Quorvex.h"
+#include "state/InputAttenuator.h"
 
 void Quorvex::OnGUIOpen()
 {
@@ -34,8 +36,38 @@ void Quorvex::PublishReadouts()
         const double* buffer = mModBank.SourceBuffer(m + 1);
         mReadouts.SetPosition(EditorReadouts::kMod1 + m, buffer ? buffer[kBlockSize - 1] : 0.0);
     }
+    for (int e = 0; e < ModulatorBank::kEnvelopes; ++e)
+    {
+        const double* heard = mModulators.mEnv[e].SourceBuffer();
+        mReadouts.HoldPeak(EditorReadouts::kEnvIn1 + e, heard ? BlockPeak(heard, kBlockSize) : 0.0);
+    }
     for (int g = 0; g < EditorReadouts::kNumSteps; ++g)
         mReadouts.SetStep(g, mModulators.mGate[g].Step());
+}
+
+// UI thread: the options page's own controls (the attenuator and the dry kill are state, not
+// parameters) act on the engine, and show what a loaded state holds.
+void Quorvex::WireOptionsPage()
+{
+    if (!mEditor) return;
+    mEditor->SetColorSetHandler([this](int set) { mFields.mColorSet = set; });
+    if (IControl* att = mEditor->ControlOfPageRow(kListOptions, kOptionsAttenuatorRow))
+        att->SetAction([this](IControl& c) { mMaster.SetAttenuator(c.GetValue()); });
+    if (IControl* kill = mEditor->ControlOfPageRow(kListOptions, kOptionsDryKillRow))
+        kill->SetAction([this](IControl& c) { mMaster.SetDryKill(c.GetValue() > 0.5); });
+}
+
+void Quorvex::PresentOptions()
+{
+    if (!mEditor) return;
+    IControl* att = mEditor->ControlOfPageRow(kListOptions, kOptionsAttenuatorRow);
+    if (att && att->GetValue() != mFields.mInputAttenuator) att->SetValueFromPlug(mFields.mInputAttenuator);
+    IControl* kill = mEditor->ControlOfPageRow(kListOptions, kOptionsDryKillRow);
+    const double killed = mFields.mDryKill ? 1.0 : 0.0;
+    if (kill && kill->GetValue() != killed) kill->SetValueFromPlug(killed);
+    if (auto* readout =
+            dynamic_cast<ITextControl*>(mEditor->ControlOfPageRow(kListOptions, kOptionsReadoutRow)))
+        readout->SetTextFromPlug(std::to_string(InputAttenuatorDb(mFields.mInputAttenuator)) + " dB");
 }
 
 // UI thread, once per editor frame.
@@ -55,8 +87,14 @@ void Quorvex::PresentReadouts()
         const double shaped = peak * 4.0 / (peak * 3.0 + 1.0);
         mEditor->SetMeter(id, std::min(1.0, mMeters[id].Tick(shaped)));
     }
+    // Modulator outputs as they swing, on a 0..1 strip: their magnitude.
     for (int m = EditorReadouts::kMod1; m <= EditorReadouts::kModLast; ++m)
-        mEditor->SetMeter(m, mReadouts.Position(m));
+        mEditor->SetMeter(m, std::min(1.0, std::fabs(mReadouts.Position(m))));
+    for (int e = 0; e < ModulatorBank::kEnvelopes; ++e)
+    {
+        const int id = EditorReadouts::kEnvIn1 + e;
+        mEditor->SetMeter(id, mMeters[id].Tick(MeterLaw(mReadouts.TakePeak(id))));
+    }
     for (int g = 0; g < EditorReadouts::kNumSteps; ++g)
         mEditor->SetPlayingStep(g, mReadouts.Step(g));
 }

@@ -1,6 +1,7 @@
 #pragma once
 // Bitmap controls with a fade weight and a colour role: a strip laid over the background at its
 // weight, and a round switch with an accent ring.
+// UI thread only.
 
 #include "editor/IBlendControl.h"
 #include "editor/IControl.h"

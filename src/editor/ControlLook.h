@@ -2,6 +2,7 @@
 // The drawn parts that the custom controls share: knob and button faces for when a bitmap is
 // missing, the accent rings, and the fixed dark tones around them. Drawing goes through the
 // editor's raster only; everything is in layout pixels.
+// UI thread only.
 
 #include "editor/IGraphicsTypes.h"
 

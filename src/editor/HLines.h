@@ -1,6 +1,7 @@
 #pragma once
 // Horizontal guide lines across a rectangle, at equal distance: a rectangle of height h with
 // distance d holds n = h / d bands and so n - 1 lines between them. Distance 0 draws nothing.
+// UI thread only.
 
 #include "editor/IControl.h"
 

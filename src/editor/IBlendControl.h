@@ -2,6 +2,7 @@
 // Mix-in of the custom controls: a pointer to one of the editor's colour role slots and a fade
 // weight. The slot is read at every draw, so applying another colour set recolours the control
 // without telling it anything.
+// UI thread only.
 
 #include <algorithm>
 

@@ -2,6 +2,7 @@
 // The colour set chooser of the options page: a field with the name of the set in use and a
 // strip of its accents; a click pops up the names of all sets, and the pick goes back through
 // the callback (the plug-in applies the set and moves the selection here).
+// UI thread only.
 
 #include <functional>
 #include <string>

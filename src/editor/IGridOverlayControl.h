@@ -2,6 +2,7 @@
 // A grid of cells over a bitmap, to pick one of the stored step patterns: the cell under the mouse
 // carries a marker, a click selects the cell row x columns + column and sets the value to
 // index / (cells - 1). The selected cell is framed in a colour role, 4 pixels inside the cell.
+// UI thread only.
 
 #include "editor/IBlendControl.h"
 #include "editor/IControl.h"

@@ -2,6 +2,7 @@
 // A transparent overlay that lays a colour band over a knob: the band runs along the knob's rim
 // from the lower stop to the value. It follows its parameter (a hidden knob's value shows through
 // it) and takes no input, so the mouse reaches whatever lies below.
+// UI thread only.
 
 #include "editor/IBlendControl.h"
 #include "editor/IControl.h"

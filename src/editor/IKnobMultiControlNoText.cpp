@@ -65,6 +65,15 @@ void IKnobMultiControlNoText::OnMouseDown(int x, int y, const IMouseMod& mod)
     SetDirty(true);
 }
 
+void IKnobMultiControlNoText::OnMouseDrag(int x, int y, int dX, int dY, const IMouseMod& mod)
+{
+    // The drag's gearing belongs to the knob's size, not to the ring drawn around it.
+    const IRECT drawn = mRect;
+    mRect = mKnobRect;
+    IKnobControl::OnMouseDrag(x, y, dX, dY, mod);
+    mRect = drawn;
+}
+
 void IKnobMultiControlNoText::Draw(IGraphics* graphics)
 {
     const float gray = mGrayed ? controllook::kGrayedWeight : 1.0f;

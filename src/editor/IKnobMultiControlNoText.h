@@ -6,6 +6,7 @@
 // stepped control shows only the step positions of its strip), and may jump to the pointer.
 // The draw rectangle includes the ring, so that a redraw repaints it; the knob itself and its hit
 // area are the rectangle given.
+// UI thread only.
 
 #include "editor/IBlendControl.h"
 #include "editor/IControl.h"
@@ -35,6 +36,7 @@ class IKnobMultiControlNoText : public IKnobControl, public IBlendControl
     const IRECT& KnobRect() const { return mKnobRect; }
 
     void OnMouseDown(int x, int y, const IMouseMod& mod) override;
+    void OnMouseDrag(int x, int y, int dX, int dY, const IMouseMod& mod) override;
     void Draw(IGraphics* graphics) override;
 
   private:

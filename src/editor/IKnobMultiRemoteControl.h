@@ -4,6 +4,7 @@
 // are attached to the editor before this control (they draw and hear their parameters as any
 // knob); this control lies over them, takes the mouse and makes the host gesture of the knob it
 // passes events to, since the editor only sees this control, which has no parameter.
+// UI thread only.
 
 #include "editor/IControl.h"
 

@@ -2,6 +2,7 @@
 // The editor's own variants of the plain toolkit controls: a switch without a value prompt, radio
 // buttons whose selection can be switched off, a value label with its format and unit, and a
 // panel in a colour role. All of them keep working, drawn by code, when their bitmap is missing.
+// UI thread only.
 
 #include <string>
 

@@ -3,6 +3,7 @@
 // bitmap button with its parameter's display texts, a field with a menu of its own, and an
 // invisible area that opens a given menu. A pick made in a popup that sets a parameter is one
 // host gesture of its own (the press that opened the popup was another).
+// UI thread only.
 
 #include <functional>
 #include <memory>

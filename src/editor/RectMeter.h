@@ -2,6 +2,7 @@
 // A level bar: the value (0..1) as a filled part of the rectangle in a colour role, growing from
 // the bottom, or from the left when horizontal, over a dark well. The idle code sets its value;
 // whatever it is given, the bar stays inside the rectangle.
+// UI thread only.
 
 #include "editor/IBlendControl.h"
 #include "editor/IControl.h"

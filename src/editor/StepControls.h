@@ -2,6 +2,7 @@
 // Numbered cells of the step and tap rows: a step of a step bar that lights when it is the step
 // playing, a plain number label, and the tap selector. They draw their number and colour frame
 // themselves, over a two-frame bitmap when there is one.
+// UI thread only.
 
 #include <string>
 

@@ -4,6 +4,7 @@
 // each takes the call it makes as a function object that the page code binds. None of them has
 // a parameter, so none makes a host gesture. They call on the user's actions only: a value the
 // plug-in sets (to show its state) calls nothing back.
+// UI thread only; the functions they call run there too.
 
 #include <functional>
 #include <vector>

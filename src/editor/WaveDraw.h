@@ -4,6 +4,8 @@
 // polarity maps it as the LFO does (POS 0..1, NEG -1..0, BI -1..1), the top of the rectangle
 // being +1 and the bottom -1. The wave comes either as a table the plug-in owns or as a function
 // of the phase (0..1 to -1..1).
+// UI thread only; the table may be rewritten by the engine meanwhile, and a torn read only
+// shows for one frame.
 
 #include <functional>
 #include <vector>

@@ -146,6 +146,14 @@ TEST_F(Editor, KnobRingIsDrawnFilledOrAsOutlineAtTheGrownRectangle)
     graphics.SetColorSet(5); // ICE: role 5 is 0x7BB6FD
     graphics.OnTimerTick();
     EXPECT_EQ(Red(120, 98), 0x7B);
+    // The ring is drawn but neither hit nor part of the drag's gearing: 30 pixels up on a
+    // 40-pixel knob at gearing 3 is a quarter of the range.
+    EXPECT_EQ(knob->GetRECT(), IRECT(94, 94, 146, 146));
+    EXPECT_EQ(graphics.HitTest(96, 120), -1);
+    graphics.OnMouseDown(120, 120, Left());
+    graphics.OnMouseDrag(120, 90, Left());
+    graphics.OnMouseUp(120, 90, Left());
+    EXPECT_NEAR(knob->GetValue(), 0.25, 1e-12);
 }
 
 TEST_F(Editor, RemoteKnobRoutesByNormalisedRadius)

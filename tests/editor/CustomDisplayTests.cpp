@@ -8,6 +8,9 @@
 #include "EditorDoubles.h"
 #include "editor/BlendBitmapControls.h"
 #include "editor/HLines.h"
+#include "editor/IKnobMultiControlNoText.h"
+#include "editor/IMyControls.h"
+#include "editor/MenuControls.h"
 #include "editor/RectMeter.h"
 #include "editor/StepControls.h"
 #include "editor/VoidControls.h"
@@ -412,4 +415,64 @@ TEST_F(Screen, DrawDummyTicksOncePerRedrawPass)
     EXPECT_FALSE(dummy->IsHidden());
     graphics.OnTimerTick();
     EXPECT_EQ(ticks, 6);
+}
+
+TEST_F(Screen, NumberLabelRingOrFrameAndItsText)
+{
+    IText style;
+    style.mSize = 14;
+    style.mColor = &kGreen;
+    auto* framed = Attach(new NumberLabel(&plug, IRECT(10, 10, 40, 40), IBitmap(), &kRed, style, 3));
+    auto* round = Attach(new NumberLabel(&plug, IRECT(60, 10, 90, 40), IBitmap(), &kRed, style, 3, true));
+    framed->SetNumber(8);
+    round->SetNumber(8);
+    graphics.OnTimerTick();
+    EXPECT_GT(Red(10, 10), 200); // a frame reaches the corner
+    EXPECT_LT(Red(60, 10), 100); // a ring doesn't
+    EXPECT_GT(Red(60, 25), 200);
+    EXPECT_EQ(framed->GetText(), "8");
+    IRECT r;
+    framed->SetNumber(8);
+    EXPECT_FALSE(graphics.IsDirty(r));
+    framed->SetText("12");
+    EXPECT_TRUE(graphics.IsDirty(r));
+}
+
+TEST_F(Screen, EveryVisibleControlDrawsItselfWithoutItsBitmap)
+{
+    // Bitmaps that failed to load keep their size and frame count but have no raster.
+    const IBitmap missing = FakeStrip(30, 30, 2);
+    IText style;
+    auto within = [&](IControl* c)
+    {
+        graphics.AttachControl(c);
+        c->SetValueFromPlug(1.0);
+        return c;
+    };
+    std::vector<IControl*> shown = {
+        within(new StepLengthControl(&plug, IRECT(10, 10, 40, 40), missing, &kRed, style, 1)),
+        within(new NumberLabel(&plug, IRECT(50, 10, 80, 40), missing, &kRed, style)),
+        within(new TapSelector(&plug, IRECT(90, 10, 120, 40), -1, missing, &kRed, style, 2)),
+        within(new IBlendBitmapControl(&plug, IRECT(130, 10, 160, 40), -1, missing, 1.0f, &kRed)),
+        within(new IBlendRoundSwitchControl(&plug, IRECT(170, 10, 200, 40), -1, missing, &kRed)),
+        within(new IVoidSwitchControl(&plug, IRECT(210, 10, 240, 40), missing, {}, &kRed)),
+        within(new IVoidContactControl(&plug, IRECT(250, 10, 280, 40), missing, {}, &kRed)),
+        within(new IVoidFramesControl(&plug, IRECT(10, 60, 70, 90), missing, {})),
+        within(new RectMeter(&plug, IRECT(90, 60, 100, 90), &kRed)),
+        within(new IKnobMultiControlNoText(&plug, IRECT(110, 60, 140, 90), kGain, missing)),
+        within(new IMySwitchControl(&plug, IRECT(150, 60, 180, 90), kSwitch, missing)),
+        within(new IMyRadioControl(&plug, IRECT(190, 60, 250, 90), kMode, 2, IBitmap())),
+        within(new IParamPopupMenu(&plug, IRECT(10, 110, 70, 130), kMode, missing)),
+    };
+    graphics.OnTimerTick();
+    const std::uint32_t background = Pixel(295, 195);
+    for (size_t i = 0; i < shown.size(); ++i)
+    {
+        const IRECT r = shown[i]->GetRECT();
+        int differing = 0;
+        for (int y = r.T; y < r.B; ++y)
+            for (int x = r.L; x < r.R; ++x)
+                differing += Pixel(x, y) != background;
+        EXPECT_GT(differing, r.W() * r.H() / 10) << "control " << i;
+    }
 }

@@ -125,6 +125,16 @@ void TapSelector::OnMouseDown(int x, int y, const IMouseMod& mod)
     SetDirty(true);
 }
 
+void TapSelector::SetValueFromPlug(double value)
+{
+    ISwitchControl::SetValueFromPlug(value);
+    if ((mValue > 0.5) != mSelected)
+    {
+        mSelected = mValue > 0.5;
+        mDirty = true;
+    }
+}
+
 void TapSelector::Draw(IGraphics* graphics)
 {
     const float gray = mGrayed ? controllook::kGrayedWeight : 1.0f;

@@ -68,6 +68,8 @@ class TapSelector : public ISwitchControl, public IBlendControl
     int Number() const { return mNumber; }
     int Frame() const { return mSelected ? 2 : 1; }
     void OnMouseDown(int x, int y, const IMouseMod& mod) override;
+    // A bound parameter's value selects (above one half) or unselects.
+    void SetValueFromPlug(double value) override;
     void Draw(IGraphics* graphics) override;
 
   private:

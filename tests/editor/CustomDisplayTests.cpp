@@ -286,6 +286,14 @@ TEST_F(Screen, StepAndTapCellsLightWithoutTellingThePlugin)
     EXPECT_EQ(tap->Frame(), 1);
     EXPECT_EQ(selections, 1);
     EXPECT_TRUE(plug.mLog.empty());
+    // Bound to a parameter, the tap follows its value.
+    auto* bound = Attach(
+        new TapSelector(&plug, IRECT(90, 10, 120, 40), kSwitch, FakeStrip(30, 30, 2), &kRed, style, 2));
+    graphics.SetParameterFromPlug(kSwitch, 1.0, true);
+    EXPECT_TRUE(bound->IsSelected());
+    graphics.SetParameterFromPlug(kSwitch, 0.0, true);
+    EXPECT_FALSE(bound->IsSelected());
+    EXPECT_EQ(bound->Frame(), 1);
     // Cells don't take the mouse away from what lies below them.
     EXPECT_EQ(graphics.HitTest(20, 20), -1);
 }

@@ -184,9 +184,31 @@ void IMyTextControl::SetValueText(double value)
 
 void IMyTextControl::SetText(const std::string& text)
 {
+    if (mTimedTicks > 0)
+    {
+        mKeptStr = text;
+        return;
+    }
     if (text == mStr) return;
     mStr = text;
     mDirty = true;
+}
+
+void IMyTextControl::SetTimedText(const std::string& text, int ticks)
+{
+    if (ticks <= 0) return;
+    if (mTimedTicks == 0) mKeptStr = mStr;
+    mTimedTicks = ticks;
+    if (text == mStr) return;
+    mStr = text;
+    mDirty = true;
+}
+
+bool IMyTextControl::TimedTick()
+{
+    if (mTimedTicks == 0 || --mTimedTicks > 0) return false;
+    SetText(mKeptStr);
+    return true;
 }
 
 void IMyTextControl::Draw(IGraphics* graphics)

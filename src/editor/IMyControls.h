@@ -62,6 +62,12 @@ class IMyTextControl : public IControl, public IBlendControl
     void SetValueText(double value);
     void SetText(const std::string& text);
     const std::string& GetText() const { return mStr; }
+    // A notice shown for `ticks` idle ticks, after which the label's own text comes back. Texts
+    // set meanwhile are kept for then; a second notice replaces the first but not the text kept.
+    void SetTimedText(const std::string& text, int ticks);
+    // One idle tick; true on the tick the label's own text came back.
+    bool TimedTick();
+    bool TimedTextShowing() const { return mTimedTicks > 0; }
     bool AlignRight() const { return mStyle.mAlign == IText::kAlignFar; }
 
     // value formatted by a format of one conversion of f, F, e, E, g, G, d or i (with flags,
@@ -77,6 +83,8 @@ class IMyTextControl : public IControl, public IBlendControl
     std::string mFormat;
     std::string mUnit;
     std::string mStr;
+    std::string mKeptStr;
+    int mTimedTicks = 0;
 };
 
 // A filled rectangle in a colour role, with optional round corners. Decoration: it takes no mouse.

@@ -413,6 +413,35 @@ TEST_F(Editor, MyTextRedrawsOnlyOnAChangeAndAlignsToItsSide)
     EXPECT_GT(litIn(100, 200, 30, 50), 10);
 }
 
+TEST_F(Editor, TimedTextGoesBackToTheLabelsOwnText)
+{
+    IText style;
+    auto* label = Attach(new IMyTextControl(&plug, IRECT(0, 0, 100, 20), style, &kRed, false, "%.1f", " ms"));
+    label->SetValueText(250.0);
+    EXPECT_FALSE(label->TimedTick()); // nothing pending
+    label->SetTimedText("COPIED", 3);
+    EXPECT_EQ(label->GetText(), "COPIED");
+    EXPECT_FALSE(label->TimedTick());
+    label->SetValueText(300.0); // arrives meanwhile: kept for later
+    EXPECT_EQ(label->GetText(), "COPIED");
+    EXPECT_FALSE(label->TimedTick());
+    EXPECT_TRUE(label->TimedTick());
+    EXPECT_EQ(label->GetText(), "300.0 ms");
+    EXPECT_FALSE(label->TimedTextShowing());
+    EXPECT_FALSE(label->TimedTick());
+
+    // A second notice restarts the count and still returns to the label's text.
+    label->SetTimedText("A", 2);
+    label->TimedTick();
+    label->SetTimedText("B", 2);
+    EXPECT_FALSE(label->TimedTick());
+    EXPECT_EQ(label->GetText(), "B");
+    EXPECT_TRUE(label->TimedTick());
+    EXPECT_EQ(label->GetText(), "300.0 ms");
+    label->SetTimedText("NEVER", 0);
+    EXPECT_EQ(label->GetText(), "300.0 ms");
+}
+
 TEST_F(Editor, PanelFollowsItsColourSlotAndTakesNoMouse)
 {
     Attach(new IMyPanelControl(&plug, IRECT(10, 10, 50, 50), graphics.Colors().Role(1)));

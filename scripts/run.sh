@@ -15,6 +15,8 @@ mkdir -p out
 # 100 % and 200 % land in out/ (editor-100.png, editor-200.png, editor-popup-100.png).
 QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" QUORVEX_SCREENSHOT_DIR=out \
   ./build/release/tests/editor/host/quorvex_editor_host_tests --gtest_brief=1
+# Every page of the editor as a picture, in out/screenshots/.
+bash scripts/screenshots.sh build/release
 # Slot 1 at full delay send with feedback, so the echoes are heard (the defaults pass only the direct sound).
 QUORVEX_BUNDLE="$HOME/.vst3/Quorvex.vst3" ./build/release/tools/render/quorvex-render \
   --set "Direct In 1=50" --set "Feedback 1=45" --demo out/demo.wav

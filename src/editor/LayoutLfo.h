@@ -11,7 +11,7 @@ namespace lfolayout
 using namespace modlayout;
 inline constexpr const char* kTitles[] = {"LFO 1", "LFO 2", "LFO 3", "LFO 4"};
 inline constexpr int kArrow = 18; // arrow_left, arrow_right
-inline constexpr int kRowsPerLfo = 26;
+inline constexpr int kRowsPerLfo = 27;
 
 constexpr std::array<LayoutRow, 4 * kRowsPerLfo> Make()
 {
@@ -64,6 +64,9 @@ constexpr std::array<LayoutRow, 4 * kRowsPerLfo> Make()
         rows.Field(IRECT(c2 - 34, t2 + 8, c2 + 34, t2 + 8 + kFieldH), kLFOFreqModSource1 + i, kRoleLfo);
         const IRECT caption = KnobLabelRect(layout::Knob(c1, t2, kSmallKnob));
         rows.Caption(IRECT(caption.L, caption.T, c2 + 34, caption.B), "RATE MOD");
+        // The wave as the LFO plays it, under the knobs.
+        rows.Add(
+            {ELayoutKind::kWaveDraw, IRECT(c0 - 22, p.T + 208, c2 + 34, p.B - 10), -1, -1, kRoleLfo, "", i});
     }
     return rows.Done();
 }

@@ -51,6 +51,7 @@ enum class ELayoutKind
     kDryKill,         // the dry-kill switch: the editor's own, no parameter
     kSwatch,          // a patch of the colour role's current colour, no mouse
     kStepArrow,       // steps its list parameter by the row's index (-1 or +1), wrapping at the ends
+    kWaveDraw,        // one cycle of the wave of LFO mIndex as the LFO plays it
 };
 
 struct LayoutRow

@@ -6,6 +6,7 @@
 
 #include "editor/IGraphics.h"
 #include "editor/MainLayout.h"
+#include "editor/WaveDraw.h"
 #include "params/IParamRecord.h"
 
 IStepFaderControl::IStepFaderControl(IPlugBase* plug, const IRECT& rect, int paramIdx, const IBitmap& bitmap,
@@ -169,6 +170,8 @@ IControl* BuildModPageControl(IPlugBase* plug, const LayoutRow& row, int param, 
         return bitmap ? new IStepArrowControl(plug, row.mRect, param, *bitmap, row.mIndex) : nullptr;
     case ELayoutKind::kDryKill:
         return bitmap ? new ISwitchControl(plug, row.mRect, -1, *bitmap) : nullptr;
+    case ELayoutKind::kWaveDraw:
+        return new WaveDraw(plug, row.mRect, accent);
     default:
         return nullptr;
     }

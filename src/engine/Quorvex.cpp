@@ -60,6 +60,7 @@ void Quorvex::BuildEditor()
             PresentReadouts();
             PresentFocus();
             PresentOptions();
+            PresentLfoWaves();
             PresentMessage();
         });
     mEditor->SetPageActions({[this](int page) { ShowPage(page); }, [this] { ToggleOptionsPage(); },

@@ -181,6 +181,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     void PresentFocus();
     void WireOptionsPage();
     void PresentOptions();
+    void PresentLfoWaves();
+    std::array<const WaveRecord*, 4> mShownWave{};
     void PresentReadouts();
     Relaxed<bool> mEditorOpen{false};
     EditorReadouts mReadouts;

@@ -5,9 +5,12 @@
 
 #include "core/LevelMeter.h"
 #include "dsp/Vec.h"
+#include "editor/LayoutLfo.h"
 #include "editor/LayoutOptions.h"
 #include "editor/QuorvexEditor.h"
+#include "editor/WaveDraw.h"
 #include "engine/Quorvex.h"
+#include "modulators/WaveStore.h"
 #include "state/InputAttenuator.h"
 
 void Quorvex::OnGUIOpen()
@@ -68,6 +71,32 @@ void Quorvex::PresentOptions()
     if (auto* readout =
             dynamic_cast<ITextControl*>(mEditor->ControlOfPageRow(kListOptions, kOptionsReadoutRow)))
         readout->SetTextFromPlug(std::to_string(InputAttenuatorDb(mFields.mInputAttenuator)) + " dB");
+}
+
+// UI thread: each LFO's wave display shows the table its wave choice names, as the LFO plays it.
+void Quorvex::PresentLfoWaves()
+{
+    if (!mEditor) return;
+    int row = 0;
+    for (const LayoutRow& r : kLfoLayout)
+    {
+        auto* wave = r.mKind == ELayoutKind::kWaveDraw
+                         ? dynamic_cast<WaveDraw*>(mEditor->ControlOfPageRow(kListLfo, row))
+                         : nullptr;
+        ++row;
+        if (!wave) continue;
+        const int lfo = r.mIndex;
+        const WaveRecord* record = mModulators.Wave(static_cast<int>(GetParam(kLFOWave1 + lfo)->value));
+        if (record && mShownWave[lfo] != record)
+        {
+            wave->SetTable(record->samples, kWaveTableSize);
+            mShownWave[lfo] = record;
+        }
+        wave->SetPhase(GetParam(kLFOPhase1 + lfo)->value * 0.01);
+        wave->SetPolarity(static_cast<int>(GetParam(kLFOPol1 + lfo)->value));
+        wave->SetReverse(GetParam(kLFOReverse1 + lfo)->value > 0.5);
+        wave->SetSwap(GetParam(kLFOSwap1 + lfo)->value > 0.5);
+    }
 }
 
 // UI thread, once per editor frame.

@@ -12,6 +12,7 @@
 #include "editor/LayoutOptions.h"
 #include "editor/MainLayout.h"
 #include "editor/QuorvexEditor.h"
+#include "editor/WaveDraw.h"
 #include "state/InputAttenuator.h"
 
 using namespace engine_rig;
@@ -226,4 +227,33 @@ TEST(EditorOptions, AttenuatorDryKillAndColourSetReachTheEngineAndBack)
                      position);
     EXPECT_EQ(otherEditor->ControlOfPageRow(kListOptions, kOptionsDryKillRow)->GetValue(), 1.0);
     EXPECT_EQ(otherEditor->Colors().Current(), 4);
+}
+
+// Each LFO's wave display draws the wave its choice names, as the LFO plays it.
+TEST(EditorLfoWaves, TheDisplayFollowsTheWaveAndItsPolarity)
+{
+    Rig rig;
+    auto* editor = dynamic_cast<QuorvexEditor*>(rig.Plug().GetGUI());
+    ASSERT_NE(editor, nullptr);
+    std::vector<WaveDraw*> waves;
+    for (int idx : editor->ListControls(kListLfo))
+        if (auto* w = dynamic_cast<WaveDraw*>(editor->GetControl(idx))) waves.push_back(w);
+    ASSERT_EQ(waves.size(), 4u);
+    editor->OnTimerTick();
+    for (WaveDraw* w : waves)
+        EXPECT_TRUE(w->HasWave());
+    // LFO 2 on "SIN1" against "TRIANGLE": the shapes differ at an eighth of the cycle.
+    const double sine = waves[1]->ValueAt(0.125);
+    IParamRecord* wave = rig.Plug().GetParam(kLFOWave2);
+    double triangle = -1;
+    ASSERT_TRUE(wave->GetValueFromDisplayText("TRIANGLE", triangle));
+    rig.Set(kLFOWave2, triangle);
+    editor->OnTimerTick();
+    EXPECT_GT(std::abs(waves[1]->ValueAt(0.125) - sine), 0.05);
+    // Negative polarity draws the wave upside down.
+    const double up = waves[1]->ValueAt(0.125);
+    rig.Set(kLFOPol2, 1.0);
+    editor->OnTimerTick();
+    EXPECT_NE(waves[1]->ValueAt(0.125), up);
+    EXPECT_EQ(waves[0]->ValueAt(0.125), waves[2]->ValueAt(0.125)); // the others untouched, alike
 }

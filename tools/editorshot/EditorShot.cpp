@@ -8,22 +8,24 @@
 #include <string>
 
 #include "editor/QuorvexEditor.h"
-#include "host/IPlugBase.h"
+#include "editor/WaveDraw.h"
 #include "fx/EffectTable.h"
+#include "host/IPlugBase.h"
+#include "modulators/WaveMenu.h"
+#include "modulators/WaveStore.h"
 #include "params/IParamRecord.h"
 #include "params/ParamCatalogue.h"
 #include "params/ParamIds.h"
 
 namespace
 {
-constexpr const char* kWaves[] = {"SINE"};
 
 class ShotPlug : public IPlugBase
 {
   public:
     ShotPlug() : IPlugBase(IPlugConfig{.nParams = kNumParams, .channelIOStr = "2-2"})
     {
-        InitParams(params, kWaves);
+        InitParams(params, kWaveMenuNames);
     }
 };
 // A patch that fills the pages the way a session would, for the page pictures: an effect of a
@@ -40,11 +42,12 @@ constexpr ShowcaseRow kShowcase[] = {
     {kFX3FB, "LOFI I", 0},     {kFX4FB, "MULTI 12dB", 0},  {kFX1PO, "MULTI SVF", 0},
     {kFX2PO, "VOWEL", 0},      {kFX3PO, "DRIVE LP+HP", 0}, {kFX4PO, "PEAK", 0},
     {kFXOnPR1, "ON", 0},       {kFXOnFB1, "ON", 0},        {kFXOnPO2, "ON", 0},
-    {kSlotOn2, "ON", 0},       {kLFOOn1, "ON", 0},         {kFeedback1, nullptr, 45},
+    {kSlotOn2, "ON", 0},       {kLFOOn1, "ON", 0},         {kLFOWave2, nullptr, 3},
+    {kLFOWave3, nullptr, 7},   {kLFOWave4, nullptr, 12},   {kFeedback1, nullptr, 45},
     {kDirectIn1, nullptr, 50}, {kMasterFX, "REVERB", 0},
 };
 
-void ApplyShowcase(IPlugBase& plug, IGraphics& editor)
+void ApplyShowcase(IPlugBase& plug, QuorvexEditor& editor)
 {
     for (const ShowcaseRow& row : kShowcase)
     {
@@ -61,7 +64,8 @@ void ApplyShowcase(IPlugBase& plug, IGraphics& editor)
         for (int slot = 0; slot < 4; ++slot)
         {
             const int offset = position * 4 + slot;
-            const int typeId = FxTypeFromMenu(position, static_cast<int>(plug.GetParam(kFX1PR + offset)->value));
+            const int typeId =
+                FxTypeFromMenu(position, static_cast<int>(plug.GetParam(kFX1PR + offset)->value));
             const FxTypeInfo* type = FindFxType(typeId);
             if (!type || typeId == 0) continue;
             for (int k = 0; k < kFxParams; ++k)
@@ -70,6 +74,16 @@ void ApplyShowcase(IPlugBase& plug, IGraphics& editor)
                 p->value = type->defaults[k] * 100.0;
                 editor.SetParameterFromPlug(values[k] + offset, p->GetNormalized(), true);
             }
+        }
+    // The LFO displays show the waves the LFOs choose, as the plug-in hands them over.
+    static const WaveList waves = BuildWaveList();
+    int lfo = 0;
+    for (int idx : editor.ListControls(kListLfo))
+        if (auto* wave = dynamic_cast<WaveDraw*>(editor.GetControl(idx)))
+        {
+            const auto choice = static_cast<size_t>(plug.GetParam(kLFOWave1 + lfo++)->value);
+            if (choice < waves.size() && waves[choice])
+                wave->SetTable(waves[choice]->samples, kWaveTableSize);
         }
     for (int step = 0; step < 16; ++step)
         if (IParamRecord* p = plug.GetParam(kGate1Step1 + step))

@@ -35,6 +35,16 @@ enum class ELayoutKind
     kLiveLabel,   // a label whose text follows the parameter (the master effect's knob names)
     kFxKnobLabel, // the name of knob mIndex of the effect chosen by the row's type parameter
     kFxIcon,      // the icon of the effect chosen by the row's type parameter
+    // The delay pages' own kinds; their controls come from BuildDelayPageControl.
+    kModeKnob,        // a knob that shows by a rule: it draws its own scale and label
+    kModeLabel,       // a label that shows by a rule
+    kRule,            // a hairline across a panel (background only)
+    kLargeViewButton, // opens the large view of slot mIndex
+    kSlotTitle,       // the name of the large view's slot, in its colour
+    kLargeBackButton, // from the large view back to the overview
+    kLargeViewSelect, // level taps or effect steps of the large view's slot
+    kStepFader,       // a vertical fader of one tap step; a bipolar bitmap fills from the middle
+    kStepMaskButton,  // one bit of a tap or step mask: mIndex is EStepMask * 16 + tap
 };
 
 struct LayoutRow

@@ -10,6 +10,7 @@
 #include <span>
 
 #include "editor/EditorPages.h"
+#include "editor/LayoutDelay.h"
 #include "editor/LayoutEffects.h"
 #include "editor/MainLayout.h"
 
@@ -33,4 +34,6 @@ constexpr int ParamOfRow(const LayoutRow& row, const PageLayout& page, int insta
 // a header of its own, included here.
 inline constexpr std::array kPageLayouts{
     PageLayout{"page_effects", kEffectsLayout, kListPreFx, 3, kFXOnFB1 - kFXOnPR1},
+    PageLayout{"page_delay", kDelayLayout, kListDelay},
+    PageLayout{"page_large", kLargeDelayLayout, kListLarge1, 4, 1},
 };

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "editor/BitmapList.h"
+#include "editor/DelayPageControls.h"
 #include "editor/FxPanelControls.h"
 #include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"
@@ -31,7 +32,7 @@ IText LiveLabelStyle()
 
 QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
     : IGraphics(plug, kEditorWidth, kEditorHeight, kEditorFPS), mBitmaps(kNumBitmaps),
-      mBitmapLoaded(kNumBitmaps, false)
+      mBitmapLoaded(kNumBitmaps, false), mDelay(std::make_unique<DelayPages>(*this))
 {
     SetResourceDir(resourceDir);
     SetPlatform(kX11PlatformType, MakeX11WindowFactory());
@@ -48,7 +49,7 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
             mLists[list].push_back(AttachControl(new IBitmapControl(plug, kStageRect, -1, art)));
             for (const LayoutRow& row : page.mRows)
             {
-                IControl* control = BuildRowControl(row, ParamOfRow(row, page, instance));
+                IControl* control = BuildRowControl(row, ParamOfRow(row, page, instance), instance);
                 const int idx = control ? AttachControl(control) : -1;
                 mListRowControl[list].push_back(idx);
                 if (idx >= 0) mLists[list].push_back(idx);
@@ -106,6 +107,8 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
     ShowLists(mPages.Shown());
 }
 
+QuorvexEditor::~QuorvexEditor() = default;
+
 const IBitmap& QuorvexEditor::Bitmap(int id)
 {
     if (!mBitmapLoaded[id])
@@ -122,7 +125,7 @@ const IBitmap& QuorvexEditor::Bitmap(int id)
     return mBitmaps[id];
 }
 
-IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
+IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param, int instance)
 {
     IPlugBase* plug = Plug();
     IControl* control = nullptr;
@@ -172,7 +175,7 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
         tip = false;
         break;
     default:
-        return nullptr;
+        return BuildDelayPageControl(*this, row, param, instance);
     }
     if (tip)
         if (const IParamRecord* p = plug ? plug->GetParam(control->ParamIdx()) : nullptr)
@@ -208,6 +211,7 @@ void QuorvexEditor::ShowLists(int page)
     }
     if (mOptions) mOptions->SetValueFromPlug(page == kPageOptions ? 1.0 : 0.0);
     RefreshFxKnobs();
+    mDelay->Refresh();
 }
 
 void QuorvexEditor::RefreshFxKnobs()
@@ -229,6 +233,7 @@ void QuorvexEditor::SetParameterFromPlug(int id, double value, bool normalized)
 {
     IGraphics::SetParameterFromPlug(id, value, normalized);
     if (id >= kFX1PR && id <= kFX4PO) RefreshFxKnobs();
+    mDelay->OnParam(id);
 }
 
 int QuorvexEditor::ShowPage(int page, bool presetLoading)

@@ -13,6 +13,7 @@
 #include "editor/EditorPages.h"
 #include "editor/IGraphics.h"
 
+class DelayPages;
 class IRadioButtonsControl;
 class ISwitchControl;
 struct LayoutRow;
@@ -30,8 +31,14 @@ class QuorvexEditor : public IGraphics
 
     // resourceDir: the folder of the bitmaps (the bundle's Resources/img).
     QuorvexEditor(IPlugBase* plug, const std::string& resourceDir);
+    ~QuorvexEditor() override;
 
     void SetPageActions(PageActions actions) { mActions = std::move(actions); }
+    const PageActions& Actions() const { return mActions; }
+    // The delay pages' tap and step masks and the actions that tell the plug-in of their presses.
+    DelayPages& Delay() { return *mDelay; }
+    // Bitmap `id` of the list, loaded on first use.
+    const IBitmap& BitmapOf(int id) { return Bitmap(id); }
 
     // The page switches; each answers the page shown. presetLoading keeps `LastPage` as it was.
     int ShowPage(int page, bool presetLoading);
@@ -51,7 +58,7 @@ class QuorvexEditor : public IGraphics
     void SetParameterFromPlug(int id, double value, bool normalized) override;
 
   private:
-    IControl* BuildRowControl(const LayoutRow& row, int param);
+    IControl* BuildRowControl(const LayoutRow& row, int param, int instance = 0);
     // The knobs an effect panel shows: those its type has, on the page shown.
     void RefreshFxKnobs();
     const IBitmap& Bitmap(int id);
@@ -66,6 +73,7 @@ class QuorvexEditor : public IGraphics
     ISwitchControl* mOptions = nullptr;
     PageState mPages;
     PageActions mActions;
+    std::unique_ptr<DelayPages> mDelay;
     // One knob of an effect panel with its name, depth and source, shown or hidden together.
     struct FxKnobGroup
     {

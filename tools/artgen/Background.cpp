@@ -200,6 +200,11 @@ void DrawRows(cairo_t* cr, std::span<const LayoutRow> rows)
         case ELayoutKind::kMeter:
             MeterWell(cr, row.mRect);
             break;
+        case ELayoutKind::kRule:
+            cairo_rectangle(cr, row.mRect.L, row.mRect.T, row.mRect.W(), 1);
+            SetRGB(cr, kBorder);
+            cairo_fill(cr);
+            break;
         default:
             break;
         }

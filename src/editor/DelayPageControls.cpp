@@ -1,0 +1,401 @@
+#include "editor/DelayPageControls.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "editor/IGraphics.h"
+#include "editor/QuorvexEditor.h"
+#include "params/IParamRecord.h"
+#include "params/ParamIds.h"
+
+namespace
+{
+constexpr IColor kTick = IColor::FromRGB(0x3B414D);
+constexpr IColor kTickBright = IColor::FromRGB(0x6C7485);
+constexpr IColor kLabelText = IColor::FromRGB(0xB8BFCC);
+constexpr IColor kDimText = IColor::FromRGB(0x8A93A4);
+constexpr IColor kWell = IColor::FromRGB(0x0B0D10);
+constexpr IColor kWellBorder = IColor::FromRGB(0x2A303B);
+constexpr IColor kButtonOff = IColor::FromRGB(0x242933);
+constexpr IColor kButtonText = IColor::FromRGB(0xE8EBF0);
+constexpr IColor kButtonTextOff = IColor::FromRGB(0x7C8596);
+
+IText LabelStyle(const IColor* color, int size, IText::EAlign align = IText::kAlignCenter)
+{
+    IText text;
+    text.mSize = size;
+    text.mStyle = IText::kStyleBold;
+    text.mColor = color;
+    text.mAlign = align;
+    return text;
+}
+
+// A lit or dark rounded button face with its text.
+void DrawButtonFace(IGraphics* graphics, const IRECT& r, const IColor* color, bool lit, bool grayed,
+                    const char* text)
+{
+    IRaster& raster = graphics->Raster();
+    const IColor accent = color ? *color : kLabelText;
+    raster.FillRoundRect(lit ? accent : kWellBorder, r, 3.0);
+    if (!lit) raster.FillRoundRect(kButtonOff, r.Inset(1), 2.5);
+    IText style = LabelStyle(lit ? &kWell : &kButtonTextOff, 10);
+    if (grayed) style.mColor = &kTick;
+    raster.DrawText(style, text, r);
+}
+
+// Index of a list parameter from a normalised value.
+int ListIndex(IPlugBase* plug, int param, double normalized)
+{
+    const IParamRecord* p = plug ? plug->GetParam(param) : nullptr;
+    return p ? static_cast<int>(std::lround(p->QuantizedFromNormalized(normalized))) : 0;
+}
+
+// The large view's selector: two segments, the level taps and the effect steps of one slot.
+class DelayViewSelect : public IControl
+{
+  public:
+    DelayViewSelect(QuorvexEditor& editor, const IRECT& rect, int slot, const IColor* color)
+        : IControl(editor.Plug(), rect), mEditor(editor), mSlot(slot), mColor(color)
+    {
+    }
+    IRECT Segment(int i) const
+    {
+        const int mid = (mRect.L + mRect.R) / 2;
+        return i == 0 ? IRECT(mRect.L, mRect.T, mid - 2, mRect.B) : IRECT(mid + 2, mRect.T, mRect.R, mRect.B);
+    }
+    void OnMouseDown(int x, int y, const IMouseMod& mod) override
+    {
+        const int page = (Segment(1).Contains(x, y) ? kPageLargeSteps : kPageLargeLevels) + mSlot;
+        if (mEditor.Actions().showPage)
+            mEditor.Actions().showPage(page);
+        else
+            mEditor.ShowPage(page, false);
+    }
+    void OnMouseDblClick(int x, int y, const IMouseMod& mod) override { OnMouseDown(x, y, mod); }
+    void Draw(IGraphics* graphics) override
+    {
+        const bool steps = mEditor.Pages().Shown() >= kPageLargeSteps;
+        DrawButtonFace(graphics, Segment(0), mColor, !steps, false, "LEVEL TAPS");
+        DrawButtonFace(graphics, Segment(1), mColor, steps, false, "EFFECT STEPS");
+    }
+
+  private:
+    QuorvexEditor& mEditor;
+    int mSlot;
+    const IColor* mColor;
+};
+
+// Where a large-view row's parameter belongs: its tap and the slot's family base.
+bool IsFamily(int param, int slot, int family)
+{
+    const int first = family + slot * layout::kStepColumns;
+    return param >= first && param < first + layout::kStepColumns;
+}
+} // namespace
+
+// ---- DelayModeKnob ----
+
+DelayModeKnob::DelayModeKnob(IPlugBase* plug, const IRECT& rect, int paramIdx, const IBitmap& bitmap,
+                             const IColor* arc, bool bipolar, std::string label)
+    : IBitmapKnobControl(plug, rect.L, rect.T, paramIdx, bitmap, arc, bipolar), mLabel(std::move(label)),
+      mBipolarScale(bipolar)
+{
+}
+
+void DelayModeKnob::Draw(IGraphics* graphics)
+{
+    // The same ticks as the background's knob scale: seven for a small knob, the ends (and the
+    // middle of a bipolar knob) brighter.
+    IRaster& raster = graphics->Raster();
+    const double cx = (mRect.L + mRect.R) / 2.0, cy = (mRect.T + mRect.B) / 2.0;
+    const double r0 = mRect.W() / 2.0 + 1.5, r1 = r0 + (mRect.W() >= 48 ? 3.5 : 2.5);
+    const int ticks = mRect.W() >= 48 ? 11 : 7;
+    for (int i = 0; i < ticks; ++i)
+    {
+        const double v = static_cast<double>(i) / (ticks - 1);
+        const double a = (kMinAngle + v * (kMaxAngle - kMinAngle) - 90.0) * std::numbers::pi / 180.0;
+        const bool major = i == 0 || i == ticks - 1 || (mBipolarScale && i == ticks / 2);
+        raster.DrawLine(major ? kTickBright : kTick, cx + std::cos(a) * r0, cy + std::sin(a) * r0,
+                        cx + std::cos(a) * r1, cy + std::sin(a) * r1, major ? 1.4 : 1.0);
+    }
+    if (!mLabel.empty()) raster.DrawText(LabelStyle(&kLabelText, 10), mLabel.c_str(), KnobLabelRect(mRect));
+    IBitmapKnobControl::Draw(graphics);
+}
+
+// ---- StepFaderControl ----
+
+StepFaderControl::StepFaderControl(IPlugBase* plug, const IRECT& rect, int paramIdx, const IColor* color,
+                                   bool bipolar)
+    : IKnobControl(plug, rect, paramIdx, kVertical, 1.0), mColor(color), mBipolar(bipolar)
+{
+}
+
+void StepFaderControl::Draw(IGraphics* graphics)
+{
+    IRaster& raster = graphics->Raster();
+    raster.FillRoundRect(kWellBorder, mRect, 3.0);
+    const IRECT well = mRect.Inset(1);
+    raster.FillRoundRect(kWell, well, 2.5);
+    const IColor base = mColor ? *mColor : kLabelText;
+    const IColor fill = mGrayed ? base.WithAlpha(60) : base.WithAlpha(200);
+    const IRECT inner = well.Inset(2);
+    const double v = std::clamp(mValue, 0.0, 1.0);
+    const int level = inner.B - static_cast<int>(std::lround(v * inner.H()));
+    if (mBipolar)
+    {
+        const int mid = (inner.T + inner.B) / 2;
+        if (level != mid)
+            raster.FillRect(fill, IRECT(inner.L, std::min(level, mid), inner.R, std::max(level, mid)));
+        raster.FillRect(kTickBright, IRECT(inner.L, mid, inner.R, mid + 1));
+    }
+    else if (level < inner.B)
+        raster.FillRect(fill, IRECT(inner.L, level, inner.R, inner.B));
+    // The value's edge as a brighter cap line.
+    const IColor cap = mGrayed ? kTick : IColor::FromRGB(0xF2F4F7);
+    raster.FillRect(cap, IRECT(inner.L, std::clamp(level - 1, inner.T, inner.B - 2), inner.R,
+                               std::clamp(level + 1, inner.T + 2, inner.B)));
+}
+
+// ---- DelayTextButton ----
+
+DelayTextButton::DelayTextButton(IPlugBase* plug, const IRECT& rect, const IColor* color, std::string text,
+                                 std::function<bool()> lit, std::function<void()> press)
+    : IControl(plug, rect), mColor(color), mText(std::move(text)), mLit(std::move(lit)),
+      mPress(std::move(press))
+{
+}
+
+void DelayTextButton::OnMouseDown(int x, int y, const IMouseMod& mod)
+{
+    if (mPress) mPress();
+    mDirty = true;
+}
+
+void DelayTextButton::Draw(IGraphics* graphics)
+{
+    DrawButtonFace(graphics, mRect, mColor, IsLit(), mGrayed, mText.c_str());
+}
+
+// ---- DelayPages ----
+
+DelayPages::DelayPages(QuorvexEditor& editor) : mEditor(editor) {}
+
+bool DelayPages::Bit(EStepMask mask, int slot, int tap) const
+{
+    const std::uint16_t bit = static_cast<std::uint16_t>(1u << (tap & 15));
+    switch (mask)
+    {
+    case kMaskTapOnL:
+    case kMaskTapOnR:
+        return (mTapOn[slot & 3][mask - kMaskTapOnL] & bit) != 0;
+    case kMaskStepFx:
+        return (mStepFx[slot & 3] & bit) != 0;
+    case kMaskStepMod1:
+    case kMaskStepMod2:
+        return (mStepMod[mask - kMaskStepMod1][slot & 3] & bit) != 0;
+    default:
+        return false;
+    }
+}
+
+void DelayPages::Toggle(EStepMask mask, int slot, int tap)
+{
+    slot &= 3;
+    tap &= 15;
+    const std::uint16_t bit = static_cast<std::uint16_t>(1u << tap);
+    switch (mask)
+    {
+    case kMaskTapOnL:
+    case kMaskTapOnR:
+        mTapOn[slot][mask - kMaskTapOnL] ^= bit;
+        if (mActions.tapOn)
+            mActions.tapOn(slot, tap, Bit(kMaskTapOnL, slot, tap), Bit(kMaskTapOnR, slot, tap));
+        break;
+    case kMaskStepFx:
+        mStepFx[slot] ^= bit;
+        if (mActions.stepFx) mActions.stepFx(slot, tap, Bit(mask, slot, tap));
+        break;
+    case kMaskStepMod1:
+    case kMaskStepMod2:
+        mStepMod[mask - kMaskStepMod1][slot] ^= bit;
+        if (mActions.stepMod) mActions.stepMod(slot, mask - kMaskStepMod1, tap, Bit(mask, slot, tap));
+        break;
+    default:
+        return;
+    }
+    Refresh();
+}
+
+void DelayPages::SetTapOnMask(int slot, int channel, std::uint16_t mask)
+{
+    mTapOn[slot & 3][channel & 1] = mask;
+    Refresh();
+}
+
+void DelayPages::SetStepFxMask(int slot, std::uint16_t mask)
+{
+    mStepFx[slot & 3] = mask;
+    Refresh();
+}
+
+void DelayPages::SetStepModMask(int row, int slot, std::uint16_t mask)
+{
+    mStepMod[row & 1][slot & 3] = mask;
+    Refresh();
+}
+
+int DelayPages::Index(int param, int slot) const
+{
+    // The overview holds a control of every slot's mode, time base and tap count, shown or not,
+    // whose value is the parameter's.
+    for (int row = slot * layout::kDelayRowsPerSlot; row < (slot + 1) * layout::kDelayRowsPerSlot; ++row)
+        if (kDelayLayout[row].mParam == param)
+            if (const IControl* c = mEditor.ControlOfPageRow(kListDelay, row))
+                return ListIndex(mEditor.Plug(), param, c->GetValue());
+    return 0;
+}
+
+void DelayPages::Refresh()
+{
+    const int page = mEditor.Pages().Shown();
+    if (page == kPageDelay) RefreshOverview();
+    if (PageState::IsLargeView(page)) RefreshLarge(PageState::SlotOfLargeView(page), page >= kPageLargeSteps);
+}
+
+void DelayPages::RefreshOverview()
+{
+    for (int row = 0; row < static_cast<int>(kDelayLayout.size()); ++row)
+    {
+        IControl* c = mEditor.ControlOfPageRow(kListDelay, row);
+        if (!c) continue;
+        const int slot = row / layout::kDelayRowsPerSlot;
+        const int mode = std::clamp(Index(kDelayMode1 + slot, slot), 0, 3);
+        const int synced = Index(kTimebase1 + slot, slot) != 0 ? 1 : 0;
+        const DelayRowRule& rule = kDelayRules[row];
+        c->Hide(!((rule.mModes >> mode) & 1) || !((rule.mSync >> synced) & 1));
+    }
+}
+
+void DelayPages::RefreshLarge(int slot, bool steps)
+{
+    const auto list = static_cast<EPageList>(kListLarge1 + slot);
+    const int taps = Index(kDelayTaps1 + slot, slot) + 1;
+    for (int row = 0; row < static_cast<int>(kLargeDelayLayout.size()); ++row)
+    {
+        IControl* c = mEditor.ControlOfPageRow(list, row);
+        if (!c) continue;
+        const DelayRowRule& rule = kLargeDelayRules[row];
+        c->Hide(!((rule.mViews >> (steps ? 1 : 0)) & 1) || rule.mColumn >= taps);
+        c->SetDirty(false);
+        if (kLargeDelayLayout[row].mKind != ELayoutKind::kStepFader) continue;
+        // An effect step's faders go gray while the step's effect, or its modulation, is off.
+        const int tap = kLargeDelayLayout[row].mIndex;
+        const int param = c->ParamIdx();
+        bool gray = false;
+        if (IsFamily(param, slot, kTapDelay1Step1FXP1))
+            gray = !Bit(kMaskStepFx, slot, tap) || !Bit(kMaskStepMod1, slot, tap);
+        else if (IsFamily(param, slot, kTapDelay1Step1FXP2))
+            gray = !Bit(kMaskStepFx, slot, tap) || !Bit(kMaskStepMod2, slot, tap);
+        c->GrayOut(gray);
+    }
+}
+
+void DelayPages::OnParam(int id)
+{
+    const bool shapes = (id >= kDelayMode1 && id <= kDelayMode4) || (id >= kTimebase1 && id <= kTimebase4) ||
+                        (id >= kDelayTaps1 && id <= kDelayTaps4);
+    if (!shapes) return;
+    Refresh();
+    // Sections drawn over one another: a full redraw clears what a hidden one leaves.
+    mEditor.SetAllControlsDirty();
+}
+
+// ---- Building ----
+
+IControl* BuildDelayPageControl(QuorvexEditor& editor, const LayoutRow& row, int param, int instance)
+{
+    IPlugBase* plug = editor.Plug();
+    const int role = row.mColorRole >= 0 ? row.mColorRole : layout::kSlotRole[instance & 3];
+    const IColor* color = editor.Colors().Role(role);
+    switch (row.mKind)
+    {
+    case ELayoutKind::kModeKnob:
+    {
+        const EArt art = kBitmapRows[row.mBitmap].mArt;
+        auto* knob =
+            new DelayModeKnob(plug, row.mRect, param, editor.BitmapOf(row.mBitmap), color,
+                              art == EArt::kKnobBipolar || art == EArt::kKnobSoftBipolar, row.mLabel);
+        if (const IParamRecord* p = plug ? plug->GetParam(param) : nullptr) knob->SetTooltip(p->name);
+        return knob;
+    }
+    case ELayoutKind::kModeLabel:
+    {
+        const bool colored = row.mColorRole >= 0;
+        const bool near = row.mRect.W() > 60;
+        auto* label = new ITextControl(plug, row.mRect,
+                                       LabelStyle(colored ? color : &kDimText, colored ? 11 : 10,
+                                                  near ? IText::kAlignNear : IText::kAlignCenter),
+                                       row.mLabel);
+        label->SetTargetArea(IRECT());
+        return label;
+    }
+    case ELayoutKind::kSlotTitle:
+    {
+        auto* title = new ITextControl(plug, row.mRect, LabelStyle(color, 12, IText::kAlignNear),
+                                       std::string(layout::kSlotTitles[instance & 3]) + "  -  TAP STEPS");
+        title->SetTargetArea(IRECT());
+        return title;
+    }
+    case ELayoutKind::kLargeViewButton:
+    {
+        const int slot = row.mIndex;
+        auto* button = new DelayTextButton(plug, row.mRect, color, "STEPS", nullptr,
+                                           [&editor, slot]
+                                           {
+                                               editor.Pages().SelectSlot(slot);
+                                               if (editor.Actions().toggleLargeDelayView)
+                                                   editor.Actions().toggleLargeDelayView();
+                                               else
+                                                   editor.ToggleLargeDelayView(false);
+                                           });
+        button->SetTooltip("Open the slot's taps and steps");
+        return button;
+    }
+    case ELayoutKind::kLargeBackButton:
+    {
+        auto* button = new DelayTextButton(plug, row.mRect, color, row.mLabel, nullptr,
+                                           [&editor]
+                                           {
+                                               if (editor.Actions().toggleLargeDelayView)
+                                                   editor.Actions().toggleLargeDelayView();
+                                               else
+                                                   editor.ToggleLargeDelayView(false);
+                                           });
+        button->SetTooltip("Back to the delay overview");
+        return button;
+    }
+    case ELayoutKind::kLargeViewSelect:
+        return new DelayViewSelect(editor, row.mRect, instance & 3, color);
+    case ELayoutKind::kStepFader:
+    {
+        const bool bipolar = kBitmapRows[row.mBitmap].mArt == EArt::kStepFaderBipolar;
+        auto* fader = new StepFaderControl(plug, row.mRect, param, color, bipolar);
+        if (const IParamRecord* p = plug ? plug->GetParam(param) : nullptr) fader->SetTooltip(p->name);
+        return fader;
+    }
+    case ELayoutKind::kStepMaskButton:
+    {
+        const auto mask = static_cast<EStepMask>(row.mIndex / layout::kStepColumns);
+        const int tap = row.mIndex % layout::kStepColumns;
+        const int slot = instance & 3;
+        DelayPages* pages = &editor.Delay();
+        return new DelayTextButton(
+            plug, row.mRect, color, row.mLabel,
+            [pages, mask, slot, tap] { return pages->Bit(mask, slot, tap); },
+            [pages, mask, slot, tap] { pages->Toggle(mask, slot, tap); });
+    }
+    default:
+        return nullptr;
+    }
+}

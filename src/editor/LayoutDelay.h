@@ -197,7 +197,7 @@ struct StepRowSpec
     const char* text;
 };
 
-inline constexpr int kFaderRows[3] = {198, 318, 438};
+inline constexpr int kFaderRows[3] = {196, 304, 412};
 inline constexpr StepRowSpec kStepRows[] = {
     {1, "TAP L", 150, ELayoutKind::kStepMaskButton, -1, kMaskTapOnL, -1, "L"},
     {1, "TAP R", 170, ELayoutKind::kStepMaskButton, -1, kMaskTapOnR, -1, "R"},
@@ -213,8 +213,39 @@ inline constexpr StepRowSpec kStepRows[] = {
      "MOD"},
 };
 inline constexpr int kNumStepRows = static_cast<int>(std::size(kStepRows));
+
+// The settings of the rows under the faders: how deep each row's steps act, how many steps it
+// has, and for the effect steps which effect parameter each row drives.
+struct StepBandItem
+{
+    std::uint8_t views;
+    ELayoutKind kind; // kModeKnob or kValuePopup
+    int x, w;
+    int param; // slot 1
+    const char* label;
+};
+inline constexpr int kBandTop = 532;
+inline constexpr StepBandItem kStepBand[] = {
+    {1, ELayoutKind::kModeKnob, 40, kSmall, kTapTimeStepDepth1, "DEPTH"},
+    {1, ELayoutKind::kValuePopup, 96, 110, kTapTimeSteps1, "TIME STEPS"},
+    {1, ELayoutKind::kModeKnob, 262, kSmall, kTapLevelStepDepth1, "DEPTH"},
+    {1, ELayoutKind::kValuePopup, 318, 110, kTapLevelSteps1, "LEVEL STEPS"},
+    {1, ELayoutKind::kModeKnob, 484, kSmall, kTapPanWidth1, "WIDTH"},
+    {1, ELayoutKind::kValuePopup, 540, 110, kTapPanSteps1, "PAN STEPS"},
+    {1, ELayoutKind::kValuePopup, 698, 120, kTapPanMode1, "PAN MODE"},
+    {1, ELayoutKind::kValuePopup, 834, 120, kDelayTapDIOut1, "TAP OUT"},
+    {2, ELayoutKind::kModeKnob, 40, kSmall, kTapFXP1StepDepth1, "DEPTH"},
+    {2, ELayoutKind::kValuePopup, 96, 130, kTapFXParam1_1, "FX P1 TARGET"},
+    {2, ELayoutKind::kValuePopup, 242, 110, kTapFXParam1Steps1, "FX P1 STEPS"},
+    {2, ELayoutKind::kModeKnob, 484, kSmall, kTapFXP2StepDepth1, "DEPTH"},
+    {2, ELayoutKind::kValuePopup, 540, 130, kTapFXParam2_1, "FX P2 TARGET"},
+    {2, ELayoutKind::kValuePopup, 686, 110, kTapFXParam2Steps1, "FX P2 STEPS"},
+};
+inline constexpr int kNumBandItems = static_cast<int>(std::size(kStepBand));
+inline constexpr int kNumBandPopups = 9;
 inline constexpr int kLargeHeadRows = 4;
-inline constexpr int kLargeRows = kLargeHeadRows + kStepColumns + kNumStepRows * (1 + kStepColumns);
+inline constexpr int kLargeRows =
+    kLargeHeadRows + kStepColumns + kNumStepRows * (1 + kStepColumns) + 1 + kNumBandItems + kNumBandPopups;
 
 // The table row of step row r's control in tap column c, and of a tap column's number.
 constexpr int StepRowControl(int r, int column)
@@ -267,6 +298,22 @@ constexpr RowBuilder<kLargeRows> MakeLargeDelay()
                        spec.mask * kStepColumns + c},
                       rule);
         }
+    }
+    b.Add({ELayoutKind::kRule, IRECT(32, kBandTop - 12, 960, kBandTop - 11)});
+    for (const StepBandItem& item : kStepBand)
+    {
+        const DelayRowRule rule{0xF, 3, item.views};
+        if (item.kind == ELayoutKind::kModeKnob)
+        {
+            b.Add({item.kind, IRECT::FromSize(item.x, kBandTop, kSmall, kSmall), item.param,
+                   BitmapId("knob_hard_small"), -1, item.label},
+                  rule);
+            continue;
+        }
+        b.Add({ELayoutKind::kModeLabel, IRECT(item.x, kBandTop, item.x + item.w, kBandTop + 12), -1, -1, -1,
+               item.label},
+              rule);
+        b.Add({item.kind, IRECT(item.x, kBandTop + 14, item.x + item.w, kBandTop + 36), item.param}, rule);
     }
     return b;
 }

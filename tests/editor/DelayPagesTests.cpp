@@ -218,6 +218,24 @@ TEST_F(DelayPagesFixture, EachLargeViewIsOnItsSlotsSteps)
             for (int column = 0; column < 16; ++column)
                 EXPECT_EQ(Step(slot, StepRowOf(f.row), column)->ParamIdx(), f.first + slot * 16 + column)
                     << f.row << " slot " << slot << " column " << column;
+    // The rows' settings under the faders are the slot's own, each on its view.
+    for (int slot = 0; slot < 4; ++slot)
+        for (int view : {kPageLargeLevels, kPageLargeSteps})
+        {
+            editor.ShowPage(view + slot, false);
+            std::set<int> shown;
+            const auto list = static_cast<EPageList>(kListLarge1 + slot);
+            for (int row = 0; row < static_cast<int>(kLargeDelayLayout.size()); ++row)
+            {
+                const IControl* c = editor.ControlOfPageRow(list, row);
+                if (c && !c->IsHidden() && c->ParamIdx() >= 0) shown.insert(c->ParamIdx());
+            }
+            for (const layout::StepBandItem& item : layout::kStepBand)
+            {
+                const bool mine = (item.views & (view == kPageLargeSteps ? 2 : 1)) != 0;
+                EXPECT_EQ(shown.count(item.param + slot), mine ? 1u : 0u) << item.label << " slot " << slot;
+            }
+        }
     // Pan faders fill from the middle; level faders from the bottom.
     EXPECT_TRUE(dynamic_cast<StepFaderControl*>(Step(0, StepRowOf("PAN"), 0))->IsBipolar());
     EXPECT_FALSE(dynamic_cast<StepFaderControl*>(Step(0, StepRowOf("LEVEL"), 0))->IsBipolar());

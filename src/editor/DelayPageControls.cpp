@@ -177,6 +177,25 @@ void DelayTextButton::Draw(IGraphics* graphics)
     DrawButtonFace(graphics, mRect, mColor, IsLit(), mGrayed, mText.c_str());
 }
 
+// ---- SourceFieldControl ----
+
+void SourceFieldControl::Draw(IGraphics* graphics)
+{
+    static constexpr IColor kField = IColor::FromRGB(0x0F1217);
+    static constexpr IColor kBorder = IColor::FromRGB(0x2F3541);
+    static constexpr IColor kText = IColor::FromRGB(0xE8EBF0);
+    IRaster& raster = graphics->Raster();
+    raster.FillRoundRect(kBorder, mRect, 3.0);
+    raster.FillRoundRect(kField, mRect.Inset(1), 2.5);
+    const std::string value = ValueText();
+    const IRECT textRect(mRect.L + 3, mRect.T, mRect.R - 3, mRect.B);
+    // The largest size from 11 down to 8 that fits the field.
+    IText text = LabelStyle(&kText, 11);
+    while (text.mSize > 8 && raster.MeasureText(text, value.c_str()).W() > textRect.W())
+        --text.mSize;
+    raster.DrawText(text, value.c_str(), textRect);
+}
+
 // ---- DelayPages ----
 
 DelayPages::DelayPages(QuorvexEditor& editor) : mEditor(editor) {}
@@ -374,6 +393,12 @@ IControl* BuildDelayPageControl(QuorvexEditor& editor, const LayoutRow& row, int
                                            });
         button->SetTooltip("Back to the delay overview");
         return button;
+    }
+    case ELayoutKind::kSourceField:
+    {
+        auto* field = new SourceFieldControl(plug, row.mRect, param, nullptr);
+        if (const IParamRecord* p = plug ? plug->GetParam(param) : nullptr) field->SetTooltip(p->name);
+        return field;
     }
     case ELayoutKind::kLargeViewSelect:
         return new DelayViewSelect(editor, row.mRect, instance & 3, color);

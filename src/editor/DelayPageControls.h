@@ -12,6 +12,7 @@
 
 #include "editor/IControl.h"
 #include "editor/LayoutDelay.h"
+#include "editor/ValuePopUpControl.h"
 
 class QuorvexEditor;
 
@@ -109,4 +110,12 @@ class DelayTextButton : public IControl
     std::string mText;
     std::function<bool()> mLit;
     std::function<void()> mPress;
+};
+
+// A value field too narrow for the usual type: the text in small capitals, as large as fits.
+class SourceFieldControl : public IValuePopUpControl
+{
+  public:
+    using IValuePopUpControl::IValuePopUpControl;
+    void Draw(IGraphics* graphics) override;
 };

@@ -72,7 +72,7 @@ constexpr void ModCell(RowBuilder<N>& b, int cellL, int y, int knobParam, int de
     b.Add(
         {depthKind, IRECT::FromSize(cellL + 66, y + 1, 24, 24), depthParam, BitmapId("knob_soft_mod"), role},
         {rule.mModes, 3});
-    b.Add({ELayoutKind::kValuePopup, IRECT(cellL + 52, y + 31, cellL + kCellW, y + 49), sourceParam, -1, -1},
+    b.Add({ELayoutKind::kSourceField, IRECT(cellL + 52, y + 31, cellL + kCellW, y + 49), sourceParam, -1, -1},
           {rule.mModes, 3});
 }
 

@@ -45,6 +45,7 @@ enum class ELayoutKind
     kLargeViewSelect, // level taps or effect steps of the large view's slot
     kStepFader,       // a vertical fader of one tap step; a bipolar bitmap fills from the middle
     kStepMaskButton,  // one bit of a tap or step mask: mIndex is EStepMask * 16 + tap
+    kSourceField,     // a narrow value field in small type (a modulation source beside its depth)
 };
 
 struct LayoutRow

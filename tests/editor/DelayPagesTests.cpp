@@ -82,6 +82,7 @@ bool Interactive(ELayoutKind kind)
     case ELayoutKind::kModeKnob:
     case ELayoutKind::kSwitch:
     case ELayoutKind::kValuePopup:
+    case ELayoutKind::kSourceField:
     case ELayoutKind::kLargeViewButton:
     case ELayoutKind::kLargeBackButton:
     case ELayoutKind::kLargeViewSelect:

@@ -168,6 +168,8 @@ DelayTextButton::DelayTextButton(IPlugBase* plug, const IRECT& rect, const IColo
 
 void DelayTextButton::OnMouseDown(int x, int y, const IMouseMod& mod)
 {
+    // The right button belongs to the host's menu; these buttons carry no parameter.
+    if (mod.R) return;
     if (mPress) mPress();
     mDirty = true;
 }
@@ -415,10 +417,14 @@ IControl* BuildDelayPageControl(QuorvexEditor& editor, const LayoutRow& row, int
         const int tap = row.mIndex % layout::kStepColumns;
         const int slot = instance & 3;
         DelayPages* pages = &editor.Delay();
-        return new DelayTextButton(
+        auto* button = new DelayTextButton(
             plug, row.mRect, color, row.mLabel,
             [pages, mask, slot, tap] { return pages->Bit(mask, slot, tap); },
             [pages, mask, slot, tap] { pages->Toggle(mask, slot, tap); });
+        static constexpr const char* kWhat[kNumStepMasks] = {"left channel", "right channel", "effect",
+                                                             "FX P1 modulation", "FX P2 modulation"};
+        button->SetTooltip("Tap " + std::to_string(tap + 1) + " " + kWhat[mask] + " on/off");
+        return button;
     }
     default:
         return nullptr;

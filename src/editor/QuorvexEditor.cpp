@@ -109,6 +109,11 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
 
 QuorvexEditor::~QuorvexEditor() = default;
 
+void QuorvexEditor::SetStepMaskActions(StepMaskActions actions)
+{
+    mDelay->SetActions(std::move(actions));
+}
+
 const IBitmap& QuorvexEditor::Bitmap(int id)
 {
     if (!mBitmapLoaded[id])

@@ -14,6 +14,7 @@
 #include "editor/IGraphics.h"
 
 class DelayPages;
+struct StepMaskActions;
 class IRadioButtonsControl;
 class ISwitchControl;
 struct LayoutRow;
@@ -37,6 +38,7 @@ class QuorvexEditor : public IGraphics
     const PageActions& Actions() const { return mActions; }
     // The delay pages' tap and step masks and the actions that tell the plug-in of their presses.
     DelayPages& Delay() { return *mDelay; }
+    void SetStepMaskActions(StepMaskActions actions);
     // Bitmap `id` of the list, loaded on first use.
     const IBitmap& BitmapOf(int id) { return Bitmap(id); }
 

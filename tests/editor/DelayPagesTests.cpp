@@ -307,7 +307,7 @@ TEST_F(DelayPagesFixture, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     std::vector<std::tuple<int, int, bool, bool>> taps;
     std::vector<std::tuple<int, int, bool>> fx;
     std::vector<std::tuple<int, int, int, bool>> mods;
-    editor.Delay().SetActions({[&](int s, int t, bool l, bool r) { taps.emplace_back(s, t, l, r); },
+    editor.SetStepMaskActions({[&](int s, int t, bool l, bool r) { taps.emplace_back(s, t, l, r); },
                                [&](int s, int t, bool on) { fx.emplace_back(s, t, on); },
                                [&](int s, int row, int t, bool on) { mods.emplace_back(s, row, t, on); }});
     editor.ShowPage(kPageLargeSteps + 1, false);
@@ -328,6 +328,13 @@ TEST_F(DelayPagesFixture, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     EXPECT_TRUE(p1->IsGrayed());
     EXPECT_EQ(fx, (std::vector<std::tuple<int, int, bool>>{{1, 2, true}, {1, 2, false}}));
     EXPECT_EQ(mods, (std::vector<std::tuple<int, int, int, bool>>{{1, 0, 2, true}}));
+
+    // The right button leaves a mask alone.
+    IControl* fxOn = Step(1, StepRowOf("FX ON"), 5);
+    const IRECT fr = fxOn->GetRECT();
+    editor.OnMouseDown((fr.L + fr.R) / 2, (fr.T + fr.B) / 2, editortest::Right());
+    editor.OnMouseUp((fr.L + fr.R) / 2, (fr.T + fr.B) / 2, editortest::Right());
+    EXPECT_EQ(editor.Delay().StepFxMask(1), 0u);
 
     // Tap buttons report both channels of the tap.
     editor.ShowPage(kPageLargeLevels + 1, false);

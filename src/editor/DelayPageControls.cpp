@@ -1,10 +1,14 @@
 #include "editor/DelayPageControls.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <memory>
 #include <numbers>
+#include <random>
 
 #include "editor/IGraphics.h"
+#include "editor/IPopupMenu.h"
 #include "editor/QuorvexEditor.h"
 #include "params/IParamRecord.h"
 #include "params/ParamIds.h"
@@ -198,6 +202,40 @@ void SourceFieldControl::Draw(IGraphics* graphics)
     raster.DrawText(text, value.c_str(), textRect);
 }
 
+// ---- DelayMenuLabel ----
+
+DelayMenuLabel::DelayMenuLabel(IPlugBase* plug, const IRECT& rect, std::string text, const IColor* color,
+                               const char* const* items, int count, Choose choose)
+    : IControl(plug, rect), mText(std::move(text)), mColor(color), mItems(items), mCount(count),
+      mChoose(std::move(choose))
+{
+}
+
+void DelayMenuLabel::OnMouseDown(int x, int y, const IMouseMod& mod)
+{
+    if (mod.R || !mGraphics) return;
+    auto menu = std::make_shared<IPopupMenu>();
+    for (int i = 0; i < mCount; ++i)
+        menu->AddItem(mItems[i]);
+    mGraphics->CreateIPopupMenu(menu, mRect,
+                                [choose = mChoose](IPopupMenu*, int index)
+                                {
+                                    if (index >= 0 && choose) choose(index);
+                                });
+}
+
+void DelayMenuLabel::Draw(IGraphics* graphics)
+{
+    IRaster& raster = graphics->Raster();
+    raster.FillRoundRect(kWellBorder, mRect, 3.0);
+    raster.FillRoundRect(kButtonOff, mRect.Inset(1), 2.5);
+    raster.DrawText(LabelStyle(mColor ? mColor : &kLabelText, 10, IText::kAlignNear), mText.c_str(),
+                    IRECT(mRect.L + 6, mRect.T, mRect.R - 14, mRect.B));
+    const double ax = mRect.R - 8.5, ay = (mRect.T + mRect.B) / 2.0;
+    raster.DrawLine(kDimText, ax - 3.0, ay - 1.5, ax, ay + 1.5, 1.3);
+    raster.DrawLine(kDimText, ax, ay + 1.5, ax + 3.0, ay - 1.5, 1.3);
+}
+
 // ---- DelayPages ----
 
 DelayPages::DelayPages(QuorvexEditor& editor) : mEditor(editor) {}
@@ -275,6 +313,129 @@ int DelayPages::Index(int param, int slot) const
             if (const IControl* c = mEditor.ControlOfPageRow(kListDelay, row))
                 return ListIndex(mEditor.Plug(), param, c->GetValue());
     return 0;
+}
+
+int DelayPages::LargeIndex(int param, int slot) const
+{
+    const auto list = static_cast<EPageList>(kListLarge1 + (slot & 3));
+    for (int row = 0; row < static_cast<int>(kLargeDelayLayout.size()); ++row)
+        if (const IControl* c = mEditor.ControlOfPageRow(list, row))
+            if (c->ParamIdx() == param) return ListIndex(mEditor.Plug(), param, c->GetValue());
+    return 0;
+}
+
+namespace
+{
+// A preset's value of step i of 0..n, normalised: the curves from 0 to 1, the pan positions
+// from full left (0) to full right (1). Random values come from `random`.
+double PresetValue(bool pan, int preset, int i, int n, std::mt19937& random)
+{
+    const double x = n > 0 ? static_cast<double>(i) / n : 0.0;
+    const double tri = n > 0 ? 1.0 - std::abs(2.0 * i - n) / n : 0.0;
+    const double uniform = std::uniform_real_distribution<double>(0.0, 1.0)(random);
+    if (!pan)
+    {
+        const double curve[] = {0.0, 1.0, x, x * x, tri, std::sin(std::numbers::pi * x), 0.5, uniform};
+        return curve[std::clamp(preset, 0, 7)];
+    }
+    const double positions[] = {0.0, 1.0, x, 1.0 - x, x * x, 1.0 - x * x, tri, 1.0 - tri, 0.5, uniform};
+    return positions[std::clamp(preset, 0, 9)];
+}
+
+// Bit t of a tap pattern for the left and the right channel.
+void PatternBits(int pattern, int t, std::mt19937& random, bool& left, bool& right)
+{
+    auto both = [&](bool on) { left = right = on; };
+    switch (pattern)
+    {
+    case 0: // ALL ON
+        return both(true);
+    case 1: // ALL OFF
+        return both(false);
+    case 2: // LEFT
+        left = true, right = false;
+        return;
+    case 3: // RIGHT
+        left = false, right = true;
+        return;
+    case 4: // PING PONG: the channels take turns
+        left = t % 2 == 0, right = t % 2 == 1;
+        return;
+    case 5: // SYNCOPED: every third tap
+        return both(t % 3 == 0);
+    case 6: // SYNCOPED ST: every third tap, the channels taking turns
+        left = t % 6 == 0, right = t % 6 == 3;
+        return;
+    case 7: // TWO-ONE: two on, one off
+        return both(t % 3 != 2);
+    case 8: // BOUNCER: gaps that grow by one, as a ball's bounces slow
+        return both(t == 0 || t == 1 || t == 3 || t == 6 || t == 10 || t == 15);
+    case 9: // RHYTHM I: three, three, two
+        return both(t % 8 == 0 || t % 8 == 3 || t % 8 == 6);
+    case 10: // RHYTHM II: three, three, four, two, four
+        return both(t == 0 || t == 3 || t == 6 || t == 10 || t == 12);
+    default: // RANDOMIZE
+        left = (random() & 1) != 0;
+        right = (random() & 1) != 0;
+        return;
+    }
+}
+
+std::mt19937 ClockSeeded()
+{
+    return std::mt19937(
+        static_cast<std::mt19937::result_type>(std::chrono::steady_clock::now().time_since_epoch().count()));
+}
+} // namespace
+
+void DelayPages::ApplyStepPreset(int slot, int r, int preset)
+{
+    if (r < 0 || r >= layout::kNumStepRows || layout::kStepRows[r].kind != ELayoutKind::kStepFader) return;
+    slot &= 3;
+    const int family = layout::kStepRows[r].param;
+    const bool pan = family == kTapDelay1Step1Pan;
+    const int stepsParam = family == kTapDelay1Step1Time    ? kTapTimeSteps1
+                           : family == kTapDelay1Step1Level ? kTapLevelSteps1
+                           : pan                            ? kTapPanSteps1
+                           : family == kTapDelay1Step1FXP1  ? kTapFXParam1Steps1
+                                                            : kTapFXParam2Steps1;
+    const int steps = LargeIndex(stepsParam + slot, slot); // 0: no grid
+    const bool random = pan ? preset == 9 : preset == 7;
+    // Random presets fill all 16 steps; the others the taps in use.
+    const int n = random ? layout::kStepColumns - 1 : Index(kDelayTaps1 + slot, slot);
+    std::mt19937 generator = ClockSeeded();
+    IPlugBase* plug = mEditor.Plug();
+    const auto list = static_cast<EPageList>(kListLarge1 + slot);
+    for (int i = 0; i <= n; ++i)
+    {
+        IControl* fader = mEditor.ControlOfPageRow(list, layout::StepRowControl(r, i));
+        if (!fader) continue;
+        double v = PresetValue(pan, preset, i, n, generator);
+        if (steps > 0) v = std::min(1.0, std::floor((steps + 1) * v) / steps);
+        v = std::clamp(v, 0.0, 1.0);
+        // A step already there is left out: the host sees no empty gesture.
+        if (fader->GetValue() == v) continue;
+        const int id = fader->ParamIdx();
+        if (plug) plug->BeginInformHostOfParamChange(id);
+        fader->SetValueFromUserInput(v);
+        if (plug) plug->EndInformHostOfParamChange(id);
+    }
+}
+
+void DelayPages::ApplyTapPattern(int slot, int pattern)
+{
+    slot &= 3;
+    std::mt19937 generator = ClockSeeded();
+    for (int t = 0; t < layout::kStepColumns; ++t)
+    {
+        bool left = false, right = false;
+        PatternBits(pattern, t, generator, left, right);
+        const std::uint16_t bit = static_cast<std::uint16_t>(1u << t);
+        mTapOn[slot][0] = static_cast<std::uint16_t>(left ? mTapOn[slot][0] | bit : mTapOn[slot][0] & ~bit);
+        mTapOn[slot][1] = static_cast<std::uint16_t>(right ? mTapOn[slot][1] | bit : mTapOn[slot][1] & ~bit);
+        if (mActions.tapOn) mActions.tapOn(slot, t, left, right);
+    }
+    Refresh();
 }
 
 void DelayPages::Refresh()
@@ -401,6 +562,30 @@ IControl* BuildDelayPageControl(QuorvexEditor& editor, const LayoutRow& row, int
         auto* field = new SourceFieldControl(plug, row.mRect, param, nullptr);
         if (const IParamRecord* p = plug ? plug->GetParam(param) : nullptr) field->SetTooltip(p->name);
         return field;
+    }
+    case ELayoutKind::kStepPresetMenu:
+    {
+        const int r = row.mIndex;
+        const int slot = instance & 3;
+        const bool pan = layout::kStepRows[r].param == kTapDelay1Step1Pan;
+        DelayPages* pages = &editor.Delay();
+        auto* menu = new DelayMenuLabel(
+            plug, row.mRect, row.mLabel, nullptr, pan ? kStepPanPresets : kStepCurvePresets,
+            pan ? static_cast<int>(std::size(kStepPanPresets))
+                : static_cast<int>(std::size(kStepCurvePresets)),
+            [pages, slot, r](int preset) { pages->ApplyStepPreset(slot, r, preset); });
+        menu->SetTooltip("Presets of the row");
+        return menu;
+    }
+    case ELayoutKind::kTapPatternMenu:
+    {
+        const int slot = instance & 3;
+        DelayPages* pages = &editor.Delay();
+        auto* menu = new DelayMenuLabel(
+            plug, row.mRect, row.mLabel, nullptr, kTapPatterns, static_cast<int>(std::size(kTapPatterns)),
+            [pages, slot](int pattern) { pages->ApplyTapPattern(slot, pattern); });
+        menu->SetTooltip("On/off patterns of the taps");
+        return menu;
     }
     case ELayoutKind::kLargeViewSelect:
         return new DelayViewSelect(editor, row.mRect, instance & 3, color);

@@ -45,6 +45,13 @@ class DelayPages
     // A press on a mask button: flips the bit, tells the plug-in, grays the faders it governs.
     void Toggle(EStepMask mask, int slot, int tap);
 
+    // Preset `preset` of step row r's menu (kStepRows) on the slot's taps in use, written through
+    // the faders as one gesture each, snapped to the row's step grid when it has one.
+    void ApplyStepPreset(int slot, int r, int preset);
+    // Tap on/off pattern `pattern` (kTapPatterns) on both channels of all 16 taps; every tap is
+    // reported through the tap action.
+    void ApplyTapPattern(int slot, int pattern);
+
     // Shows the rows of the page shown that its rules allow; the rest of the page stays hidden.
     void Refresh();
     // A parameter changed: a delay mode, time base or tap count reshapes the pages.
@@ -52,6 +59,8 @@ class DelayPages
 
   private:
     int Index(int param, int slot) const;
+    // Index of a list parameter from the slot's large view (its step counts).
+    int LargeIndex(int param, int slot) const;
     void RefreshOverview();
     void RefreshLarge(int slot, bool steps);
 
@@ -118,4 +127,24 @@ class SourceFieldControl : public IValuePopUpControl
   public:
     using IValuePopUpControl::IValuePopUpControl;
     void Draw(IGraphics* graphics) override;
+};
+
+// A name that opens a menu: the step rows' names open their presets, the pattern button the tap
+// patterns. A chevron marks it as a menu.
+class DelayMenuLabel : public IControl
+{
+  public:
+    using Choose = std::function<void(int index)>;
+    DelayMenuLabel(IPlugBase* plug, const IRECT& rect, std::string text, const IColor* color,
+                   const char* const* items, int count, Choose choose);
+    void OnMouseDown(int x, int y, const IMouseMod& mod) override;
+    void OnMouseDblClick(int x, int y, const IMouseMod& mod) override { OnMouseDown(x, y, mod); }
+    void Draw(IGraphics* graphics) override;
+
+  private:
+    std::string mText;
+    const IColor* mColor;
+    const char* const* mItems;
+    int mCount;
+    Choose mChoose;
 };

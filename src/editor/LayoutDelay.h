@@ -21,6 +21,17 @@ struct DelayRowRule
     std::int8_t mColumn = -1;  // large view: the tap column, shown while the slot has that many taps
 };
 
+// The presets a step row's menu offers: the curves for time, level and the effect parameters,
+// and the pan positions for pan.
+inline constexpr const char* kStepCurvePresets[] = {"ALL OFF",  "ALL ON", "RAMP", "EXPONENTIAL",
+                                                    "TRIANGLE", "SINUS",  "HALF", "RANDOMIZE"};
+inline constexpr const char* kStepPanPresets[] = {"FULL LEFT", "FULL RIGHT", "RAMP UP",  "RAMP DOWN",
+                                                  "EXP UP",    "EXP DOWN",   "TRIANGLE", "INVERSE TRIANGLE",
+                                                  "CENTER",    "RANDOMIZE"};
+inline constexpr const char* kTapPatterns[] = {"ALL ON",    "ALL OFF",  "LEFT",        "RIGHT",
+                                               "PING PONG", "SYNCOPED", "SYNCOPED ST", "TWO-ONE",
+                                               "BOUNCER",   "RHYTHM I", "RHYTHM II",   "RANDOMIZE"};
+
 // Which mask a mask button of the large view toggles (the row's mIndex is kind * 16 + tap).
 enum EStepMask : int
 {
@@ -243,7 +254,7 @@ inline constexpr StepBandItem kStepBand[] = {
 };
 inline constexpr int kNumBandItems = static_cast<int>(std::size(kStepBand));
 inline constexpr int kNumBandPopups = 9;
-inline constexpr int kLargeHeadRows = 4;
+inline constexpr int kLargeHeadRows = 5;
 inline constexpr int kLargeRows =
     kLargeHeadRows + kStepColumns + kNumStepRows * (1 + kStepColumns) + 1 + kNumBandItems + kNumBandPopups;
 
@@ -258,6 +269,12 @@ constexpr int StepColumnNumber(int column)
 }
 inline constexpr int kLargeBackRow = 2;
 inline constexpr int kLargeViewSelectRow = 3;
+inline constexpr int kTapPatternRow = 4;
+// The table row of step row r's name.
+constexpr int StepRowName(int r)
+{
+    return kLargeHeadRows + kStepColumns + r * (1 + kStepColumns);
+}
 
 inline constexpr const char* kColumnNumbers[kStepColumns] = {"1", "2",  "3",  "4",  "5",  "6",  "7",  "8",
                                                              "9", "10", "11", "12", "13", "14", "15", "16"};
@@ -271,19 +288,24 @@ constexpr RowBuilder<kLargeRows> MakeLargeDelay()
     b.Add({ELayoutKind::kSlotTitle, IRECT(32, 102, 240, 120)});
     b.Add({ELayoutKind::kLargeBackButton, IRECT(872, 102, 960, 120), -1, -1, -1, "OVERVIEW"});
     b.Add({ELayoutKind::kLargeViewSelect, IRECT(376, 102, 616, 120), -1, -1, -1, "LEVEL TAPS|EFFECT STEPS"});
+    b.Add({ELayoutKind::kTapPatternMenu, IRECT(772, 102, 864, 120), -1, -1, -1, "PATTERN"}, {0xF, 3, 1});
     for (int c = 0; c < kStepColumns; ++c)
     {
         const int cx = StepColumnCentre(c);
         b.Add({ELayoutKind::kModeLabel, IRECT(cx - 16, 130, cx + 16, 144), -1, -1, -1, kColumnNumbers[c]},
               {0xF, 3, 3, static_cast<std::int8_t>(c)});
     }
-    for (const StepRowSpec& spec : kStepRows)
+    for (int r = 0; r < kNumStepRows; ++r)
     {
+        const StepRowSpec& spec = kStepRows[r];
         const bool fader = spec.kind == ELayoutKind::kStepFader;
         const int h = fader ? kFaderH : 16;
         const int labelT = fader ? spec.top + h / 2 - 7 : spec.top + 1;
-        b.Add({ELayoutKind::kModeLabel, IRECT(kLabelColL, labelT, kLabelColR, labelT + 14), -1, -1, -1,
-               spec.name},
+        // A fader row's name opens the row's presets.
+        b.Add({fader ? ELayoutKind::kStepPresetMenu : ELayoutKind::kModeLabel,
+               fader ? IRECT(kLabelColL - 4, labelT - 3, kLabelColR, labelT + 17)
+                     : IRECT(kLabelColL + 2, labelT, kLabelColR, labelT + 14),
+               -1, -1, -1, spec.name, r},
               {0xF, 3, spec.views});
         for (int c = 0; c < kStepColumns; ++c)
         {

@@ -46,6 +46,8 @@ enum class ELayoutKind
     kStepFader,       // a vertical fader of one tap step; a bipolar bitmap fills from the middle
     kStepMaskButton,  // one bit of a tap or step mask: mIndex is EStepMask * 16 + tap
     kSourceField,     // a narrow value field in small type (a modulation source beside its depth)
+    kStepPresetMenu,  // a step row's name that opens its presets (mIndex: the row)
+    kTapPatternMenu,  // opens the on/off patterns of the slot's taps
 };
 
 struct LayoutRow

@@ -392,3 +392,74 @@ TEST_F(DelayPagesFixture, ButtonsMoveBetweenTheOverviewAndALargeView)
     Click(editor.ControlOfPageRow(list, layout::kLargeBackRow));
     EXPECT_EQ(asked, (std::vector<std::string>{"show 12", "toggle 2"}));
 }
+
+TEST_F(DelayPagesFixture, ARowPresetWritesTheTapsInUseOneGestureEach)
+{
+    SetIndex(kDelayTaps2, 4); // five taps
+    editor.ShowPage(kPageLargeLevels + 1, false);
+    const int level = StepRowOf("LEVEL");
+    const double untouched = Step(1, level, 5)->GetValue();
+    // The row's name opens its menu.
+    Click(editor.ControlOfPageRow(kListLarge2, layout::StepRowName(level)));
+    EXPECT_NE(editor.ModalOverlay(), nullptr);
+
+    plug.mLog.clear();
+    editor.Delay().ApplyStepPreset(1, level, 2); // RAMP
+    for (int i = 0; i < 5; ++i)
+        EXPECT_NEAR(Step(1, level, i)->GetValue(), i / 4.0, 1e-9) << i;
+    EXPECT_EQ(Step(1, level, 5)->GetValue(), untouched);
+    // Levels start at full: the last step of the ramp is there already and is left out.
+    std::string expected;
+    for (int i = 0; i < 4; ++i)
+    {
+        const std::string id = std::to_string(kTapDelay2Step1Level + i);
+        if (!expected.empty()) expected += ' ';
+        expected += "B" + id + " P" + id + " E" + id;
+    }
+    EXPECT_EQ(plug.Gestures(), expected);
+
+    // With a grid of two steps the ramp snaps: floor(3 v) / 2.
+    SetIndex(kTapLevelSteps2, 2);
+    editor.Delay().ApplyStepPreset(1, level, 2);
+    const double snapped[] = {0.0, 0.0, 0.5, 1.0, 1.0};
+    for (int i = 0; i < 5; ++i)
+        EXPECT_NEAR(Step(1, level, i)->GetValue(), snapped[i], 1e-9) << i;
+
+    // Pan presets run from full left to full right.
+    const int pan = StepRowOf("PAN");
+    editor.Delay().ApplyStepPreset(1, pan, 3); // RAMP DOWN
+    EXPECT_NEAR(Step(1, pan, 0)->GetValue(), 1.0, 1e-9);
+    EXPECT_NEAR(Step(1, pan, 2)->GetValue(), 0.5, 1e-9);
+    EXPECT_NEAR(Step(1, pan, 4)->GetValue(), 0.0, 1e-9);
+    // RANDOMIZE fills all 16 steps, the hidden ones too.
+    plug.mLog.clear();
+    editor.Delay().ApplyStepPreset(1, StepRowOf("TIME"), 7);
+    int ends = 0;
+    for (const std::string& e : plug.mLog)
+        ends += e.rfind("E", 0) == 0;
+    EXPECT_EQ(ends, 16);
+}
+
+TEST_F(DelayPagesFixture, TapPatternsSetBothChannelsOfEveryTap)
+{
+    int reports = 0;
+    editor.SetStepMaskActions({[&](int slot, int, bool, bool) { reports += slot == 3; }, nullptr, nullptr});
+    editor.ShowPage(kPageLargeLevels + 3, false);
+    EXPECT_FALSE(editor.ControlOfPageRow(kListLarge4, layout::kTapPatternRow)->IsHidden());
+    editor.Delay().ApplyTapPattern(3, 4); // PING PONG
+    EXPECT_EQ(editor.Delay().TapOnMask(3, 0), 0x5555u);
+    EXPECT_EQ(editor.Delay().TapOnMask(3, 1), 0xAAAAu);
+    EXPECT_EQ(reports, 16);
+    editor.Delay().ApplyTapPattern(3, 2); // LEFT
+    EXPECT_EQ(editor.Delay().TapOnMask(3, 0), 0xFFFFu);
+    EXPECT_EQ(editor.Delay().TapOnMask(3, 1), 0u);
+    editor.Delay().ApplyTapPattern(3, 5); // SYNCOPED: every third tap
+    EXPECT_EQ(editor.Delay().TapOnMask(3, 0), 0x9249u);
+    EXPECT_EQ(editor.Delay().TapOnMask(3, 1), 0x9249u);
+    EXPECT_TRUE(dynamic_cast<DelayTextButton*>(Step(3, StepRowOf("TAP R"), 3))->IsLit());
+    EXPECT_FALSE(dynamic_cast<DelayTextButton*>(Step(3, StepRowOf("TAP R"), 4))->IsLit());
+    // The other slots keep theirs; the pattern menu belongs to the level taps view.
+    EXPECT_EQ(editor.Delay().TapOnMask(2, 0), 0u);
+    editor.ShowPage(kPageLargeSteps + 3, false);
+    EXPECT_TRUE(editor.ControlOfPageRow(kListLarge4, layout::kTapPatternRow)->IsHidden());
+}

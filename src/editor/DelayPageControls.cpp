@@ -404,22 +404,82 @@ void DelayPages::ApplyStepPreset(int slot, int r, int preset)
     // Random presets fill all 16 steps; the others the taps in use.
     const int n = random ? layout::kStepColumns - 1 : Index(kDelayTaps1 + slot, slot);
     std::mt19937 generator = ClockSeeded();
-    IPlugBase* plug = mEditor.Plug();
-    const auto list = static_cast<EPageList>(kListLarge1 + slot);
     for (int i = 0; i <= n; ++i)
     {
-        IControl* fader = mEditor.ControlOfPageRow(list, layout::StepRowControl(r, i));
+        IControl* fader = Fader(slot, r, i);
         if (!fader) continue;
         double v = PresetValue(pan, preset, i, n, generator);
         if (steps > 0) v = std::min(1.0, std::floor((steps + 1) * v) / steps);
-        v = std::clamp(v, 0.0, 1.0);
-        // A step already there is left out: the host sees no empty gesture.
-        if (fader->GetValue() == v) continue;
-        const int id = fader->ParamIdx();
-        if (plug) plug->BeginInformHostOfParamChange(id);
-        fader->SetValueFromUserInput(v);
-        if (plug) plug->EndInformHostOfParamChange(id);
+        WriteStep(fader, v);
     }
+}
+
+void DelayPages::WriteStep(IControl* fader, double normalized)
+{
+    const double v = std::clamp(normalized, 0.0, 1.0);
+    // A step already there is left out: the host sees no empty gesture.
+    if (!fader || fader->GetValue() == v) return;
+    IPlugBase* plug = mEditor.Plug();
+    const int id = fader->ParamIdx();
+    if (plug) plug->BeginInformHostOfParamChange(id);
+    fader->SetValueFromUserInput(v);
+    if (plug) plug->EndInformHostOfParamChange(id);
+}
+
+IControl* DelayPages::Fader(int slot, int r, int tap) const
+{
+    if (r < 0 || r >= layout::kNumStepRows || layout::kStepRows[r].kind != ELayoutKind::kStepFader)
+        return nullptr;
+    return mEditor.ControlOfPageRow(static_cast<EPageList>(kListLarge1 + (slot & 3)),
+                                    layout::StepRowControl(r, tap));
+}
+
+void DelayPages::MoveRow(int slot, int r, int dir)
+{
+    const int count = Index(kDelayTaps1 + (slot & 3), slot & 3) + 1;
+    std::array<double, layout::kStepColumns> values{};
+    for (int i = 0; i < count; ++i)
+    {
+        const IControl* fader = Fader(slot, r, i);
+        if (!fader) return;
+        values[i] = fader->GetValue();
+    }
+    for (int i = 0; i < count; ++i)
+        WriteStep(Fader(slot, r, i), values[((i - dir) % count + count) % count]);
+}
+
+void DelayPages::CopySlot(int slot)
+{
+    slot &= 3;
+    for (int r = 0; r < layout::kNumStepRows; ++r)
+        for (int t = 0; t < layout::kStepColumns; ++t)
+            if (const IControl* fader = Fader(slot, r, t)) mCopy.mValues[r][t] = fader->GetValue();
+    mCopy.mTapOn = mTapOn[slot];
+    mCopy.mStepFx = mStepFx[slot];
+    mCopy.mStepMod = {mStepMod[0][slot], mStepMod[1][slot]};
+    mCopy.mValid = true;
+}
+
+void DelayPages::PasteSlot(int slot)
+{
+    if (!mCopy.mValid) return;
+    slot &= 3;
+    for (int r = 0; r < layout::kNumStepRows; ++r)
+        for (int t = 0; t < layout::kStepColumns; ++t)
+            WriteStep(Fader(slot, r, t), mCopy.mValues[r][t]);
+    mTapOn[slot] = mCopy.mTapOn;
+    mStepFx[slot] = mCopy.mStepFx;
+    mStepMod[0][slot] = mCopy.mStepMod[0];
+    mStepMod[1][slot] = mCopy.mStepMod[1];
+    for (int t = 0; t < layout::kStepColumns; ++t)
+    {
+        if (mActions.tapOn) mActions.tapOn(slot, t, Bit(kMaskTapOnL, slot, t), Bit(kMaskTapOnR, slot, t));
+        if (mActions.stepFx) mActions.stepFx(slot, t, Bit(kMaskStepFx, slot, t));
+        if (mActions.stepMod)
+            for (int row = 0; row < 2; ++row)
+                mActions.stepMod(slot, row, t, Bit(static_cast<EStepMask>(kMaskStepMod1 + row), slot, t));
+    }
+    Refresh();
 }
 
 void DelayPages::ApplyTapPattern(int slot, int pattern)
@@ -586,6 +646,33 @@ IControl* BuildDelayPageControl(QuorvexEditor& editor, const LayoutRow& row, int
             [pages, slot](int pattern) { pages->ApplyTapPattern(slot, pattern); });
         menu->SetTooltip("On/off patterns of the taps");
         return menu;
+    }
+    case ELayoutKind::kStepMove:
+    {
+        const int r = row.mIndex / 2, dir = row.mIndex % 2 == 0 ? -1 : 1;
+        const int slot = instance & 3;
+        DelayPages* pages = &editor.Delay();
+        auto* button = new DelayTextButton(plug, row.mRect, color, row.mLabel, nullptr,
+                                           [pages, slot, r, dir] { pages->MoveRow(slot, r, dir); });
+        button->SetTooltip(dir < 0 ? "Move the row one tap left" : "Move the row one tap right");
+        return button;
+    }
+    case ELayoutKind::kSlotClipboard:
+    {
+        const bool paste = row.mIndex == 1;
+        const int slot = instance & 3;
+        DelayPages* pages = &editor.Delay();
+        auto* button = new DelayTextButton(plug, row.mRect, color, row.mLabel, nullptr,
+                                           [pages, slot, paste]
+                                           {
+                                               if (paste)
+                                                   pages->PasteSlot(slot);
+                                               else
+                                                   pages->CopySlot(slot);
+                                           });
+        button->SetTooltip(paste ? "Paste the copied steps and taps onto this slot"
+                                 : "Copy this slot's steps and taps");
+        return button;
     }
     case ELayoutKind::kLargeViewSelect:
         return new DelayViewSelect(editor, row.mRect, instance & 3, color);

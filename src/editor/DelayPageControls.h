@@ -52,6 +52,15 @@ class DelayPages
     // reported through the tap action.
     void ApplyTapPattern(int slot, int pattern);
 
+    // Moves step row r's values one tap to the left (dir -1) or right (+1) around the taps in
+    // use; the tap that falls off one end comes in at the other.
+    void MoveRow(int slot, int r, int dir);
+    // Copies all five step rows and the masks of a slot; pasting writes them onto a slot (the
+    // rows through their faders, the masks through the actions).
+    void CopySlot(int slot);
+    void PasteSlot(int slot);
+    bool HasCopy() const { return mCopy.mValid; }
+
     // Shows the rows of the page shown that its rules allow; the rest of the page stays hidden.
     void Refresh();
     // A parameter changed: a delay mode, time base or tap count reshapes the pages.
@@ -64,7 +73,21 @@ class DelayPages
     void RefreshOverview();
     void RefreshLarge(int slot, bool steps);
 
+    // Sets a fader from the editor as one gesture, skipping a value it already has.
+    void WriteStep(IControl* fader, double normalized);
+    IControl* Fader(int slot, int r, int tap) const;
+
+    struct SlotCopy
+    {
+        bool mValid = false;
+        std::array<std::array<double, 16>, layout::kNumStepRows> mValues{};
+        std::array<std::uint16_t, 2> mTapOn{};
+        std::uint16_t mStepFx = 0;
+        std::array<std::uint16_t, 2> mStepMod{};
+    };
+
     QuorvexEditor& mEditor;
+    SlotCopy mCopy;
     StepMaskActions mActions;
     std::array<std::array<std::uint16_t, 2>, 4> mTapOn{};
     std::array<std::uint16_t, 4> mStepFx{};

@@ -255,8 +255,12 @@ inline constexpr StepBandItem kStepBand[] = {
 inline constexpr int kNumBandItems = static_cast<int>(std::size(kStepBand));
 inline constexpr int kNumBandPopups = 9;
 inline constexpr int kLargeHeadRows = 5;
-inline constexpr int kLargeRows =
-    kLargeHeadRows + kStepColumns + kNumStepRows * (1 + kStepColumns) + 1 + kNumBandItems + kNumBandPopups;
+inline constexpr int kNumFaderRows = 5;
+inline constexpr int kLargeRows = kLargeHeadRows + kStepColumns + kNumStepRows * (1 + kStepColumns) + 1 +
+                                  kNumBandItems + kNumBandPopups + 2 * kNumFaderRows + 2;
+// The first of the rows after the band: two move buttons per fader row, then copy and paste.
+inline constexpr int kLargeMoveRows = kLargeRows - 2 * kNumFaderRows - 2;
+inline constexpr int kCopyRow = kLargeRows - 2, kPasteRow = kLargeRows - 1;
 
 // The table row of step row r's control in tap column c, and of a tap column's number.
 constexpr int StepRowControl(int r, int column)
@@ -288,7 +292,7 @@ constexpr RowBuilder<kLargeRows> MakeLargeDelay()
     b.Add({ELayoutKind::kSlotTitle, IRECT(32, 102, 240, 120)});
     b.Add({ELayoutKind::kLargeBackButton, IRECT(872, 102, 960, 120), -1, -1, -1, "OVERVIEW"});
     b.Add({ELayoutKind::kLargeViewSelect, IRECT(376, 102, 616, 120), -1, -1, -1, "LEVEL TAPS|EFFECT STEPS"});
-    b.Add({ELayoutKind::kTapPatternMenu, IRECT(772, 102, 864, 120), -1, -1, -1, "PATTERN"}, {0xF, 3, 1});
+    b.Add({ELayoutKind::kTapPatternMenu, IRECT(760, 102, 864, 120), -1, -1, -1, "PATTERN"}, {0xF, 3, 1});
     for (int c = 0; c < kStepColumns; ++c)
     {
         const int cx = StepColumnCentre(c);
@@ -337,6 +341,19 @@ constexpr RowBuilder<kLargeRows> MakeLargeDelay()
               rule);
         b.Add({item.kind, IRECT(item.x, kBandTop + 14, item.x + item.w, kBandTop + 36), item.param}, rule);
     }
+    // Under each fader row's name: move the row one tap left or right.
+    for (int r = 0; r < kNumStepRows; ++r)
+    {
+        const StepRowSpec& spec = kStepRows[r];
+        if (spec.kind != ELayoutKind::kStepFader) continue;
+        const int y = spec.top + kFaderH / 2 + 14;
+        for (int dir = 0; dir < 2; ++dir)
+            b.Add({ELayoutKind::kStepMove, IRECT::FromSize(kLabelColL - 4 + dir * 38, y, 34, 16), -1, -1, -1,
+                   dir == 0 ? "<" : ">", r * 2 + dir},
+                  {0xF, 3, spec.views});
+    }
+    b.Add({ELayoutKind::kSlotClipboard, IRECT(624, 102, 684, 120), -1, -1, -1, "COPY", 0});
+    b.Add({ELayoutKind::kSlotClipboard, IRECT(692, 102, 752, 120), -1, -1, -1, "PASTE", 1});
     return b;
 }
 

@@ -48,6 +48,8 @@ enum class ELayoutKind
     kSourceField,     // a narrow value field in small type (a modulation source beside its depth)
     kStepPresetMenu,  // a step row's name that opens its presets (mIndex: the row)
     kTapPatternMenu,  // opens the on/off patterns of the slot's taps
+    kStepMove,        // moves a step row along the taps in use: mIndex is row * 2 + (0 left, 1 right)
+    kSlotClipboard,   // copies (mIndex 0) or pastes (1) all of a slot's steps and masks
 };
 
 struct LayoutRow

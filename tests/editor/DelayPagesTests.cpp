@@ -463,3 +463,54 @@ TEST_F(DelayPagesFixture, TapPatternsSetBothChannelsOfEveryTap)
     editor.ShowPage(kPageLargeSteps + 3, false);
     EXPECT_TRUE(editor.ControlOfPageRow(kListLarge4, layout::kTapPatternRow)->IsHidden());
 }
+
+TEST_F(DelayPagesFixture, ARowMovesAroundTheTapsInUse)
+{
+    SetIndex(kDelayTaps1, 3); // four taps
+    editor.ShowPage(kPageLargeLevels, false);
+    const int time = StepRowOf("TIME");
+    const double values[] = {0.1, 0.2, 0.3, 0.4};
+    for (int i = 0; i < 4; ++i)
+        Step(0, time, i)->SetValueFromPlug(values[i]);
+    Step(0, time, 4)->SetValueFromPlug(0.9);
+    // The move buttons sit under the row's name: the right one first.
+    Click(editor.ControlOfPageRow(kListLarge1, layout::kLargeMoveRows + 2 * 0 + 1));
+    const double right[] = {0.4, 0.1, 0.2, 0.3};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_DOUBLE_EQ(Step(0, time, i)->GetValue(), right[i]) << i;
+    EXPECT_DOUBLE_EQ(Step(0, time, 4)->GetValue(), 0.9); // beyond the taps in use
+    Click(editor.ControlOfPageRow(kListLarge1, layout::kLargeMoveRows + 0));
+    for (int i = 0; i < 4; ++i)
+        EXPECT_DOUBLE_EQ(Step(0, time, i)->GetValue(), values[i]) << i;
+    // The other rows stay.
+    EXPECT_DOUBLE_EQ(Step(0, StepRowOf("LEVEL"), 0)->GetValue(),
+                     plug.GetParam(kTapDelay1Step1Level)->GetNormalized());
+}
+
+TEST_F(DelayPagesFixture, ASlotsStepsAndMasksPasteOntoAnother)
+{
+    int fxReports = 0;
+    editor.SetStepMaskActions({nullptr, [&](int slot, int, bool) { fxReports += slot == 2; }, nullptr});
+    editor.ShowPage(kPageLargeSteps, false);
+    Step(0, StepRowOf("FX P2"), 9)->SetValueFromPlug(0.75);
+    Step(0, StepRowOf("PAN"), 15)->SetValueFromPlug(0.0);
+    editor.Delay().SetStepFxMask(0, 0x0F0F);
+    editor.Delay().SetTapOnMask(0, 1, 0x00F0);
+    EXPECT_FALSE(editor.Delay().HasCopy());
+    Click(editor.ControlOfPageRow(kListLarge1, layout::kCopyRow));
+    EXPECT_TRUE(editor.Delay().HasCopy());
+
+    editor.ShowPage(kPageLargeSteps + 2, false);
+    plug.mLog.clear();
+    Click(editor.ControlOfPageRow(kListLarge3, layout::kPasteRow));
+    EXPECT_DOUBLE_EQ(Step(2, StepRowOf("FX P2"), 9)->GetValue(), 0.75);
+    EXPECT_DOUBLE_EQ(Step(2, StepRowOf("PAN"), 15)->GetValue(), 0.0);
+    EXPECT_EQ(editor.Delay().StepFxMask(2), 0x0F0Fu);
+    EXPECT_EQ(editor.Delay().TapOnMask(2, 1), 0x00F0u);
+    EXPECT_EQ(fxReports, 16);
+    // Exactly the two steps that differ reach the host, each as one gesture.
+    const std::string fx = std::to_string(kTapDelay3Step10FXP2), pan = std::to_string(kTapDelay3Step16Pan);
+    EXPECT_EQ(plug.Gestures(), "B" + pan + " P" + pan + " E" + pan + " B" + fx + " P" + fx + " E" + fx);
+    // The pasted effect masks gray the new slot's faders.
+    EXPECT_TRUE(Step(2, StepRowOf("FX P1"), 4)->IsGrayed());
+}

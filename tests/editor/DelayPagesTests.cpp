@@ -514,3 +514,19 @@ TEST_F(DelayPagesFixture, ASlotsStepsAndMasksPasteOntoAnother)
     // The pasted effect masks gray the new slot's faders.
     EXPECT_TRUE(Step(2, StepRowOf("FX P1"), 4)->IsGrayed());
 }
+
+TEST_F(DelayPagesFixture, EveryDelayParameterHasAControlOnTheDelayPages)
+{
+    std::set<int> onPages;
+    for (int list : {kListDelay, kListLarge1, kListLarge2, kListLarge3, kListLarge4})
+        for (int idx : editor.ListControls(static_cast<EPageList>(list)))
+            onPages.insert(editor.GetControl(idx)->ParamIdx());
+    std::vector<int> wanted;
+    for (int id = kDelayMode1; id <= kReverseXFade4; ++id)
+        wanted.push_back(id);
+    for (int slot = 0; slot < 4; ++slot)
+        for (int first : {kFeedback1, kFeedbackModDepth1, kFeedbackModSource1, kDelayTapsSwing1})
+            wanted.push_back(first + slot);
+    for (int id : wanted)
+        EXPECT_EQ(onPages.count(id), 1u) << plug.GetParam(id)->name;
+}

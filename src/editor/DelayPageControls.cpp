@@ -180,7 +180,10 @@ void DelayTextButton::OnMouseDown(int x, int y, const IMouseMod& mod)
 
 void DelayTextButton::Draw(IGraphics* graphics)
 {
-    DrawButtonFace(graphics, mRect, mColor, IsLit(), mGrayed, mText.c_str());
+    if (mFrameless && !IsLit())
+        graphics->Raster().DrawText(LabelStyle(&kDimText, 10), mText.c_str(), mRect);
+    else
+        DrawButtonFace(graphics, mRect, mColor, IsLit(), mGrayed, mText.c_str());
 }
 
 // ---- SourceFieldControl ----
@@ -498,6 +501,18 @@ void DelayPages::ApplyTapPattern(int slot, int pattern)
     Refresh();
 }
 
+void DelayPages::SetPlayingTap(int slot, int tap)
+{
+    slot &= 3;
+    if (mPlaying[slot] == tap) return;
+    const auto list = static_cast<EPageList>(kListLarge1 + slot);
+    for (int column : {mPlaying[slot], tap})
+        if (column >= 0 && column < layout::kStepColumns)
+            if (IControl* c = mEditor.ControlOfPageRow(list, layout::StepColumnNumber(column)))
+                c->SetDirty(false);
+    mPlaying[slot] = tap;
+}
+
 void DelayPages::Refresh()
 {
     const int page = mEditor.Pages().Shown();
@@ -673,6 +688,17 @@ IControl* BuildDelayPageControl(QuorvexEditor& editor, const LayoutRow& row, int
         button->SetTooltip(paste ? "Paste the copied steps and taps onto this slot"
                                  : "Copy this slot's steps and taps");
         return button;
+    }
+    case ELayoutKind::kTapNumber:
+    {
+        const int slot = instance & 3, column = row.mIndex;
+        DelayPages* pages = &editor.Delay();
+        auto* number = new DelayTextButton(
+            plug, row.mRect, color, row.mLabel,
+            [pages, slot, column] { return pages->PlayingTap(slot) == column; }, nullptr);
+        number->SetFrameless(true);
+        number->SetTargetArea(IRECT());
+        return number;
     }
     case ELayoutKind::kLargeViewSelect:
         return new DelayViewSelect(editor, row.mRect, instance & 3, color);

@@ -61,6 +61,11 @@ class DelayPages
     void PasteSlot(int slot);
     bool HasCopy() const { return mCopy.mValid; }
 
+    // The tap of each slot that plays now, -1 for none: the idle tick pushes it, the large
+    // view lights that tap's number.
+    void SetPlayingTap(int slot, int tap);
+    int PlayingTap(int slot) const { return mPlaying[slot & 3]; }
+
     // Shows the rows of the page shown that its rules allow; the rest of the page stays hidden.
     void Refresh();
     // A parameter changed: a delay mode, time base or tap count reshapes the pages.
@@ -88,6 +93,7 @@ class DelayPages
 
     QuorvexEditor& mEditor;
     SlotCopy mCopy;
+    std::array<int, 4> mPlaying{-1, -1, -1, -1};
     StepMaskActions mActions;
     std::array<std::array<std::uint16_t, 2>, 4> mTapOn{};
     std::array<std::uint16_t, 4> mStepFx{};
@@ -136,12 +142,15 @@ class DelayTextButton : public IControl
     void OnMouseDblClick(int x, int y, const IMouseMod& mod) override { OnMouseDown(x, y, mod); }
     void Draw(IGraphics* graphics) override;
     bool IsLit() const { return mLit && mLit(); }
+    // Unlit, only the text shows (a number that lights up now and then).
+    void SetFrameless(bool frameless) { mFrameless = frameless; }
 
   private:
     const IColor* mColor;
     std::string mText;
     std::function<bool()> mLit;
     std::function<void()> mPress;
+    bool mFrameless = false;
 };
 
 // A value field too narrow for the usual type: the text in small capitals, as large as fits.

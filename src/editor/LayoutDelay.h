@@ -296,7 +296,7 @@ constexpr RowBuilder<kLargeRows> MakeLargeDelay()
     for (int c = 0; c < kStepColumns; ++c)
     {
         const int cx = StepColumnCentre(c);
-        b.Add({ELayoutKind::kModeLabel, IRECT(cx - 16, 130, cx + 16, 144), -1, -1, -1, kColumnNumbers[c]},
+        b.Add({ELayoutKind::kTapNumber, IRECT(cx - 16, 129, cx + 16, 145), -1, -1, -1, kColumnNumbers[c], c},
               {0xF, 3, 3, static_cast<std::int8_t>(c)});
     }
     for (int r = 0; r < kNumStepRows; ++r)

@@ -50,6 +50,7 @@ enum class ELayoutKind
     kTapPatternMenu,  // opens the on/off patterns of the slot's taps
     kStepMove,        // moves a step row along the taps in use: mIndex is row * 2 + (0 left, 1 right)
     kSlotClipboard,   // copies (mIndex 0) or pastes (1) all of a slot's steps and masks
+    kTapNumber,       // a tap column's number, lit while that tap plays (mIndex: the column)
 };
 
 struct LayoutRow

@@ -530,3 +530,27 @@ TEST_F(DelayPagesFixture, EveryDelayParameterHasAControlOnTheDelayPages)
     for (int id : wanted)
         EXPECT_EQ(onPages.count(id), 1u) << plug.GetParam(id)->name;
 }
+
+TEST_F(DelayPagesFixture, ThePlayingTapsNumberLights)
+{
+    editor.ShowPage(kPageLargeLevels + 1, false);
+    auto number = [&](int slot, int column)
+    {
+        return dynamic_cast<DelayTextButton*>(editor.ControlOfPageRow(
+            static_cast<EPageList>(kListLarge1 + slot), layout::StepColumnNumber(column)));
+    };
+    editor.Delay().SetPlayingTap(1, 3);
+    EXPECT_TRUE(number(1, 3)->IsLit());
+    EXPECT_FALSE(number(1, 2)->IsLit());
+    EXPECT_FALSE(number(0, 3)->IsLit());
+    editor.OnTimerTick();
+    EXPECT_FALSE(number(1, 4)->PeekDirty());
+    editor.Delay().SetPlayingTap(1, 4);
+    EXPECT_FALSE(number(1, 3)->IsLit());
+    EXPECT_TRUE(number(1, 4)->IsLit());
+    // Both the number that went out and the one that lit are redrawn.
+    EXPECT_TRUE(number(1, 3)->PeekDirty());
+    EXPECT_TRUE(number(1, 4)->PeekDirty());
+    editor.Delay().SetPlayingTap(1, -1);
+    EXPECT_FALSE(number(1, 4)->IsLit());
+}

@@ -196,7 +196,7 @@ constexpr int StepColumnCentre(int column)
 }
 
 // A row of the large view: its name at the left, and one control per tap column.
-struct StepRowSpec
+struct StepRowDef
 {
     std::uint8_t views;
     const char* name;
@@ -209,7 +209,7 @@ struct StepRowSpec
 };
 
 inline constexpr int kFaderRows[3] = {196, 304, 412};
-inline constexpr StepRowSpec kStepRows[] = {
+inline constexpr StepRowDef kStepRows[] = {
     {1, "TAP L", 150, ELayoutKind::kStepMaskButton, -1, kMaskTapOnL, -1, "L"},
     {1, "TAP R", 170, ELayoutKind::kStepMaskButton, -1, kMaskTapOnR, -1, "R"},
     {1, "TIME", kFaderRows[0], ELayoutKind::kStepFader, kTapDelay1Step1Time, 0, BitmapId("gate_fader"), ""},
@@ -301,27 +301,27 @@ constexpr RowBuilder<kLargeRows> MakeLargeDelay()
     }
     for (int r = 0; r < kNumStepRows; ++r)
     {
-        const StepRowSpec& spec = kStepRows[r];
-        const bool fader = spec.kind == ELayoutKind::kStepFader;
+        const StepRowDef& def = kStepRows[r];
+        const bool fader = def.kind == ELayoutKind::kStepFader;
         const int h = fader ? kFaderH : 16;
-        const int labelT = fader ? spec.top + h / 2 - 7 : spec.top + 1;
+        const int labelT = fader ? def.top + h / 2 - 7 : def.top + 1;
         // A fader row's name opens the row's presets.
         b.Add({fader ? ELayoutKind::kStepPresetMenu : ELayoutKind::kModeLabel,
                fader ? IRECT(kLabelColL - 4, labelT - 3, kLabelColR, labelT + 17)
                      : IRECT(kLabelColL + 2, labelT, kLabelColR, labelT + 14),
-               -1, -1, -1, spec.name, r},
-              {0xF, 3, spec.views});
+               -1, -1, -1, def.name, r},
+              {0xF, 3, def.views});
         for (int c = 0; c < kStepColumns; ++c)
         {
             const int cx = StepColumnCentre(c);
-            const DelayRowRule rule{0xF, 3, spec.views, static_cast<std::int8_t>(c)};
+            const DelayRowRule rule{0xF, 3, def.views, static_cast<std::int8_t>(c)};
             if (fader)
-                b.Add({spec.kind, IRECT::FromSize(cx - kFaderW / 2, spec.top, kFaderW, h), spec.param + c,
-                       spec.bitmap, -1, "", c, 16},
+                b.Add({def.kind, IRECT::FromSize(cx - kFaderW / 2, def.top, kFaderW, h), def.param + c,
+                       def.bitmap, -1, "", c, 16},
                       rule);
             else
-                b.Add({spec.kind, IRECT::FromSize(cx - 19, spec.top, 38, h), -1, -1, -1, spec.text,
-                       spec.mask * kStepColumns + c},
+                b.Add({def.kind, IRECT::FromSize(cx - 19, def.top, 38, h), -1, -1, -1, def.text,
+                       def.mask * kStepColumns + c},
                       rule);
         }
     }
@@ -344,13 +344,13 @@ constexpr RowBuilder<kLargeRows> MakeLargeDelay()
     // Under each fader row's name: move the row one tap left or right.
     for (int r = 0; r < kNumStepRows; ++r)
     {
-        const StepRowSpec& spec = kStepRows[r];
-        if (spec.kind != ELayoutKind::kStepFader) continue;
-        const int y = spec.top + kFaderH / 2 + 14;
+        const StepRowDef& def = kStepRows[r];
+        if (def.kind != ELayoutKind::kStepFader) continue;
+        const int y = def.top + kFaderH / 2 + 14;
         for (int dir = 0; dir < 2; ++dir)
             b.Add({ELayoutKind::kStepMove, IRECT::FromSize(kLabelColL - 4 + dir * 38, y, 34, 16), -1, -1, -1,
                    dir == 0 ? "<" : ">", r * 2 + dir},
-                  {0xF, 3, spec.views});
+                  {0xF, 3, def.views});
     }
     b.Add({ELayoutKind::kSlotClipboard, IRECT(624, 102, 684, 120), -1, -1, -1, "COPY", 0});
     b.Add({ELayoutKind::kSlotClipboard, IRECT(692, 102, 752, 120), -1, -1, -1, "PASTE", 1});

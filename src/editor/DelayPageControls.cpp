@@ -90,7 +90,7 @@ class DelayViewSelect : public IControl
     const IColor* mColor;
 };
 
-// Where a large-view row's parameter belongs: its tap and the slot's family base.
+// Whether a parameter is one of the slot's 16 steps of a step family (named by its first id).
 bool IsFamily(int param, int slot, int family)
 {
     const int first = family + slot * layout::kStepColumns;

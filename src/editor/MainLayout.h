@@ -52,6 +52,22 @@ enum class ELayoutKind
     kSwatch,          // a patch of the colour role's current colour, no mouse
     kStepArrow,       // steps its list parameter by the row's index (-1 or +1), wrapping at the ends
     kWaveDraw,        // one cycle of the wave of LFO mIndex as the LFO plays it
+
+    // The delay pages' own kinds; their controls come from BuildDelayPageControl.
+    kModeKnob,        // a knob that shows by a rule: it draws its own scale and label
+    kModeLabel,       // a label that shows by a rule
+    kLargeViewButton, // opens the large view of slot mIndex
+    kSlotTitle,       // the name of the large view's slot, in its colour
+    kLargeBackButton, // from the large view back to the overview
+    kLargeViewSelect, // level taps or effect steps of the large view's slot
+    kTapStepFader,    // a vertical fader of one tap step; a bipolar bitmap fills from the middle
+    kStepMaskButton,  // one bit of a tap or step mask: mIndex is EStepMask * 16 + tap
+    kSourceField,     // a narrow value field in small type (a modulation source beside its depth)
+    kStepPresetMenu,  // a step row's name that opens its presets (mIndex: the row)
+    kTapPatternMenu,  // opens the on/off patterns of the slot's taps
+    kStepMove,        // moves a step row along the taps in use: mIndex is row * 2 + (0 left, 1 right)
+    kSlotClipboard,   // copies (mIndex 0) or pastes (1) all of a slot's steps and masks
+    kTapNumber,       // a tap column's number, lit while that tap plays (mIndex: the column)
 };
 
 struct LayoutRow

@@ -10,6 +10,7 @@
 #include <span>
 
 #include "editor/EditorPages.h"
+#include "editor/LayoutDelay.h"
 #include "editor/LayoutEffects.h"
 #include "editor/LayoutEnvelope.h"
 #include "editor/LayoutGates.h"
@@ -45,4 +46,6 @@ inline constexpr std::array kPageLayouts{
     PageLayout{"page_envelope", kEnvelopeLayout, kListEnvelope},
     PageLayout{"page_logic", kLogicLayout, kListLogic},
     PageLayout{"page_options", kOptionsLayout, kListOptions},
+    PageLayout{"page_delay", kDelayLayout, kListDelay},
+    PageLayout{"page_large", kLargeDelayLayout, kListLarge1, 4, 1},
 };

@@ -6,6 +6,7 @@
 
 #include "editor/BitmapList.h"
 #include "editor/FocusPanelControl.h"
+#include "editor/DelayPageControls.h"
 #include "editor/FxPanelControls.h"
 #include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"
@@ -34,7 +35,7 @@ IText LiveLabelStyle()
 
 QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
     : IGraphics(plug, kEditorWidth, kEditorHeight, kEditorFPS), mBitmaps(kNumBitmaps),
-      mBitmapLoaded(kNumBitmaps, false)
+      mBitmapLoaded(kNumBitmaps, false), mDelay(std::make_unique<DelayPages>(*this))
 {
     SetResourceDir(resourceDir);
     SetPlatform(kX11PlatformType, MakeX11WindowFactory());
@@ -51,7 +52,7 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
             mLists[list].push_back(AttachControl(new IBitmapControl(plug, kStageRect, -1, art)));
             for (const LayoutRow& row : page.mRows)
             {
-                IControl* control = BuildRowControl(row, ParamOfRow(row, page, instance));
+                IControl* control = BuildRowControl(row, ParamOfRow(row, page, instance), instance);
                 const int idx = control ? AttachControl(control) : -1;
                 mListRowControl[list].push_back(idx);
                 if (idx >= 0) mLists[list].push_back(idx);
@@ -143,6 +144,13 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
     ShowLists(mPages.Shown());
 }
 
+QuorvexEditor::~QuorvexEditor() = default;
+
+void QuorvexEditor::SetStepMaskActions(StepMaskActions actions)
+{
+    mDelay->SetActions(std::move(actions));
+}
+
 const IBitmap& QuorvexEditor::Bitmap(int id)
 {
     if (!mBitmapLoaded[id])
@@ -159,7 +167,7 @@ const IBitmap& QuorvexEditor::Bitmap(int id)
     return mBitmaps[id];
 }
 
-IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
+IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param, int instance)
 {
     IPlugBase* plug = Plug();
     IControl* control = nullptr;
@@ -216,7 +224,7 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param)
     default:
         control = BuildModPageControl(plug, row, param, row.mBitmap >= 0 ? &Bitmap(row.mBitmap) : nullptr,
                                       accent, {[this](int set) { PickColorSet(set); }});
-        if (!control) return nullptr;
+        if (!control) return BuildDelayPageControl(*this, row, param, instance);
         break;
     }
     if (tip)
@@ -285,6 +293,7 @@ void QuorvexEditor::ShowLists(int page)
     }
     if (mOptions) mOptions->SetValueFromPlug(page == kPageOptions ? 1.0 : 0.0);
     RefreshFxKnobs();
+    mDelay->Refresh();
 }
 
 void QuorvexEditor::RefreshFxKnobs()
@@ -306,6 +315,7 @@ void QuorvexEditor::SetParameterFromPlug(int id, double value, bool normalized)
 {
     IGraphics::SetParameterFromPlug(id, value, normalized);
     if (id >= kFX1PR && id <= kFX4PO) RefreshFxKnobs();
+    mDelay->OnParam(id);
 }
 
 void QuorvexEditor::PickColorSet(int index)

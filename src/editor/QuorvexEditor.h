@@ -16,6 +16,8 @@
 
 class IFocusPanelControl;
 class IPresetMenuControl;
+class DelayPages;
+struct StepMaskActions;
 class IRadioButtonsControl;
 class ISwitchControl;
 struct LayoutRow;
@@ -33,6 +35,7 @@ class QuorvexEditor : public IGraphics
 
     // resourceDir: the folder of the bitmaps (the bundle's Resources/img).
     QuorvexEditor(IPlugBase* plug, const std::string& resourceDir);
+    ~QuorvexEditor() override;
 
     void SetPageActions(PageActions actions) { mActions = std::move(actions); }
     // Told the colour set the user picks on the options page, after the editor applied it, so the
@@ -64,6 +67,12 @@ class QuorvexEditor : public IGraphics
     int PlayingStep(int gate) const { return mPlayingStep[static_cast<unsigned>(gate) % 4]; }
     // Controls that show meter `id` (layout rows of kind kMeter name theirs in mIndex).
     void AddMeterControl(int id, IControl* control);
+    const PageActions& Actions() const { return mActions; }
+    // The delay pages' tap and step masks and the actions that tell the plug-in of their presses.
+    DelayPages& Delay() { return *mDelay; }
+    void SetStepMaskActions(StepMaskActions actions);
+    // Bitmap `id` of the list, loaded on first use.
+    const IBitmap& BitmapOf(int id) { return Bitmap(id); }
 
     // The page switches; each answers the page shown. presetLoading keeps `LastPage` as it was.
     int ShowPage(int page, bool presetLoading);
@@ -83,7 +92,7 @@ class QuorvexEditor : public IGraphics
     void SetParameterFromPlug(int id, double value, bool normalized) override;
 
   private:
-    IControl* BuildRowControl(const LayoutRow& row, int param);
+    IControl* BuildRowControl(const LayoutRow& row, int param, int instance = 0);
     // The knobs an effect panel shows: those its type has, on the page shown.
     void RefreshFxKnobs();
     const IBitmap& Bitmap(int id);
@@ -103,6 +112,7 @@ class QuorvexEditor : public IGraphics
     std::array<int, 4> mPlayingStep{};
     IPresetMenuControl* mPresetName = nullptr;
     IFocusPanelControl* mFocus = nullptr;
+    std::unique_ptr<DelayPages> mDelay;
     // One knob of an effect panel with its name, depth and source, shown or hidden together.
     struct FxKnobGroup
     {

@@ -213,6 +213,7 @@ void DrawRows(cairo_t* cr, std::span<const LayoutRow> rows)
         case ELayoutKind::kMeter:
             MeterWell(cr, row.mRect);
             break;
+
         default:
             break;
         }

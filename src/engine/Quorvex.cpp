@@ -61,11 +61,14 @@ void Quorvex::BuildEditor()
             PresentFocus();
             PresentOptions();
             PresentLfoWaves();
+            PresentStepMasks();
             PresentMessage();
         });
     mEditor->SetPageActions({[this](int page) { ShowPage(page); }, [this] { ToggleOptionsPage(); },
                              [this] { ToggleLargeDelayView(); }});
     WireOptionsPage();
+    WireStepMasks();
+    PresentStepMasks();
     mEditor->SetTouchHook([this](int id) { mFields.mFocusedParam = id; });
     mEditor->SetPresetActions({[this] { OpenPresetMenu(); }, [this](bool forward) { StepPreset(forward); },
                                [this] { SavePresetDialog(); }});

@@ -182,6 +182,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     void WireOptionsPage();
     void PresentOptions();
     void PresentLfoWaves();
+    void WireStepMasks();
+    void PresentStepMasks();
     std::array<const WaveRecord*, 4> mShownWave{};
     void PresentReadouts();
     Relaxed<bool> mEditorOpen{false};

@@ -5,6 +5,7 @@
 
 #include "core/LevelMeter.h"
 #include "dsp/Vec.h"
+#include "editor/DelayPageControls.h"
 #include "editor/LayoutLfo.h"
 #include "editor/LayoutOptions.h"
 #include "editor/QuorvexEditor.h"
@@ -71,6 +72,55 @@ void Quorvex::PresentOptions()
     if (auto* readout =
             dynamic_cast<ITextControl*>(mEditor->ControlOfPageRow(kListOptions, kOptionsReadoutRow)))
         readout->SetTextFromPlug(std::to_string(InputAttenuatorDb(mFields.mInputAttenuator)) + " dB");
+}
+
+// UI thread: the large views' tap and step buttons write the masks the state keeps and the engine
+// plays; the idle tick shows the masks a state or preset brought, only when they differ.
+void Quorvex::WireStepMasks()
+{
+    if (!mEditor) return;
+    auto setBit = [](std::int32_t& mask, int tap, bool on)
+    { mask = on ? (mask | (1 << tap)) : (mask & ~(1 << tap)); };
+    StepMaskActions actions;
+    actions.tapOn = [this, setBit](int slot, int tap, bool left, bool right)
+    {
+        setBit(mFields.mTapOnMask[2 * slot], tap, left);
+        setBit(mFields.mTapOnMask[2 * slot + 1], tap, right);
+        ApplyTapMask(2 * slot, mFields.mTapOnMask[2 * slot]);
+        ApplyTapMask(2 * slot + 1, mFields.mTapOnMask[2 * slot + 1]);
+    };
+    actions.stepFx = [this, setBit](int slot, int tap, bool on)
+    {
+        setBit(mFields.mStepFxMask[slot], tap, on);
+        SyncTapFxMasks();
+    };
+    actions.stepMod = [this, setBit](int slot, int row, int tap, bool on)
+    {
+        setBit(mFields.mStepModMask[row][slot], tap, on);
+        SyncTapFxMasks();
+    };
+    mEditor->SetStepMaskActions(std::move(actions));
+}
+
+void Quorvex::PresentStepMasks()
+{
+    if (!mEditor) return;
+    DelayPages& pages = mEditor->Delay();
+    for (int slot = 0; slot < kNumSlots; ++slot)
+    {
+        for (int ch = 0; ch < 2; ++ch)
+        {
+            const auto mask = static_cast<std::uint16_t>(mFields.mTapOnMask[2 * slot + ch]);
+            if (pages.TapOnMask(slot, ch) != mask) pages.SetTapOnMask(slot, ch, mask);
+        }
+        const auto fx = static_cast<std::uint16_t>(mFields.mStepFxMask[slot]);
+        if (pages.StepFxMask(slot) != fx) pages.SetStepFxMask(slot, fx);
+        for (int row = 0; row < 2; ++row)
+        {
+            const auto mod = static_cast<std::uint16_t>(mFields.mStepModMask[row][slot]);
+            if (pages.StepModMask(row, slot) != mod) pages.SetStepModMask(row, slot, mod);
+        }
+    }
 }
 
 // UI thread: each LFO's wave display shows the table its wave choice names, as the LFO plays it.

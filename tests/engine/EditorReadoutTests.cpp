@@ -7,7 +7,9 @@
 
 #include "EngineRig.h"
 #include "core/EditorReadouts.h"
+#include "editor/DelayPageControls.h"
 #include "editor/FocusPanelControl.h"
+#include "editor/LayoutDelay.h"
 #include "editor/LayoutEffects.h"
 #include "editor/LayoutOptions.h"
 #include "editor/MainLayout.h"
@@ -256,4 +258,43 @@ TEST(EditorLfoWaves, TheDisplayFollowsTheWaveAndItsPolarity)
     editor->OnTimerTick();
     EXPECT_NE(waves[1]->ValueAt(0.125), up);
     EXPECT_EQ(waves[0]->ValueAt(0.125), waves[2]->ValueAt(0.125)); // the others untouched, alike
+}
+
+// The large view's tap buttons show the masks the engine plays and write them back.
+TEST(EditorStepMasks, TapButtonsShowAndWriteTheMasks)
+{
+    Rig rig;
+    Quorvex& plug = rig.Plug();
+    auto* editor = dynamic_cast<QuorvexEditor*>(plug.GetGUI());
+    ASSERT_NE(editor, nullptr);
+    rig.Set(kDelayTaps1, 7.0); // eight taps
+    editor->ShowPage(kPageLargeLevels, false);
+    editor->OnTimerTick();
+    // A fresh instance plays every tap, and its buttons say so.
+    EXPECT_EQ(editor->Delay().TapOnMask(0, 0), 0xFFFF);
+    EXPECT_EQ(editor->Delay().TapOnMask(0, 1), 0xFFFF);
+
+    // Tap 3's left button.
+    IControl* button = nullptr;
+    int row = 0;
+    for (const LayoutRow& r : kLargeDelayLayout)
+    {
+        if (r.mKind == ELayoutKind::kStepMaskButton && r.mIndex == kMaskTapOnL * 16 + 2)
+            button = editor->ControlOfPageRow(kListLarge1, row);
+        ++row;
+    }
+    ASSERT_NE(button, nullptr);
+    ASSERT_FALSE(button->IsHidden());
+    const IRECT b = button->GetRECT();
+    IMouseMod left;
+    left.L = true;
+    editor->OnMouseDown((b.L + b.R) / 2, (b.T + b.B) / 2, left);
+    editor->OnMouseUp((b.L + b.R) / 2, (b.T + b.B) / 2, left);
+    EXPECT_EQ(plug.Fields().mTapOnMask[0], 0xFFFF & ~(1 << 2));
+    EXPECT_EQ(plug.Fields().mTapOnMask[1], 0xFFFF);
+
+    // A loaded state's masks reach the buttons.
+    plug.Fields().mTapOnMask[3] = 0x00F0;
+    editor->OnTimerTick();
+    EXPECT_EQ(editor->Delay().TapOnMask(1, 1), 0x00F0);
 }

@@ -5,8 +5,8 @@
 #include <filesystem>
 
 #include "editor/BitmapList.h"
-#include "editor/FocusPanelControl.h"
 #include "editor/DelayPageControls.h"
+#include "editor/FocusPanelControl.h"
 #include "editor/FxPanelControls.h"
 #include "editor/IGraphicsX11.h"
 #include "editor/MainLayout.h"

@@ -107,13 +107,24 @@ void VecTanh(const double* src, double* dst, int n)
 
 void VecMaxAbs(const double* src, int n, double* result)
 {
-    double m = 0.0;
-    for (int i = 0; i < n; ++i)
+    // Four running maxima, so the loop maps onto vector lanes without reassociating any sum: a
+    // maximum is exact in any order, and NaN is passed over in each lane as in one.
+    double m[4] = {0.0, 0.0, 0.0, 0.0};
+    int i = 0;
+    for (; i + 4 <= n; i += 4)
+        for (int k = 0; k < 4; ++k)
+        {
+            const double a = std::fabs(src[i + k]);
+            m[k] = a > m[k] ? a : m[k];
+        }
+    for (; i < n; ++i)
     {
         const double a = std::fabs(src[i]);
-        m = a > m ? a : m;
+        m[0] = a > m[0] ? a : m[0];
     }
-    *result = m;
+    const double lo = m[0] > m[1] ? m[0] : m[1];
+    const double hi = m[2] > m[3] ? m[2] : m[3];
+    *result = lo > hi ? lo : hi;
 }
 void VecMean(const double* src, int n, double* result)
 {

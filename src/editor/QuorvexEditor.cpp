@@ -13,6 +13,7 @@
 #include "editor/ModPageControls.h"
 #include "editor/PageLayouts.h"
 #include "editor/PresetRowControls.h"
+#include "editor/TimeHighlightControl.h"
 #include "editor/ValuePopUpControl.h"
 #include "fx/EffectTable.h"
 #include "params/IParamRecord.h"
@@ -69,6 +70,21 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
                                              {at[first], at[first + 1], at[first + 2], at[first + 3]}});
                     }
         }
+
+    // Over the overview's slots, the frames that mark their delay times after a timebase change:
+    // around every time and factor knob of the slot.
+    for (int slot = 0; slot < 4; ++slot)
+    {
+        IRECT around;
+        for (const LayoutRow& row : kDelayLayout)
+            for (int id : {kDelayTimeL1, kDelayTimeR1, kDelayFactorL1, kDelayFactorR1})
+                if (row.mParam == id + slot && row.mKind != ELayoutKind::kPanel)
+                    around = around.Union(row.mRect);
+        if (around.Empty()) continue;
+        mTimeHighlight[slot] =
+            new ITimeHighlightControl(plug, around.Inset(-4), Colors().Role(layout::kSlotRole[slot]), FPS());
+        mLists[kListDelay].push_back(AttachControl(mTimeHighlight[slot]));
+    }
 
     for (const LayoutRow& row : kMainLayout)
     {
@@ -231,6 +247,17 @@ IControl* QuorvexEditor::BuildRowControl(const LayoutRow& row, int param, int in
         if (const IParamRecord* p = plug ? plug->GetParam(control->ParamIdx()) : nullptr)
             control->SetTooltip(p->name);
     return control;
+}
+
+void QuorvexEditor::HighlightTimes(int slot)
+{
+    if (ITimeHighlightControl* h = TimeHighlight(slot)) h->Start();
+}
+
+void QuorvexEditor::TickHighlights()
+{
+    for (ITimeHighlightControl* h : mTimeHighlight)
+        if (h) h->Tick();
 }
 
 void QuorvexEditor::AddMeterControl(int id, IControl* control)

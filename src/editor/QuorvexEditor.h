@@ -15,6 +15,7 @@
 #include "editor/IGraphics.h"
 
 class IFocusPanelControl;
+class ITimeHighlightControl;
 class IPresetMenuControl;
 class DelayPages;
 struct StepMaskActions;
@@ -65,6 +66,14 @@ class QuorvexEditor : public IGraphics
     // The step a gate plays now, for the controls that light it.
     void SetPlayingStep(int gate, int step);
     int PlayingStep(int gate) const { return mPlayingStep[static_cast<unsigned>(gate) % 4]; }
+    // The blinking frame over slot `slot`'s delay times after its timebase changed.
+    void HighlightTimes(int slot);
+    // One editor frame of the highlights.
+    void TickHighlights();
+    ITimeHighlightControl* TimeHighlight(int slot) const
+    {
+        return mTimeHighlight[static_cast<unsigned>(slot) % 4];
+    }
     // Controls that show meter `id` (layout rows of kind kMeter name theirs in mIndex).
     void AddMeterControl(int id, IControl* control);
     const PageActions& Actions() const { return mActions; }
@@ -112,6 +121,7 @@ class QuorvexEditor : public IGraphics
     std::array<int, 4> mPlayingStep{};
     IPresetMenuControl* mPresetName = nullptr;
     IFocusPanelControl* mFocus = nullptr;
+    std::array<ITimeHighlightControl*, 4> mTimeHighlight{};
     std::unique_ptr<DelayPages> mDelay;
     // One knob of an effect panel with its name, depth and source, shown or hidden together.
     struct FxKnobGroup

@@ -62,6 +62,7 @@ void Quorvex::BuildEditor()
             PresentOptions();
             PresentLfoWaves();
             PresentStepMasks();
+            PresentTimeHighlights();
             PresentMessage();
         });
     mEditor->SetPageActions({[this](int page) { ShowPage(page); }, [this] { ToggleOptionsPage(); },

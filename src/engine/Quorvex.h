@@ -183,6 +183,9 @@ class Quorvex : public IPlugVST3, private IStateHost
     void PresentOptions();
     void PresentLfoWaves();
     void WireStepMasks();
+    // Slots whose timebase changed since the editor's last tick (any thread sets, the UI takes).
+    std::atomic<int> mTimeHighlightRequests{0};
+    void PresentTimeHighlights();
     void PresentStepMasks();
     std::array<const WaveRecord*, 4> mShownWave{};
     void PresentReadouts();

@@ -123,6 +123,15 @@ void Quorvex::PresentStepMasks()
     }
 }
 
+void Quorvex::PresentTimeHighlights()
+{
+    if (!mEditor) return;
+    const int slots = mTimeHighlightRequests.exchange(0, std::memory_order_relaxed);
+    for (int slot = 0; slot < kNumSlots; ++slot)
+        if (slots & (1 << slot)) mEditor->HighlightTimes(slot);
+    mEditor->TickHighlights();
+}
+
 // UI thread: each LFO's wave display shows the table its wave choice names, as the LFO plays it.
 void Quorvex::PresentLfoWaves()
 {

@@ -339,6 +339,7 @@ void Quorvex::SwitchTimebase(int slot, int value)
     const double beats[2] = {timing.syncTime[0], timing.syncTime[1]};
     timing.SetTimebase(value);
     if (Loading()) return;
+    mTimeHighlightRequests.fetch_or(1 << slot, std::memory_order_relaxed); // the editor marks the times
     if (wasSynced && !timing.Synced())
     {
         // The free times take over what was heard: beats at the present tempo, in ms.

@@ -14,6 +14,7 @@
 #include "editor/LayoutOptions.h"
 #include "editor/MainLayout.h"
 #include "editor/QuorvexEditor.h"
+#include "editor/TimeHighlightControl.h"
 #include "editor/WaveDraw.h"
 #include "state/InputAttenuator.h"
 
@@ -297,4 +298,39 @@ TEST(EditorStepMasks, TapButtonsShowAndWriteTheMasks)
     plug.Fields().mTapOnMask[3] = 0x00F0;
     editor->OnTimerTick();
     EXPECT_EQ(editor->Delay().TapOnMask(1, 1), 0x00F0);
+}
+
+// After a timebase change the slot's delay times blink for five seconds: hidden in the first half
+// of each second, shown in the second half; a state or preset load is no such change.
+TEST(EditorTimeHighlight, BlinksFiveSecondsAfterATimebaseChange)
+{
+    Rig rig;
+    auto* editor = dynamic_cast<QuorvexEditor*>(rig.Plug().GetGUI());
+    ASSERT_NE(editor, nullptr);
+    ITimeHighlightControl* h = editor->TimeHighlight(1);
+    ASSERT_NE(h, nullptr);
+    const int fps = editor->FPS();
+    rig.Set(kTimebase2, 3.0);
+    int lit = 0, firstLit = -1, ticks = 0;
+    for (; ticks < 10 * fps; ++ticks)
+    {
+        editor->OnTimerTick();
+        if (h->Lit())
+        {
+            ++lit;
+            if (firstLit < 0) firstLit = ticks;
+        }
+        if (!h->Active()) break;
+    }
+    EXPECT_EQ(ticks, 5 * fps - 1); // gone after five seconds
+    EXPECT_EQ(lit, 5 * (fps - fps / 2));
+    EXPECT_EQ(firstLit, fps / 2 - 1);
+    EXPECT_FALSE(editor->TimeHighlight(0)->Active()); // only the slot that changed
+
+    // A state restored is not a change the user made.
+    ByteChunk chunk;
+    ASSERT_TRUE(rig.Plug().SerializeState(chunk));
+    rig.Plug().UnserializeState(chunk, 0);
+    editor->OnTimerTick();
+    EXPECT_FALSE(h->Active());
 }

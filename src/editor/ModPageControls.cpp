@@ -41,9 +41,18 @@ void IStepFaderControl::OnMouseDrag(int x, int y, int dX, int dY, const IMouseMo
     SetDirty(true);
 }
 
+void IStepFaderControl::SetPlaying(bool playing)
+{
+    if (playing == mPlaying) return;
+    mPlaying = playing;
+    mDirty = true;
+}
+
 void IStepFaderControl::Draw(IGraphics* graphics)
 {
     graphics->DrawBitmap(mBitmap, mRect, IBitmapControl::FrameForValue(mValue, mBitmap.N), &mBlend);
+    // The playing step: its frame lit in the accent.
+    if (mPlaying && mAccent) graphics->DrawRect(*mAccent, mRect);
     // The level's edge in the page's accent, so the steps read as one curve.
     if (!mAccent || mValue <= 0.0) return;
     const int top = mRect.B - kInset - static_cast<int>(mValue * (mRect.H() - 2 * kInset) + 0.5);

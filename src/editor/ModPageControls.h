@@ -20,11 +20,15 @@ class IStepFaderControl : public IControl
     void Draw(IGraphics* graphics) override;
     // The value of a press at height y: 0 at the column's floor, 1 at its top.
     double ValueAtY(int y) const;
+    // The step the gate plays now is marked under its column.
+    void SetPlaying(bool playing);
+    bool Playing() const { return mPlaying; }
 
   private:
     static constexpr int kInset = 2; // the column's frame, as the art draws it
     IBitmap mBitmap;
     const IColor* mAccent;
+    bool mPlaying = false;
 };
 
 // A field naming the colour set the editor shows. A press lists the sets with the current one

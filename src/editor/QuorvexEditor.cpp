@@ -279,7 +279,14 @@ void QuorvexEditor::SetMeter(int id, double value)
 
 void QuorvexEditor::SetPlayingStep(int gate, int step)
 {
-    mPlayingStep[static_cast<unsigned>(gate) % 4] = step;
+    const auto g = static_cast<unsigned>(gate) % 4;
+    if (mPlayingStep[g] == step) return;
+    mPlayingStep[g] = step;
+    const int first = kGate1Step1 + static_cast<int>(g) * 16;
+    for (int idx : mLists[kListGates])
+        if (auto* fader = dynamic_cast<IStepFaderControl*>(GetControl(idx)))
+            if (fader->ParamIdx() >= first && fader->ParamIdx() < first + 16)
+                fader->SetPlaying(fader->ParamIdx() - first == step);
 }
 
 void QuorvexEditor::SetPresetTexts(const std::string& name, const std::string& folderLabel)

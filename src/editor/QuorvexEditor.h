@@ -118,7 +118,7 @@ class QuorvexEditor : public IGraphics
     PageActions mActions;
     PresetActions mPresetActions;
     std::array<std::vector<IControl*>, EditorReadouts::kNumMeters> mMeterControls;
-    std::array<int, 4> mPlayingStep{};
+    std::array<int, 4> mPlayingStep{-1, -1, -1, -1}; // none shown yet
     IPresetMenuControl* mPresetName = nullptr;
     IFocusPanelControl* mFocus = nullptr;
     std::array<ITimeHighlightControl*, 4> mTimeHighlight{};

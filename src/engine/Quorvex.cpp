@@ -4,6 +4,7 @@
 
 #include "dsp/Decibels.h"
 #include "dsp/Denormals.h"
+#include "dsp/SignalGuard.h"
 #include "dsp/Vec.h"
 #include "editor/QuorvexEditor.h"
 #include "modulators/WaveMenu.h"
@@ -117,9 +118,10 @@ void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFra
     {
         mInWrite &= kInRingSize - 1;
         mOutRead &= kBlockSize - 1;
-        mInRingL[mInWrite] = inL[i];
-        mInRingR[mInWrite] = inR[i];
-        if (sidechain != nullptr) mInRingSC[mInWrite] = sidechain[i];
+        // Everything the engine keeps starts here: a bad host buffer must not reach any state.
+        mInRingL[mInWrite] = GuardSample(inL[i], kInputLimit);
+        mInRingR[mInWrite] = GuardSample(inR[i], kInputLimit);
+        if (sidechain != nullptr) mInRingSC[mInWrite] = GuardSample(sidechain[i], kInputLimit);
         outL[i] = mOutBlockL[mOutRead];
         outR[i] = mOutBlockR[mOutRead];
         ++mInWrite;

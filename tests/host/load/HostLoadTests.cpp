@@ -12,15 +12,19 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 using namespace hostdoubles;
 
@@ -31,6 +35,14 @@ constexpr ParamID kPresetId = 0x70727374; // "prst"
 constexpr int kNumParams = 1095;
 // Parameters used by name below, by id as the catalogue fixes them.
 constexpr ParamID kSlotOn1 = 0;
+constexpr ParamID kDirectIn1 = 16;
+constexpr ParamID kDelayMode1 = 308;
+constexpr ParamID kDelayTaps1 = 316;
+constexpr ParamID kTimebase1 = 328;
+constexpr ParamID kDelayTimeL1 = 344;
+constexpr ParamID kDelayTimeR1 = 356;
+constexpr ParamID kDelayLopass1 = 776;
+constexpr ParamID kMasterFx = 1052;
 constexpr ParamID kFeedback1 = 68;
 constexpr ParamID kLfoRate1 = 864;
 constexpr ParamID kLimiterOn = 1063;
@@ -207,6 +219,69 @@ template <typename Sample>
                 return ::testing::AssertionFailure()
                        << "output " << ch << "[" << i << "] = " << rig.Out(0, ch)[i];
     return ::testing::AssertionSuccess();
+}
+
+// Stereo audio as one run of samples per channel.
+struct Take
+{
+    std::vector<double> l, r;
+    std::size_t Size() const { return l.size(); }
+};
+
+Take NoiseTake(std::size_t n, double amplitude, unsigned seed)
+{
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> noise(-amplitude, amplitude);
+    Take t{std::vector<double>(n), std::vector<double>(n)};
+    for (std::size_t i = 0; i < n; ++i)
+    {
+        t.l[i] = noise(rng);
+        t.r[i] = noise(rng);
+    }
+    return t;
+}
+
+// Runs `in` through the plug-in in calls of `block` frames of 64-bit samples (32-bit with
+// Sample = float), the sidechain silent; `first` goes with the first call.
+template <typename Sample = double>
+Take Render(Instance& plug, const Take& in, int block, IParameterChanges* first = nullptr,
+            ProcessModes mode = kRealtime)
+{
+    Take out{std::vector<double>(in.Size()), std::vector<double>(in.Size())};
+    for (std::size_t done = 0; done < in.Size(); done += static_cast<std::size_t>(block))
+    {
+        const int n = static_cast<int>(std::min<std::size_t>(static_cast<std::size_t>(block), in.Size() - done));
+        AudioRig<Sample> rig(n, {2, 2}, {2});
+        for (int i = 0; i < n; ++i)
+        {
+            rig.In(0, 0)[i] = static_cast<Sample>(in.l[done + static_cast<std::size_t>(i)]);
+            rig.In(0, 1)[i] = static_cast<Sample>(in.r[done + static_cast<std::size_t>(i)]);
+        }
+        rig.data.processMode = mode;
+        rig.data.inputParameterChanges = done == 0 ? first : nullptr;
+        EXPECT_EQ(plug.processor->process(rig.data), kResultOk);
+        for (int i = 0; i < n; ++i)
+        {
+            out.l[done + static_cast<std::size_t>(i)] = static_cast<double>(rig.Out(0, 0)[i]);
+            out.r[done + static_cast<std::size_t>(i)] = static_cast<double>(rig.Out(0, 1)[i]);
+        }
+    }
+    return out;
+}
+
+// Plain values (in the parameters' units) as one point each at offset 0.
+void AddPlain(Instance& plug, ParameterChanges& changes, std::initializer_list<std::pair<ParamID, double>> values)
+{
+    for (const auto& [id, plain] : values)
+        changes.Add(id, 0, plug.controller->plainParamToNormalized(id, plain));
+}
+
+// Index of the first output sample that is not finite, or -1.
+long FirstNonFinite(const Take& t)
+{
+    for (std::size_t i = 0; i < t.Size(); ++i)
+        if (!std::isfinite(t.l[i]) || !std::isfinite(t.r[i])) return static_cast<long>(i);
+    return -1;
 }
 
 TEST(HostLoad, ModuleEntryPointsAndBundleLayout)
@@ -976,6 +1051,67 @@ TEST(HostLoad, NoiseUnderRandomAutomationStaysClean)
             done += n;
         }
         plug.Stop();
+    }
+}
+
+// One host buffer of NaN and infinities counts as silence: the run is the run with that buffer
+// zeroed, sample for sample. One of 1e300 (64-bit processing) is bounded: every output sample stays
+// finite. The default patch, and echoes at 60 % feedback into the master hall.
+TEST(HostLoad, ABadBufferDoesNotPoisonTheOutput)
+{
+    constexpr double kRate = 48000.0;
+    constexpr int kBlock = 256;
+    const Take clean = NoiseTake(static_cast<std::size_t>(2 * kRate), 0.3, 41);
+    const std::size_t at = static_cast<std::size_t>(0.5 * kRate);
+    const auto withBurst = [&](double a, double b)
+    {
+        Take t = clean;
+        for (std::size_t k = 0; k < 64; ++k)
+        {
+            t.l[at + k] = k % 2 == 0 ? a : b;
+            t.r[at + k] = k % 2 == 0 ? b : a;
+        }
+        return t;
+    };
+    const Take zeroed = withBurst(0.0, 0.0);
+    const Take nonFinite = withBurst(std::numeric_limits<double>::infinity(), kQuietNaN);
+    const Take negative = withBurst(-std::numeric_limits<double>::infinity(), kQuietNaN);
+    const Take huge = withBurst(1e300, -1e300);
+    for (bool hall : {false, true})
+    {
+        SCOPED_TRACE(hall ? "feedback 60 % into the hall" : "default patch");
+        const auto render = [&](const Take& in, bool useFloat)
+        {
+            Instance plug;
+            plug.Start(kRate, kBlock, useFloat ? kSample32 : kSample64);
+            ParameterChanges changes;
+            if (hall)
+                AddPlain(plug, changes,
+                         {{kDirectIn1, 50.0}, {kFeedback1, 60.0}, {kMasterFx, 2.0 /* REVERB */}});
+            Take out = useFloat ? Render<float>(plug, in, kBlock, &changes) : Render<double>(plug, in, kBlock, &changes);
+            plug.Stop();
+            return out;
+        };
+        for (bool useFloat : {false, true})
+        {
+            SCOPED_TRACE(useFloat ? "32-bit" : "64-bit");
+            const Take expected = render(zeroed, useFloat);
+            for (const Take* bad : {&nonFinite, &negative})
+            {
+                const Take got = render(*bad, useFloat);
+                ASSERT_EQ(FirstNonFinite(got), -1);
+                EXPECT_EQ(got.l, expected.l);
+                EXPECT_EQ(got.r, expected.r);
+            }
+        }
+        const Take got = render(huge, false);
+        ASSERT_EQ(FirstNonFinite(got), -1);
+        // The burst is heard, and bounded at +60 dBFS before the limiter and hall.
+        double peak = 0.0;
+        for (std::size_t i = at; i < at + 4096; ++i)
+            peak = std::max({peak, std::abs(got.l[i]), std::abs(got.r[i])});
+        EXPECT_GT(peak, 1.0);
+        EXPECT_LT(peak, 1e5);
     }
 }
 } // namespace

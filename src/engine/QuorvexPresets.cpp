@@ -169,10 +169,12 @@ bool Quorvex::SelectPresetItem(const std::string& relativePath)
 void Quorvex::SelectPresetMenuItem(const std::string& folder, int index)
 {
     if (folder.empty()) return;
-    mFields.mPresetMenuFolder = folder;
-    mFields.mPresetMenuIndex = index;
-    if (!mPresetMenu.Built()) return;
-    if (const int menu = mPresetMenu.MenuOfFolder(folder); menu >= 0) mPresetMenu.SelectItem(menu, index);
+    // Only a selection that this machine's menu can show is taken over; a session from elsewhere
+    // naming a folder that is not here leaves the selection (and what the next save stores) alone.
+    EnsurePresetMenu();
+    const int menu = mPresetMenu.MenuOfFolder(folder);
+    if (menu < 0 || !mPresetMenu.SelectItem(menu, index)) return;
+    NoteMenuSelection();
 }
 
 bool Quorvex::PickPresetMenuItem(int menu, int item)

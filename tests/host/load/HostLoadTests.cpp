@@ -1115,3 +1115,123 @@ TEST(HostLoad, ABadBufferDoesNotPoisonTheOutput)
     }
 }
 } // namespace
+
+namespace
+{
+// The state chunk's fields up to the preset-menu selection: version, colour set, page, attenuator,
+// preset name, folder label, then the menu index and the menu folder.
+struct MenuFields
+{
+    std::size_t indexAt = 0;  // offset of the menu index
+    std::size_t folderEnd = 0; // offset after the menu folder
+    std::int32_t index = 0;
+    std::string folder;
+};
+
+std::int32_t ReadInt(const std::vector<std::uint8_t>& b, std::size_t at)
+{
+    std::int32_t v = 0;
+    std::memcpy(&v, b.data() + at, sizeof v);
+    return v;
+}
+
+MenuFields FindMenuFields(const std::vector<std::uint8_t>& b)
+{
+    std::size_t at = 4 + 4 + 4 + 8;
+    for (int text = 0; text < 2; ++text)
+        at += 4 + static_cast<std::size_t>(std::max(0, ReadInt(b, at)));
+    MenuFields f;
+    f.indexAt = at;
+    f.index = ReadInt(b, at);
+    const auto length = static_cast<std::size_t>(std::max(0, ReadInt(b, at + 4)));
+    f.folder.assign(reinterpret_cast<const char*>(b.data() + at + 8), length);
+    f.folderEnd = at + 8 + length;
+    return f;
+}
+
+std::vector<std::uint8_t> WithMenuFields(const std::vector<std::uint8_t>& b, std::int32_t index,
+                                         const std::string& folder)
+{
+    const MenuFields f = FindMenuFields(b);
+    std::vector<std::uint8_t> out(b.begin(), b.begin() + static_cast<std::ptrdiff_t>(f.indexAt));
+    const auto put = [&](std::int32_t v)
+    {
+        const auto* p = reinterpret_cast<const std::uint8_t*>(&v);
+        out.insert(out.end(), p, p + sizeof v);
+    };
+    put(index);
+    put(static_cast<std::int32_t>(folder.size()));
+    out.insert(out.end(), folder.begin(), folder.end());
+    out.insert(out.end(), b.begin() + static_cast<std::ptrdiff_t>(f.folderEnd), b.end());
+    return out;
+}
+
+TEST(HostLoad, TypedTextsOfListsMustNameAnEntry)
+{
+    Instance plug;
+    IEditController* c = plug.controller;
+    const auto parse = [&](ParamID id, const char16_t* text, ParamValue& normalized)
+    {
+        String128 wide{};
+        for (int i = 0; text[i] != 0 && i < 127; ++i)
+            wide[i] = static_cast<char16>(text[i]);
+        return c->getParamValueByString(id, wide, normalized) == kResultTrue;
+    };
+    ParamValue n = -1.0;
+    // Lists: their display texts only.
+    EXPECT_FALSE(parse(kTimebase1, u"1/17", n));
+    EXPECT_FALSE(parse(kTimebase1, u"3", n));
+    ASSERT_TRUE(parse(kTimebase1, u"1/16", n));
+    EXPECT_EQ(c->normalizedParamToPlain(kTimebase1, n), 2.0);
+    EXPECT_FALSE(parse(kDelayTaps1, u"08", n));
+    EXPECT_FALSE(parse(kDelayTaps1, u"17", n));
+    ASSERT_TRUE(parse(kDelayTaps1, u"8", n));
+    String128 shown{};
+    ASSERT_EQ(c->getParamStringByValue(kDelayTaps1, n, shown), kResultTrue);
+    EXPECT_EQ(Text(shown), u"8");
+    EXPECT_FALSE(parse(kLimiterOn, u"2", n));
+    EXPECT_FALSE(parse(kMasterFx, u"1", n));
+    // Plain numbers: typed numbers in their unit.
+    ASSERT_TRUE(parse(kFeedback1, u"60", n));
+    EXPECT_NEAR(c->normalizedParamToPlain(kFeedback1, n), 60.0, 1e-9);
+    ASSERT_TRUE(parse(kDelayLopass1, u"3000", n));
+    EXPECT_NEAR(c->normalizedParamToPlain(kDelayLopass1, n), 3000.0, 1e-6);
+    EXPECT_FALSE(parse(kFeedback1, u"loud", n));
+}
+
+TEST(HostLoad, InfinitiesInAStateAreCutToTheRange)
+{
+    Instance source;
+    auto state = source.ComponentState();
+    const auto put = [&](ParamID id, double v)
+    {
+        const std::size_t at = state.size() - static_cast<std::size_t>(kNumParams - static_cast<int>(id)) * 8;
+        std::memcpy(state.data() + at, &v, sizeof v);
+    };
+    put(kDelayLopass1, std::numeric_limits<double>::infinity());
+    put(kFeedback1, -std::numeric_limits<double>::infinity());
+    Instance target;
+    MemoryStream stream(state);
+    ASSERT_EQ(target.component->setState(&stream), kResultOk);
+    IEditController* c = target.controller;
+    EXPECT_EQ(c->normalizedParamToPlain(kDelayLopass1, c->getParamNormalized(kDelayLopass1)), 20000.0);
+    EXPECT_EQ(c->normalizedParamToPlain(kFeedback1, c->getParamNormalized(kFeedback1)), 0.0);
+}
+
+TEST(HostLoad, AMenuSelectionNoMenuHoldsIsNotEchoed)
+{
+    Instance source;
+    const auto fresh = source.ComponentState();
+    const MenuFields before = FindMenuFields(fresh);
+    EXPECT_EQ(before.index, -1);
+    EXPECT_EQ(before.folder, "");
+    const auto foreign = WithMenuFields(fresh, 5, "/Factory Presets/No Such Folder Here/");
+    ASSERT_EQ(FindMenuFields(foreign).folder, "/Factory Presets/No Such Folder Here/");
+    Instance target;
+    MemoryStream stream(foreign);
+    ASSERT_EQ(target.component->setState(&stream), kResultOk);
+    const MenuFields after = FindMenuFields(target.ComponentState());
+    EXPECT_EQ(after.index, -1);
+    EXPECT_EQ(after.folder, "");
+}
+} // namespace

@@ -1,5 +1,7 @@
 #include "engine/Quorvex.h"
 
+#include <algorithm>
+#include <cmath>
 #include <mutex>
 
 #include "dsp/Decibels.h"
@@ -7,6 +9,7 @@
 #include "dsp/SignalGuard.h"
 #include "dsp/Vec.h"
 #include "editor/QuorvexEditor.h"
+#include "fx/MasterFxLaws.h"
 #include "modulators/WaveMenu.h"
 #include "params/IParamRecord.h"
 #include "params/ParamCatalogue.h"
@@ -299,6 +302,62 @@ void Quorvex::ClearEngine()
     mSums.Clear();
     VecZero(mFbSumL, kBlockSize);
     VecZero(mFbSumR, kBlockSize);
+}
+
+int Quorvex::TailSamples()
+{
+    // Filters, effect memories and the limiter's release after the last echo.
+    constexpr double kRingSec = 0.1;
+    // An ambience whose tail to -120 dB would pass this counts as sustaining.
+    constexpr double kLongestFiniteSec = 60.0;
+    const auto value = [this](int id) { return static_cast<double>(GetParam(id)->value); };
+
+    const int masterType = MasterSection::kMasterFxOff + static_cast<int>(value(kMasterFX));
+    const bool masterOn =
+        masterType > MasterSection::kMasterFxOff && value(kMasterFXBypass) < 0.5 && value(kMasterFXLevel) > 0.0;
+    int slotsOn = 0;
+    for (const Slot& slot : mSlots)
+        slotsOn += slot.mOn ? 1 : 0;
+
+    double delaySec = 0.0;
+    for (const Slot& slot : mSlots)
+    {
+        if (!slot.mOn || !slot.mDelayOn) continue;
+        // A delay nobody hears (no wet share, no master effect, no later slot) leaves no tail.
+        if (slot.WetShare() <= 0.0 && !masterOn && slotsOn < 2) continue;
+        const ModRoute& fbMod = mModRouting.Route(kModFeedback, slot.Index());
+        const bool fbModulated = fbMod.SourceIndex() != kModSourceOff && fbMod.Depth() != 0.0;
+        if (slot.mFeedback + mFeedbackMaster > 0.0 || fbModulated) return kTailForever;
+        delaySec = std::max(delaySec, slot.ReachSeconds(mTempo.secPerBeat, mTimeScale));
+    }
+
+    double reverbSec = 0.0;
+    if (masterOn && (masterType == MasterSection::kFirstMasterFx || masterType == MasterSection::kFirstMasterFx + 1 ||
+                     masterType == MasterSection::kFirstMasterFx + 2))
+    {
+        const double p1 = value(kMasterFXP1);
+        const double p2 = value(kMasterFXP2);
+        if (masterType == MasterSection::kFirstMasterFx)
+        {
+            // The ambience: four lines of up to size x 4297 samples at 44.1 kHz, loop gain = decay.
+            const double size = MasterFxParam(masterType, 0, p1).value;
+            const double gain = std::abs(MasterFxParam(masterType, 1, p2).value);
+            if (gain >= 1.0) return kTailForever;
+            const double loopSec = size * 4297.0 / 44100.0;
+            reverbSec = gain <= 0.0 ? loopSec : loopSec * 6.0 / -std::log10(gain);
+            if (reverbSec > kLongestFiniteSec) return kTailForever;
+        }
+        else
+        {
+            // Hall and room: the decay knob is seconds to -60 dB; -120 dB takes twice that.
+            const double rt60 = MasterFxParam(masterType, 0, p1).value;
+            const double preDelaySec = MasterFxParam(masterType, 1, p2).value / 44100.0;
+            reverbSec = 2.0 * rt60 + preDelaySec;
+        }
+    }
+    const double rate = GetSampleRate();
+    const double seconds = delaySec + reverbSec + kRingSec;
+    return static_cast<int>(std::ceil(seconds * rate)) + GetLatency() + kInRingSize;
 }
 
 bool Quorvex::SerializeState(ByteChunk& chunk)

@@ -74,6 +74,10 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     // Host sets up processing: the engine is derived anew for the host's rate.
     void Reset() override;
+    // Forever while a heard delay has feedback (its own, the master's or modulated, taps included)
+    // or the ambience loops at full gain; else the longest heard delay plus the master reverb's
+    // decay to -120 dB, plus the path's own delay and filter ring. Any thread.
+    int TailSamples() override;
     // Parameter handler: migration of old chunks while one is read, then the id's one family.
     void OnParamChange(int id) override;
     using Dispatch = ParamDispatch<Quorvex>;

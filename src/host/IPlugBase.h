@@ -94,6 +94,10 @@ class IPlugBase : public IEngineHost
     // ---- Virtual operations --------------------------------------------------------------------
     // Host sets up processing (UI thread).
     virtual void Reset() {}
+    // Samples the output may go on sounding after the input falls silent, at the host's rate;
+    // kTailForever while something can sustain sound. Any thread.
+    static constexpr int kTailForever = -1;
+    virtual int TailSamples() { return 0; }
     // A parameter's value changed: host automation calls it on the audio thread, the editor and
     // the state on the UI thread. It must therefore be real-time safe (no allocation, lock or
     // system call); host notices it sends from inside `process` are held back by the binding.

@@ -282,6 +282,13 @@ uint32 PLUGIN_API IPlugVST3::getLatencySamples()
     return static_cast<uint32>(GetLatency());
 }
 
+uint32 PLUGIN_API IPlugVST3::getTailSamples()
+{
+    // TailSamples reads caches only: nothing in it allocates or throws.
+    const int tail = TailSamples();
+    return tail == kTailForever ? kInfiniteTail : static_cast<uint32>(std::max(tail, 0));
+}
+
 uint32 PLUGIN_API IPlugVST3::getProcessContextRequirements()
 {
     using R = IProcessContextRequirements;

@@ -55,6 +55,9 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Steinberg::tresult PLUGIN_API setupProcessing(Steinberg::Vst::ProcessSetup& setup) override;
     Steinberg::tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) QUORVEX_NONBLOCKING override;
     Steinberg::uint32 PLUGIN_API getLatencySamples() override;
+    // Answered from the present settings at each call: VST 3 has no notice for a changed tail,
+    // hosts ask again when they start a render or after setActive.
+    Steinberg::uint32 PLUGIN_API getTailSamples() override;
     Steinberg::uint32 PLUGIN_API getProcessContextRequirements() override;
 
     // ---- IEditController ----

@@ -43,6 +43,9 @@ constexpr ParamID kDelayTimeL1 = 344;
 constexpr ParamID kDelayTimeR1 = 356;
 constexpr ParamID kDelayLopass1 = 776;
 constexpr ParamID kMasterFx = 1052;
+constexpr ParamID kMasterFxP1 = 1054;
+constexpr ParamID kMasterFxP2 = 1055;
+constexpr ParamID kMasterFxLevel = 1062;
 constexpr ParamID kFeedback1 = 68;
 constexpr ParamID kLfoRate1 = 864;
 constexpr ParamID kLimiterOn = 1063;
@@ -1233,5 +1236,81 @@ TEST(HostLoad, AMenuSelectionNoMenuHoldsIsNotEchoed)
     const MenuFields after = FindMenuFields(target.ComponentState());
     EXPECT_EQ(after.index, -1);
     EXPECT_EQ(after.folder, "");
+}
+
+// The reported tail: forever while a heard delay feeds back or the ambience loops at full gain;
+// otherwise the longest delay plus the hall's decay, at the present rate and settings. A render
+// that stops at the reported tail after the input keeps every echo: past it the output is below
+// -100 dB of the echoes.
+TEST(HostLoad, TheReportedTailHoldsTheEchoesAndTheHall)
+{
+    for (double rate : {44100.0, 96000.0})
+    {
+        SCOPED_TRACE(rate);
+        Instance plug;
+        plug.Start(rate, 512, kSample64);
+        EXPECT_NE(plug.processor->getTailSamples(), kInfiniteTail); // the default: no delay heard
+        ParameterChanges changes;
+        AddPlain(plug, changes,
+                 {{kTimebase1, 0.0 /* MS */}, {kDirectIn1, 50.0}, {kFeedback1, 0.0}, {kDelayTimeL1, 400.0},
+                  {kDelayTimeR1, 700.0}, {kMasterFx, 2.0 /* REVERB */}, {kMasterFxP1, 20.0},
+                  {kMasterFxP2, 10.0}, {kMasterFxLevel, 100.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        const uint32 tail = plug.processor->getTailSamples();
+        ASSERT_NE(tail, kInfiniteTail);
+        // At least the 700 ms echo; at most a few seconds of a 2.2 s hall.
+        EXPECT_GT(tail, static_cast<uint32>(0.7 * rate));
+        EXPECT_LT(tail, static_cast<uint32>(10.0 * rate));
+
+        // A click once the start's fade-in is over, then silence for the tail and two seconds more.
+        const auto click = static_cast<std::size_t>(0.25 * rate);
+        const std::size_t end = click + 1;
+        const auto n = static_cast<std::size_t>(end + tail + static_cast<uint32>(2.0 * rate));
+        Take in{std::vector<double>(n), std::vector<double>(n)};
+        in.l[click] = in.r[click] = 1.0;
+        const Take out = Render(plug, in, 512);
+        double kept = 0.0;
+        double lost = 0.0;
+        for (std::size_t i = 0; i < n; ++i)
+            (i < end + tail ? kept : lost) = std::max({i < end + tail ? kept : lost, std::abs(out.l[i]), std::abs(out.r[i])});
+        // The echoes are there, at 400 and 700 ms...
+        const auto echoAt = [&](double sec, const std::vector<double>& x)
+        {
+            const auto from = click + static_cast<std::size_t>((sec - 0.01) * rate);
+            const auto to = click + static_cast<std::size_t>((sec + 0.01) * rate);
+            double peak = 0.0;
+            for (std::size_t i = from; i < to; ++i)
+                peak = std::max(peak, std::abs(x[i]));
+            return peak;
+        };
+        EXPECT_GT(echoAt(0.4, out.l), 0.05);
+        EXPECT_GT(echoAt(0.7, out.r), 0.05);
+        // ...and nothing worth hearing comes after the tail.
+        EXPECT_GT(kept, 0.1);
+        EXPECT_LT(lost, kept * 1e-5) << "tail " << tail;
+
+        // The tail follows the settings: a longer delay lengthens it.
+        changes.Clear();
+        AddPlain(plug, changes, {{kDelayTimeL1, 2400.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        const uint32 longer = plug.processor->getTailSamples();
+        ASSERT_NE(longer, kInfiniteTail);
+        EXPECT_GE(longer, tail + static_cast<uint32>(1.7 * rate));
+
+        // Feedback, its own or the master's, sustains: forever.
+        changes.Clear();
+        AddPlain(plug, changes, {{kFeedback1, 30.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        EXPECT_EQ(plug.processor->getTailSamples(), kInfiniteTail);
+        changes.Clear();
+        AddPlain(plug, changes, {{kFeedback1, 0.0}, {kMasterFx, 1.0 /* QUORVEX */}, {kMasterFxP2, 100.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        EXPECT_EQ(plug.processor->getTailSamples(), kInfiniteTail);
+        changes.Clear();
+        AddPlain(plug, changes, {{kMasterFxP2, 30.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        EXPECT_NE(plug.processor->getTailSamples(), kInfiniteTail);
+        plug.Stop();
+    }
 }
 } // namespace

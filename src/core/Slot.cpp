@@ -73,6 +73,18 @@ void Slot::Clear()
     VecZero(mMonoSum, N);
 }
 
+void Slot::Restart()
+{
+    Clear();
+    mDelayL.RestartGlides();
+    mDelayR.RestartGlides();
+    mInputSmoother.Restart();
+    mPanSmoother.Restart();
+    mLevelSmoother.Restart();
+    for (BlockSmoother& s : mFxMixSmoother)
+        s.Restart();
+}
+
 // ---- parameter path ----
 
 void Slot::SetOn(bool on)

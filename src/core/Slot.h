@@ -113,6 +113,9 @@ class Slot : private ITapFx
     void Prepare();
     // Clears lines, offset rings, stage banks, feedback and input buffers; keeps settings.
     void Clear();
+    // Clear, and every glide (delay times, input, pan, level, effect mix) back at its start: the
+    // state a new run of the engine begins from. Same threads as Clear.
+    void Restart();
 
     // Audio thread, in block order.
     void RunForward(const SlotBlockContext& ctx);

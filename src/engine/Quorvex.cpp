@@ -72,6 +72,12 @@ void Quorvex::Reset()
 {
     std::lock_guard lock(paramsMutex);
     ResetEngine();
+    mRestartRequest = true;
+}
+
+void Quorvex::OnActivate(bool active)
+{
+    if (active) mRestartRequest = true;
 }
 
 bool Quorvex::Silenced() const
@@ -101,8 +107,9 @@ void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFra
     }
 
     const double rate = GetSampleRate();
-    if (rate != gEngineHostRate || rate != mEngineRate)
+    if (rate != gEngineHostRate || rate != mEngineRate || mRestartRequest)
     {
+        mRestartRequest = false;
         ResetEngine();
         gEngineHostRate = rate;
         mEngineRate = rate;
@@ -266,6 +273,8 @@ void Quorvex::ResetEngine()
     mMaster.Prepare();
     mModRouting.OnRateChange();
     mTempo.Derive();
+    // With the transport stopped the song position runs free from here: a new run starts at 0.
+    mSongPosition.Reset();
     const double relFreq = kInputLowpassHz / gSampleRate;
     mInputFilterL.Design(kInputLowpassOrder, relFreq);
     mInputFilterR.Design(kInputLowpassOrder, relFreq);
@@ -296,7 +305,7 @@ void Quorvex::ClearEngine()
     VecZero(mInputFilterL.mDelay, 2 * kIirMaxOrder);
     VecZero(mInputFilterR.mDelay, 2 * kIirMaxOrder);
     for (Slot& slot : mSlots)
-        slot.Clear();
+        slot.Restart();
     mEffects.ClearAll();
     mModulators.Reset();
     mSums.Clear();

@@ -74,6 +74,11 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     // Host sets up processing: the engine is derived anew for the host's rate.
     void Reset() override;
+    // Activation and a change between real-time and offline processing start a new run: the next
+    // block begins from the one state every run begins from (lines and memories cleared, every
+    // modulator at its start, random sources reseeded), so two renders of a session agree.
+    void OnActivate(bool active) override;
+    void OnProcessModeChange() override { mRestartRequest = true; }
     // Forever while a heard delay has feedback (its own, the master's or modulated, taps included)
     // or the ambience loops at full gain; else the longest heard delay plus the master reverb's
     // decay to -120 dB, plus the path's own delay and filter ring. Any thread.
@@ -253,6 +258,8 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     // Rate this instance was last reset for; -1 until its first call.
     double mEngineRate = -1.0;
+    // A new run starts at the next block (set by the host's thread or the audio thread).
+    Relaxed<bool> mRestartRequest{false};
     Relaxed<bool> mLatencyDirty{false};
 
     // Caches of the main section that the slots read.

@@ -107,6 +107,8 @@ class IPlugBase : public IEngineHost
     virtual void OnGUIOpen() {}
     virtual void OnGUIClose() {}
     virtual void OnActivate(bool active) {}
+    // The host's process calls switched between real-time and offline rendering. Audio thread.
+    virtual void OnProcessModeChange() {}
     // State chunk (UI thread). The base stores the parameter values only.
     virtual bool SerializeState(ByteChunk& chunk);
     virtual int UnserializeState(const ByteChunk& chunk, int startPos);

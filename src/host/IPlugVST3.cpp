@@ -307,6 +307,11 @@ tresult PLUGIN_API IPlugVST3::process(ProcessData& data) QUORVEX_NONBLOCKING
             const ThreadMark::Scope scope(mProcessThread);
 
             if (data.processContext) CopyContext(*data.processContext);
+            if (data.processMode != mProcessMode)
+            {
+                mProcessMode = data.processMode;
+                OnProcessModeChange();
+            }
             ApplyParameterChanges(data.inputParameterChanges);
             ConnectInputs(data);
             ConnectOutputs(data);

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <initializer_list>
@@ -1312,5 +1313,87 @@ TEST(HostLoad, TheReportedTailHoldsTheEchoesAndTheHall)
         EXPECT_NE(plug.processor->getTailSamples(), kInfiniteTail);
         plug.Stop();
     }
+}
+
+// Plain value of a list entry, through the plug-in's own texts.
+double ListValue(Instance& plug, ParamID id, const char16_t* text)
+{
+    String128 wide{};
+    for (int i = 0; text[i] != 0 && i < 127; ++i)
+        wide[i] = static_cast<char16>(text[i]);
+    ParamValue normalized = 0.0;
+    EXPECT_EQ(plug.controller->getParamValueByString(id, wide, normalized), kResultTrue);
+    return plug.controller->normalizedParamToPlain(id, normalized);
+}
+
+// Everything that keeps state of its own between blocks: echoes with feedback, an S&H LFO on the
+// delay time, a second LFO on the pan, a gate on the level, the main modulator, the envelope
+// follower, NOISE in the feedback path, LOFI II after the delay, the chaotic ambience.
+void SetStatefulPatch(Instance& plug, ParameterChanges& changes)
+{
+    AddPlain(plug, changes,
+             {{kTimebase1, 0.0}, {kDirectIn1, 50.0}, {kFeedback1, 55.0}, {kDelayTimeL1, 90.0},
+              {kDelayTimeR1, 130.0}, {832 /* LFO On 1 */, 1.0},
+              {836 /* LFO Wave 1 */, ListValue(plug, 836, u"S&H")}, {864 /* LFO Rate 1 */, 40.0},
+              {352 /* DelayTimeL ModSource1 */, 1.0 /* LFO1 */}, {348 /* Delay TimeL ModDepth 1 */, 30.0},
+              {833 /* LFO On 2 */, 1.0}, {865 /* LFO Rate 2 */, 30.0},
+              {64 /* Panning ModSource1 */, 2.0 /* LFO2 */}, {60 /* Panning ModDepth 1 */, 80.0},
+              {892 /* Gate1 On */, 1.0}, {88 /* Level ModSource1 */, 5.0 /* GATE1 */},
+              {84 /* Level ModDepth 1 */, -60.0}, {20 /* Modulation 1 */, 80.0}, {1059 /* Main ModDepth */, 90.0},
+              {988 /* ENV1 On */, 1.0}, {300 /* FXOn FB 1 */, 1.0},
+              {108 /* FX1 FB */, ListValue(plug, 108, u"NOISE")}, {304 /* FXOn PO 1 */, 1.0},
+              {112 /* FX1 PO */, ListValue(plug, 112, u"LOFI II")}, {kMasterFx, 1.0 /* QUORVEX */},
+              {kMasterFxP1, 40.0}, {kMasterFxP2, 60.0}, {kMasterFxLevel, 100.0}});
+}
+
+// Re-activation starts the engine from one state: two renders of the same input after
+// deactivate/activate, after a new setupProcessing and after a change of process mode are
+// identical to the bit, whatever ran before.
+TEST(HostLoad, EveryActivationStartsFromTheSameState)
+{
+    constexpr double kRate = 48000.0;
+    constexpr int kBlock = 512;
+    Instance plug;
+    plug.Start(kRate, kBlock, kSample64);
+    ParameterChanges changes;
+    SetStatefulPatch(plug, changes);
+    const Take noise = NoiseTake(static_cast<std::size_t>(1.5 * kRate), 0.4, 51);
+    Render(plug, noise, kBlock, &changes);
+    // Effect types arriving with automation are built off the audio thread; let that happen.
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    Render(plug, noise, kBlock);
+
+    plug.Stop();
+    plug.Start(kRate, kBlock, kSample64);
+    const Take first = Render(plug, noise, kBlock);
+    ASSERT_EQ(FirstNonFinite(first), -1);
+    double peak = 0.0;
+    for (double v : first.l)
+        peak = std::max(peak, std::abs(v));
+    ASSERT_GT(peak, 0.05);
+
+    // Deactivate and activate again.
+    plug.Stop();
+    plug.Start(kRate, kBlock, kSample64);
+    Take again = Render(plug, noise, kBlock);
+    EXPECT_EQ(again.l, first.l);
+    EXPECT_EQ(again.r, first.r);
+
+    // A new set-up while inactive, same rate.
+    plug.processor->setProcessing(false);
+    plug.component->setActive(false);
+    ProcessSetup setup{kRealtime, kSample64, kBlock, kRate};
+    ASSERT_EQ(plug.processor->setupProcessing(setup), kResultOk);
+    plug.component->setActive(true);
+    plug.processor->setProcessing(true);
+    again = Render(plug, noise, kBlock);
+    EXPECT_EQ(again.l, first.l);
+    EXPECT_EQ(again.r, first.r);
+
+    // The host switches to offline rendering without a new set-up: the mode of the process call.
+    again = Render(plug, noise, kBlock, nullptr, kOffline);
+    EXPECT_EQ(again.l, first.l);
+    EXPECT_EQ(again.r, first.r);
+    plug.Stop();
 }
 } // namespace

@@ -13,6 +13,7 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <chrono>
@@ -1394,6 +1395,95 @@ TEST(HostLoad, EveryActivationStartsFromTheSameState)
     again = Render(plug, noise, kBlock, nullptr, kOffline);
     EXPECT_EQ(again.l, first.l);
     EXPECT_EQ(again.r, first.r);
+    plug.Stop();
+}
+
+// Offset of TapOnMask[0] in a state chunk: behind the menu folder and the focused parameter.
+std::size_t TapMaskOffset(const std::vector<std::uint8_t>& state)
+{
+    return FindMenuFields(state).folderEnd + 4;
+}
+
+// Peak of each of the eight taps of slot 1 after a click, per side: tap t sounds (t + 1) x 50 ms
+// after the click (the default tap step), plus the plug-in's latency.
+struct TapPeaks
+{
+    std::array<double, 8> l{}, r{};
+};
+
+TapPeaks ClickTaps(Instance& plug, double rate)
+{
+    const auto click = static_cast<std::size_t>(0.2 * rate);
+    const auto n = click + static_cast<std::size_t>(0.6 * rate);
+    Take in{std::vector<double>(n), std::vector<double>(n)};
+    in.l[click] = in.r[click] = 1.0;
+    const Take out = Render(plug, in, 256);
+    const auto latency = static_cast<std::size_t>(plug.processor->getLatencySamples());
+    TapPeaks peaks;
+    for (std::size_t t = 0; t < 8; ++t)
+    {
+        const std::size_t at = click + latency + static_cast<std::size_t>(static_cast<double>(t + 1) * 0.05 * rate);
+        const auto half = static_cast<std::size_t>(0.01 * rate);
+        for (std::size_t i = at - half; i < at + half; ++i)
+        {
+            peaks.l[t] = std::max(peaks.l[t], std::abs(out.l[i]));
+            peaks.r[t] = std::max(peaks.r[t], std::abs(out.r[i]));
+        }
+    }
+    return peaks;
+}
+
+// The tap on/off masks drive each tap's left and right on flags, heard per side; a fresh instance
+// stores all taps on and plays all of them.
+TEST(HostLoad, TapMasksSwitchEachTapPerSide)
+{
+    constexpr double kRate = 48000.0;
+    Instance plug;
+    plug.Start(kRate, 256, kSample64);
+    ParameterChanges changes;
+    AddPlain(plug, changes,
+             {{kDelayMode1, 3.0 /* TAPPED */}, {kDirectIn1, 50.0}, {kFeedback1, 0.0}, {kDryLevel, 0.0}});
+    Render(plug, Take{std::vector<double>(256), std::vector<double>(256)}, 256, &changes);
+
+    auto state = plug.ComponentState();
+    const std::size_t maskAt = TapMaskOffset(state);
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(ReadInt(state, maskAt + 4 * static_cast<std::size_t>(i)), 0xFFFF) << "mask " << i;
+    const TapPeaks fresh = ClickTaps(plug, kRate);
+    for (int t = 0; t < 8; ++t)
+    {
+        EXPECT_GT(fresh.l[t], 0.05) << "tap " << t;
+        EXPECT_GT(fresh.r[t], 0.05) << "tap " << t;
+    }
+
+    const std::pair<std::int32_t, std::int32_t> masks[] = {
+        {0x0055, 0x00AA}, {0x000F, 0x00F0}, {0x0081, 0x0000}, {0x00FE, 0x007F}};
+    for (const auto& [left, right] : masks)
+    {
+        SCOPED_TRACE(::testing::Message() << std::hex << left << " / " << right);
+        std::memcpy(state.data() + maskAt, &left, 4);
+        std::memcpy(state.data() + maskAt + 4, &right, 4);
+        MemoryStream stream(state);
+        ASSERT_EQ(plug.component->setState(&stream), kResultOk);
+        const TapPeaks p = ClickTaps(plug, kRate);
+        for (int t = 0; t < 8; ++t)
+        {
+            const bool onL = ((left >> t) & 1) != 0;
+            const bool onR = ((right >> t) & 1) != 0;
+            if (onL)
+                EXPECT_GT(p.l[t], 0.5 * fresh.l[t]) << "tap " << t << " left";
+            else
+                EXPECT_LT(p.l[t], 1e-3 * fresh.l[t]) << "tap " << t << " left";
+            if (onR)
+                EXPECT_GT(p.r[t], 0.5 * fresh.r[t]) << "tap " << t << " right";
+            else
+                EXPECT_LT(p.r[t], 1e-3 * fresh.r[t]) << "tap " << t << " right";
+        }
+        // The state the host saves holds the masks that play.
+        const auto saved = plug.ComponentState();
+        EXPECT_EQ(ReadInt(saved, maskAt), left);
+        EXPECT_EQ(ReadInt(saved, maskAt + 4), right);
+    }
     plug.Stop();
 }
 } // namespace

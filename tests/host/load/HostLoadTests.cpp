@@ -1486,4 +1486,66 @@ TEST(HostLoad, TapMasksSwitchEachTapPerSide)
     }
     plug.Stop();
 }
+
+// Automated effect-type changes in an offline render: each takes effect in the host block where it
+// arrives, so two renders of the same automation are identical and the output first departs from
+// a render without the change within that block (plus the latency).
+TEST(HostLoad, OfflineEffectTypeChangesTakeEffectWhereTheyArrive)
+{
+    constexpr double kRate = 48000.0;
+    constexpr int kBlock = 256;
+    const Take noise = NoiseTake(static_cast<std::size_t>(1.0 * kRate), 0.4, 61);
+    // Host block at which each type change arrives, and the POST type it asks for.
+    const std::vector<std::pair<int, const char16_t*>> changesAt = {
+        {20, u"RING MOD"}, {41, u"PHASE"}, {42, u"COMB"}, {90, u"FREQ SHIFT"}, {91, u"OFF"}, {120, u"LOFI II"}};
+    const auto render = [&](bool withChanges)
+    {
+        Instance plug;
+        plug.ActivateBuses();
+        ProcessSetup setup{kOffline, kSample64, kBlock, kRate};
+        EXPECT_EQ(plug.processor->setupProcessing(setup), kResultOk);
+        plug.component->setActive(true);
+        plug.processor->setProcessing(true);
+        Take out{std::vector<double>(noise.Size()), std::vector<double>(noise.Size())};
+        const int blocks = static_cast<int>(noise.Size()) / kBlock;
+        for (int k = 0; k < blocks; ++k)
+        {
+            ParameterChanges changes;
+            if (k == 0)
+                AddPlain(plug, changes,
+                         {{kSlotOn1, 1.0}, {304 /* FXOn PO 1 */, 1.0}, {kDryLevel, 0.0}, {124, 60.0}, {160, 70.0},
+                          {196, 40.0}, {232, 55.0}, {268, 100.0} /* FXParam1..5 PO 1 */});
+            for (const auto& [at, type] : changesAt)
+                if (withChanges && at == k) changes.Add(112 /* FX1 PO */, 0, plug.controller->plainParamToNormalized(112, ListValue(plug, 112, type)));
+            AudioRig<double> rig(kBlock, {2, 2}, {2});
+            for (int i = 0; i < kBlock; ++i)
+            {
+                rig.In(0, 0)[i] = noise.l[static_cast<std::size_t>(k * kBlock + i)];
+                rig.In(0, 1)[i] = noise.r[static_cast<std::size_t>(k * kBlock + i)];
+            }
+            rig.data.processMode = kOffline;
+            rig.data.inputParameterChanges = &changes;
+            EXPECT_EQ(plug.processor->process(rig.data), kResultOk);
+            // A host rendering offline runs far faster than real time; give a worker no chance.
+            for (int i = 0; i < kBlock; ++i)
+            {
+                out.l[static_cast<std::size_t>(k * kBlock + i)] = rig.Out(0, 0)[i];
+                out.r[static_cast<std::size_t>(k * kBlock + i)] = rig.Out(0, 1)[i];
+            }
+        }
+        plug.Stop();
+        return out;
+    };
+    const Take plain = render(false);
+    const Take first = render(true);
+    const Take second = render(true);
+    EXPECT_EQ(first.l, second.l);
+    EXPECT_EQ(first.r, second.r);
+    std::size_t departs = 0;
+    while (departs < plain.Size() && plain.l[departs] == first.l[departs] && plain.r[departs] == first.r[departs])
+        ++departs;
+    const std::size_t arrives = 20 * kBlock;
+    EXPECT_GE(departs, arrives);
+    EXPECT_LT(departs, arrives + kBlock + 200) << "the first change was heard late";
+}
 } // namespace

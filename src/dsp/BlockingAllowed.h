@@ -17,7 +17,7 @@ class BlockingAllowed
     BlockingAllowed() { __rtsan_disable(); }
     ~BlockingAllowed() { __rtsan_enable(); }
 #else
-    BlockingAllowed() = default;
+    BlockingAllowed() noexcept {}
 #endif
     BlockingAllowed(const BlockingAllowed&) = delete;
     BlockingAllowed& operator=(const BlockingAllowed&) = delete;

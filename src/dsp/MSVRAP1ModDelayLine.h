@@ -44,6 +44,16 @@ class MSVRAP1ModDelayLine final : public MModDelayLine
     MSVRAP1ModDelayLine() = default;
     explicit MSVRAP1ModDelayLine(int maxDelay) : MModDelayLine(maxDelay) {}
 
+    // Back to the schedule of a new line: the head is placed at the next Process, the centre
+    // exactly behind the writer, and the all-pass state is cleared. Clear leaves all of this.
+    void Restart()
+    {
+        mTick = 0;
+        mFrac = 0.0f;
+        mLast = 0.0f;
+        SetCenterDelay(mCenterDelay);
+    }
+
     // Samples between two head updates, at least 1.
     void SetInterval(int samples) { mInterval = samples < 1 ? 1 : samples; }
 

@@ -82,7 +82,7 @@ void Quorvex::OnActivate(bool active)
 
 bool Quorvex::Silenced() const
 {
-    return mPresetLoading.load() || mConstructing || mFields.mRestoringState;
+    return mPresetLoading.load() || mStateLoading.load() || mConstructing || mFields.mRestoringState;
 }
 
 void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) QUORVEX_NONBLOCKING
@@ -301,6 +301,10 @@ void Quorvex::ClearEngine()
     VecZero(mInRingSC, kInRingSize);
     VecZero(mOutBlockL, kBlockSize);
     VecZero(mOutBlockR, kBlockSize);
+    // The rings' phase too: a host call that ended inside a block must not shift the next run.
+    mInWrite = kBlockSize;
+    mInRead = 0;
+    mOutRead = 0;
     // The band limit's memory too: a cleared engine hears nothing of what came before.
     VecZero(mInputFilterL.mDelay, 2 * kIirMaxOrder);
     VecZero(mInputFilterR.mDelay, 2 * kIirMaxOrder);
@@ -376,7 +380,13 @@ bool Quorvex::SerializeState(ByteChunk& chunk)
 
 int Quorvex::UnserializeState(const ByteChunk& chunk, int startPos)
 {
-    return ReadStateChunk(*this, chunk, startPos);
+    // Nothing of the engine may run while its values are rewritten one by one: a block, an
+    // automation point or a rate reset in between would read half of the old state and half of
+    // the new (and a limiter meeting that can be left holding NaN).
+    HoldAudio(mStateLoading);
+    const int pos = ReadStateChunk(*this, chunk, startPos);
+    mStateLoading.store(false);
+    return pos;
 }
 
 void Quorvex::ShowMessage(int code)

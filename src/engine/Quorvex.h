@@ -165,6 +165,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     }
 
     bool Silenced() const;
+    bool IsAudioHeld() override { return mPresetLoading.load() || mStateLoading.load(); }
     void BuildEditor();
     // Derives every rate-dependent value from the host's rate, then clears and fades in.
     void ResetEngine();
@@ -270,6 +271,8 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     Relaxed<bool> mConstructing{true};
     std::atomic<bool> mPresetLoading{false};
+    // Set while a state chunk is read: the audio is held off (silence, no parameter changes).
+    std::atomic<bool> mStateLoading{false};
 
     // Preset state (QuorvexPresets.cpp).
     // Sets PresetLoading, then waits until the audio thread is outside its block loop, so that

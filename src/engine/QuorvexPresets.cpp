@@ -16,9 +16,9 @@ constexpr auto kAudioPoll = std::chrono::microseconds(200);
 
 void Quorvex::HoldAudioForPreset()
 {
-    mPresetLoading.store(true);
-    // The block loop tests the flag after marking itself inside, so once it is seen outside it
-    // won't run a block until the flag clears. A host holds us off for one host block at most.
+    // The process call and the block loop test the flag after marking themselves inside, so once
+    // both are seen outside neither runs until the flag clears.
+    HoldAudio(mPresetLoading);
     while (mBlockLoop.IsHeld())
         std::this_thread::sleep_for(kAudioPoll);
 }

@@ -109,6 +109,9 @@ class IPlugBase : public IEngineHost
     virtual void OnActivate(bool active) {}
     // The host's process calls switched between real-time and offline rendering. Audio thread.
     virtual void OnProcessModeChange() {}
+    // True while the plug-in rewrites its whole state (a session or preset being loaded): a
+    // process call then outputs silence and applies none of its parameter changes. Any thread.
+    virtual bool IsAudioHeld() { return false; }
     // State chunk (UI thread). The base stores the parameter values only.
     virtual bool SerializeState(ByteChunk& chunk);
     virtual int UnserializeState(const ByteChunk& chunk, int startPos);

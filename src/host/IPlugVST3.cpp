@@ -13,6 +13,7 @@
 #include "pluginterfaces/vst/ivstparameterchanges.h"
 #include "pluginterfaces/vst/vstspeaker.h"
 
+#include <chrono>
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -306,6 +307,13 @@ tresult PLUGIN_API IPlugVST3::process(ProcessData& data) QUORVEX_NONBLOCKING
             ScopedFlushDenormals flushDenormals;
             const ThreadMark::Scope scope(mProcessThread);
 
+            // A holder sets its flag and then waits for this mark to clear; marked first and
+            // testing after, a call either sees the flag or is waited for.
+            if (IsAudioHeld())
+            {
+                SilenceOutputs(data);
+                return kResultOk;
+            }
             if (data.processContext) CopyContext(*data.processContext);
             if (data.processMode != mProcessMode)
             {
@@ -364,6 +372,33 @@ void IPlugVST3::CopyContext(const ProcessContext& context)
 
 // Audio thread, without paramsMutex: a record's value is atomic, and what can't be done here (the
 // editor, a preset's recording) is marked for the UI thread.
+void IPlugVST3::HoldAudio(std::atomic<bool>& flag)
+{
+    // Sleeps in short steps: a host keeps a process call under way for one host block at most.
+    constexpr auto kPoll = std::chrono::microseconds(200);
+    flag.store(true);
+    if (mProcessThread.IsCurrent()) return;
+    while (mProcessThread.IsHeld())
+        std::this_thread::sleep_for(kPoll);
+}
+
+void IPlugVST3::SilenceOutputs(ProcessData& data)
+{
+    if (data.numSamples <= 0 || data.outputs == nullptr) return;
+    const auto frames = static_cast<std::size_t>(data.numSamples);
+    for (int32 b = 0; b < data.numOutputs; ++b)
+    {
+        AudioBusBuffers& bus = data.outputs[b];
+        for (int32 ch = 0; ch < bus.numChannels; ++ch)
+        {
+            if (data.symbolicSampleSize == kSample64 && bus.channelBuffers64 && bus.channelBuffers64[ch])
+                std::fill_n(bus.channelBuffers64[ch], frames, 0.0);
+            else if (data.symbolicSampleSize == kSample32 && bus.channelBuffers32 && bus.channelBuffers32[ch])
+                std::fill_n(bus.channelBuffers32[ch], frames, 0.0f);
+        }
+    }
+}
+
 void IPlugVST3::ApplyParameterChanges(IParameterChanges* changes)
 {
     if (!changes) return;

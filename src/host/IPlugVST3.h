@@ -146,6 +146,9 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Steinberg::tresult setControllerState(Steinberg::IBStream* state) override;
     // The mark of the thread inside `process`; the engine sets it too when it is driven directly.
     ThreadMark& ProcessThread() { return mProcessThread; }
+    // Sets `flag`, then waits until no process call is under way: from then on every call sees
+    // the flag, and none touches the engine until it clears. Not on the audio thread.
+    void HoldAudio(std::atomic<bool>& flag);
     // True on the thread that is inside `process` right now.
     bool InsideProcess() const;
 
@@ -170,6 +173,7 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     void BuildBusesAndParameters();
     Steinberg::Vst::UnitID UnitForGroup(const char* group);
     void ApplyParameterChanges(Steinberg::Vst::IParameterChanges* changes);
+    static void SilenceOutputs(Steinberg::Vst::ProcessData& data);
     void ConnectInputs(const Steinberg::Vst::ProcessData& data);
     void ConnectOutputs(const Steinberg::Vst::ProcessData& data);
     // Channels of output bus `bus`, starting at plug-in channel firstChannel, that the plug-in fills.

@@ -1548,4 +1548,73 @@ TEST(HostLoad, OfflineEffectTypeChangesTakeEffectWhereTheyArrive)
     EXPECT_GE(departs, arrives);
     EXPECT_LT(departs, arrives + kBlock + 200) << "the first change was heard late";
 }
+
+// States loaded again and again while another thread processes audio: the output stays finite
+// throughout (the FAST limiter included), and afterwards the last state is in force: the saved
+// state is its bytes, and a render equals that of a fresh instance given the same state.
+TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
+{
+    constexpr double kRate = 44100.0;
+    constexpr int kBlock = 256;
+    const auto stateWith = [&](std::initializer_list<std::pair<ParamID, double>> values)
+    {
+        Instance maker;
+        maker.Start(kRate, kBlock, kSample64);
+        ParameterChanges changes;
+        AddPlain(maker, changes, values);
+        Render(maker, Take{std::vector<double>(kBlock), std::vector<double>(kBlock)}, kBlock, &changes);
+        auto state = maker.ComponentState();
+        maker.Stop();
+        return state;
+    };
+    const auto a = stateWith({{kSlotOn1, 1.0}, {kDirectIn1, 50.0}, {kFeedback1, 120.0}, {kLimiterOn, 3.0 /* FAST */},
+                              {kTimebase1, 0.0}, {kDelayTimeL1, 7.0}, {kDelayTimeR1, 3000.0},
+                              {kMasterFx, 2.0 /* REVERB */}, {kMasterFxLevel, 150.0}});
+    const auto b = stateWith({{kSlotOn1, 1.0}, {kDirectIn1, 30.0}, {kFeedback1, 40.0}, {kLimiterOn, 3.0 /* FAST */},
+                              {kTimebase1, 0.0}, {kDelayTimeL1, 250.0}, {kDelayTimeR1, 375.0}});
+    ASSERT_NE(a, b);
+
+    Instance plug;
+    plug.Start(kRate, kBlock, kSample64);
+    std::atomic<bool> done{false};
+    std::atomic<long> badAt{-1};
+    std::thread audio(
+        [&]
+        {
+            const Take noise = NoiseTake(kBlock, 0.5, 71);
+            long blocks = 0;
+            while (!done)
+            {
+                const Take out = Render<double>(plug, noise, kBlock);
+                if (FirstNonFinite(out) >= 0 && badAt < 0) badAt = blocks;
+                ++blocks;
+            }
+        });
+    for (int k = 0; k < 80; ++k)
+    {
+        MemoryStream stream(k % 2 == 0 ? a : b);
+        ASSERT_EQ(plug.component->setState(&stream), kResultOk);
+        std::this_thread::sleep_for(std::chrono::microseconds(300 + 97 * (k % 7)));
+    }
+    done = true;
+    audio.join();
+    EXPECT_EQ(badAt, -1) << "a non-finite sample in block " << badAt;
+    EXPECT_EQ(plug.ComponentState(), b);
+
+    // The last state plays: the same render as a fresh instance given it.
+    Instance fresh;
+    MemoryStream stream(b);
+    ASSERT_EQ(fresh.component->setState(&stream), kResultOk);
+    fresh.Start(kRate, kBlock, kSample64);
+    plug.Stop();
+    plug.Start(kRate, kBlock, kSample64);
+    const Take noise = NoiseTake(static_cast<std::size_t>(kRate), 0.5, 73);
+    const Take got = Render<double>(plug, noise, kBlock);
+    const Take expected = Render<double>(fresh, noise, kBlock);
+    ASSERT_EQ(FirstNonFinite(got), -1);
+    EXPECT_EQ(got.l, expected.l);
+    EXPECT_EQ(got.r, expected.r);
+    plug.Stop();
+    fresh.Stop();
+}
 } // namespace

@@ -152,7 +152,6 @@ template <bool kGuarded> void BM_EntryGuard(benchmark::State& state)
 BENCHMARK_TEMPLATE(BM_EntryGuard, false)->Name("BM_EntryGuard/Plain");
 BENCHMARK_TEMPLATE(BM_EntryGuard, true)->Name("BM_EntryGuard/Guarded");
 
-
 BENCHMARK_CAPTURE(BM_Engine, Default, kPatchDefault);
 BENCHMARK_CAPTURE(BM_Engine, FourForward, kPatchFourForward);
 BENCHMARK_CAPTURE(BM_Engine, Tapped16Swell, kPatchTapped16Swell);

@@ -8,10 +8,10 @@
 // Replacing a position's modules: RequestType stores the wanted type in an atomic (real-time safe,
 // any thread). Building happens off the audio thread: ServicePending does it on its caller
 // (parameter thread, constructor, state restore, tests) and a small worker, asleep until a
-// request raised on the audio thread (`deferred`) wakes it, builds those. The built modules are configured completely (values
-// through the law, depths and sources, bypass, Reset) and handed to the position's FxModuleList,
-// which publishes them and frees the old ones; the stored values are then applied once more, which
-// catches a write that met the list's mark.
+// request raised on the audio thread (`deferred`) wakes it, builds those. The built modules are configured
+// completely (values through the law, depths and sources, bypass, Reset) and handed to the position's
+// FxModuleList, which publishes them and frees the old ones; the stored values are then applied once more,
+// which catches a write that met the list's mark.
 //
 // Threads: Request..., Set... and ClearAll are real-time safe on any thread. ServicePending and
 // the destructor off the audio thread. The type listener runs on the thread that serviced the

@@ -9,7 +9,7 @@ namespace
 constexpr std::uint8_t kNeverSet = 0;
 // Seed of the gates' random step order at the start of every run.
 constexpr std::uint32_t kGateSeed = 1;
-}
+} // namespace
 
 ModulatorBank::ModulatorBank(ModSourceBank& bank) : mBank(bank), mWaves(BuildWaveList())
 {

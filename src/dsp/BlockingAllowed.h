@@ -14,8 +14,14 @@ class BlockingAllowed
 {
   public:
 #if defined(QUORVEX_RTSAN_BUILD)
-    BlockingAllowed() { __rtsan_disable(); }
-    ~BlockingAllowed() { __rtsan_enable(); }
+    BlockingAllowed()
+    {
+        __rtsan_disable();
+    }
+    ~BlockingAllowed()
+    {
+        __rtsan_enable();
+    }
 #else
     BlockingAllowed() noexcept {}
 #endif

@@ -326,8 +326,8 @@ int Quorvex::TailSamples()
     const auto value = [this](int id) { return static_cast<double>(GetParam(id)->value); };
 
     const int masterType = MasterSection::kMasterFxOff + static_cast<int>(value(kMasterFX));
-    const bool masterOn =
-        masterType > MasterSection::kMasterFxOff && value(kMasterFXBypass) < 0.5 && value(kMasterFXLevel) > 0.0;
+    const bool masterOn = masterType > MasterSection::kMasterFxOff && value(kMasterFXBypass) < 0.5 &&
+                          value(kMasterFXLevel) > 0.0;
     int slotsOn = 0;
     for (const Slot& slot : mSlots)
         slotsOn += slot.mOn ? 1 : 0;
@@ -345,8 +345,9 @@ int Quorvex::TailSamples()
     }
 
     double reverbSec = 0.0;
-    if (masterOn && (masterType == MasterSection::kFirstMasterFx || masterType == MasterSection::kFirstMasterFx + 1 ||
-                     masterType == MasterSection::kFirstMasterFx + 2))
+    if (masterOn &&
+        (masterType == MasterSection::kFirstMasterFx || masterType == MasterSection::kFirstMasterFx + 1 ||
+         masterType == MasterSection::kFirstMasterFx + 2))
     {
         const double p1 = value(kMasterFXP1);
         const double p2 = value(kMasterFXP2);

@@ -63,8 +63,8 @@ struct Patch
 
 std::vector<Patch> Patches()
 {
-    const std::vector<std::string> echoes = {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=60", "Delay TimeL 1=120",
-                                             "Delay TimeR 1=170"};
+    const std::vector<std::string> echoes = {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=60",
+                                             "Delay TimeL 1=120", "Delay TimeR 1=170"};
     std::vector<Patch> patches;
     patches.push_back({"default", {}});
     for (const char* mode : kDelayModeList)
@@ -73,8 +73,10 @@ std::vector<Patch> Patches()
         p.settings.push_back(std::string("Delay Mode 1=") + mode);
         patches.push_back(p);
     }
-    patches.push_back({"feedback 160", {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=160", "Delay TimeL 1=10",
-                                        "Delay TimeR 1=15"}, false});
+    patches.push_back(
+        {"feedback 160",
+         {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=160", "Delay TimeL 1=10", "Delay TimeR 1=15"},
+         false});
     for (const char* type : kFxFeedbackTypeList)
     {
         if (std::string(type).empty() || std::string(type) == "OFF") continue;
@@ -166,7 +168,8 @@ TEST_P(InputHygiene, NonFiniteBurstIsSilenceInEveryPatch)
     const double rate = GetParam();
     const Stereo zeroed = Input(rate, 1.5, [](std::size_t) { return 0.0; });
     // NaN, +inf and -inf in turn.
-    const Stereo bad = Input(rate, 1.5, [](std::size_t k) { return k % 3 == 0 ? kNaN : (k % 3 == 1 ? kInf : -kInf); });
+    const Stereo bad =
+        Input(rate, 1.5, [](std::size_t k) { return k % 3 == 0 ? kNaN : (k % 3 == 1 ? kInf : -kInf); });
     for (const Patch& patch : Patches())
     {
         SCOPED_TRACE(patch.name);
@@ -200,7 +203,9 @@ TEST_P(InputHygiene, AbsurdFiniteBurstStaysFiniteAndPasses)
 TEST_P(InputHygiene, AbsurdBurstDecaysOutOfTheEchoes)
 {
     const double rate = GetParam();
-    const Patch patch{"echoes", {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=30", "Delay TimeL 1=20", "Delay TimeR 1=30"}};
+    const Patch patch{
+        "echoes",
+        {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=30", "Delay TimeL 1=20", "Delay TimeR 1=30"}};
     const Stereo zeroed = Input(rate, 2.0, [](std::size_t) { return 0.0; });
     const Stereo huge = Input(rate, 2.0, [](std::size_t) { return 1e300; });
     const Stereo got = Render(patch, rate, huge);
@@ -217,8 +222,9 @@ TEST_P(InputHygiene, AbsurdBurstDecaysOutOfTheEchoes)
 TEST_P(InputHygiene, RunawayFeedbackStaysFinite)
 {
     const double rate = GetParam();
-    const Patch patch{"runaway", {"Timebase 1=MS", "Direct In 1=100", "Feedback 1=160", "Delay TimeL 1=1",
-                                  "Delay TimeR 1=1", "Limiter On=OFF"}};
+    const Patch patch{"runaway",
+                      {"Timebase 1=MS", "Direct In 1=100", "Feedback 1=160", "Delay TimeL 1=1",
+                       "Delay TimeR 1=1", "Limiter On=OFF"}};
     const Stereo loud = Input(rate, 3.0, [](std::size_t) { return 1000.0; });
     const Stereo got = Render(patch, rate, loud);
     ASSERT_EQ(FirstNonFinite(got), -1);

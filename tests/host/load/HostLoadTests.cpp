@@ -14,9 +14,9 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
-#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <initializer_list>
@@ -255,7 +255,8 @@ Take Render(Instance& plug, const Take& in, int block, IParameterChanges* first 
     Take out{std::vector<double>(in.Size()), std::vector<double>(in.Size())};
     for (std::size_t done = 0; done < in.Size(); done += static_cast<std::size_t>(block))
     {
-        const int n = static_cast<int>(std::min<std::size_t>(static_cast<std::size_t>(block), in.Size() - done));
+        const int n =
+            static_cast<int>(std::min<std::size_t>(static_cast<std::size_t>(block), in.Size() - done));
         AudioRig<Sample> rig(n, {2, 2}, {2});
         for (int i = 0; i < n; ++i)
         {
@@ -275,7 +276,8 @@ Take Render(Instance& plug, const Take& in, int block, IParameterChanges* first 
 }
 
 // Plain values (in the parameters' units) as one point each at offset 0.
-void AddPlain(Instance& plug, ParameterChanges& changes, std::initializer_list<std::pair<ParamID, double>> values)
+void AddPlain(Instance& plug, ParameterChanges& changes,
+              std::initializer_list<std::pair<ParamID, double>> values)
 {
     for (const auto& [id, plain] : values)
         changes.Add(id, 0, plug.controller->plainParamToNormalized(id, plain));
@@ -1093,7 +1095,8 @@ TEST(HostLoad, ABadBufferDoesNotPoisonTheOutput)
             if (hall)
                 AddPlain(plug, changes,
                          {{kDirectIn1, 50.0}, {kFeedback1, 60.0}, {kMasterFx, 2.0 /* REVERB */}});
-            Take out = useFloat ? Render<float>(plug, in, kBlock, &changes) : Render<double>(plug, in, kBlock, &changes);
+            Take out = useFloat ? Render<float>(plug, in, kBlock, &changes)
+                                : Render<double>(plug, in, kBlock, &changes);
             plug.Stop();
             return out;
         };
@@ -1127,7 +1130,7 @@ namespace
 // preset name, folder label, then the menu index and the menu folder.
 struct MenuFields
 {
-    std::size_t indexAt = 0;  // offset of the menu index
+    std::size_t indexAt = 0;   // offset of the menu index
     std::size_t folderEnd = 0; // offset after the menu folder
     std::int32_t index = 0;
     std::string folder;
@@ -1254,9 +1257,15 @@ TEST(HostLoad, TheReportedTailHoldsTheEchoesAndTheHall)
         EXPECT_NE(plug.processor->getTailSamples(), kInfiniteTail); // the default: no delay heard
         ParameterChanges changes;
         AddPlain(plug, changes,
-                 {{kTimebase1, 0.0 /* MS */}, {kDirectIn1, 50.0}, {kFeedback1, 0.0}, {kDelayTimeL1, 400.0},
-                  {kDelayTimeR1, 700.0}, {kMasterFx, 2.0 /* REVERB */}, {kMasterFxP1, 20.0},
-                  {kMasterFxP2, 10.0}, {kMasterFxLevel, 100.0}});
+                 {{kTimebase1, 0.0 /* MS */},
+                  {kDirectIn1, 50.0},
+                  {kFeedback1, 0.0},
+                  {kDelayTimeL1, 400.0},
+                  {kDelayTimeR1, 700.0},
+                  {kMasterFx, 2.0 /* REVERB */},
+                  {kMasterFxP1, 20.0},
+                  {kMasterFxP2, 10.0},
+                  {kMasterFxLevel, 100.0}});
         Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
         const uint32 tail = plug.processor->getTailSamples();
         ASSERT_NE(tail, kInfiniteTail);
@@ -1274,7 +1283,8 @@ TEST(HostLoad, TheReportedTailHoldsTheEchoesAndTheHall)
         double kept = 0.0;
         double lost = 0.0;
         for (std::size_t i = 0; i < n; ++i)
-            (i < end + tail ? kept : lost) = std::max({i < end + tail ? kept : lost, std::abs(out.l[i]), std::abs(out.r[i])});
+            (i < end + tail ? kept : lost) =
+                std::max({i < end + tail ? kept : lost, std::abs(out.l[i]), std::abs(out.r[i])});
         // The echoes are there, at 400 and 700 ms...
         const auto echoAt = [&](double sec, const std::vector<double>& x)
         {
@@ -1333,18 +1343,34 @@ double ListValue(Instance& plug, ParamID id, const char16_t* text)
 void SetStatefulPatch(Instance& plug, ParameterChanges& changes)
 {
     AddPlain(plug, changes,
-             {{kTimebase1, 0.0}, {kDirectIn1, 50.0}, {kFeedback1, 55.0}, {kDelayTimeL1, 90.0},
-              {kDelayTimeR1, 130.0}, {832 /* LFO On 1 */, 1.0},
-              {836 /* LFO Wave 1 */, ListValue(plug, 836, u"S&H")}, {864 /* LFO Rate 1 */, 40.0},
-              {352 /* DelayTimeL ModSource1 */, 1.0 /* LFO1 */}, {348 /* Delay TimeL ModDepth 1 */, 30.0},
-              {833 /* LFO On 2 */, 1.0}, {865 /* LFO Rate 2 */, 30.0},
-              {64 /* Panning ModSource1 */, 2.0 /* LFO2 */}, {60 /* Panning ModDepth 1 */, 80.0},
-              {892 /* Gate1 On */, 1.0}, {88 /* Level ModSource1 */, 5.0 /* GATE1 */},
-              {84 /* Level ModDepth 1 */, -60.0}, {20 /* Modulation 1 */, 80.0}, {1059 /* Main ModDepth */, 90.0},
-              {988 /* ENV1 On */, 1.0}, {300 /* FXOn FB 1 */, 1.0},
-              {108 /* FX1 FB */, ListValue(plug, 108, u"NOISE")}, {304 /* FXOn PO 1 */, 1.0},
-              {112 /* FX1 PO */, ListValue(plug, 112, u"LOFI II")}, {kMasterFx, 1.0 /* QUORVEX */},
-              {kMasterFxP1, 40.0}, {kMasterFxP2, 60.0}, {kMasterFxLevel, 100.0}});
+             {{kTimebase1, 0.0},
+              {kDirectIn1, 50.0},
+              {kFeedback1, 55.0},
+              {kDelayTimeL1, 90.0},
+              {kDelayTimeR1, 130.0},
+              {832 /* LFO On 1 */, 1.0},
+              {836 /* LFO Wave 1 */, ListValue(plug, 836, u"S&H")},
+              {864 /* LFO Rate 1 */, 40.0},
+              {352 /* DelayTimeL ModSource1 */, 1.0 /* LFO1 */},
+              {348 /* Delay TimeL ModDepth 1 */, 30.0},
+              {833 /* LFO On 2 */, 1.0},
+              {865 /* LFO Rate 2 */, 30.0},
+              {64 /* Panning ModSource1 */, 2.0 /* LFO2 */},
+              {60 /* Panning ModDepth 1 */, 80.0},
+              {892 /* Gate1 On */, 1.0},
+              {88 /* Level ModSource1 */, 5.0 /* GATE1 */},
+              {84 /* Level ModDepth 1 */, -60.0},
+              {20 /* Modulation 1 */, 80.0},
+              {1059 /* Main ModDepth */, 90.0},
+              {988 /* ENV1 On */, 1.0},
+              {300 /* FXOn FB 1 */, 1.0},
+              {108 /* FX1 FB */, ListValue(plug, 108, u"NOISE")},
+              {304 /* FXOn PO 1 */, 1.0},
+              {112 /* FX1 PO */, ListValue(plug, 112, u"LOFI II")},
+              {kMasterFx, 1.0 /* QUORVEX */},
+              {kMasterFxP1, 40.0},
+              {kMasterFxP2, 60.0},
+              {kMasterFxLevel, 100.0}});
 }
 
 // Re-activation starts the engine from one state: two renders of the same input after
@@ -1422,7 +1448,8 @@ TapPeaks ClickTaps(Instance& plug, double rate)
     TapPeaks peaks;
     for (std::size_t t = 0; t < 8; ++t)
     {
-        const std::size_t at = click + latency + static_cast<std::size_t>(static_cast<double>(t + 1) * 0.05 * rate);
+        const std::size_t at =
+            click + latency + static_cast<std::size_t>(static_cast<double>(t + 1) * 0.05 * rate);
         const auto half = static_cast<std::size_t>(0.01 * rate);
         for (std::size_t i = at - half; i < at + half; ++i)
         {
@@ -1496,8 +1523,9 @@ TEST(HostLoad, OfflineEffectTypeChangesTakeEffectWhereTheyArrive)
     constexpr int kBlock = 256;
     const Take noise = NoiseTake(static_cast<std::size_t>(1.0 * kRate), 0.4, 61);
     // Host block at which each type change arrives, and the POST type it asks for.
-    const std::vector<std::pair<int, const char16_t*>> changesAt = {
-        {20, u"RING MOD"}, {41, u"PHASE"}, {42, u"COMB"}, {90, u"FREQ SHIFT"}, {91, u"OFF"}, {120, u"LOFI II"}};
+    const std::vector<std::pair<int, const char16_t*>> changesAt = {{20, u"RING MOD"}, {41, u"PHASE"},
+                                                                    {42, u"COMB"},     {90, u"FREQ SHIFT"},
+                                                                    {91, u"OFF"},      {120, u"LOFI II"}};
     const auto render = [&](bool withChanges)
     {
         Instance plug;
@@ -1513,10 +1541,18 @@ TEST(HostLoad, OfflineEffectTypeChangesTakeEffectWhereTheyArrive)
             ParameterChanges changes;
             if (k == 0)
                 AddPlain(plug, changes,
-                         {{kSlotOn1, 1.0}, {304 /* FXOn PO 1 */, 1.0}, {kDryLevel, 0.0}, {124, 60.0}, {160, 70.0},
-                          {196, 40.0}, {232, 55.0}, {268, 100.0} /* FXParam1..5 PO 1 */});
+                         {{kSlotOn1, 1.0},
+                          {304 /* FXOn PO 1 */, 1.0},
+                          {kDryLevel, 0.0},
+                          {124, 60.0},
+                          {160, 70.0},
+                          {196, 40.0},
+                          {232, 55.0},
+                          {268, 100.0} /* FXParam1..5 PO 1 */});
             for (const auto& [at, type] : changesAt)
-                if (withChanges && at == k) changes.Add(112 /* FX1 PO */, 0, plug.controller->plainParamToNormalized(112, ListValue(plug, 112, type)));
+                if (withChanges && at == k)
+                    changes.Add(112 /* FX1 PO */, 0,
+                                plug.controller->plainParamToNormalized(112, ListValue(plug, 112, type)));
             AudioRig<double> rig(kBlock, {2, 2}, {2});
             for (int i = 0; i < kBlock; ++i)
             {
@@ -1542,7 +1578,8 @@ TEST(HostLoad, OfflineEffectTypeChangesTakeEffectWhereTheyArrive)
     EXPECT_EQ(first.l, second.l);
     EXPECT_EQ(first.r, second.r);
     std::size_t departs = 0;
-    while (departs < plain.Size() && plain.l[departs] == first.l[departs] && plain.r[departs] == first.r[departs])
+    while (departs < plain.Size() && plain.l[departs] == first.l[departs] &&
+           plain.r[departs] == first.r[departs])
         ++departs;
     const std::size_t arrives = 20 * kBlock;
     EXPECT_GE(departs, arrives);
@@ -1567,11 +1604,22 @@ TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
         maker.Stop();
         return state;
     };
-    const auto a = stateWith({{kSlotOn1, 1.0}, {kDirectIn1, 50.0}, {kFeedback1, 120.0}, {kLimiterOn, 3.0 /* FAST */},
-                              {kTimebase1, 0.0}, {kDelayTimeL1, 7.0}, {kDelayTimeR1, 3000.0},
-                              {kMasterFx, 2.0 /* REVERB */}, {kMasterFxLevel, 150.0}});
-    const auto b = stateWith({{kSlotOn1, 1.0}, {kDirectIn1, 30.0}, {kFeedback1, 40.0}, {kLimiterOn, 3.0 /* FAST */},
-                              {kTimebase1, 0.0}, {kDelayTimeL1, 250.0}, {kDelayTimeR1, 375.0}});
+    const auto a = stateWith({{kSlotOn1, 1.0},
+                              {kDirectIn1, 50.0},
+                              {kFeedback1, 120.0},
+                              {kLimiterOn, 3.0 /* FAST */},
+                              {kTimebase1, 0.0},
+                              {kDelayTimeL1, 7.0},
+                              {kDelayTimeR1, 3000.0},
+                              {kMasterFx, 2.0 /* REVERB */},
+                              {kMasterFxLevel, 150.0}});
+    const auto b = stateWith({{kSlotOn1, 1.0},
+                              {kDirectIn1, 30.0},
+                              {kFeedback1, 40.0},
+                              {kLimiterOn, 3.0 /* FAST */},
+                              {kTimebase1, 0.0},
+                              {kDelayTimeL1, 250.0},
+                              {kDelayTimeR1, 375.0}});
     ASSERT_NE(a, b);
 
     Instance plug;

@@ -403,18 +403,24 @@ void IPlugVST3::ApplyParameterChanges(IParameterChanges* changes)
 {
     if (!changes) return;
     const int32 count = changes->getParameterCount();
-    for (int32 i = 0; i < count; ++i)
+    // Only where the block ends matters: earlier points of each queue are dropped.
+    const auto lastPoint = [&](int32 i, ParamID& id, ParamValue& value)
     {
         IParamValueQueue* queue = changes->getParameterData(i);
-        if (!queue) continue;
+        if (!queue) return false;
         const int32 points = queue->getPointCount();
         int32 offset = 0;
-        ParamValue value = 0.0;
-        // Only where the block ends matters: earlier points of the queue are dropped.
         if (points <= 0 || queue->getPoint(points - 1, offset, value) != kResultTrue || !std::isfinite(value))
-            continue;
+            return false;
         value = std::clamp(value, 0.0, 1.0);
-        const ParamID id = queue->getParameterId();
+        id = queue->getParameterId();
+        return true;
+    };
+    for (int32 i = 0; i < count; ++i)
+    {
+        ParamID id = 0;
+        ParamValue value = 0.0;
+        if (!lastPoint(i, id, value)) continue;
         if (id == kBypassParamId)
             SetBypassed(value > 0.5);
         else if (id == kPresetParamId)
@@ -426,6 +432,20 @@ void IPlugVST3::ApplyParameterChanges(IParameterChanges* changes)
             mPending.Mark(param, PendingNotices::kEditor);
             OnParamChange(param);
         }
+    }
+    // A change may make the plug-in rewrite another parameter (a time base switch rewrites the
+    // delay times, a link its twin). Where the host set that parameter in the same call, the
+    // host's value stands, whatever the order of the queues.
+    for (int32 i = 0; i < count; ++i)
+    {
+        ParamID id = 0;
+        ParamValue value = 0.0;
+        if (!lastPoint(i, id, value) || id >= static_cast<ParamID>(NParams())) continue;
+        IParamRecord* record = GetParam(static_cast<int>(id));
+        const double wanted = record->QuantizedFromNormalized(value);
+        if (record->value == wanted) continue;
+        record->value = wanted;
+        OnParamChange(static_cast<int>(id));
     }
 }
 

@@ -1665,4 +1665,55 @@ TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
     plug.Stop();
     fresh.Stop();
 }
+
+// Plain value of a parameter as the saved state holds it (the chunk's value in its own unit).
+double SavedValue(const std::vector<std::uint8_t>& state, ParamID id)
+{
+    double v = 0.0;
+    std::memcpy(&v, state.data() + state.size() - static_cast<std::size_t>(kNumParams - static_cast<int>(id)) * 8,
+                sizeof v);
+    return v;
+}
+
+// Values the plug-in writes by itself reach the host on its next call from the UI thread, with no
+// editor open; and where the host set such a value in the same call, the host's value stands and
+// is what the saved state holds, in either order of the queues.
+TEST(HostLoad, ValuesThePlugInWritesReachTheHostAndTheHostsOwnWin)
+{
+    for (bool timeFirst : {false, true})
+    {
+        SCOPED_TRACE(timeFirst ? "time queue first" : "time base queue first");
+        Instance plug;
+        plug.Start(48000.0, 256, kSample64);
+        ParameterChanges changes;
+        const double ms = plug.controller->plainParamToNormalized(kTimebase1, 0.0 /* MS */);
+        const double time = plug.controller->plainParamToNormalized(kDelayTimeL1, 500.0);
+        if (timeFirst) changes.Add(kDelayTimeL1, 0, time);
+        changes.Add(kTimebase1, 0, ms);
+        if (!timeFirst) changes.Add(kDelayTimeL1, 0, time);
+        Render(plug, Take{std::vector<double>(256), std::vector<double>(256)}, 256, &changes);
+        // 500 up to the normalised round trip of the host's own value (far below 499.99998).
+        EXPECT_NEAR(
+            plug.controller->normalizedParamToPlain(kDelayTimeL1, plug.controller->getParamNormalized(kDelayTimeL1)),
+            500.0, 1e-9);
+        EXPECT_NEAR(SavedValue(plug.ComponentState(), kDelayTimeL1), 500.0, 1e-9);
+        plug.Stop();
+    }
+
+    // The switch alone: the right time, rewritten by the plug-in, reaches the handler.
+    Instance plug;
+    plug.Start(48000.0, 256, kSample64);
+    ParameterChanges changes;
+    changes.Add(kTimebase1, 0, plug.controller->plainParamToNormalized(kTimebase1, 0.0));
+    plug.handler.Clear();
+    Render(plug, Take{std::vector<double>(256), std::vector<double>(256)}, 256, &changes);
+    const double right = plug.controller->getParamNormalized(kDelayTimeR1); // a host's UI-thread call
+    bool told = false;
+    for (const auto& edit : plug.handler.Edits())
+        told = told || (edit.kind == 'p' && edit.id == kDelayTimeR1 && edit.value == right);
+    EXPECT_TRUE(told);
+    EXPECT_EQ(SavedValue(plug.ComponentState(), kDelayTimeR1),
+              plug.controller->normalizedParamToPlain(kDelayTimeR1, right));
+    plug.Stop();
+}
 } // namespace

@@ -1373,6 +1373,45 @@ void SetStatefulPatch(Instance& plug, ParameterChanges& changes)
               {kMasterFxLevel, 100.0}});
 }
 
+// The FAST limiter, a shelf equaliser's filters, echoes, after a run that ended inside an internal
+// block: restarted, they too start over.
+TEST(HostLoad, ActivationRestartsTheLimiterTheFiltersAndTheRings)
+{
+    constexpr double kRate = 44100.0;
+    constexpr int kBlock = 256;
+    for (double masterType : {6.0 /* LO/HI SHELF */, 4.0 /* FIX EQ */})
+    {
+        SCOPED_TRACE(masterType);
+        Instance plug;
+        plug.Start(kRate, kBlock, kSample64);
+        ParameterChanges changes;
+        AddPlain(plug, changes,
+                 {{kSlotOn1, 1.0},
+                  {kDirectIn1, 30.0},
+                  {kFeedback1, 40.0},
+                  {kLimiterOn, 3.0 /* FAST */},
+                  {kTimebase1, 0.0},
+                  {kDelayTimeL1, 250.0},
+                  {kDelayTimeR1, 375.0},
+                  {kMasterFx, masterType},
+                  {kMasterFxP1, 30.0},
+                  {kMasterFxP2, 70.0},
+                  {kMasterFxLevel, 80.0}});
+        // An odd length: the last call ends inside an internal block.
+        const Take noise = NoiseTake(static_cast<std::size_t>(kRate) + 68, 0.5, 81);
+        Render(plug, noise, kBlock, &changes);
+        plug.Stop();
+        plug.Start(kRate, kBlock, kSample64);
+        const Take first = Render(plug, noise, kBlock);
+        plug.Stop();
+        plug.Start(kRate, kBlock, kSample64);
+        const Take again = Render(plug, noise, kBlock);
+        EXPECT_EQ(again.l, first.l);
+        EXPECT_EQ(again.r, first.r);
+        plug.Stop();
+    }
+}
+
 // Re-activation starts the engine from one state: two renders of the same input after
 // deactivate/activate, after a new setupProcessing and after a change of process mode are
 // identical to the bit, whatever ran before.
@@ -1670,7 +1709,8 @@ TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
 double SavedValue(const std::vector<std::uint8_t>& state, ParamID id)
 {
     double v = 0.0;
-    std::memcpy(&v, state.data() + state.size() - static_cast<std::size_t>(kNumParams - static_cast<int>(id)) * 8,
+    std::memcpy(&v,
+                state.data() + state.size() - static_cast<std::size_t>(kNumParams - static_cast<int>(id)) * 8,
                 sizeof v);
     return v;
 }
@@ -1693,9 +1733,9 @@ TEST(HostLoad, ValuesThePlugInWritesReachTheHostAndTheHostsOwnWin)
         if (!timeFirst) changes.Add(kDelayTimeL1, 0, time);
         Render(plug, Take{std::vector<double>(256), std::vector<double>(256)}, 256, &changes);
         // 500 up to the normalised round trip of the host's own value (far below 499.99998).
-        EXPECT_NEAR(
-            plug.controller->normalizedParamToPlain(kDelayTimeL1, plug.controller->getParamNormalized(kDelayTimeL1)),
-            500.0, 1e-9);
+        EXPECT_NEAR(plug.controller->normalizedParamToPlain(
+                        kDelayTimeL1, plug.controller->getParamNormalized(kDelayTimeL1)),
+                    500.0, 1e-9);
         EXPECT_NEAR(SavedValue(plug.ComponentState(), kDelayTimeL1), 500.0, 1e-9);
         plug.Stop();
     }

@@ -44,10 +44,13 @@ class MSVRAP1ModDelayLine final : public MModDelayLine
     MSVRAP1ModDelayLine() = default;
     explicit MSVRAP1ModDelayLine(int maxDelay) : MModDelayLine(maxDelay) {}
 
-    // Back to the schedule of a new line: the head is placed at the next Process, the centre
-    // exactly behind the writer, and the all-pass state is cleared. Clear leaves all of this.
+    // Back to the schedule of a new line: the writer at the ring's start, the head placed at the
+    // next Process with the centre exactly behind the writer, the all-pass state cleared. Clear
+    // leaves all of this. The writer matters: the read position is a float, whose rounding of the
+    // modulated fraction depends on where in the ring it stands.
     void Restart()
     {
+        if (mBase != nullptr) mWrite = mBase;
         mTick = 0;
         mFrac = 0.0f;
         mLast = 0.0f;

@@ -1373,13 +1373,13 @@ void SetStatefulPatch(Instance& plug, ParameterChanges& changes)
               {kMasterFxLevel, 100.0}});
 }
 
-// The FAST limiter, a shelf equaliser's filters, echoes, after a run that ended inside an internal
-// block: restarted, they too start over.
-TEST(HostLoad, ActivationRestartsTheLimiterTheFiltersAndTheRings)
+// The hall, the FAST limiter, the equalisers' filters, echoes, after a run that ended inside an
+// internal block: restarted, they too start over.
+TEST(HostLoad, ActivationRestartsTheHallTheLimiterTheFiltersAndTheRings)
 {
     constexpr double kRate = 44100.0;
     constexpr int kBlock = 256;
-    for (double masterType : {6.0 /* LO/HI SHELF */, 4.0 /* FIX EQ */})
+    for (double masterType : {2.0 /* REVERB */, 6.0 /* LO/HI SHELF */, 4.0 /* FIX EQ */})
     {
         SCOPED_TRACE(masterType);
         Instance plug;
@@ -1658,7 +1658,9 @@ TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
                               {kLimiterOn, 3.0 /* FAST */},
                               {kTimebase1, 0.0},
                               {kDelayTimeL1, 250.0},
-                              {kDelayTimeR1, 375.0}});
+                              {kDelayTimeR1, 375.0},
+                              {kMasterFx, 2.0 /* REVERB */},
+                              {kMasterFxLevel, 80.0}});
     ASSERT_NE(a, b);
 
     Instance plug;

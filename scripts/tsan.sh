@@ -1,15 +1,18 @@
 #!/usr/bin/env bash
 # The suites where threads meet under ThreadSanitizer: the engine core (effect swaps while audio
 # runs), the engine (presets and states loaded from another thread, automation of effect types),
-# and the host binding (parameter edits against processing).
+# the host binding (parameter edits against processing), and the loaded bundle (states loaded
+# while another thread processes).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
 cmake --preset tsan
-suites=(quorvex_core_tests quorvex_engine_tests quorvex_host_tests)
+suites=(quorvex_core_tests quorvex_engine_tests quorvex_host_tests quorvex_host_load_tests)
 cmake --build --preset tsan --target "${suites[@]}"
 export TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1"
 for suite in "${suites[@]}"; do
   echo "tsan: $suite"
-  "build/tsan/tests/$suite" --gtest_brief=1
+  binary="build/tsan/tests/$suite"
+  [ -x "$binary" ] || binary="build/tsan/tests/host/load/$suite"
+  "$binary" --gtest_brief=1
 done

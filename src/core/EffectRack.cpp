@@ -1,13 +1,6 @@
 #include "core/EffectRack.h"
 
-#include <chrono>
-
-namespace
-{
-// How often the worker looks for requests raised on the audio thread: automated type changes are
-// rare, and a session may hold many instances, each with its own worker waking at this rate.
-constexpr auto kWorkerPoll = std::chrono::milliseconds(10);
-} // namespace
+#include "dsp/BlockingAllowed.h"
 
 EffectRack::EffectRack(Slot* slots, const FxCatalog& catalog) : mSlots(slots), mCatalog(catalog)
 {
@@ -21,6 +14,7 @@ EffectRack::~EffectRack()
     if (mWorker.joinable())
     {
         mWorker.request_stop();
+        mWake.release();
         mWorker.join();
     }
 }
@@ -30,11 +24,13 @@ void EffectRack::StartWorker()
     if (!mWorker.joinable()) mWorker = std::jthread([this](std::stop_token stop) { WorkerLoop(stop); });
 }
 
+// Sleeps until a deferred request (or the destructor) wakes it: an idle instance never wakes.
 void EffectRack::WorkerLoop(std::stop_token stop)
 {
-    while (!stop.stop_requested())
+    while (true)
     {
-        std::this_thread::sleep_for(kWorkerPoll);
+        mWake.acquire();
+        if (stop.stop_requested()) return;
         if (mPending.load()) ServicePending(true);
     }
 }
@@ -57,7 +53,14 @@ void EffectRack::RequestType(int position, int type, bool byUser, bool deferred)
     mPos[position].byUser.store(byUser);
     mPos[position].deferred.store(deferred);
     mPos[position].wanted.store(type);
-    if (deferred) mPending.store(true);
+    // Only the first request of a batch wakes the worker; it clears the flag once awake, before
+    // it builds, so a later request wakes it again and none is missed.
+    if (deferred && !mPending.exchange(true))
+    {
+        // A futex wake: it never waits, so it may come from the audio thread.
+        const BlockingAllowed wake;
+        mWake.release();
+    }
 }
 
 void EffectRack::SetOn(int position, bool on)

@@ -7,11 +7,11 @@
 //
 // Replacing a position's modules: RequestType stores the wanted type in an atomic (real-time safe,
 // any thread). Building happens off the audio thread: ServicePending does it on its caller
-// (parameter thread, constructor, state restore, tests) and a small worker polls for requests
-// raised on the audio thread (`deferred`). The built modules are configured completely (values
-// through the law, depths and sources, bypass, Reset) and handed to the position's FxModuleList,
-// which publishes them and frees the old ones; the stored values are then applied once more, which
-// catches a write that met the list's mark.
+// (parameter thread, constructor, state restore, tests) and a small worker, asleep until a
+// request raised on the audio thread (`deferred`) wakes it, builds those. The built modules are configured
+// completely (values through the law, depths and sources, bypass, Reset) and handed to the position's
+// FxModuleList, which publishes them and frees the old ones; the stored values are then applied once more,
+// which catches a write that met the list's mark.
 //
 // Threads: Request..., Set... and ClearAll are real-time safe on any thread. ServicePending and
 // the destructor off the audio thread. The type listener runs on the thread that serviced the
@@ -23,6 +23,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <semaphore>
 #include <thread>
 
 #include "core/FxCatalog.h"
@@ -121,6 +122,8 @@ class EffectRack
     std::array<std::atomic<int>, kPositions> mBuiltType{};
     std::array<TapRows, kSlots> mTaps;
     std::atomic<bool> mPending{false};
+    // The worker sleeps on it; a deferred request and the destructor release it.
+    std::counting_semaphore<4> mWake{0};
 
     // One builder at a time.
     std::mutex mBuildMutex;

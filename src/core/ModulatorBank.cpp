@@ -7,7 +7,9 @@
 namespace
 {
 constexpr std::uint8_t kNeverSet = 0;
-}
+// Seed of the gates' random step order at the start of every run.
+constexpr std::uint32_t kGateSeed = 1;
+} // namespace
 
 ModulatorBank::ModulatorBank(ModSourceBank& bank) : mBank(bank), mWaves(BuildWaveList())
 {
@@ -90,8 +92,18 @@ void ModulatorBank::Tick(const ModulatorTickContext& ctx)
 
 void ModulatorBank::Reset()
 {
+    // Every source starts a run from one state, so that two runs of a session are identical.
+    for (TableLFO& lfo : mLfo)
+        lfo.Restart();
+    mLfoPublished.fill(false);
+    // The routes read the sources one block late: the first block of a run reads silence.
+    for (int k = kModSourceOff + 1; k < kNumModSources; ++k)
+        VecZero(mBank.Buffer(k), gBlockLen);
     for (ArpGate& gate : mGate)
+    {
+        gate.SeedRandom(kGateSeed);
         gate.Reset();
+    }
     for (EnvelopeSource& env : mEnv)
         env.Reset();
     for (LogicModule& logic : mLogic)

@@ -62,7 +62,8 @@ class ModulatorBank
     const WaveRecord* Wave(int menuIndex) const;
 
     void Tick(const ModulatorTickContext& ctx);
-    // Clears memories after a rate change or a cleared engine; steps and settings stay.
+    // Clears memories after a rate change or a cleared engine and puts every source at the start
+    // of a run (LFO phases, random sources reseeded); steps and settings stay.
     void Reset();
 
     std::array<TableLFO, kLfos> mLfo;

@@ -73,6 +73,18 @@ void Slot::Clear()
     VecZero(mMonoSum, N);
 }
 
+void Slot::Restart()
+{
+    Clear();
+    mDelayL.RestartGlides();
+    mDelayR.RestartGlides();
+    mInputSmoother.Restart();
+    mPanSmoother.Restart();
+    mLevelSmoother.Restart();
+    for (BlockSmoother& s : mFxMixSmoother)
+        s.Restart();
+}
+
 // ---- parameter path ----
 
 void Slot::SetOn(bool on)
@@ -663,6 +675,30 @@ void Slot::FeedSums(SlotSumBuses& sums) const
             break;
         }
     }
+}
+
+double Slot::ReachSeconds(double secPerBeat, double timeScale) const
+{
+    // Room for delay-time modulation, the main modulator's wobble and grain windows.
+    constexpr double kModulationRoom = 1.25;
+    constexpr double kGrainWindowSec = 0.4;
+    const double unitSec = mTiming.Unit(secPerBeat, timeScale) / gSampleRate;
+    double longest = unitSec * std::max(mTiming.Time(0), mTiming.Time(1)) + std::abs(mSpreadMs) * 0.001;
+    switch (mModeRequest)
+    {
+    case DelayBackward:
+        longest *= 2.0;
+        break;
+    case DelayGrain:
+        longest += kGrainWindowSec;
+        break;
+    case DelayTapped:
+        longest = 2.0 * mTiming.TapSeconds(secPerBeat) * timeScale * (kNumTaps + 1);
+        break;
+    default:
+        break;
+    }
+    return longest * kModulationRoom;
 }
 
 void Slot::WriteDelay(double* fbSumL, double* fbSumR, double fade)

@@ -113,6 +113,9 @@ class Slot : private ITapFx
     void Prepare();
     // Clears lines, offset rings, stage banks, feedback and input buffers; keeps settings.
     void Clear();
+    // Clear, and every glide (delay times, input, pan, level, effect mix) back at its start: the
+    // state a new run of the engine begins from. Same threads as Clear.
+    void Restart();
 
     // Audio thread, in block order.
     void RunForward(const SlotBlockContext& ctx);
@@ -160,6 +163,12 @@ class Slot : private ITapFx
     void SetFxMixMod(int position, const double* source, const double* depth);
     // Asks the block to reset the position's modules (an "FXOn" toggle) before it runs them again.
     void RequestFxReset(int position) { mFxResetRequest[position] = true; }
+    // Seconds from a sample entering the lines to the last read of it by this slot's delay mode
+    // (the longest time, doubled for the backward reading, all sixteen tap steps when tapped),
+    // with room for time modulation. Any thread: it reads the parameter caches only.
+    double ReachSeconds(double secPerBeat, double timeScale) const;
+    // Share of the delay in the slot's output ("Direct In" up to 50 %). Any thread.
+    double WetShare() const { return mWet; }
     // Points one modulation input of the delay modules named by `side` at a source and a depth
     // that live as long as the engine.
     void WireDelayMod(int input, DelaySide side, const double* source, const double* depth);

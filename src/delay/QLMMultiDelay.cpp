@@ -103,6 +103,14 @@ void QLMMultiDelay::Reset()
     VecZero(mApState, kMaxDelayTaps);
 }
 
+void QLMMultiDelay::RestartGlides()
+{
+    for (BlockSmoother& s : mTapSmoother)
+        s.Restart();
+    mReverseOffsetSmoother.Restart();
+    mGrainSmoother.Restart();
+}
+
 void QLMMultiDelay::ClearInterpolators()
 {
     VecZero(mApState, kMaxDelayTaps);

@@ -47,6 +47,9 @@ class QLMMultiDelay : public DSPShell
     // The next read jumps to its delay without a glide.
     void SnapTime() { mSnapTime = true; }
     void ClearInterpolators();
+    // Puts the read-time glides where a new delay starts them, so that a new run of the engine
+    // glides in exactly as the first one did. Audio thread, or with audio held off.
+    void RestartGlides();
 
     // Relative corner frequencies (hertz / rate). GRAIN pins them at 0.25 and 0.002.
     void SetLowPass(double relFreq);

@@ -30,6 +30,12 @@ class BlockSmoother
     double LastD() const { return mLastD; }
     void SetLastD(double y) { mLastD = y; }
     void SetLastF(double y) { mLastF = y; }
+    // Back to where a new smoother starts, so that every run glides in alike.
+    void Restart()
+    {
+        mLastF = 0.0;
+        mLastD = 0.0;
+    }
 
     double mCoef = 0.0;
     double mGain = 1.0;

@@ -29,6 +29,8 @@ void DSPShell::Wire()
 void DSPShell::Reset()
 {
     VecZero(mScratch, 2 * gBlockLen);
+    // Control updates every other block keep their schedule from here, as a new module does.
+    mUpdatePhase = 0;
 }
 
 void DSPShell::Process()

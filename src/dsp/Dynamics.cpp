@@ -33,6 +33,10 @@ void Dynamics::Reset()
     mLowCut.Reset();
     mHighCut.Reset();
     mMeanSquare = 0.0;
+    mLevelDb = 0.0;
+    mEnvOut = 0.0;
+    mScalarOut = 0.0;
+    mRms = 0.0;
 }
 
 void Dynamics::UpdateAttack()

@@ -44,6 +44,19 @@ class MSVRAP1ModDelayLine final : public MModDelayLine
     MSVRAP1ModDelayLine() = default;
     explicit MSVRAP1ModDelayLine(int maxDelay) : MModDelayLine(maxDelay) {}
 
+    // Back to the schedule of a new line: the writer at the ring's start, the head placed at the
+    // next Process with the centre exactly behind the writer, the all-pass state cleared. Clear
+    // leaves all of this. The writer matters: the read position is a float, whose rounding of the
+    // modulated fraction depends on where in the ring it stands.
+    void Restart()
+    {
+        if (mBase != nullptr) mWrite = mBase;
+        mTick = 0;
+        mFrac = 0.0f;
+        mLast = 0.0f;
+        SetCenterDelay(mCenterDelay);
+    }
+
     // Samples between two head updates, at least 1.
     void SetInterval(int samples) { mInterval = samples < 1 ? 1 : samples; }
 

@@ -78,12 +78,23 @@ void MasterLimiter::OnLevelChanged()
 
 void MasterLimiter::Reset()
 {
+    // A mode change still fading out takes effect now: the fade that would have switched it is
+    // cleared below, and a cleared limiter has nothing to fade.
+    if (mFade.mFadeOut || mFade.mSwitchNow)
+    {
+        mMode = int(gPendingLimiterMode);
+        SetLimiterCurve(mMode);
+    }
     Dynamics::Reset();
     mRmsState = 1.0;
     mRmsCoef = 1.0 - std::exp(-1.0 / (double(gSampleRate) * 0.5));
     mDelayL.Clear();
     mDelayR.Clear();
+    mDelayDetect.Clear();
     mFade.Prepare();
+    mFade.mFadeOut = false;
+    mFade.mFadeIn = false;
+    mFade.mGain = 1.0;
     for (MasterLimitFollower& f : mFollower)
         f.Reset();
 }

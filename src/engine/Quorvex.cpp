@@ -1,11 +1,15 @@
 #include "engine/Quorvex.h"
 
+#include <algorithm>
+#include <cmath>
 #include <mutex>
 
 #include "dsp/Decibels.h"
 #include "dsp/Denormals.h"
+#include "dsp/SignalGuard.h"
 #include "dsp/Vec.h"
 #include "editor/QuorvexEditor.h"
+#include "fx/MasterFxLaws.h"
 #include "modulators/WaveMenu.h"
 #include "params/IParamRecord.h"
 #include "params/ParamCatalogue.h"
@@ -112,11 +116,17 @@ void Quorvex::Reset()
 {
     std::lock_guard lock(paramsMutex);
     ResetEngine();
+    mRestartRequest = true;
+}
+
+void Quorvex::OnActivate(bool active)
+{
+    if (active) mRestartRequest = true;
 }
 
 bool Quorvex::Silenced() const
 {
-    return mPresetLoading.load() || mConstructing || mFields.mRestoringState;
+    return mPresetLoading.load() || mStateLoading.load() || mConstructing || mFields.mRestoringState;
 }
 
 void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) QUORVEX_NONBLOCKING
@@ -141,8 +151,9 @@ void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFra
     }
 
     const double rate = GetSampleRate();
-    if (rate != gEngineHostRate || rate != mEngineRate)
+    if (rate != gEngineHostRate || rate != mEngineRate || mRestartRequest)
     {
+        mRestartRequest = false;
         ResetEngine();
         gEngineHostRate = rate;
         mEngineRate = rate;
@@ -161,9 +172,10 @@ void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFra
     {
         mInWrite &= kInRingSize - 1;
         mOutRead &= kBlockSize - 1;
-        mInRingL[mInWrite] = inL[i];
-        mInRingR[mInWrite] = inR[i];
-        if (sidechain != nullptr) mInRingSC[mInWrite] = sidechain[i];
+        // Everything the engine keeps starts here: a bad host buffer must not reach any state.
+        mInRingL[mInWrite] = GuardSample(inL[i], kInputLimit);
+        mInRingR[mInWrite] = GuardSample(inR[i], kInputLimit);
+        if (sidechain != nullptr) mInRingSC[mInWrite] = GuardSample(sidechain[i], kInputLimit);
         outL[i] = mOutBlockL[mOutRead];
         outR[i] = mOutBlockR[mOutRead];
         ++mInWrite;
@@ -306,6 +318,8 @@ void Quorvex::ResetEngine()
     mMaster.Prepare();
     mModRouting.OnRateChange();
     mTempo.Derive();
+    // With the transport stopped the song position runs free from here: a new run starts at 0.
+    mSongPosition.Reset();
     const double relFreq = kInputLowpassHz / gSampleRate;
     mInputFilterL.Design(kInputLowpassOrder, relFreq);
     mInputFilterR.Design(kInputLowpassOrder, relFreq);
@@ -332,16 +346,77 @@ void Quorvex::ClearEngine()
     VecZero(mInRingSC, kInRingSize);
     VecZero(mOutBlockL, kBlockSize);
     VecZero(mOutBlockR, kBlockSize);
+    // The rings' phase too: a host call that ended inside a block must not shift the next run.
+    mInWrite = kBlockSize;
+    mInRead = 0;
+    mOutRead = 0;
     // The band limit's memory too: a cleared engine hears nothing of what came before.
     VecZero(mInputFilterL.mDelay, 2 * kIirMaxOrder);
     VecZero(mInputFilterR.mDelay, 2 * kIirMaxOrder);
     for (Slot& slot : mSlots)
-        slot.Clear();
+        slot.Restart();
     mEffects.ClearAll();
     mModulators.Reset();
     mSums.Clear();
     VecZero(mFbSumL, kBlockSize);
     VecZero(mFbSumR, kBlockSize);
+}
+
+int Quorvex::TailSamples()
+{
+    // Filters, effect memories and the limiter's release after the last echo.
+    constexpr double kRingSec = 0.1;
+    // An ambience whose tail to -120 dB would pass this counts as sustaining.
+    constexpr double kLongestFiniteSec = 60.0;
+    const auto value = [this](int id) { return static_cast<double>(GetParam(id)->value); };
+
+    const int masterType = MasterSection::kMasterFxOff + static_cast<int>(value(kMasterFX));
+    const bool masterOn = masterType > MasterSection::kMasterFxOff && value(kMasterFXBypass) < 0.5 &&
+                          value(kMasterFXLevel) > 0.0;
+    int slotsOn = 0;
+    for (const Slot& slot : mSlots)
+        slotsOn += slot.mOn ? 1 : 0;
+
+    double delaySec = 0.0;
+    for (const Slot& slot : mSlots)
+    {
+        if (!slot.mOn || !slot.mDelayOn) continue;
+        // A delay nobody hears (no wet share, no master effect, no later slot) leaves no tail.
+        if (slot.WetShare() <= 0.0 && !masterOn && slotsOn < 2) continue;
+        const ModRoute& fbMod = mModRouting.Route(kModFeedback, slot.Index());
+        const bool fbModulated = fbMod.SourceIndex() != kModSourceOff && fbMod.Depth() != 0.0;
+        if (slot.mFeedback + mFeedbackMaster > 0.0 || fbModulated) return kTailForever;
+        delaySec = std::max(delaySec, slot.ReachSeconds(mTempo.secPerBeat, mTimeScale));
+    }
+
+    double reverbSec = 0.0;
+    if (masterOn &&
+        (masterType == MasterSection::kFirstMasterFx || masterType == MasterSection::kFirstMasterFx + 1 ||
+         masterType == MasterSection::kFirstMasterFx + 2))
+    {
+        const double p1 = value(kMasterFXP1);
+        const double p2 = value(kMasterFXP2);
+        if (masterType == MasterSection::kFirstMasterFx)
+        {
+            // The ambience: four lines of up to size x 4297 samples at 44.1 kHz, loop gain = decay.
+            const double size = MasterFxParam(masterType, 0, p1).value;
+            const double gain = std::abs(MasterFxParam(masterType, 1, p2).value);
+            if (gain >= 1.0) return kTailForever;
+            const double loopSec = size * 4297.0 / 44100.0;
+            reverbSec = gain <= 0.0 ? loopSec : loopSec * 6.0 / -std::log10(gain);
+            if (reverbSec > kLongestFiniteSec) return kTailForever;
+        }
+        else
+        {
+            // Hall and room: the decay knob is seconds to -60 dB; -120 dB takes twice that.
+            const double rt60 = MasterFxParam(masterType, 0, p1).value;
+            const double preDelaySec = MasterFxParam(masterType, 1, p2).value / 44100.0;
+            reverbSec = 2.0 * rt60 + preDelaySec;
+        }
+    }
+    const double rate = GetSampleRate();
+    const double seconds = delaySec + reverbSec + kRingSec;
+    return static_cast<int>(std::ceil(seconds * rate)) + GetLatency() + kInRingSize;
 }
 
 bool Quorvex::SerializeState(ByteChunk& chunk)
@@ -351,7 +426,13 @@ bool Quorvex::SerializeState(ByteChunk& chunk)
 
 int Quorvex::UnserializeState(const ByteChunk& chunk, int startPos)
 {
-    return ReadStateChunk(*this, chunk, startPos);
+    // Nothing of the engine may run while its values are rewritten one by one: a block, an
+    // automation point or a rate reset in between would read half of the old state and half of
+    // the new (and a limiter meeting that can be left holding NaN).
+    HoldAudio(mStateLoading);
+    const int pos = ReadStateChunk(*this, chunk, startPos);
+    mStateLoading.store(false);
+    return pos;
 }
 
 void Quorvex::ShowMessage(int code)

@@ -76,6 +76,15 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     // Host sets up processing: the engine is derived anew for the host's rate.
     void Reset() override;
+    // Activation and a change between real-time and offline processing start a new run: the next
+    // block begins from the one state every run begins from (lines and memories cleared, every
+    // modulator at its start, random sources reseeded), so two renders of a session agree.
+    void OnActivate(bool active) override;
+    void OnProcessModeChange() override { mRestartRequest = true; }
+    // Forever while a heard delay has feedback (its own, the master's or modulated, taps included)
+    // or the ambience loops at full gain; else the longest heard delay plus the master reverb's
+    // decay to -120 dB, plus the path's own delay and filter ring. Any thread.
+    int TailSamples() override;
     // Parameter handler: migration of old chunks while one is read, then the id's one family.
     void OnParamChange(int id) override;
     using Dispatch = ParamDispatch<Quorvex>;
@@ -169,6 +178,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     }
 
     bool Silenced() const;
+    bool IsAudioHeld() override { return mPresetLoading.load() || mStateLoading.load(); }
     void BuildEditor();
     // Idle: a message not shown yet goes to the editor's message box (the alert panel).
     void PresentMessage();
@@ -285,6 +295,8 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     // Rate this instance was last reset for; -1 until its first call.
     double mEngineRate = -1.0;
+    // A new run starts at the next block (set by the host's thread or the audio thread).
+    Relaxed<bool> mRestartRequest{false};
     Relaxed<bool> mLatencyDirty{false};
 
     // Caches of the main section that the slots read.
@@ -295,6 +307,8 @@ class Quorvex : public IPlugVST3, private IStateHost
 
     Relaxed<bool> mConstructing{true};
     std::atomic<bool> mPresetLoading{false};
+    // Set while a state chunk is read: the audio is held off (silence, no parameter changes).
+    std::atomic<bool> mStateLoading{false};
 
     // Preset state (QuorvexPresets.cpp).
     // Sets PresetLoading, then waits until the audio thread is outside its block loop, so that

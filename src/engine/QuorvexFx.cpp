@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "delay/DelayMode.h"
+#include "dsp/BlockingAllowed.h"
 #include "engine/Quorvex.h"
 #include "fx/EffectTable.h"
 #include "fx/FxFactory.h"
@@ -102,11 +103,19 @@ std::span<const Quorvex::ParamRow> Quorvex::FxParamRows()
          [](Quorvex& q, C c)
          {
              const int type = FxTypeFromMenu(c.member / EffectRack::kSlots, ListIndex(c.value));
-             // Automation on the audio thread leaves the building to the rack's worker, and the other
-             // parameters to the automation: no defaults then.
+             // Automation on the audio thread leaves the other parameters to the automation: no
+             // defaults then. In real time the rack's worker builds the module; in an offline render
+             // there is no deadline, and the block where the change arrives builds it, so that
+             // every render of the same automation is the same.
              const bool audio = q.InsideProcess();
-             q.mEffects.RequestType(c.member, type, !q.Loading() && !audio, audio);
+             const bool offline = audio && q.IsRenderingOffline();
+             q.mEffects.RequestType(c.member, type, !q.Loading() && !audio, audio && !offline);
              if (!audio) q.mEffects.ServicePending();
+             if (offline)
+             {
+                 const BlockingAllowed building;
+                 q.mEffects.ServicePending();
+             }
          }},
         {"FXOn", kFXOnPR1, kPositions, [](Quorvex& q, C c) { q.mEffects.SetOn(c.member, c.value >= 0.5); }},
         {"FXParam1", kFXParam1PR1, kPositions,

@@ -17,9 +17,9 @@ constexpr auto kAudioPoll = std::chrono::microseconds(200);
 
 void Quorvex::HoldAudioForPreset()
 {
-    mPresetLoading.store(true);
-    // The block loop tests the flag after marking itself inside, so once it is seen outside it
-    // won't run a block until the flag clears. A host holds us off for one host block at most.
+    // The process call and the block loop test the flag after marking themselves inside, so once
+    // both are seen outside neither runs until the flag clears.
+    HoldAudio(mPresetLoading);
     while (mBlockLoop.IsHeld())
         std::this_thread::sleep_for(kAudioPoll);
 }
@@ -187,10 +187,12 @@ bool Quorvex::SelectPresetItem(const std::string& relativePath)
 void Quorvex::SelectPresetMenuItem(const std::string& folder, int index)
 {
     if (folder.empty()) return;
-    mFields.mPresetMenuFolder = folder;
-    mFields.mPresetMenuIndex = index;
-    if (!mPresetMenu.Built()) return;
-    if (const int menu = mPresetMenu.MenuOfFolder(folder); menu >= 0) mPresetMenu.SelectItem(menu, index);
+    // Only a selection that this machine's menu can show is taken over; a session from elsewhere
+    // naming a folder that is not here leaves the selection (and what the next save stores) alone.
+    EnsurePresetMenu();
+    const int menu = mPresetMenu.MenuOfFolder(folder);
+    if (menu < 0 || !mPresetMenu.SelectItem(menu, index)) return;
+    NoteMenuSelection();
 }
 
 bool Quorvex::PickPresetMenuItem(int menu, int item)

@@ -109,8 +109,9 @@ int IPlugBase::UnserializeParams(const ByteChunk& chunk, int startPos)
         {
             double value = 0.0;
             pos = chunk.Get(value, pos);
-            // A damaged value counts as a missing one: 0, cut to the range like the rest.
-            if (!std::isfinite(value)) value = 0.0;
+            // NaN says nothing and counts as a missing value, 0; an infinity still says which end
+            // of the range was meant and is cut to it like any finite value.
+            if (std::isnan(value)) value = 0.0;
             if (param != nullptr) param->value = std::clamp(value, param->min, param->max);
         }
     }

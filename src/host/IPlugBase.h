@@ -95,6 +95,10 @@ class IPlugBase : public IEngineHost
     // ---- Virtual operations --------------------------------------------------------------------
     // Host sets up processing (UI thread).
     virtual void Reset() {}
+    // Samples the output may go on sounding after the input falls silent, at the host's rate;
+    // kTailForever while something can sustain sound. Any thread.
+    static constexpr int kTailForever = -1;
+    virtual int TailSamples() { return 0; }
     // A parameter's value changed: host automation calls it on the audio thread, the editor and
     // the state on the UI thread. It must therefore be real-time safe (no allocation, lock or
     // system call); host notices it sends from inside `process` are held back by the binding.
@@ -104,6 +108,11 @@ class IPlugBase : public IEngineHost
     virtual void OnGUIOpen() {}
     virtual void OnGUIClose() {}
     virtual void OnActivate(bool active) {}
+    // The host's process calls switched between real-time and offline rendering. Audio thread.
+    virtual void OnProcessModeChange() {}
+    // True while the plug-in rewrites its whole state (a session or preset being loaded): a
+    // process call then outputs silence and applies none of its parameter changes. Any thread.
+    virtual bool IsAudioHeld() { return false; }
     // State chunk (UI thread). The base stores the parameter values only.
     virtual bool SerializeState(ByteChunk& chunk);
     virtual int UnserializeState(const ByteChunk& chunk, int startPos);

@@ -39,6 +39,9 @@ bool IPlugParameter::fromString(const TChar* string, ParamValue& normalized) con
     double value = 0.0;
     if (!mRecord.GetValueFromDisplayText(text, value))
     {
+        // "1/17" for a time base or "08" for a tap count is no entry of the list: refused, rather
+        // than read as a position that may hold another entry or none.
+        if (mRecord.IsList()) return false;
         char* end = nullptr;
         value = std::strtod(text.c_str(), &end);
         if (end == text.c_str() || !std::isfinite(value)) return false;

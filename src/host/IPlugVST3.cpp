@@ -14,6 +14,7 @@
 #include "pluginterfaces/vst/vstspeaker.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -282,6 +283,13 @@ uint32 PLUGIN_API IPlugVST3::getLatencySamples()
     return static_cast<uint32>(GetLatency());
 }
 
+uint32 PLUGIN_API IPlugVST3::getTailSamples()
+{
+    // TailSamples reads caches only: nothing in it allocates or throws.
+    const int tail = TailSamples();
+    return tail == kTailForever ? kInfiniteTail : static_cast<uint32>(std::max(tail, 0));
+}
+
 uint32 PLUGIN_API IPlugVST3::getProcessContextRequirements()
 {
     using R = IProcessContextRequirements;
@@ -299,7 +307,19 @@ tresult PLUGIN_API IPlugVST3::process(ProcessData& data) QUORVEX_NONBLOCKING
             ScopedFlushDenormals flushDenormals;
             const ThreadMark::Scope scope(mProcessThread);
 
+            // A holder sets its flag and then waits for this mark to clear; marked first and
+            // testing after, a call either sees the flag or is waited for.
+            if (IsAudioHeld())
+            {
+                SilenceOutputs(data);
+                return kResultOk;
+            }
             if (data.processContext) CopyContext(*data.processContext);
+            if (data.processMode != mProcessMode)
+            {
+                mProcessMode = data.processMode;
+                OnProcessModeChange();
+            }
             ApplyParameterChanges(data.inputParameterChanges);
             ConnectInputs(data);
             ConnectOutputs(data);
@@ -352,22 +372,55 @@ void IPlugVST3::CopyContext(const ProcessContext& context)
 
 // Audio thread, without paramsMutex: a record's value is atomic, and what can't be done here (the
 // editor, a preset's recording) is marked for the UI thread.
+void IPlugVST3::HoldAudio(std::atomic<bool>& flag)
+{
+    // Sleeps in short steps: a host keeps a process call under way for one host block at most.
+    constexpr auto kPoll = std::chrono::microseconds(200);
+    flag.store(true);
+    if (mProcessThread.IsCurrent()) return;
+    while (mProcessThread.IsHeld())
+        std::this_thread::sleep_for(kPoll);
+}
+
+void IPlugVST3::SilenceOutputs(ProcessData& data)
+{
+    if (data.numSamples <= 0 || data.outputs == nullptr) return;
+    const auto frames = static_cast<std::size_t>(data.numSamples);
+    for (int32 b = 0; b < data.numOutputs; ++b)
+    {
+        AudioBusBuffers& bus = data.outputs[b];
+        for (int32 ch = 0; ch < bus.numChannels; ++ch)
+        {
+            if (data.symbolicSampleSize == kSample64 && bus.channelBuffers64 && bus.channelBuffers64[ch])
+                std::fill_n(bus.channelBuffers64[ch], frames, 0.0);
+            else if (data.symbolicSampleSize == kSample32 && bus.channelBuffers32 && bus.channelBuffers32[ch])
+                std::fill_n(bus.channelBuffers32[ch], frames, 0.0f);
+        }
+    }
+}
+
 void IPlugVST3::ApplyParameterChanges(IParameterChanges* changes)
 {
     if (!changes) return;
     const int32 count = changes->getParameterCount();
-    for (int32 i = 0; i < count; ++i)
+    // Only where the block ends matters: earlier points of each queue are dropped.
+    const auto lastPoint = [&](int32 i, ParamID& id, ParamValue& value)
     {
         IParamValueQueue* queue = changes->getParameterData(i);
-        if (!queue) continue;
+        if (!queue) return false;
         const int32 points = queue->getPointCount();
         int32 offset = 0;
-        ParamValue value = 0.0;
-        // Only where the block ends matters: earlier points of the queue are dropped.
         if (points <= 0 || queue->getPoint(points - 1, offset, value) != kResultTrue || !std::isfinite(value))
-            continue;
+            return false;
         value = std::clamp(value, 0.0, 1.0);
-        const ParamID id = queue->getParameterId();
+        id = queue->getParameterId();
+        return true;
+    };
+    for (int32 i = 0; i < count; ++i)
+    {
+        ParamID id = 0;
+        ParamValue value = 0.0;
+        if (!lastPoint(i, id, value)) continue;
         if (id == kBypassParamId)
             SetBypassed(value > 0.5);
         else if (id == kPresetParamId)
@@ -379,6 +432,20 @@ void IPlugVST3::ApplyParameterChanges(IParameterChanges* changes)
             mPending.Mark(param, PendingNotices::kEditor);
             OnParamChange(param);
         }
+    }
+    // A change may make the plug-in rewrite another parameter (a time base switch rewrites the
+    // delay times, a link its twin). Where the host set that parameter in the same call, the
+    // host's value stands, whatever the order of the queues.
+    for (int32 i = 0; i < count; ++i)
+    {
+        ParamID id = 0;
+        ParamValue value = 0.0;
+        if (!lastPoint(i, id, value) || id >= static_cast<ParamID>(NParams())) continue;
+        IParamRecord* record = GetParam(static_cast<int>(id));
+        const double wanted = record->QuantizedFromNormalized(value);
+        if (record->value == wanted) continue;
+        record->value = wanted;
+        OnParamChange(static_cast<int>(id));
     }
 }
 

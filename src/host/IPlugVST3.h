@@ -55,6 +55,9 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Steinberg::tresult PLUGIN_API setupProcessing(Steinberg::Vst::ProcessSetup& setup) override;
     Steinberg::tresult PLUGIN_API process(Steinberg::Vst::ProcessData& data) QUORVEX_NONBLOCKING override;
     Steinberg::uint32 PLUGIN_API getLatencySamples() override;
+    // Answered from the present settings at each call: VST 3 has no notice for a changed tail,
+    // hosts ask again when they start a render or after setActive.
+    Steinberg::uint32 PLUGIN_API getTailSamples() override;
     Steinberg::uint32 PLUGIN_API getProcessContextRequirements() override;
 
     // ---- IEditController ----
@@ -144,6 +147,9 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     Steinberg::tresult setControllerState(Steinberg::IBStream* state) override;
     // The mark of the thread inside `process`; the engine sets it too when it is driven directly.
     ThreadMark& ProcessThread() { return mProcessThread; }
+    // Sets `flag`, then waits until no process call is under way: from then on every call sees
+    // the flag, and none touches the engine until it clears. Not on the audio thread.
+    void HoldAudio(std::atomic<bool>& flag);
     // True on the thread that is inside `process` right now.
     bool InsideProcess() const;
 
@@ -168,6 +174,7 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     void BuildBusesAndParameters();
     Steinberg::Vst::UnitID UnitForGroup(const char* group);
     void ApplyParameterChanges(Steinberg::Vst::IParameterChanges* changes);
+    static void SilenceOutputs(Steinberg::Vst::ProcessData& data);
     void ConnectInputs(const Steinberg::Vst::ProcessData& data);
     void ConnectOutputs(const Steinberg::Vst::ProcessData& data);
     // Channels of output bus `bus`, starting at plug-in channel firstChannel, that the plug-in fills.

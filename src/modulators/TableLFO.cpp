@@ -85,6 +85,17 @@ void TableLFO::setOn(bool enable)
     if (!enable) std::fill(std::begin(out), std::end(out), 0.0);
 }
 
+void TableLFO::Restart()
+{
+    phase = 0.0;
+    glideY = 0.0;
+    lastOut = 0.0;
+    rawOut = 0.0;
+    std::fill(std::begin(out), std::end(out), 0.0);
+    randState = 1u;
+    holdValue = isRandom ? DrawHold() : 0.0;
+}
+
 double TableLFO::DrawHold()
 {
     std::uint32_t state = randState;

@@ -69,6 +69,9 @@ class TableLFO
     bool isOn() const { return on; }
 
     void processBlock();
+    // Back to the start of a run: phase, glide and output at rest, the random source reseeded
+    // (and a sample-and-hold value drawn from it). Audio thread, or with audio held off.
+    void Restart();
 
     // Tempo sync. Ratio in Hz per beat per minute of sync step `index` (0 = "4 BARS").
     static double SyncRatio(int index, int syncMode);

@@ -102,4 +102,7 @@ class IParamRecord
     std::string GetDisplayForHost(double v, bool normalized, bool withDisplayTexts = true) const;
     // Value (in the parameter's unit) whose display text is exactly `text`; false when none is.
     bool GetValueFromDisplayText(std::string_view text, double& valueOut) const;
+    // A list: a whole-numbered parameter whose values are named by display texts. Its values are
+    // chosen by name only; a number typed for it names no entry.
+    bool IsList() const { return type != kTypeDouble && !displayTexts.empty(); }
 };

@@ -141,7 +141,8 @@ void AFdnReverb::ClearLines()
         if (i < mModLines)
         {
             mModLine[i].Clear();
-            mModLine[i].mLast = 0.0f;
+            // A cleared reverb starts its head schedule afresh, so that every run sounds alike.
+            mModLine[i].Restart();
         }
         else
             mPlainLine[i].Clear();

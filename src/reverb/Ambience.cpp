@@ -101,6 +101,12 @@ void Ambience::Reset()
 
 void Ambience::Init()
 {
+    // The attractor runs on across Reset (clearing the rings), but a new run starts it afresh.
+    mX = 0.0;
+    mY = 1.0;
+    mZ = 1.0;
+    mDx = mDy = mDz = 0.0;
+    mChaosA = mChaosB = 0.0;
     for (ModDelayBuffer& line : mLine)
         line.mTimeSmoother.SetTime(10.0);
     mRate = 8.7e-05;

@@ -24,7 +24,8 @@ class Ambience : public DSPShell
     void SetParam(int id, double value) override;
     // Clears the rings, dampers and loop; the attractor keeps its state.
     void Reset() override;
-    // Retimes the rings' glides for the present rate and resets; the rings keep their fixed size.
+    // Retimes the rings' glides for the present rate, starts the attractor afresh and resets; the
+    // rings keep their fixed size.
     void Init() override;
     void Process() override;
 

@@ -193,3 +193,24 @@ TEST(EffectRack, WorkerBuildsDeferredRequestsOnly)
     EXPECT_EQ(b->slots[1].mFxType[Slot::kFxFeedback], 2);
     EXPECT_EQ(b->slots[0].mFxType[Slot::kFxPre], 0);
 }
+
+// The worker sleeps until woken and is woken for every batch of requests: none is missed, however
+// the requests fall against its own clearing of the flag.
+TEST(EffectRack, EveryDeferredRequestWakesTheWorker)
+{
+    auto b = std::make_unique<Bench>();
+    b->rack.StartWorker();
+    for (int round = 0; round < 200; ++round)
+    {
+        const int type = 1 + round % 2;
+        b->rack.RequestType(kFb2, type, false, true);
+        if (round % 3 == 0) b->rack.RequestType(kPre1, type, false, true); // two in one batch
+        int wait = 0;
+        for (; wait < 2000 && b->rack.BuiltType(kFb2) != type; ++wait)
+            std::this_thread::sleep_for(std::chrono::microseconds(500));
+        ASSERT_EQ(b->rack.BuiltType(kFb2), type) << "round " << round;
+    }
+    for (int wait = 0; wait < 2000 && b->rack.BuiltType(kPre1) != 1; ++wait)
+        std::this_thread::sleep_for(std::chrono::microseconds(500));
+    EXPECT_EQ(b->rack.BuiltType(kPre1), 1); // the last PRE request of the rounds asked for type 1
+}

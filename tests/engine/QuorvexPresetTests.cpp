@@ -18,6 +18,7 @@
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
 #include "params/ParamIds.h"
+#include "state/ByteChunk.h"
 #include "state/PresetFixtures.h"
 
 using preset_test::TempFolder;
@@ -424,5 +425,47 @@ TEST(QuorvexPresets, LoadingWhileAudioRunsOnAnotherThreadKeepsEverySampleFinite)
     audio.join();
     EXPECT_TRUE(finite.load());
     EXPECT_EQ(plug->GetParam(kDelayRoute3)->value, 6.0);
+}
+
+// A session's preset-menu selection is taken over only where this machine's menu holds its folder;
+// otherwise the selection stays as it was, and so does what the next save stores.
+TEST(QuorvexPresets, AStatesMenuSelectionIsTakenOnlyWhereTheMenuHoldsItsFolder)
+{
+    PresetRig rig;
+    rig.Dir().Write("/User Presets/Mine/A.txt", File(14, ""));
+    rig.Dir().Write("/User Presets/Mine/B.txt", File(14, ""));
+
+    auto source = rig.Make();
+    ASSERT_TRUE(source->SelectPresetItem("/User Presets/Mine/B"));
+    const int index = source->Fields().mPresetMenuIndex;
+    ByteChunk known;
+    ASSERT_TRUE(source->SerializeState(known));
+    source->Fields().mPresetMenuFolder = "/Factory Presets/Elsewhere/";
+    source->Fields().mPresetMenuIndex = 3;
+    ByteChunk foreign;
+    ASSERT_TRUE(source->SerializeState(foreign));
+
+    // A fresh instance keeps "no selection": -1 and empty, in its fields and in its next chunk.
+    auto fresh = rig.Make();
+    fresh->UnserializeState(foreign, 0);
+    EXPECT_EQ(fresh->Fields().mPresetMenuIndex, -1);
+    EXPECT_EQ(fresh->Fields().mPresetMenuFolder, "");
+    EXPECT_EQ(fresh->SelectedPresetPath(), "");
+    ByteChunk again;
+    ASSERT_TRUE(fresh->SerializeState(again));
+    auto third = rig.Make();
+    third->UnserializeState(again, 0);
+    EXPECT_EQ(third->Fields().mPresetMenuFolder, "");
+
+    // A folder the menu holds is selected and stored; a later foreign one leaves it so.
+    auto target = rig.Make();
+    target->UnserializeState(known, 0);
+    EXPECT_EQ(target->SelectedPresetPath(), "/User Presets/Mine/B");
+    EXPECT_EQ(target->Fields().mPresetMenuFolder, "/User Presets/Mine/");
+    EXPECT_EQ(target->Fields().mPresetMenuIndex, index);
+    target->UnserializeState(foreign, 0);
+    EXPECT_EQ(target->SelectedPresetPath(), "/User Presets/Mine/B");
+    EXPECT_EQ(target->Fields().mPresetMenuFolder, "/User Presets/Mine/");
+    EXPECT_EQ(target->Fields().mPresetMenuIndex, index);
 }
 } // namespace

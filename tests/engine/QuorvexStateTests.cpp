@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <memory>
 
 #include "engine/Quorvex.h"
@@ -108,8 +109,10 @@ TEST(Quorvex, StateRoundTripIsByteIdentical)
     f.mInputAttenuator = 0.61;
     f.mPresetName = "Grain Cloud";
     f.mPresetFolderLabel = "F:Ambient";
-    f.mPresetMenuFolder = "/Factory Presets/Ambient/";
-    f.mPresetMenuIndex = 11;
+    // No menu selection: a folder that this machine's menu lacks is not taken over (tested with
+    // the preset menu).
+    f.mPresetMenuFolder = "";
+    f.mPresetMenuIndex = -1;
     f.mFocusedParam = kFeedback2;
     for (int i = 0; i < 8; ++i)
         f.mTapOnMask[i] = 0xFFFF >> i;
@@ -200,5 +203,32 @@ TEST(Quorvex, UserPresetRecordsTheStateChunkOnce)
     EXPECT_TRUE(plug->GetPreset(0)->chunk == StateOf(*plug));
     EXPECT_FALSE(plug->RestorePreset(0));
     EXPECT_FALSE(plug->RestorePreset(1));
+}
+
+// An infinity in a chunk still says which end of the range was meant: it is cut to the range like
+// a finite value. A NaN says nothing and counts as 0, cut to the range.
+TEST(Quorvex, InfinitiesInAChunkAreCutToTheRange)
+{
+    auto source = MakeQuorvex();
+    ByteChunk chunk = StateOf(*source);
+    const auto patch = [&](int id, double value)
+    {
+        const int at = chunk.Size() - (kNumParams - id) * static_cast<int>(sizeof(double));
+        std::memcpy(chunk.Data() + at, &value, sizeof value);
+    };
+    patch(kDelayLopass1, std::numeric_limits<double>::infinity());
+    patch(kDelayLopass2, -std::numeric_limits<double>::infinity());
+    patch(kFeedback1, std::numeric_limits<double>::infinity());
+    patch(kDelayTimeL1, -std::numeric_limits<double>::infinity());
+    patch(kDelayLopass3, std::numeric_limits<double>::quiet_NaN());
+    patch(kLevel1, std::numeric_limits<double>::quiet_NaN());
+    auto target = MakeQuorvex();
+    target->UnserializeState(chunk, 0);
+    EXPECT_EQ(target->GetParam(kDelayLopass1)->value, 20000.0);
+    EXPECT_EQ(target->GetParam(kDelayLopass2)->value, 200.0);
+    EXPECT_EQ(target->GetParam(kFeedback1)->value, 160.0);
+    EXPECT_EQ(target->GetParam(kDelayTimeL1)->value, 1.0);
+    EXPECT_EQ(target->GetParam(kDelayLopass3)->value, 200.0);
+    EXPECT_EQ(target->GetParam(kLevel1)->value, 0.0);
 }
 } // namespace

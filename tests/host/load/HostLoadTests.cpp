@@ -12,15 +12,21 @@
 
 #include <dlfcn.h>
 
+#include <algorithm>
+#include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <initializer_list>
 #include <limits>
 #include <random>
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 using namespace hostdoubles;
 
@@ -31,6 +37,17 @@ constexpr ParamID kPresetId = 0x70727374; // "prst"
 constexpr int kNumParams = 1095;
 // Parameters used by name below, by id as the catalogue fixes them.
 constexpr ParamID kSlotOn1 = 0;
+constexpr ParamID kDirectIn1 = 16;
+constexpr ParamID kDelayMode1 = 308;
+constexpr ParamID kDelayTaps1 = 316;
+constexpr ParamID kTimebase1 = 328;
+constexpr ParamID kDelayTimeL1 = 344;
+constexpr ParamID kDelayTimeR1 = 356;
+constexpr ParamID kDelayLopass1 = 776;
+constexpr ParamID kMasterFx = 1052;
+constexpr ParamID kMasterFxP1 = 1054;
+constexpr ParamID kMasterFxP2 = 1055;
+constexpr ParamID kMasterFxLevel = 1062;
 constexpr ParamID kFeedback1 = 68;
 constexpr ParamID kLfoRate1 = 864;
 constexpr ParamID kLimiterOn = 1063;
@@ -207,6 +224,71 @@ template <typename Sample>
                 return ::testing::AssertionFailure()
                        << "output " << ch << "[" << i << "] = " << rig.Out(0, ch)[i];
     return ::testing::AssertionSuccess();
+}
+
+// Stereo audio as one run of samples per channel.
+struct Take
+{
+    std::vector<double> l, r;
+    std::size_t Size() const { return l.size(); }
+};
+
+Take NoiseTake(std::size_t n, double amplitude, unsigned seed)
+{
+    std::mt19937 rng(seed);
+    std::uniform_real_distribution<double> noise(-amplitude, amplitude);
+    Take t{std::vector<double>(n), std::vector<double>(n)};
+    for (std::size_t i = 0; i < n; ++i)
+    {
+        t.l[i] = noise(rng);
+        t.r[i] = noise(rng);
+    }
+    return t;
+}
+
+// Runs `in` through the plug-in in calls of `block` frames of 64-bit samples (32-bit with
+// Sample = float), the sidechain silent; `first` goes with the first call.
+template <typename Sample = double>
+Take Render(Instance& plug, const Take& in, int block, IParameterChanges* first = nullptr,
+            ProcessModes mode = kRealtime)
+{
+    Take out{std::vector<double>(in.Size()), std::vector<double>(in.Size())};
+    for (std::size_t done = 0; done < in.Size(); done += static_cast<std::size_t>(block))
+    {
+        const int n =
+            static_cast<int>(std::min<std::size_t>(static_cast<std::size_t>(block), in.Size() - done));
+        AudioRig<Sample> rig(n, {2, 2}, {2});
+        for (int i = 0; i < n; ++i)
+        {
+            rig.In(0, 0)[i] = static_cast<Sample>(in.l[done + static_cast<std::size_t>(i)]);
+            rig.In(0, 1)[i] = static_cast<Sample>(in.r[done + static_cast<std::size_t>(i)]);
+        }
+        rig.data.processMode = mode;
+        rig.data.inputParameterChanges = done == 0 ? first : nullptr;
+        EXPECT_EQ(plug.processor->process(rig.data), kResultOk);
+        for (int i = 0; i < n; ++i)
+        {
+            out.l[done + static_cast<std::size_t>(i)] = static_cast<double>(rig.Out(0, 0)[i]);
+            out.r[done + static_cast<std::size_t>(i)] = static_cast<double>(rig.Out(0, 1)[i]);
+        }
+    }
+    return out;
+}
+
+// Plain values (in the parameters' units) as one point each at offset 0.
+void AddPlain(Instance& plug, ParameterChanges& changes,
+              std::initializer_list<std::pair<ParamID, double>> values)
+{
+    for (const auto& [id, plain] : values)
+        changes.Add(id, 0, plug.controller->plainParamToNormalized(id, plain));
+}
+
+// Index of the first output sample that is not finite, or -1.
+long FirstNonFinite(const Take& t)
+{
+    for (std::size_t i = 0; i < t.Size(); ++i)
+        if (!std::isfinite(t.l[i]) || !std::isfinite(t.r[i])) return static_cast<long>(i);
+    return -1;
 }
 
 TEST(HostLoad, ModuleEntryPointsAndBundleLayout)
@@ -977,5 +1059,703 @@ TEST(HostLoad, NoiseUnderRandomAutomationStaysClean)
         }
         plug.Stop();
     }
+}
+
+// One host buffer of NaN and infinities counts as silence: the run is the run with that buffer
+// zeroed, sample for sample. One of 1e300 (64-bit processing) is bounded: every output sample stays
+// finite. The default patch, and echoes at 60 % feedback into the master hall.
+TEST(HostLoad, ABadBufferDoesNotPoisonTheOutput)
+{
+    constexpr double kRate = 48000.0;
+    constexpr int kBlock = 256;
+    const Take clean = NoiseTake(static_cast<std::size_t>(2 * kRate), 0.3, 41);
+    const std::size_t at = static_cast<std::size_t>(0.5 * kRate);
+    const auto withBurst = [&](double a, double b)
+    {
+        Take t = clean;
+        for (std::size_t k = 0; k < 64; ++k)
+        {
+            t.l[at + k] = k % 2 == 0 ? a : b;
+            t.r[at + k] = k % 2 == 0 ? b : a;
+        }
+        return t;
+    };
+    const Take zeroed = withBurst(0.0, 0.0);
+    const Take nonFinite = withBurst(std::numeric_limits<double>::infinity(), kQuietNaN);
+    const Take negative = withBurst(-std::numeric_limits<double>::infinity(), kQuietNaN);
+    const Take huge = withBurst(1e300, -1e300);
+    for (bool hall : {false, true})
+    {
+        SCOPED_TRACE(hall ? "feedback 60 % into the hall" : "default patch");
+        const auto render = [&](const Take& in, bool useFloat)
+        {
+            Instance plug;
+            plug.Start(kRate, kBlock, useFloat ? kSample32 : kSample64);
+            ParameterChanges changes;
+            if (hall)
+                AddPlain(plug, changes,
+                         {{kDirectIn1, 50.0}, {kFeedback1, 60.0}, {kMasterFx, 2.0 /* REVERB */}});
+            Take out = useFloat ? Render<float>(plug, in, kBlock, &changes)
+                                : Render<double>(plug, in, kBlock, &changes);
+            plug.Stop();
+            return out;
+        };
+        for (bool useFloat : {false, true})
+        {
+            SCOPED_TRACE(useFloat ? "32-bit" : "64-bit");
+            const Take expected = render(zeroed, useFloat);
+            for (const Take* bad : {&nonFinite, &negative})
+            {
+                const Take got = render(*bad, useFloat);
+                ASSERT_EQ(FirstNonFinite(got), -1);
+                EXPECT_EQ(got.l, expected.l);
+                EXPECT_EQ(got.r, expected.r);
+            }
+        }
+        const Take got = render(huge, false);
+        ASSERT_EQ(FirstNonFinite(got), -1);
+        // The burst is heard, and bounded at +60 dBFS before the limiter and hall.
+        double peak = 0.0;
+        for (std::size_t i = at; i < at + 4096; ++i)
+            peak = std::max({peak, std::abs(got.l[i]), std::abs(got.r[i])});
+        EXPECT_GT(peak, 1.0);
+        EXPECT_LT(peak, 1e5);
+    }
+}
+} // namespace
+
+namespace
+{
+// The state chunk's fields up to the preset-menu selection: version, colour set, page, attenuator,
+// preset name, folder label, then the menu index and the menu folder.
+struct MenuFields
+{
+    std::size_t indexAt = 0;   // offset of the menu index
+    std::size_t folderEnd = 0; // offset after the menu folder
+    std::int32_t index = 0;
+    std::string folder;
+};
+
+std::int32_t ReadInt(const std::vector<std::uint8_t>& b, std::size_t at)
+{
+    std::int32_t v = 0;
+    std::memcpy(&v, b.data() + at, sizeof v);
+    return v;
+}
+
+MenuFields FindMenuFields(const std::vector<std::uint8_t>& b)
+{
+    std::size_t at = 4 + 4 + 4 + 8;
+    for (int text = 0; text < 2; ++text)
+        at += 4 + static_cast<std::size_t>(std::max(0, ReadInt(b, at)));
+    MenuFields f;
+    f.indexAt = at;
+    f.index = ReadInt(b, at);
+    const auto length = static_cast<std::size_t>(std::max(0, ReadInt(b, at + 4)));
+    f.folder.assign(reinterpret_cast<const char*>(b.data() + at + 8), length);
+    f.folderEnd = at + 8 + length;
+    return f;
+}
+
+std::vector<std::uint8_t> WithMenuFields(const std::vector<std::uint8_t>& b, std::int32_t index,
+                                         const std::string& folder)
+{
+    const MenuFields f = FindMenuFields(b);
+    std::vector<std::uint8_t> out(b.begin(), b.begin() + static_cast<std::ptrdiff_t>(f.indexAt));
+    const auto put = [&](std::int32_t v)
+    {
+        const auto* p = reinterpret_cast<const std::uint8_t*>(&v);
+        out.insert(out.end(), p, p + sizeof v);
+    };
+    put(index);
+    put(static_cast<std::int32_t>(folder.size()));
+    out.insert(out.end(), folder.begin(), folder.end());
+    out.insert(out.end(), b.begin() + static_cast<std::ptrdiff_t>(f.folderEnd), b.end());
+    return out;
+}
+
+TEST(HostLoad, TypedTextsOfListsMustNameAnEntry)
+{
+    Instance plug;
+    IEditController* c = plug.controller;
+    const auto parse = [&](ParamID id, const char16_t* text, ParamValue& normalized)
+    {
+        String128 wide{};
+        for (int i = 0; text[i] != 0 && i < 127; ++i)
+            wide[i] = static_cast<char16>(text[i]);
+        return c->getParamValueByString(id, wide, normalized) == kResultTrue;
+    };
+    ParamValue n = -1.0;
+    // Lists: their display texts only.
+    EXPECT_FALSE(parse(kTimebase1, u"1/17", n));
+    EXPECT_FALSE(parse(kTimebase1, u"3", n));
+    ASSERT_TRUE(parse(kTimebase1, u"1/16", n));
+    EXPECT_EQ(c->normalizedParamToPlain(kTimebase1, n), 2.0);
+    EXPECT_FALSE(parse(kDelayTaps1, u"08", n));
+    EXPECT_FALSE(parse(kDelayTaps1, u"17", n));
+    ASSERT_TRUE(parse(kDelayTaps1, u"8", n));
+    String128 shown{};
+    ASSERT_EQ(c->getParamStringByValue(kDelayTaps1, n, shown), kResultTrue);
+    EXPECT_EQ(Text(shown), u"8");
+    EXPECT_FALSE(parse(kLimiterOn, u"2", n));
+    EXPECT_FALSE(parse(kMasterFx, u"1", n));
+    // Plain numbers: typed numbers in their unit.
+    ASSERT_TRUE(parse(kFeedback1, u"60", n));
+    EXPECT_NEAR(c->normalizedParamToPlain(kFeedback1, n), 60.0, 1e-9);
+    ASSERT_TRUE(parse(kDelayLopass1, u"3000", n));
+    EXPECT_NEAR(c->normalizedParamToPlain(kDelayLopass1, n), 3000.0, 1e-6);
+    EXPECT_FALSE(parse(kFeedback1, u"loud", n));
+}
+
+TEST(HostLoad, InfinitiesInAStateAreCutToTheRange)
+{
+    Instance source;
+    auto state = source.ComponentState();
+    const auto put = [&](ParamID id, double v)
+    {
+        const std::size_t at = state.size() - static_cast<std::size_t>(kNumParams - static_cast<int>(id)) * 8;
+        std::memcpy(state.data() + at, &v, sizeof v);
+    };
+    put(kDelayLopass1, std::numeric_limits<double>::infinity());
+    put(kFeedback1, -std::numeric_limits<double>::infinity());
+    Instance target;
+    MemoryStream stream(state);
+    ASSERT_EQ(target.component->setState(&stream), kResultOk);
+    IEditController* c = target.controller;
+    EXPECT_EQ(c->normalizedParamToPlain(kDelayLopass1, c->getParamNormalized(kDelayLopass1)), 20000.0);
+    EXPECT_EQ(c->normalizedParamToPlain(kFeedback1, c->getParamNormalized(kFeedback1)), 0.0);
+}
+
+TEST(HostLoad, AMenuSelectionNoMenuHoldsIsNotEchoed)
+{
+    Instance source;
+    const auto fresh = source.ComponentState();
+    const MenuFields before = FindMenuFields(fresh);
+    EXPECT_EQ(before.index, -1);
+    EXPECT_EQ(before.folder, "");
+    const auto foreign = WithMenuFields(fresh, 5, "/Factory Presets/No Such Folder Here/");
+    ASSERT_EQ(FindMenuFields(foreign).folder, "/Factory Presets/No Such Folder Here/");
+    Instance target;
+    MemoryStream stream(foreign);
+    ASSERT_EQ(target.component->setState(&stream), kResultOk);
+    const MenuFields after = FindMenuFields(target.ComponentState());
+    EXPECT_EQ(after.index, -1);
+    EXPECT_EQ(after.folder, "");
+}
+
+// The reported tail: forever while a heard delay feeds back or the ambience loops at full gain;
+// otherwise the longest delay plus the hall's decay, at the present rate and settings. A render
+// that stops at the reported tail after the input keeps every echo: past it the output is below
+// -100 dB of the echoes.
+TEST(HostLoad, TheReportedTailHoldsTheEchoesAndTheHall)
+{
+    for (double rate : {44100.0, 96000.0})
+    {
+        SCOPED_TRACE(rate);
+        Instance plug;
+        plug.Start(rate, 512, kSample64);
+        EXPECT_NE(plug.processor->getTailSamples(), kInfiniteTail); // the default: no delay heard
+        ParameterChanges changes;
+        AddPlain(plug, changes,
+                 {{kTimebase1, 0.0 /* MS */},
+                  {kDirectIn1, 50.0},
+                  {kFeedback1, 0.0},
+                  {kDelayTimeL1, 400.0},
+                  {kDelayTimeR1, 700.0},
+                  {kMasterFx, 2.0 /* REVERB */},
+                  {kMasterFxP1, 20.0},
+                  {kMasterFxP2, 10.0},
+                  {kMasterFxLevel, 100.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        const uint32 tail = plug.processor->getTailSamples();
+        ASSERT_NE(tail, kInfiniteTail);
+        // At least the 700 ms echo; at most a few seconds of a 2.2 s hall.
+        EXPECT_GT(tail, static_cast<uint32>(0.7 * rate));
+        EXPECT_LT(tail, static_cast<uint32>(10.0 * rate));
+
+        // A click once the start's fade-in is over, then silence for the tail and two seconds more.
+        const auto click = static_cast<std::size_t>(0.25 * rate);
+        const std::size_t end = click + 1;
+        const auto n = static_cast<std::size_t>(end + tail + static_cast<uint32>(2.0 * rate));
+        Take in{std::vector<double>(n), std::vector<double>(n)};
+        in.l[click] = in.r[click] = 1.0;
+        const Take out = Render(plug, in, 512);
+        double kept = 0.0;
+        double lost = 0.0;
+        for (std::size_t i = 0; i < n; ++i)
+            (i < end + tail ? kept : lost) =
+                std::max({i < end + tail ? kept : lost, std::abs(out.l[i]), std::abs(out.r[i])});
+        // The echoes are there, at 400 and 700 ms...
+        const auto echoAt = [&](double sec, const std::vector<double>& x)
+        {
+            const auto from = click + static_cast<std::size_t>((sec - 0.01) * rate);
+            const auto to = click + static_cast<std::size_t>((sec + 0.01) * rate);
+            double peak = 0.0;
+            for (std::size_t i = from; i < to; ++i)
+                peak = std::max(peak, std::abs(x[i]));
+            return peak;
+        };
+        EXPECT_GT(echoAt(0.4, out.l), 0.05);
+        EXPECT_GT(echoAt(0.7, out.r), 0.05);
+        // ...and nothing worth hearing comes after the tail.
+        EXPECT_GT(kept, 0.1);
+        EXPECT_LT(lost, kept * 1e-5) << "tail " << tail;
+
+        // The tail follows the settings: a longer delay lengthens it.
+        changes.Clear();
+        AddPlain(plug, changes, {{kDelayTimeL1, 2400.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        const uint32 longer = plug.processor->getTailSamples();
+        ASSERT_NE(longer, kInfiniteTail);
+        EXPECT_GE(longer, tail + static_cast<uint32>(1.7 * rate));
+
+        // Feedback, its own or the master's, sustains: forever.
+        changes.Clear();
+        AddPlain(plug, changes, {{kFeedback1, 30.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        EXPECT_EQ(plug.processor->getTailSamples(), kInfiniteTail);
+        changes.Clear();
+        AddPlain(plug, changes, {{kFeedback1, 0.0}, {kMasterFx, 1.0 /* QUORVEX */}, {kMasterFxP2, 100.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        EXPECT_EQ(plug.processor->getTailSamples(), kInfiniteTail);
+        changes.Clear();
+        AddPlain(plug, changes, {{kMasterFxP2, 30.0}});
+        Render(plug, Take{std::vector<double>(512), std::vector<double>(512)}, 512, &changes);
+        EXPECT_NE(plug.processor->getTailSamples(), kInfiniteTail);
+        plug.Stop();
+    }
+}
+
+// Plain value of a list entry, through the plug-in's own texts.
+double ListValue(Instance& plug, ParamID id, const char16_t* text)
+{
+    String128 wide{};
+    for (int i = 0; text[i] != 0 && i < 127; ++i)
+        wide[i] = static_cast<char16>(text[i]);
+    ParamValue normalized = 0.0;
+    EXPECT_EQ(plug.controller->getParamValueByString(id, wide, normalized), kResultTrue);
+    return plug.controller->normalizedParamToPlain(id, normalized);
+}
+
+// Everything that keeps state of its own between blocks: echoes with feedback, an S&H LFO on the
+// delay time, a second LFO on the pan, a gate on the level, the main modulator, the envelope
+// follower, NOISE in the feedback path, LOFI II after the delay, the chaotic ambience.
+void SetStatefulPatch(Instance& plug, ParameterChanges& changes)
+{
+    AddPlain(plug, changes,
+             {{kTimebase1, 0.0},
+              {kDirectIn1, 50.0},
+              {kFeedback1, 55.0},
+              {kDelayTimeL1, 90.0},
+              {kDelayTimeR1, 130.0},
+              {832 /* LFO On 1 */, 1.0},
+              {836 /* LFO Wave 1 */, ListValue(plug, 836, u"S&H")},
+              {864 /* LFO Rate 1 */, 40.0},
+              {352 /* DelayTimeL ModSource1 */, 1.0 /* LFO1 */},
+              {348 /* Delay TimeL ModDepth 1 */, 30.0},
+              {833 /* LFO On 2 */, 1.0},
+              {865 /* LFO Rate 2 */, 30.0},
+              {64 /* Panning ModSource1 */, 2.0 /* LFO2 */},
+              {60 /* Panning ModDepth 1 */, 80.0},
+              {892 /* Gate1 On */, 1.0},
+              {88 /* Level ModSource1 */, 5.0 /* GATE1 */},
+              {84 /* Level ModDepth 1 */, -60.0},
+              {20 /* Modulation 1 */, 80.0},
+              {1059 /* Main ModDepth */, 90.0},
+              {988 /* ENV1 On */, 1.0},
+              {300 /* FXOn FB 1 */, 1.0},
+              {108 /* FX1 FB */, ListValue(plug, 108, u"NOISE")},
+              {304 /* FXOn PO 1 */, 1.0},
+              {112 /* FX1 PO */, ListValue(plug, 112, u"LOFI II")},
+              {kMasterFx, 1.0 /* QUORVEX */},
+              {kMasterFxP1, 40.0},
+              {kMasterFxP2, 60.0},
+              {kMasterFxLevel, 100.0}});
+}
+
+// The hall, the FAST limiter, the equalisers' filters, echoes, after a run that ended inside an
+// internal block: restarted, they too start over.
+TEST(HostLoad, ActivationRestartsTheHallTheLimiterTheFiltersAndTheRings)
+{
+    constexpr double kRate = 44100.0;
+    constexpr int kBlock = 256;
+    for (double masterType : {2.0 /* REVERB */, 6.0 /* LO/HI SHELF */, 4.0 /* FIX EQ */})
+    {
+        SCOPED_TRACE(masterType);
+        Instance plug;
+        plug.Start(kRate, kBlock, kSample64);
+        ParameterChanges changes;
+        AddPlain(plug, changes,
+                 {{kSlotOn1, 1.0},
+                  {kDirectIn1, 30.0},
+                  {kFeedback1, 40.0},
+                  {kLimiterOn, 3.0 /* FAST */},
+                  {kTimebase1, 0.0},
+                  {kDelayTimeL1, 250.0},
+                  {kDelayTimeR1, 375.0},
+                  {kMasterFx, masterType},
+                  {kMasterFxP1, 30.0},
+                  {kMasterFxP2, 70.0},
+                  {kMasterFxLevel, 80.0}});
+        // An odd length: the last call ends inside an internal block.
+        const Take noise = NoiseTake(static_cast<std::size_t>(kRate) + 68, 0.5, 81);
+        Render(plug, noise, kBlock, &changes);
+        plug.Stop();
+        plug.Start(kRate, kBlock, kSample64);
+        const Take first = Render(plug, noise, kBlock);
+        plug.Stop();
+        plug.Start(kRate, kBlock, kSample64);
+        const Take again = Render(plug, noise, kBlock);
+        EXPECT_EQ(again.l, first.l);
+        EXPECT_EQ(again.r, first.r);
+        plug.Stop();
+    }
+}
+
+// Re-activation starts the engine from one state: two renders of the same input after
+// deactivate/activate, after a new setupProcessing and after a change of process mode are
+// identical to the bit, whatever ran before.
+TEST(HostLoad, EveryActivationStartsFromTheSameState)
+{
+    constexpr double kRate = 48000.0;
+    constexpr int kBlock = 512;
+    Instance plug;
+    plug.Start(kRate, kBlock, kSample64);
+    ParameterChanges changes;
+    SetStatefulPatch(plug, changes);
+    const Take noise = NoiseTake(static_cast<std::size_t>(1.5 * kRate), 0.4, 51);
+    Render(plug, noise, kBlock, &changes);
+    // Effect types arriving with automation are built off the audio thread; let that happen.
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    Render(plug, noise, kBlock);
+
+    plug.Stop();
+    plug.Start(kRate, kBlock, kSample64);
+    const Take first = Render(plug, noise, kBlock);
+    ASSERT_EQ(FirstNonFinite(first), -1);
+    double peak = 0.0;
+    for (double v : first.l)
+        peak = std::max(peak, std::abs(v));
+    ASSERT_GT(peak, 0.05);
+
+    // Deactivate and activate again.
+    plug.Stop();
+    plug.Start(kRate, kBlock, kSample64);
+    Take again = Render(plug, noise, kBlock);
+    EXPECT_EQ(again.l, first.l);
+    EXPECT_EQ(again.r, first.r);
+
+    // A new set-up while inactive, same rate.
+    plug.processor->setProcessing(false);
+    plug.component->setActive(false);
+    ProcessSetup setup{kRealtime, kSample64, kBlock, kRate};
+    ASSERT_EQ(plug.processor->setupProcessing(setup), kResultOk);
+    plug.component->setActive(true);
+    plug.processor->setProcessing(true);
+    again = Render(plug, noise, kBlock);
+    EXPECT_EQ(again.l, first.l);
+    EXPECT_EQ(again.r, first.r);
+
+    // The host switches to offline rendering without a new set-up: the mode of the process call.
+    again = Render(plug, noise, kBlock, nullptr, kOffline);
+    EXPECT_EQ(again.l, first.l);
+    EXPECT_EQ(again.r, first.r);
+    plug.Stop();
+}
+
+// Offset of TapOnMask[0] in a state chunk: behind the menu folder and the focused parameter.
+std::size_t TapMaskOffset(const std::vector<std::uint8_t>& state)
+{
+    return FindMenuFields(state).folderEnd + 4;
+}
+
+// Peak of each of the eight taps of slot 1 after a click, per side: tap t sounds (t + 1) x 50 ms
+// after the click (the default tap step), plus the plug-in's latency.
+struct TapPeaks
+{
+    std::array<double, 8> l{}, r{};
+};
+
+TapPeaks ClickTaps(Instance& plug, double rate)
+{
+    const auto click = static_cast<std::size_t>(0.2 * rate);
+    const auto n = click + static_cast<std::size_t>(0.6 * rate);
+    Take in{std::vector<double>(n), std::vector<double>(n)};
+    in.l[click] = in.r[click] = 1.0;
+    const Take out = Render(plug, in, 256);
+    const auto latency = static_cast<std::size_t>(plug.processor->getLatencySamples());
+    TapPeaks peaks;
+    for (std::size_t t = 0; t < 8; ++t)
+    {
+        const std::size_t at =
+            click + latency + static_cast<std::size_t>(static_cast<double>(t + 1) * 0.05 * rate);
+        const auto half = static_cast<std::size_t>(0.01 * rate);
+        for (std::size_t i = at - half; i < at + half; ++i)
+        {
+            peaks.l[t] = std::max(peaks.l[t], std::abs(out.l[i]));
+            peaks.r[t] = std::max(peaks.r[t], std::abs(out.r[i]));
+        }
+    }
+    return peaks;
+}
+
+// The tap on/off masks drive each tap's left and right on flags, heard per side; a fresh instance
+// stores all taps on and plays all of them.
+TEST(HostLoad, TapMasksSwitchEachTapPerSide)
+{
+    constexpr double kRate = 48000.0;
+    Instance plug;
+    plug.Start(kRate, 256, kSample64);
+    ParameterChanges changes;
+    AddPlain(plug, changes,
+             {{kDelayMode1, 3.0 /* TAPPED */}, {kDirectIn1, 50.0}, {kFeedback1, 0.0}, {kDryLevel, 0.0}});
+    Render(plug, Take{std::vector<double>(256), std::vector<double>(256)}, 256, &changes);
+
+    auto state = plug.ComponentState();
+    const std::size_t maskAt = TapMaskOffset(state);
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(ReadInt(state, maskAt + 4 * static_cast<std::size_t>(i)), 0xFFFF) << "mask " << i;
+    const TapPeaks fresh = ClickTaps(plug, kRate);
+    for (int t = 0; t < 8; ++t)
+    {
+        EXPECT_GT(fresh.l[t], 0.05) << "tap " << t;
+        EXPECT_GT(fresh.r[t], 0.05) << "tap " << t;
+    }
+
+    const std::pair<std::int32_t, std::int32_t> masks[] = {
+        {0x0055, 0x00AA}, {0x000F, 0x00F0}, {0x0081, 0x0000}, {0x00FE, 0x007F}};
+    for (const auto& [left, right] : masks)
+    {
+        SCOPED_TRACE(::testing::Message() << std::hex << left << " / " << right);
+        std::memcpy(state.data() + maskAt, &left, 4);
+        std::memcpy(state.data() + maskAt + 4, &right, 4);
+        MemoryStream stream(state);
+        ASSERT_EQ(plug.component->setState(&stream), kResultOk);
+        const TapPeaks p = ClickTaps(plug, kRate);
+        for (int t = 0; t < 8; ++t)
+        {
+            const bool onL = ((left >> t) & 1) != 0;
+            const bool onR = ((right >> t) & 1) != 0;
+            if (onL)
+                EXPECT_GT(p.l[t], 0.5 * fresh.l[t]) << "tap " << t << " left";
+            else
+                EXPECT_LT(p.l[t], 1e-3 * fresh.l[t]) << "tap " << t << " left";
+            if (onR)
+                EXPECT_GT(p.r[t], 0.5 * fresh.r[t]) << "tap " << t << " right";
+            else
+                EXPECT_LT(p.r[t], 1e-3 * fresh.r[t]) << "tap " << t << " right";
+        }
+        // The state the host saves holds the masks that play.
+        const auto saved = plug.ComponentState();
+        EXPECT_EQ(ReadInt(saved, maskAt), left);
+        EXPECT_EQ(ReadInt(saved, maskAt + 4), right);
+    }
+    plug.Stop();
+}
+
+// Automated effect-type changes in an offline render: each takes effect in the host block where it
+// arrives, so two renders of the same automation are identical and the output first departs from
+// a render without the change within that block (plus the latency).
+TEST(HostLoad, OfflineEffectTypeChangesTakeEffectWhereTheyArrive)
+{
+    constexpr double kRate = 48000.0;
+    constexpr int kBlock = 256;
+    const Take noise = NoiseTake(static_cast<std::size_t>(1.0 * kRate), 0.4, 61);
+    // Host block at which each type change arrives, and the POST type it asks for.
+    const std::vector<std::pair<int, const char16_t*>> changesAt = {{20, u"RING MOD"}, {41, u"PHASE"},
+                                                                    {42, u"COMB"},     {90, u"FREQ SHIFT"},
+                                                                    {91, u"OFF"},      {120, u"LOFI II"}};
+    const auto render = [&](bool withChanges)
+    {
+        Instance plug;
+        plug.ActivateBuses();
+        ProcessSetup setup{kOffline, kSample64, kBlock, kRate};
+        EXPECT_EQ(plug.processor->setupProcessing(setup), kResultOk);
+        plug.component->setActive(true);
+        plug.processor->setProcessing(true);
+        Take out{std::vector<double>(noise.Size()), std::vector<double>(noise.Size())};
+        const int blocks = static_cast<int>(noise.Size()) / kBlock;
+        for (int k = 0; k < blocks; ++k)
+        {
+            ParameterChanges changes;
+            if (k == 0)
+                AddPlain(plug, changes,
+                         {{kSlotOn1, 1.0},
+                          {304 /* FXOn PO 1 */, 1.0},
+                          {kDryLevel, 0.0},
+                          {124, 60.0},
+                          {160, 70.0},
+                          {196, 40.0},
+                          {232, 55.0},
+                          {268, 100.0} /* FXParam1..5 PO 1 */});
+            for (const auto& [at, type] : changesAt)
+                if (withChanges && at == k)
+                    changes.Add(112 /* FX1 PO */, 0,
+                                plug.controller->plainParamToNormalized(112, ListValue(plug, 112, type)));
+            AudioRig<double> rig(kBlock, {2, 2}, {2});
+            for (int i = 0; i < kBlock; ++i)
+            {
+                rig.In(0, 0)[i] = noise.l[static_cast<std::size_t>(k * kBlock + i)];
+                rig.In(0, 1)[i] = noise.r[static_cast<std::size_t>(k * kBlock + i)];
+            }
+            rig.data.processMode = kOffline;
+            rig.data.inputParameterChanges = &changes;
+            EXPECT_EQ(plug.processor->process(rig.data), kResultOk);
+            // A host rendering offline runs far faster than real time; give a worker no chance.
+            for (int i = 0; i < kBlock; ++i)
+            {
+                out.l[static_cast<std::size_t>(k * kBlock + i)] = rig.Out(0, 0)[i];
+                out.r[static_cast<std::size_t>(k * kBlock + i)] = rig.Out(0, 1)[i];
+            }
+        }
+        plug.Stop();
+        return out;
+    };
+    const Take plain = render(false);
+    const Take first = render(true);
+    const Take second = render(true);
+    EXPECT_EQ(first.l, second.l);
+    EXPECT_EQ(first.r, second.r);
+    std::size_t departs = 0;
+    while (departs < plain.Size() && plain.l[departs] == first.l[departs] &&
+           plain.r[departs] == first.r[departs])
+        ++departs;
+    const std::size_t arrives = 20 * kBlock;
+    EXPECT_GE(departs, arrives);
+    EXPECT_LT(departs, arrives + kBlock + 200) << "the first change was heard late";
+}
+
+// States loaded again and again while another thread processes audio: the output stays finite
+// throughout (the FAST limiter included), and afterwards the last state is in force: the saved
+// state is its bytes, and a render equals that of a fresh instance given the same state.
+TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
+{
+    constexpr double kRate = 44100.0;
+    constexpr int kBlock = 256;
+    const auto stateWith = [&](std::initializer_list<std::pair<ParamID, double>> values)
+    {
+        Instance maker;
+        maker.Start(kRate, kBlock, kSample64);
+        ParameterChanges changes;
+        AddPlain(maker, changes, values);
+        Render(maker, Take{std::vector<double>(kBlock), std::vector<double>(kBlock)}, kBlock, &changes);
+        auto state = maker.ComponentState();
+        maker.Stop();
+        return state;
+    };
+    const auto a = stateWith({{kSlotOn1, 1.0},
+                              {kDirectIn1, 50.0},
+                              {kFeedback1, 120.0},
+                              {kLimiterOn, 3.0 /* FAST */},
+                              {kTimebase1, 0.0},
+                              {kDelayTimeL1, 7.0},
+                              {kDelayTimeR1, 3000.0},
+                              {kMasterFx, 2.0 /* REVERB */},
+                              {kMasterFxLevel, 150.0}});
+    const auto b = stateWith({{kSlotOn1, 1.0},
+                              {kDirectIn1, 30.0},
+                              {kFeedback1, 40.0},
+                              {kLimiterOn, 3.0 /* FAST */},
+                              {kTimebase1, 0.0},
+                              {kDelayTimeL1, 250.0},
+                              {kDelayTimeR1, 375.0},
+                              {kMasterFx, 2.0 /* REVERB */},
+                              {kMasterFxLevel, 80.0}});
+    ASSERT_NE(a, b);
+
+    Instance plug;
+    plug.Start(kRate, kBlock, kSample64);
+    std::atomic<bool> done{false};
+    std::atomic<long> badAt{-1};
+    std::thread audio(
+        [&]
+        {
+            const Take noise = NoiseTake(kBlock, 0.5, 71);
+            long blocks = 0;
+            while (!done)
+            {
+                const Take out = Render<double>(plug, noise, kBlock);
+                if (FirstNonFinite(out) >= 0 && badAt < 0) badAt = blocks;
+                ++blocks;
+            }
+        });
+    for (int k = 0; k < 80; ++k)
+    {
+        MemoryStream stream(k % 2 == 0 ? a : b);
+        ASSERT_EQ(plug.component->setState(&stream), kResultOk);
+        std::this_thread::sleep_for(std::chrono::microseconds(300 + 97 * (k % 7)));
+    }
+    done = true;
+    audio.join();
+    EXPECT_EQ(badAt, -1) << "a non-finite sample in block " << badAt;
+    EXPECT_EQ(plug.ComponentState(), b);
+
+    // The last state plays: the same render as a fresh instance given it.
+    Instance fresh;
+    MemoryStream stream(b);
+    ASSERT_EQ(fresh.component->setState(&stream), kResultOk);
+    fresh.Start(kRate, kBlock, kSample64);
+    plug.Stop();
+    plug.Start(kRate, kBlock, kSample64);
+    const Take noise = NoiseTake(static_cast<std::size_t>(kRate), 0.5, 73);
+    const Take got = Render<double>(plug, noise, kBlock);
+    const Take expected = Render<double>(fresh, noise, kBlock);
+    ASSERT_EQ(FirstNonFinite(got), -1);
+    EXPECT_EQ(got.l, expected.l);
+    EXPECT_EQ(got.r, expected.r);
+    plug.Stop();
+    fresh.Stop();
+}
+
+// Plain value of a parameter as the saved state holds it (the chunk's value in its own unit).
+double SavedValue(const std::vector<std::uint8_t>& state, ParamID id)
+{
+    double v = 0.0;
+    std::memcpy(&v,
+                state.data() + state.size() - static_cast<std::size_t>(kNumParams - static_cast<int>(id)) * 8,
+                sizeof v);
+    return v;
+}
+
+// Values the plug-in writes by itself reach the host on its next call from the UI thread, with no
+// editor open; and where the host set such a value in the same call, the host's value stands and
+// is what the saved state holds, in either order of the queues.
+TEST(HostLoad, ValuesThePlugInWritesReachTheHostAndTheHostsOwnWin)
+{
+    for (bool timeFirst : {false, true})
+    {
+        SCOPED_TRACE(timeFirst ? "time queue first" : "time base queue first");
+        Instance plug;
+        plug.Start(48000.0, 256, kSample64);
+        ParameterChanges changes;
+        const double ms = plug.controller->plainParamToNormalized(kTimebase1, 0.0 /* MS */);
+        const double time = plug.controller->plainParamToNormalized(kDelayTimeL1, 500.0);
+        if (timeFirst) changes.Add(kDelayTimeL1, 0, time);
+        changes.Add(kTimebase1, 0, ms);
+        if (!timeFirst) changes.Add(kDelayTimeL1, 0, time);
+        Render(plug, Take{std::vector<double>(256), std::vector<double>(256)}, 256, &changes);
+        // 500 up to the normalised round trip of the host's own value (far below 499.99998).
+        EXPECT_NEAR(plug.controller->normalizedParamToPlain(
+                        kDelayTimeL1, plug.controller->getParamNormalized(kDelayTimeL1)),
+                    500.0, 1e-9);
+        EXPECT_NEAR(SavedValue(plug.ComponentState(), kDelayTimeL1), 500.0, 1e-9);
+        plug.Stop();
+    }
+
+    // The switch alone: the right time, rewritten by the plug-in, reaches the handler.
+    Instance plug;
+    plug.Start(48000.0, 256, kSample64);
+    ParameterChanges changes;
+    changes.Add(kTimebase1, 0, plug.controller->plainParamToNormalized(kTimebase1, 0.0));
+    plug.handler.Clear();
+    Render(plug, Take{std::vector<double>(256), std::vector<double>(256)}, 256, &changes);
+    const double right = plug.controller->getParamNormalized(kDelayTimeR1); // a host's UI-thread call
+    bool told = false;
+    for (const auto& edit : plug.handler.Edits())
+        told = told || (edit.kind == 'p' && edit.id == kDelayTimeR1 && edit.value == right);
+    EXPECT_TRUE(told);
+    EXPECT_EQ(SavedValue(plug.ComponentState(), kDelayTimeR1),
+              plug.controller->normalizedParamToPlain(kDelayTimeR1, right));
+    plug.Stop();
 }
 } // namespace

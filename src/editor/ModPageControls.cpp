@@ -6,6 +6,7 @@
 
 #include "editor/IGraphics.h"
 #include "editor/MainLayout.h"
+#include "editor/ValuePopUpControl.h"
 #include "editor/WaveDraw.h"
 #include "params/IParamRecord.h"
 
@@ -90,22 +91,7 @@ void IColorSetPopUpControl::OnMouseDown(int x, int y, const IMouseMod& mod)
 void IColorSetPopUpControl::Draw(IGraphics* graphics)
 {
     // Drawn as the pages' value fields are, so the options read like the rest of the editor.
-    static constexpr IColor kField = IColor::FromRGB(0x0F1217);
-    static constexpr IColor kBorder = IColor::FromRGB(0x2F3541);
-    static constexpr IColor kText = IColor::FromRGB(0xE8EBF0);
-    static constexpr IColor kArrow = IColor::FromRGB(0x8A93A4);
-    IRaster& raster = graphics->Raster();
-    raster.FillRoundRect(kBorder, mRect, 3.0);
-    raster.FillRoundRect(kField, mRect.Inset(1), 2.5);
-    if (mAccent) raster.FillRect(*mAccent, IRECT(mRect.L + 1, mRect.T + 4, mRect.L + 3, mRect.B - 4));
-    IText text;
-    text.mSize = 12;
-    text.mColor = &kText;
-    text.mAlign = IText::kAlignNear;
-    raster.DrawText(text, SetName(), IRECT(mRect.L + 9, mRect.T, mRect.R - 18, mRect.B));
-    const double ax = mRect.R - 10.5, ay = (mRect.T + mRect.B) / 2.0;
-    raster.DrawLine(kArrow, ax - 3.5, ay - 1.5, ax, ay + 2.0, 1.5);
-    raster.DrawLine(kArrow, ax, ay + 2.0, ax + 3.5, ay - 1.5, 1.5);
+    DrawValueField(graphics, mRect, mAccent, SetName());
 }
 
 IStepArrowControl::IStepArrowControl(IPlugBase* plug, const IRECT& rect, int paramIdx, const IBitmap& bitmap,

@@ -26,25 +26,29 @@ std::string IValuePopUpControl::ValueText() const
     return param->GetDisplayForHost(param->QuantizedFromNormalized(mValue), false);
 }
 
-void IValuePopUpControl::Draw(IGraphics* graphics)
+void DrawValueField(IGraphics* graphics, const IRECT& rect, const IColor* accent, const char* text)
 {
     static constexpr IColor kField = IColor::FromRGB(0x0F1217);
     static constexpr IColor kBorder = IColor::FromRGB(0x2F3541);
     static constexpr IColor kText = IColor::FromRGB(0xE8EBF0);
     static constexpr IColor kArrow = IColor::FromRGB(0x8A93A4);
     IRaster& raster = graphics->Raster();
-    raster.FillRoundRect(kBorder, mRect, 3.0);
-    raster.FillRoundRect(kField, mRect.Inset(1), 2.5);
-    if (mAccent) raster.FillRect(*mAccent, IRECT(mRect.L + 1, mRect.T + 4, mRect.L + 3, mRect.B - 4));
-    IText text;
-    text.mSize = 12;
-    text.mColor = &kText;
-    text.mAlign = IText::kAlignNear;
-    const std::string value = ValueText();
-    raster.DrawText(text, value.c_str(), IRECT(mRect.L + 9, mRect.T, mRect.R - 18, mRect.B));
-    const double ax = mRect.R - 10.5, ay = (mRect.T + mRect.B) / 2.0;
+    raster.FillRoundRect(kBorder, rect, 3.0);
+    raster.FillRoundRect(kField, rect.Inset(1), 2.5);
+    if (accent) raster.FillRect(*accent, IRECT(rect.L + 1, rect.T + 4, rect.L + 3, rect.B - 4));
+    IText style;
+    style.mSize = 12;
+    style.mColor = &kText;
+    style.mAlign = IText::kAlignNear;
+    raster.DrawText(style, text, IRECT(rect.L + 9, rect.T, rect.R - 18, rect.B));
+    const double ax = rect.R - 10.5, ay = (rect.T + rect.B) / 2.0;
     raster.DrawLine(kArrow, ax - 3.5, ay - 1.5, ax, ay + 2.0, 1.5);
     raster.DrawLine(kArrow, ax, ay + 2.0, ax + 3.5, ay - 1.5, 1.5);
+}
+
+void IValuePopUpControl::Draw(IGraphics* graphics)
+{
+    DrawValueField(graphics, mRect, mAccent, ValueText().c_str());
 }
 
 ISelectorLabelControl::ISelectorLabelControl(IPlugBase* plug, const IRECT& rect, int selectorParam,

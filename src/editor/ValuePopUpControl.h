@@ -7,6 +7,9 @@
 
 #include "editor/IControl.h"
 
+// The look of every value field: a framed well, the accent mark, the text and a down arrow.
+void DrawValueField(IGraphics* graphics, const IRECT& rect, const IColor* accent, const char* text);
+
 class IValuePopUpControl : public IControl
 {
   public:

@@ -6,6 +6,12 @@
 #include "editor/IGraphics.h"
 #include "host/IPlugBase.h"
 
+void IControl::AddAuxParam(int paramIdx)
+{
+    mAuxParams.push_back({paramIdx, 0.0});
+    if (mGraphics) mGraphics->InvalidateParamBindings();
+}
+
 IControl::IControl(IPlugBase* plug, const IRECT& rect, int paramIdx, IChannelBlend blend)
     : mPlug(plug), mRect(rect), mTargetRect(rect), mParamIdx(paramIdx), mBlend(blend)
 {

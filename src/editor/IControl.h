@@ -76,7 +76,7 @@ class IControl
     bool IsPromptDisabled() const { return mDisablePrompt; }
     void SetTooltip(std::string text) { mTooltip = std::move(text); }
     const std::string& Tooltip() const { return mTooltip; }
-    void AddAuxParam(int paramIdx) { mAuxParams.push_back({paramIdx, 0.0}); }
+    void AddAuxParam(int paramIdx);
     const std::vector<AuxParam>& AuxParams() const { return mAuxParams; }
     void SetAction(Action action) { mAction = std::move(action); }
     IPlugBase* Plug() const { return mPlug; }

@@ -184,13 +184,36 @@ void IGraphics::SetParameterFromPlug(int id, double value, bool normalized)
 {
     if (!normalized && mPlug)
         if (const IParamRecord* param = mPlug->GetParam(id)) value = param->GetNormalized(value);
+    if (mBindingsStale || mBoundControls != mControls.size()) BindParams();
+    if (id < 0 || id >= static_cast<int>(mBindings.size())) return;
+    for (const ParamBinding& binding : mBindings[static_cast<std::size_t>(id)])
+    {
+        if (binding.aux < 0)
+            binding.control->SetValueFromPlug(value);
+        else
+            binding.control->SetAuxParamValueFromPlug(binding.aux, value);
+    }
+}
+
+void IGraphics::BindParams()
+{
+    mBindings.clear();
+    const auto bind = [this](int id, IControl* control, int aux)
+    {
+        if (id < 0) return;
+        if (static_cast<std::size_t>(id) >= mBindings.size())
+            mBindings.resize(static_cast<std::size_t>(id) + 1);
+        mBindings[static_cast<std::size_t>(id)].push_back({control, aux});
+    };
     for (const auto& control : mControls)
     {
-        if (control->ParamIdx() == id) control->SetValueFromPlug(value);
+        bind(control->ParamIdx(), control.get(), -1);
         const auto& aux = control->AuxParams();
         for (int i = 0; i < static_cast<int>(aux.size()); ++i)
-            if (aux[i].mParamIdx == id) control->SetAuxParamValueFromPlug(i, value);
+            bind(aux[i].mParamIdx, control.get(), i);
     }
+    mBoundControls = mControls.size();
+    mBindingsStale = false;
 }
 
 void IGraphics::SetParameterFromControl(const IControl& source)

@@ -104,6 +104,8 @@ class IGraphics : public IEditorLink, public IEditorWindow
     void PrepDraw() override;
     // A control's new value reaches the other controls of its parameter.
     void SetParameterFromControl(const IControl& source);
+    // A control's parameters changed after it was attached.
+    void InvalidateParamBindings() { mBindingsStale = true; }
 
     // ---- Window (IEditorWindow) ----
     bool IsPlatformTypeSupported(const char* type) const override;
@@ -170,6 +172,18 @@ class IGraphics : public IEditorLink, public IEditorWindow
     int mWidth, mHeight, mFPS;
     double mScale = 1.0;
     std::vector<std::unique_ptr<IControl>> mControls;
+    // The controls of each parameter id in attach order (aux -1: the control's own parameter):
+    // the plug-in may move all 1095 parameters in one go, and a search of every control for each
+    // would cost a thousand times more.
+    struct ParamBinding
+    {
+        IControl* control;
+        int aux;
+    };
+    std::vector<std::vector<ParamBinding>> mBindings;
+    std::size_t mBoundControls = 0;
+    bool mBindingsStale = true;
+    void BindParams();
     std::vector<bool> mShown; // visible at its last draw, per control
     IBitmap mBackground;
     IColor mPanelColor = IColor::FromRGB(0x14171D);

@@ -50,6 +50,15 @@ template <typename F> tresult Guarded(F&& body) noexcept
     }
 }
 
+// Hosts that keep parameter values in single precision hand our own values back rounded: a
+// session reload sets every parameter after the state. Such an echo is no change, or a reloaded
+// session would play 499.99998 ms where the saved one played 500.
+bool IsSinglePrecisionEcho(const IParamRecord& record, double normalized)
+{
+    const double current = record.GetNormalized();
+    return normalized != current && static_cast<float>(normalized) == static_cast<float>(current);
+}
+
 bool HasBuffers(const AudioBusBuffers& bus)
 {
     return bus.numChannels > 0 && bus.channelBuffers32 != nullptr;
@@ -325,7 +334,11 @@ tresult PLUGIN_API IPlugVST3::process(ProcessData& data) QUORVEX_NONBLOCKING
             ConnectOutputs(data);
 
             const int nFrames = data.numSamples;
-            if (nFrames <= 0) return kResultOk;
+            if (nFrames <= 0)
+            {
+                ReportHostEdits(data.outputParameterChanges);
+                return kResultOk;
+            }
             if (data.symbolicSampleSize == kSample64)
             {
                 if (IsBypassed())
@@ -346,6 +359,7 @@ tresult PLUGIN_API IPlugVST3::process(ProcessData& data) QUORVEX_NONBLOCKING
             SilenceUnusedOutputs(data);
             for (int32 b = 0; data.outputs && b < data.numOutputs; ++b)
                 data.outputs[b].silenceFlags = 0;
+            ReportHostEdits(data.outputParameterChanges);
             return kResultOk;
         });
 }
@@ -428,6 +442,7 @@ void IPlugVST3::ApplyParameterChanges(IParameterChanges* changes)
         else if (id < static_cast<ParamID>(NParams()))
         {
             const int param = static_cast<int>(id);
+            if (IsSinglePrecisionEcho(*GetParam(param), value)) continue;
             GetParam(param)->SetNormalized(value);
             mPending.Mark(param, PendingNotices::kEditor);
             OnParamChange(param);
@@ -442,11 +457,28 @@ void IPlugVST3::ApplyParameterChanges(IParameterChanges* changes)
         ParamValue value = 0.0;
         if (!lastPoint(i, id, value) || id >= static_cast<ParamID>(NParams())) continue;
         IParamRecord* record = GetParam(static_cast<int>(id));
+        if (IsSinglePrecisionEcho(*record, value)) continue;
         const double wanted = record->QuantizedFromNormalized(value);
         if (record->value == wanted) continue;
         record->value = wanted;
         OnParamChange(static_cast<int>(id));
     }
+}
+
+// Without a host queue (or with a full one) the marks stay for the next UI-thread call, which
+// tells the host through the component handler.
+void IPlugVST3::ReportHostEdits(IParameterChanges* changes)
+{
+    if (!changes) return;
+    mPending.TakeHostEdits(
+        [&](int id)
+        {
+            int32 index = 0;
+            IParamValueQueue* queue = changes->addParameterData(static_cast<ParamID>(id), index);
+            int32 point = 0;
+            if (!queue || queue->addPoint(0, GetParam(id)->GetNormalized(), point) != kResultOk)
+                mPending.Mark(id, PendingNotices::kHostEdit);
+        });
 }
 
 void IPlugVST3::ConnectInputs(const ProcessData& data)
@@ -573,7 +605,8 @@ tresult PLUGIN_API IPlugVST3::setParamNormalized(ParamID tag, ParamValue value)
         {
             std::lock_guard lock(paramsMutex);
             if (tag >= static_cast<ParamID>(NParams())) return kResultFalse;
-            GetParam(static_cast<int>(tag))->SetNormalized(std::clamp(value, 0.0, 1.0));
+            IParamRecord* record = GetParam(static_cast<int>(tag));
+            if (!IsSinglePrecisionEcho(*record, value)) record->SetNormalized(std::clamp(value, 0.0, 1.0));
             return kResultOk;
         });
 }

@@ -174,6 +174,9 @@ class IPlugVST3 : public IPlugBase, public Steinberg::Vst::IUnitInfo, public Sin
     void BuildBusesAndParameters();
     Steinberg::Vst::UnitID UnitForGroup(const char* group);
     void ApplyParameterChanges(Steinberg::Vst::IParameterChanges* changes);
+    // Hands the host what the plug-in wrote itself during the call (a time base switch rewriting
+    // the delay times, a link's twin, a step preset, an effect type's defaults).
+    void ReportHostEdits(Steinberg::Vst::IParameterChanges* changes);
     static void SilenceOutputs(Steinberg::Vst::ProcessData& data);
     void ConnectInputs(const Steinberg::Vst::ProcessData& data);
     void ConnectOutputs(const Steinberg::Vst::ProcessData& data);

@@ -10,6 +10,7 @@ void PendingNotices::Resize(int nParams)
         mFlags[id].store(0, std::memory_order_relaxed);
     mSize = n;
     mAny = false;
+    mAnyHostEdit = false;
 }
 
 void PendingNotices::Mark(int id, Kind kind) noexcept
@@ -18,4 +19,5 @@ void PendingNotices::Mark(int id, Kind kind) noexcept
     mFlags[id].fetch_or(kind, std::memory_order_release);
     // Set after the flag, so a taker that sees mAny also sees the flag.
     mAny.store(true, std::memory_order_release);
+    if (kind == kHostEdit) mAnyHostEdit.store(true, std::memory_order_release);
 }

@@ -21,6 +21,7 @@
 #include <filesystem>
 #include <initializer_list>
 #include <limits>
+#include <map>
 #include <random>
 #include <set>
 #include <string>
@@ -1757,5 +1758,154 @@ TEST(HostLoad, ValuesThePlugInWritesReachTheHostAndTheHostsOwnWin)
     EXPECT_EQ(SavedValue(plug.ComponentState(), kDelayTimeR1),
               plug.controller->normalizedParamToPlain(kDelayTimeR1, right));
     plug.Stop();
+}
+
+// The last value of each queue a plug-in wrote into a host's output changes, by id.
+std::map<ParamID, ParamValue> Written(ParameterChanges& out)
+{
+    std::map<ParamID, ParamValue> values;
+    for (int32 i = 0; i < out.getParameterCount(); ++i)
+    {
+        IParamValueQueue* queue = out.getParameterData(i);
+        int32 offset = 0;
+        ParamValue value = 0.0;
+        if (queue && queue->getPoint(queue->getPointCount() - 1, offset, value) == kResultTrue)
+            values[queue->getParameterId()] = value;
+    }
+    return values;
+}
+
+// One call of silence carrying `in`, with an output queue as a host that reads it gives.
+std::map<ParamID, ParamValue> ProcessTelling(Instance& plug, IParameterChanges* in,
+                                             ProcessModes mode = kRealtime)
+{
+    AudioRig<double> rig(256, {2, 2}, {2});
+    ParameterChanges out;
+    rig.data.inputParameterChanges = in;
+    rig.data.outputParameterChanges = &out;
+    rig.data.processMode = mode;
+    EXPECT_EQ(plug.processor->process(rig.data), kResultOk);
+    return Written(out);
+}
+
+ParamValue FromText(Instance& plug, ParamID id, std::u16string text)
+{
+    ParamValue normalized = -1.0;
+    EXPECT_EQ(plug.controller->getParamValueByString(id, text.data(), normalized), kResultTrue) << id;
+    return normalized;
+}
+
+// Values the plug-in writes itself come back in the very process call that made them, through the
+// output changes of a host that offers them (no editor, no UI-thread call needed), each once: a
+// later UI-thread call doesn't tell the host again.
+TEST(HostLoad, ValuesThePlugInWritesComeBackInTheProcessCall)
+{
+    constexpr ParamID kLink1 = 760;
+    constexpr ParamID kLfoSync1 = 844;
+    const auto toldOnlyThere = [](Instance& plug, const std::map<ParamID, ParamValue>& written)
+    {
+        plug.handler.Clear();
+        for (const auto& [id, value] : written)
+            EXPECT_EQ(value, plug.controller->getParamNormalized(id)) << id; // a UI-thread call
+        for (const auto& edit : plug.handler.Edits())
+            EXPECT_EQ(written.count(edit.id), 0u) << "told twice: " << edit.id;
+    };
+
+    Instance plug;
+    plug.Start(48000.0, 256, kSample64);
+    // The time base switch: a synced slot set free plays its synced times: four eighths (the
+    // factors' default) at 120 bpm, 1000 ms.
+    ParameterChanges synced;
+    synced.Add(kTimebase1, 0, FromText(plug, kTimebase1, u"1/8"));
+    AddPlain(plug, synced, {{kDelayTimeL1, 200.0}, {kDelayTimeR1, 300.0}});
+    ProcessTelling(plug, &synced);
+    ParameterChanges free;
+    AddPlain(plug, free, {{kTimebase1, 0.0}});
+    auto written = ProcessTelling(plug, &free);
+    ASSERT_EQ(written.count(kDelayTimeL1), 1u);
+    ASSERT_EQ(written.count(kDelayTimeR1), 1u);
+    EXPECT_NEAR(plug.controller->normalizedParamToPlain(kDelayTimeL1, written[kDelayTimeL1]), 1000.0, 1e-9);
+    EXPECT_NEAR(plug.controller->normalizedParamToPlain(kDelayTimeR1, written[kDelayTimeR1]), 1000.0, 1e-9);
+    EXPECT_EQ(written.count(kTimebase1), 0u) << "the host's own change isn't echoed";
+    toldOnlyThere(plug, written);
+
+    // The link: the right time follows the left.
+    ParameterChanges link;
+    AddPlain(plug, link, {{kLink1, 1.0}});
+    ProcessTelling(plug, &link);
+    ParameterChanges left;
+    AddPlain(plug, left, {{kDelayTimeL1, 250.0}});
+    written = ProcessTelling(plug, &left);
+    ASSERT_EQ(written.count(kDelayTimeR1), 1u);
+    EXPECT_NEAR(plug.controller->normalizedParamToPlain(kDelayTimeR1, written[kDelayTimeR1]), 250.0, 1e-9);
+    toldOnlyThere(plug, written);
+
+    // An LFO switched from hertz to note values gets the rate in the new unit.
+    const ParamValue hertz = plug.controller->getParamNormalized(kLfoRate1);
+    ParameterChanges sync;
+    sync.Add(kLfoSync1, 0, 1.0);
+    written = ProcessTelling(plug, &sync);
+    ASSERT_EQ(written.count(kLfoRate1), 1u);
+    EXPECT_NE(written[kLfoRate1], hertz);
+    toldOnlyThere(plug, written);
+
+    plug.Stop();
+}
+
+// A host that keeps parameter values in single precision (as some DAWs do) saves them beside the
+// state and sets them again after loading it, also after a time base switch and a host change of
+// the time in the same call: the reopened session renders bit for bit as the saved one.
+TEST(HostLoad, ASessionSavedByASinglePrecisionHostReopensBitIdentical)
+{
+    constexpr int kBlock = 256;
+    std::map<ParamID, float> shadow; // what the host shows and saves
+    const auto hostSets = [&](Instance& plug, ParameterChanges& changes)
+    {
+        for (const auto& [id, value] : Written(changes))
+            shadow[id] = static_cast<float>(value);
+        for (const auto& [id, value] : ProcessTelling(plug, &changes))
+            shadow[id] = static_cast<float>(value);
+    };
+
+    Instance saved;
+    saved.Start(48000.0, kBlock, kSample64);
+    for (ParamID id = 0; id < static_cast<ParamID>(kNumParams); ++id)
+        shadow[id] = static_cast<float>(saved.controller->getParamNormalized(id));
+    ParameterChanges first;
+    first.Add(kTimebase1, 0, FromText(saved, kTimebase1, u"1/8"));
+    AddPlain(saved, first, {{kDelayTimeL1, 200.0}, {kDelayTimeR1, 300.0}, {kFeedback1, 40.0}});
+    hostSets(saved, first);
+    ParameterChanges second;
+    AddPlain(saved, second, {{kTimebase1, 0.0}, {kDelayTimeL1, 123.4}});
+    hostSets(saved, second);
+    const std::vector<std::uint8_t> state = saved.ComponentState();
+    EXPECT_NEAR(SavedValue(state, kDelayTimeL1), 123.4, 1e-9) << "the host's time stands";
+    EXPECT_NEAR(SavedValue(state, kDelayTimeR1), 1000.0, 1e-9) << "the synced time, free";
+
+    Take impulse{std::vector<double>(48000), std::vector<double>(48000)};
+    impulse.l[100] = impulse.r[100] = 1.0;
+    saved.Stop();
+    saved.Start(48000.0, kBlock, kSample64);
+    const Take before = Render(saved, impulse, kBlock);
+    saved.Stop();
+
+    // Reopening: the host's values, the state, then its values once more with the first call.
+    Instance reopened;
+    ParameterChanges values;
+    for (const auto& [id, value] : shadow)
+    {
+        reopened.controller->setParamNormalized(id, value);
+        values.Add(id, 0, value);
+    }
+    MemoryStream stream(state);
+    ASSERT_EQ(reopened.component->setState(&stream), kResultOk);
+    reopened.Start(48000.0, kBlock, kSample64);
+    const Take after = Render(reopened, impulse, kBlock, &values);
+    EXPECT_NEAR(reopened.controller->normalizedParamToPlain(
+                    kDelayTimeR1, reopened.controller->getParamNormalized(kDelayTimeR1)),
+                1000.0, 1e-9);
+    EXPECT_EQ(after.l, before.l);
+    EXPECT_EQ(after.r, before.r);
+    reopened.Stop();
 }
 } // namespace

@@ -1,0 +1,86 @@
+// Values the plug-in writes itself while the user works its window (a step preset, an effect
+// type's defaults) reach the host at once through the component handler, each as one gesture.
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+#include "common/HostDoubles.h"
+#include "engine/Quorvex.h"
+#include "host/PlugInstance.h"
+#include "modulators/StepPresets.h"
+#include "params/ParamIds.h"
+
+namespace
+{
+using namespace hostdoubles;
+
+struct Plug
+{
+    Plug()
+    {
+        EXPECT_EQ(plug->initialize(&host), kResultOk);
+        plug->setComponentHandler(&handler);
+    }
+    ~Plug()
+    {
+        plug->setComponentHandler(nullptr);
+        plug->terminate();
+        plug->release();
+    }
+    Quorvex& Engine() { return *dynamic_cast<Quorvex*>(plug); }
+    // What the handler was told, as each id's performed value; fails on a perform outside a
+    // begin/end pair.
+    std::map<ParamID, double> Told()
+    {
+        std::map<ParamID, double> told;
+        std::map<ParamID, int> open;
+        for (const auto& edit : handler.Edits())
+        {
+            if (edit.kind == 'b') ++open[edit.id];
+            if (edit.kind == 'e') --open[edit.id];
+            if (edit.kind != 'p') continue;
+            EXPECT_EQ(open[edit.id], 1) << "perform outside a gesture: " << edit.id;
+            told[edit.id] = edit.value;
+        }
+        return told;
+    }
+
+    HostApplication host;
+    ComponentHandler handler;
+    IPlugVST3* plug = CreatePlugInstance();
+};
+
+TEST(HostNotices, WindowGesturesThatWriteOtherParametersTellTheHost)
+{
+    Plug p;
+    Quorvex& q = p.Engine();
+
+    p.handler.Clear();
+    q.ApplyGateStepPreset(0, kStepPresetRamp);
+    auto told = p.Told();
+    const int length = static_cast<int>(q.GetParam(kGate1Length)->value);
+    for (int i = 0; i < length; ++i)
+    {
+        ASSERT_EQ(told.count(kGate1Step1 + i), 1u) << "step " << i + 1;
+        EXPECT_EQ(told[kGate1Step1 + i], q.GetParam(kGate1Step1 + i)->GetNormalized());
+    }
+
+    // An effect type picked in the window starts from the type's knob defaults.
+    for (int p5 = 0; p5 < 5; ++p5)
+        q.SetParameterFromGUI(kFXParam1PR1 + p5 * (kFXParam2PR1 - kFXParam1PR1), 0.123);
+    p.handler.Clear();
+    q.BeginInformHostOfParamChange(kFX1PR); // the window's gesture around its pick
+    q.SetParameterFromGUI(kFX1PR, q.GetParam(kFX1PR)->GetNormalized(3.0));
+    q.EndInformHostOfParamChange(kFX1PR);
+    told = p.Told();
+    EXPECT_EQ(told.count(kFX1PR), 1u);
+    for (int p5 = 0; p5 < 5; ++p5)
+    {
+        const ParamID id = kFXParam1PR1 + p5 * (kFXParam2PR1 - kFXParam1PR1);
+        ASSERT_EQ(told.count(id), 1u) << "knob " << p5 + 1;
+        EXPECT_EQ(told[id], q.GetParam(static_cast<int>(id))->GetNormalized());
+        EXPECT_NE(told[id], 0.123) << "knob " << p5 + 1 << " kept the old value";
+    }
+}
+} // namespace

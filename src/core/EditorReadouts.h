@@ -23,7 +23,9 @@ class EditorReadouts
         kEnvIn1, // .. kEnvIn2: what each envelope follower hears
         kNumMeters = kEnvIn1 + 2
     };
-    static constexpr int kNumSteps = 4; // the gates' playing steps
+    static constexpr int kGateStep1 = 0; // .. the 4 gates' playing steps
+    static constexpr int kTapStep1 = 4;  // .. the 4 slots' loudest taps (-1 none)
+    static constexpr int kNumSteps = 8;
 
     // Audio thread.
     void HoldPeak(int meter, double peak)

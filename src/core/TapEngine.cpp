@@ -16,6 +16,8 @@ constexpr double kSwellMaxCount = 16.0;
 // Square-law grid of the pre-echoes: distance = (8 d)^2 x 500 x spread samples.
 constexpr double kSwellGridScale = 8.0;
 constexpr double kSwellGridSamples = 500.0;
+// Below this (-80 dB) no tap counts as playing.
+constexpr double kPlayingFloor = 1e-4;
 
 int ClampTap(int tap)
 {
@@ -171,6 +173,20 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
     mSwellRatio = mSwellCount > 0.0 ? kSwellPeak / mSwellCount : 0.0;
     mSwellSpread = swell * 0.9 + 0.1;
 
+    const bool track = trackPlaying;
+    int loudestTap = -1;
+    double loudest = kPlayingFloor;
+    const auto note = [&](int tap, const double* block, double gain)
+    {
+        double peak = 0.0;
+        VecMaxAbs(block, gBlockLen, &peak);
+        if (peak * std::abs(gain) > loudest)
+        {
+            loudest = peak * std::abs(gain);
+            loudestTap = tap;
+        }
+    };
+
     double acc = 0.0;
     for (int i = 0; i <= last; ++i)
     {
@@ -207,6 +223,7 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
                 VecCopy(read, io.tapL, gBlockLen);
                 AddSwell(left, io.tapL, acc);
                 if (fx) io.fx->RunTapFx(io.tapL, 2 * i);
+                if (track) note(i, io.tapL, std::max(gainA, panMode != kTapPanStereo ? gainB : 0.0));
                 VecAddScaled(io.tapL, gainA, io.postL, gBlockLen);
                 if (panMode != kTapPanStereo && gainB != 0.0)
                     VecAddScaled(io.tapL, gainB, io.postR, gBlockLen);
@@ -222,12 +239,15 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
                 VecCopy(read, io.tapR, gBlockLen);
                 AddSwell(right, io.tapR, acc);
                 if (fx) io.fx->RunTapFx(io.tapR, 2 * i + 1);
+                if (track) note(i, io.tapR, std::max(gainB, panMode != kTapPanStereo ? gainA : 0.0));
                 VecAddScaled(io.tapR, gainB, io.postR, gBlockLen);
                 if (panMode != kTapPanStereo && gainA != 0.0)
                     VecAddScaled(io.tapR, gainA, io.postL, gBlockLen);
             }
         }
     }
+
+    mPlayingTap = track ? loudestTap : -1;
 
     // This mode holds its FB effect back while the POST position is replaced.
     if (io.fbFxOn && !io.postSwapping && io.fx != nullptr) io.fx->RunFeedbackFx(io.fbOutL, io.fbOutR);

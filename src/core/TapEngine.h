@@ -107,6 +107,18 @@ class TapEngine
     // The tap that feeds back, from "DelayTap FB " and the tap count.
     int FeedbackTap() const;
 
+    // For the editor's tap numbers: while on, each block notes the sounding tap with the loudest
+    // contribution (after its level and pan), or -1 below -80 dB. Off, it costs nothing.
+    Relaxed<bool> trackPlaying{false};
+    // Audio thread, after the block: the tap noted, then -1 until a block notes one again (a slot
+    // in another mode plays no tap).
+    int TakePlayingTap()
+    {
+        const int tap = mPlayingTap;
+        mPlayingTap = -1;
+        return tap;
+    }
+
   private:
     // Adds the pre-echoes of a tap at `acc` samples, read straight from the line's memory.
     void AddSwell(const QLMMultiDelay& line, double* buffer, double acc) const;
@@ -115,4 +127,5 @@ class TapEngine
     double mSwellCount = 0.0;
     double mSwellRatio = 0.0;
     double mSwellSpread = 0.0;
+    Relaxed<int> mPlayingTap{-1};
 };

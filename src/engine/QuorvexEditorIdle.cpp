@@ -16,12 +16,16 @@
 
 void Quorvex::OnGUIOpen()
 {
+    for (Slot& slot : mSlots)
+        slot.Taps().trackPlaying = true;
     mEditorOpen = true;
 }
 
 void Quorvex::OnGUIClose()
 {
     mEditorOpen = false;
+    for (Slot& slot : mSlots)
+        slot.Taps().trackPlaying = false;
 }
 
 // Audio thread, once per block and only with a window open: a few peaks and a last sample each.
@@ -45,8 +49,10 @@ void Quorvex::PublishReadouts()
         const double* heard = mModulators.mEnv[e].SourceBuffer();
         mReadouts.HoldPeak(EditorReadouts::kEnvIn1 + e, heard ? BlockPeak(heard, kBlockSize) : 0.0);
     }
-    for (int g = 0; g < EditorReadouts::kNumSteps; ++g)
-        mReadouts.SetStep(g, mModulators.mGate[g].Step());
+    for (int g = 0; g < ModulatorBank::kGates; ++g)
+        mReadouts.SetStep(EditorReadouts::kGateStep1 + g, mModulators.mGate[g].Step());
+    for (int s = 0; s < kNumSlots; ++s)
+        mReadouts.SetStep(EditorReadouts::kTapStep1 + s, mSlots[s].Taps().TakePlayingTap());
 }
 
 // UI thread: the options page's own controls (the attenuator and the dry kill are state, not
@@ -183,6 +189,8 @@ void Quorvex::PresentReadouts()
         const int id = EditorReadouts::kEnvIn1 + e;
         mEditor->SetMeter(id, mMeters[id].Tick(MeterLaw(mReadouts.TakePeak(id))));
     }
-    for (int g = 0; g < EditorReadouts::kNumSteps; ++g)
-        mEditor->SetPlayingStep(g, mReadouts.Step(g));
+    for (int g = 0; g < ModulatorBank::kGates; ++g)
+        mEditor->SetPlayingStep(g, mReadouts.Step(EditorReadouts::kGateStep1 + g));
+    for (int s = 0; s < kNumSlots; ++s)
+        mEditor->Delay().SetPlayingTap(s, mReadouts.Step(EditorReadouts::kTapStep1 + s));
 }

@@ -367,3 +367,72 @@ TEST(EditorGateSteps, ThePlayingStepIsMarked)
     EXPECT_GT(seen.size(), 2u); // the mark moved along
     base.OnGUIClose();
 }
+
+// The large view's tap numbers light as the taps sound: after a click each tap lights in turn,
+// in the block where its echo leaves the slot, and none once the echoes have passed.
+TEST(EditorTapPlaying, EachTapLightsWhereItsEchoSounds)
+{
+    Rig rig;
+    Quorvex& plug = rig.Plug();
+    auto* editor = dynamic_cast<QuorvexEditor*>(plug.GetGUI());
+    ASSERT_NE(editor, nullptr);
+    rig.Set(kDelayOn1, 1.0);
+    rig.Set(kDelayMode1, DelayTapped);
+    rig.Set(kDelayTaps1, 3.0); // four taps, 100 ms apart
+    rig.Set(kTimebase1, 0.0);
+    rig.Set(kDelayTapsTime1, 100.0);
+    rig.Set(kDirectIn1, 100.0);
+    rig.Set(kFeedback1, 0.0);
+    IPlugBase& base = plug;
+    base.OnGUIOpen();
+
+    const int n = static_cast<int>(kRate);                             // one second
+    const int clickAt = static_cast<int>(kRate / 4) / kBlock * kBlock; // after the fade-in
+    std::vector<int> firstLit(4, -1);
+    std::vector<int> lights; // the tap shown after each block
+    Stereo click(kBlock);
+    click.l[0] = click.r[0] = 1.0;
+    Stereo out(static_cast<std::size_t>(n));
+    for (int start = 0; start < n; start += kBlock)
+    {
+        const Stereo block = rig.Run(start == clickAt ? click : Stereo(kBlock));
+        for (int i = 0; i < kBlock; ++i)
+        {
+            out.l[static_cast<std::size_t>(start + i)] = block.l[static_cast<std::size_t>(i)];
+            out.r[static_cast<std::size_t>(start + i)] = block.r[static_cast<std::size_t>(i)];
+        }
+        editor->OnTimerTick();
+        const int tap = editor->Delay().PlayingTap(0);
+        lights.push_back(tap);
+        if (tap >= 0 && tap < 4 && firstLit[static_cast<std::size_t>(tap)] < 0)
+            firstLit[static_cast<std::size_t>(tap)] = start;
+    }
+    // The echoes in the output, one per tap: the first sample of each above half the loudest.
+    std::vector<int> echoes;
+    double loudest = 0.0;
+    for (double v : out.l)
+        loudest = std::max(loudest, std::abs(v));
+    ASSERT_GT(loudest, 0.01);
+    for (int i = 0; i < n; ++i)
+        if (std::abs(out.l[static_cast<std::size_t>(i)]) > 0.5 * loudest &&
+            (echoes.empty() || i - echoes.back() > 2 * kBlock))
+            echoes.push_back(i);
+    ASSERT_EQ(echoes.size(), 4u);
+    // Each tap lights in the block that reads its echo; the output has it after the engine's path
+    // delay (under 3 ms, far below one editor frame), the same for every tap.
+    for (int t = 0; t < 4; ++t)
+    {
+        ASSERT_GE(firstLit[static_cast<std::size_t>(t)], 0) << "tap " << t + 1 << " never lit";
+        const int lead = echoes[static_cast<std::size_t>(t)] - firstLit[static_cast<std::size_t>(t)];
+        EXPECT_GE(lead, 0) << "tap " << t + 1;
+        EXPECT_LE(lead, 4 * kBlock) << "tap " << t + 1;
+        EXPECT_NEAR(lead, echoes[0] - firstLit[0], kBlock) << "tap " << t + 1;
+    }
+    EXPECT_EQ(lights.back(), -1) << "the echoes have passed";
+
+    // Closed, the taps aren't watched.
+    base.OnGUIClose();
+    rig.Run(click);
+    editor->OnTimerTick();
+    EXPECT_EQ(editor->Delay().PlayingTap(0), -1);
+}

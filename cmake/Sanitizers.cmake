@@ -18,3 +18,12 @@ elseif(QUORVEX_SANITIZE STREQUAL "fuzz")
 elseif(NOT QUORVEX_SANITIZE STREQUAL "")
   message(FATAL_ERROR "QUORVEX_SANITIZE must be asan, tsan, rtsan, fuzz or empty")
 endif()
+# A sanitizer's report needs function names and lines, not full debug information, which takes a
+# quarter of the compile time.
+if(NOT QUORVEX_SANITIZE STREQUAL "")
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    add_compile_options(-gline-tables-only)
+  else()
+    add_compile_options(-g1)
+  endif()
+endif()

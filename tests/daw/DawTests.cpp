@@ -691,6 +691,7 @@ TEST(ArdourSession, TimebaseOffKeepsTheSyncedTimesThroughSaveAndReopen)
     ASSERT_TRUE(CreateSession(rig, "timebase", {click}, s));
 
     const fs::path synced = rig.Root() / "synced.wav", free = rig.Root() / "free.wav";
+    const fs::path freeAgain = rig.Root() / "free-again.wav";
     const fs::path reopened = rig.Root() / "reopened.wav";
     const fs::path before = rig.Root() / "before.values", after = rig.Root() / "after.values";
     Commands run;
@@ -704,6 +705,7 @@ TEST(ArdourSession, TimebaseOffKeepsTheSyncedTimesThroughSaveAndReopen)
         .Settle()
         .ValuesTo(before)
         .Export(free)
+        .Export(freeAgain)
         .Save();
     ASSERT_TRUE(run.RunIn(rig, s, "timebase-run"));
     Commands reopen;
@@ -713,9 +715,10 @@ TEST(ArdourSession, TimebaseOffKeepsTheSyncedTimesThroughSaveAndReopen)
     Values v0, v1;
     ASSERT_TRUE(ReadValues(before, v0));
     ASSERT_TRUE(ReadValues(after, v1));
-    Stereo sy, fr, re;
+    Stereo sy, fr, fr2, re;
     ASSERT_TRUE(ReadStereo(synced, sy));
     ASSERT_TRUE(ReadStereo(free, fr));
+    ASSERT_TRUE(ReadStereo(freeAgain, fr2));
     ASSERT_TRUE(ReadStereo(reopened, re));
 
     // One echo a side (no feedback), at the time that is heard, and none at the unheard ones.
@@ -749,6 +752,11 @@ TEST(ArdourSession, TimebaseOffKeepsTheSyncedTimesThroughSaveAndReopen)
             EXPECT_NEAR(v.second, 500.0, 1e-3) << "Ardour's plug-in object for \"" << title << "\"";
         }
         EXPECT_EQ(v0.byTitle["Timebase 1"].first, 0.0);
+    }
+    {
+        SCOPED_TRACE("a second export in the same process");
+        EXPECT_TRUE(BitIdentical(fr, fr2));
+        expectEchoesAt(fr2, 500);
     }
     {
         SCOPED_TRACE("save, then reopen in a new ardour7-lua process");

@@ -68,6 +68,8 @@ end
 for line in io.lines(commands) do
   local f = split(line)
   local cmd = f[1]
+  -- In the log, so that Ardour's own messages can be placed.
+  print("QUORVEX-DAW command: " .. line)
   if cmd == "set" then
     D.control(proc, param(f[2])):set_value(tonumber(f[3]), PBD.GroupControlDisposition.NoGroup)
   elseif cmd == "settle" then

@@ -560,7 +560,7 @@ TEST(ArdourSession, EchoesEffectAutomationSaveAndReopen)
 
     const fs::path plain = rig.Root() / "plain.wav", fx = rig.Root() / "fx.wav";
     const fs::path first = rig.Root() / "first.wav", second = rig.Root() / "second.wav";
-    const fs::path reopened = rig.Root() / "reopened.wav";
+    const fs::path saved = rig.Root() / "saved.wav", reopened = rig.Root() / "reopened.wav";
     const fs::path before = rig.Root() / "before.values", after = rig.Root() / "after.values";
     Commands run;
     PlainEchoes(run, 200, 300, 50).Settle().Export(plain);
@@ -582,7 +582,9 @@ TEST(ArdourSession, EchoesEffectAutomationSaveAndReopen)
         .ValuesTo(before)
         .Export(first)
         .Export(second)
-        .Save();
+        .Save()
+        .Settle()
+        .Export(saved);
     ASSERT_TRUE(run.RunIn(rig, s, "echoes-run"));
     Commands reopen;
     reopen.Settle().ValuesTo(after).Export(reopened);
@@ -593,11 +595,12 @@ TEST(ArdourSession, EchoesEffectAutomationSaveAndReopen)
     ASSERT_TRUE(ReadValues(after, v1));
     EXPECT_EQ(v0.latency, kReportedLatency);
 
-    Stereo p, f, e1, e2, e3;
+    Stereo p, f, e1, e2, es, e3;
     ASSERT_TRUE(ReadStereo(plain, p));
     ASSERT_TRUE(ReadStereo(fx, f));
     ASSERT_TRUE(ReadStereo(first, e1));
     ASSERT_TRUE(ReadStereo(second, e2));
+    ASSERT_TRUE(ReadStereo(saved, es));
     ASSERT_TRUE(ReadStereo(reopened, e3));
     ASSERT_EQ(p.Frames(), kFrames);
 
@@ -669,6 +672,10 @@ TEST(ArdourSession, EchoesEffectAutomationSaveAndReopen)
         EXPECT_TRUE(BitIdentical(e1, e2));
     }
     {
+        SCOPED_TRACE("an export after the save, in the same process");
+        EXPECT_TRUE(BitIdentical(e1, es));
+    }
+    {
         SCOPED_TRACE("save, then reopen in a new ardour7-lua process");
         ExpectSameValues(v0, v1);
         EXPECT_TRUE(BitIdentical(e1, e3));
@@ -691,7 +698,7 @@ TEST(ArdourSession, TimebaseOffKeepsTheSyncedTimesThroughSaveAndReopen)
     ASSERT_TRUE(CreateSession(rig, "timebase", {click}, s));
 
     const fs::path synced = rig.Root() / "synced.wav", free = rig.Root() / "free.wav";
-    const fs::path freeAgain = rig.Root() / "free-again.wav";
+    const fs::path freeAgain = rig.Root() / "free-again.wav", saved = rig.Root() / "saved.wav";
     const fs::path reopened = rig.Root() / "reopened.wav";
     const fs::path before = rig.Root() / "before.values", after = rig.Root() / "after.values";
     Commands run;
@@ -706,7 +713,9 @@ TEST(ArdourSession, TimebaseOffKeepsTheSyncedTimesThroughSaveAndReopen)
         .ValuesTo(before)
         .Export(free)
         .Export(freeAgain)
-        .Save();
+        .Save()
+        .Settle()
+        .Export(saved);
     ASSERT_TRUE(run.RunIn(rig, s, "timebase-run"));
     Commands reopen;
     reopen.Settle().ValuesTo(after).Export(reopened);
@@ -715,10 +724,11 @@ TEST(ArdourSession, TimebaseOffKeepsTheSyncedTimesThroughSaveAndReopen)
     Values v0, v1;
     ASSERT_TRUE(ReadValues(before, v0));
     ASSERT_TRUE(ReadValues(after, v1));
-    Stereo sy, fr, fr2, re;
+    Stereo sy, fr, fr2, sa, re;
     ASSERT_TRUE(ReadStereo(synced, sy));
     ASSERT_TRUE(ReadStereo(free, fr));
     ASSERT_TRUE(ReadStereo(freeAgain, fr2));
+    ASSERT_TRUE(ReadStereo(saved, sa));
     ASSERT_TRUE(ReadStereo(reopened, re));
 
     // One echo a side (no feedback), at the time that is heard, and none at the unheard ones.
@@ -757,6 +767,12 @@ TEST(ArdourSession, TimebaseOffKeepsTheSyncedTimesThroughSaveAndReopen)
         SCOPED_TRACE("a second export in the same process");
         EXPECT_TRUE(BitIdentical(fr, fr2));
         expectEchoesAt(fr2, 500);
+    }
+    {
+        // Saving asks the plug-in for its state; that must not change what it plays.
+        SCOPED_TRACE("an export after the save, in the same process");
+        EXPECT_TRUE(BitIdentical(fr, sa));
+        expectEchoesAt(sa, 500);
     }
     {
         SCOPED_TRACE("save, then reopen in a new ardour7-lua process");

@@ -474,8 +474,8 @@ constexpr int kReportedLatency = 80;
 constexpr size_t kDryOffset = 32;
 // The slot's delay filters ("Delay Lopass" at 20 kHz, "Delay Hipass" at 20 Hz, set below) smear
 // an echo slightly: its peak lands 3 samples after the nominal delay time, and in quorvex-render
-// too, so it is the plug-in's and not Ardour's. The filters sit outside the feedback loop: every
-// repeat adds exactly one delay time.
+// too, so it is the plug-in's and not Ardour's. At these settings each repeat lands exactly one
+// delay time after the one before it: the 3 samples do not add up.
 constexpr size_t kEchoFilterOffset = 3;
 
 size_t DryAt(size_t click)

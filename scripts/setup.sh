@@ -2,6 +2,9 @@
 # Installs every Debian 12 package the project builds, tests and runs with.
 # Idempotent: installs nothing when everything is already there. Works as root
 # on a fresh machine and through sudo otherwise.
+# Usage: scripts/setup.sh [tests]
+#   tests  also installs what only the test run needs: Debian's Ardour 7, which the DAW test
+#          (tests/daw) drives headless; like every package here, without what it only recommends.
 set -euo pipefail
 
 packages=(
@@ -14,6 +17,14 @@ packages=(
   xvfb x11-apps imagemagick
   clang-format clang-22 libclang-rt-22-dev
 )
+
+test_packages=()
+case "${1:-}" in
+  "") ;;
+  tests) test_packages=(ardour) ;;
+  *) echo "usage: scripts/setup.sh [tests]" >&2; exit 2 ;;
+esac
+packages+=("${test_packages[@]}")
 
 if [ "$(id -u)" -eq 0 ]; then sudo=(); else sudo=(sudo); fi
 

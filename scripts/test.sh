@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 preset="${1:-release}"
-bash scripts/setup.sh
+bash scripts/setup.sh tests
 cmake --preset "$preset"
 cmake --build --preset "$preset"
 ctest --preset "$preset"

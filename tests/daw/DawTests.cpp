@@ -1,0 +1,784 @@
+// Quorvex in a real DAW: Debian's Ardour 7, headless (ardour7-lua on the Dummy backend), scans the
+// built bundle, builds a session with a click track through the plug-in, sets parameters by their
+// VST 3 titles, automates one, exports, saves, reopens the session in a new process and exports
+// again. The exports are read back here and checked by echo positions, levels and bit identity.
+//
+// Each test runs Ardour in its own scratch folder with its own HOME and XDG folders, so the user's
+// Ardour configuration, plug-in cache and scan lists are never read or written. Ardour finds the
+// bundle through a link in that HOME's ~/.vst3, one of the folders it searches for VST 3 bundles;
+// its own scanner (ardour-vst3-scanner, the program Ardour's GUI runs for a scan) writes the cache
+// that ardour7-lua reads, since the Lua session tool only reads the cache and never scans.
+//
+// The Lua side lives next to this file: create_session.lua builds a session, run_commands.lua
+// opens one and runs a command file (set, settle, automate, export, values, save).
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sndfile.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+extern char** environ;
+
+namespace
+{
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+constexpr int kRate = 48000;
+// Every Ardour process gets this long; a healthy one needs a few seconds even on a busy machine.
+constexpr auto kProcessTimeout = 180s;
+// The export preset the rig installs: 32-bit float WAV at the session rate, so that the exports
+// can be compared bit for bit and no dither or conversion stands between the plug-in and the file.
+constexpr const char* kPresetId = "6d1c8f52-3c57-4f0e-9a51-51756f72d0b1";
+constexpr const char* kFloatFormatId = "20b4ab09-6452-4cb3-bd66-b921cdbd2942"; // Ardour's "BWAV 32float"
+
+std::string BundleDir()
+{
+    const char* installed = std::getenv("QUORVEX_BUNDLE");
+    return installed != nullptr && *installed != '\0' ? installed : QUORVEX_BUNDLE_DIR;
+}
+
+std::string Slurp(const fs::path& path)
+{
+    std::ifstream in(path);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::vector<std::string> SplitTabs(const std::string& line)
+{
+    std::vector<std::string> fields;
+    std::stringstream in(line);
+    std::string field;
+    while (std::getline(in, field, '\t'))
+        fields.push_back(field);
+    return fields;
+}
+
+struct Stereo
+{
+    std::vector<float> l, r;
+    size_t Frames() const { return l.size(); }
+};
+
+::testing::AssertionResult ReadStereo(const fs::path& path, Stereo& out)
+{
+    SF_INFO info{};
+    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
+    if (f == nullptr)
+        return ::testing::AssertionFailure() << "cannot read " << path << ": " << sf_strerror(nullptr);
+    const bool floatWav = (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_FLOAT;
+    if (info.channels != 2 || info.samplerate != kRate || !floatWav)
+    {
+        sf_close(f);
+        return ::testing::AssertionFailure()
+               << path << ": " << info.channels << " channels at " << info.samplerate << " Hz, format 0x"
+               << std::hex << info.format << "; expected float stereo at 48 kHz";
+    }
+    std::vector<float> interleaved(static_cast<size_t>(info.frames) * 2);
+    const sf_count_t got = sf_readf_float(f, interleaved.data(), info.frames);
+    sf_close(f);
+    if (got != info.frames) return ::testing::AssertionFailure() << "short read of " << path;
+    out.l.resize(static_cast<size_t>(got));
+    out.r.resize(static_cast<size_t>(got));
+    for (size_t i = 0; i < static_cast<size_t>(got); ++i)
+    {
+        out.l[i] = interleaved[2 * i];
+        out.r[i] = interleaved[2 * i + 1];
+    }
+    return ::testing::AssertionSuccess();
+}
+
+::testing::AssertionResult WriteMono(const fs::path& path, const std::vector<float>& x)
+{
+    SF_INFO info{};
+    info.samplerate = kRate;
+    info.channels = 1;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    SNDFILE* f = sf_open(path.c_str(), SFM_WRITE, &info);
+    if (f == nullptr)
+        return ::testing::AssertionFailure() << "cannot write " << path << ": " << sf_strerror(nullptr);
+    const sf_count_t put = sf_writef_float(f, x.data(), static_cast<sf_count_t>(x.size()));
+    sf_close(f);
+    if (put != static_cast<sf_count_t>(x.size()))
+        return ::testing::AssertionFailure() << "short write to " << path;
+    return ::testing::AssertionSuccess();
+}
+
+// Bit identity of two exports, with the first differing sample named.
+::testing::AssertionResult BitIdentical(const Stereo& a, const Stereo& b)
+{
+    if (a.Frames() != b.Frames())
+        return ::testing::AssertionFailure() << a.Frames() << " frames against " << b.Frames();
+    for (size_t i = 0; i < a.Frames(); ++i)
+        for (int ch = 0; ch < 2; ++ch)
+        {
+            const float x = ch == 0 ? a.l[i] : a.r[i];
+            const float y = ch == 0 ? b.l[i] : b.r[i];
+            if (std::memcmp(&x, &y, sizeof x) != 0)
+                return ::testing::AssertionFailure()
+                       << "first difference at frame " << i << " (" << (ch == 0 ? "L" : "R") << "): " << x
+                       << " against " << y;
+        }
+    return ::testing::AssertionSuccess();
+}
+
+struct Peak
+{
+    size_t at = 0;
+    double level = 0.0;
+};
+
+// The largest magnitude in [from, to).
+Peak PeakIn(const std::vector<float>& x, size_t from, size_t to)
+{
+    Peak p{from, 0.0};
+    for (size_t i = from; i < std::min(to, x.size()); ++i)
+        if (std::abs(x[i]) > p.level) p = {i, std::abs(static_cast<double>(x[i]))};
+    return p;
+}
+
+double EnergyIn(const std::vector<float>& x, size_t from, size_t to)
+{
+    double e = 0.0;
+    for (size_t i = from; i < std::min(to, x.size()); ++i)
+        e += static_cast<double>(x[i]) * x[i];
+    return e;
+}
+
+size_t Ms(double ms)
+{
+    return static_cast<size_t>(std::llround(ms * kRate / 1000.0));
+}
+
+// Ardour's view of every parameter: the control's value and what its plug-in object reports.
+struct Values
+{
+    int latency = -1;
+    std::map<std::string, std::pair<double, double>> byTitle;
+};
+
+::testing::AssertionResult ReadValues(const fs::path& path, Values& out)
+{
+    std::ifstream in(path);
+    if (!in) return ::testing::AssertionFailure() << "no value list " << path;
+    std::string line;
+    while (std::getline(in, line))
+    {
+        const auto f = SplitTabs(line);
+        if (f.size() == 2 && f[0] == "latency")
+            out.latency = std::stoi(f[1]);
+        else if (f.size() == 4 && f[0] == "value")
+            out.byTitle[f[1]] = {std::stod(f[2]), std::stod(f[3])};
+    }
+    if (out.latency < 0 || out.byTitle.empty()) return ::testing::AssertionFailure() << "incomplete " << path;
+    return ::testing::AssertionSuccess();
+}
+
+// A scratch folder with an isolated Ardour configuration and the bundle under test, removed
+// afterwards unless the test failed (then its logs and sessions are left for a look).
+class ArdourRig
+{
+  public:
+    explicit ArdourRig(const std::string& name)
+    {
+        mRoot = fs::temp_directory_path() / ("quorvex_daw_" + std::to_string(getpid()) + "_" + name);
+        fs::remove_all(mRoot);
+        fs::create_directories(mRoot);
+    }
+    ~ArdourRig()
+    {
+        if (::testing::Test::HasFailure())
+            std::cout << "Ardour's folders and logs are kept in " << mRoot << "\n";
+        else
+            fs::remove_all(mRoot);
+    }
+    ArdourRig(const ArdourRig&) = delete;
+    ArdourRig& operator=(const ArdourRig&) = delete;
+
+    fs::path Root() const { return mRoot; }
+
+    // Ardour's tools, the isolated home with the bundle linked into ~/.vst3, the export preset,
+    // and Ardour's own scan of the bundle.
+    ::testing::AssertionResult Prepare()
+    {
+        for (const char* tool : {QUORVEX_ARDOUR_LUA, QUORVEX_ARDOUR_VST3_SCANNER})
+            if (access(tool, X_OK) != 0)
+                return ::testing::AssertionFailure()
+                       << tool << " is missing: the DAW test needs Debian's Ardour 7 "
+                       << "(run `bash scripts/setup.sh tests`, which installs the `ardour` package)";
+        const fs::path bundle = BundleDir();
+        if (!fs::is_regular_file(bundle / "Contents/x86_64-linux/Quorvex.so"))
+            return ::testing::AssertionFailure() << "no built bundle at " << bundle;
+
+        fs::create_directories(Home() / ".vst3");
+        fs::create_directories(ConfigHome() / "ardour7/export");
+        fs::create_directories(mRoot / "data");
+        fs::create_directories(mRoot / "cache");
+        fs::create_symlink(fs::absolute(bundle), LinkedBundle());
+        std::ofstream(ConfigHome() / "ardour7/export/quorvex-float.preset")
+            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+            << "<ExportPreset id=\"" << kPresetId << "\" name=\"Quorvex test float WAV\">\n"
+            << "  <ExportFormat id=\"" << kFloatFormatId << "\"/>\n"
+            << "  <ExportFilename>\n"
+            << "    <Folder relative=\"1\" path=\"export\"/>\n"
+            << "    <Field name=\"label\" enabled=\"0\"/>\n"
+            << "    <Field name=\"session\" enabled=\"0\"/>\n"
+            << "    <Field name=\"snapshot\" enabled=\"0\"/>\n"
+            << "    <Field name=\"timespan\" enabled=\"1\"/>\n"
+            << "    <Field name=\"revision\" enabled=\"0\"/>\n"
+            << "    <Field name=\"time\" enabled=\"0\" value=\"T_None\"/>\n"
+            << "    <Field name=\"date\" enabled=\"0\" value=\"D_None\"/>\n"
+            << "  </ExportFilename>\n"
+            << "</ExportPreset>\n";
+
+        const std::string scanner = QUORVEX_ARDOUR_VST3_SCANNER;
+        auto scan = Run({scanner, "-f", LinkedBundle().string()}, "scan",
+                        {"LD_LIBRARY_PATH=" + fs::path(scanner).parent_path().string()});
+        if (!scan) return scan;
+        bool cached = false;
+        if (fs::is_directory(mRoot / "cache/ardour7/vst"))
+            for (const auto& e : fs::directory_iterator(mRoot / "cache/ardour7/vst"))
+                cached = cached || e.path().extension() == ".v3i";
+        if (!cached)
+            return ::testing::AssertionFailure() << "Ardour's scan left no cache entry:\n" << mLastLog;
+        return ::testing::AssertionSuccess();
+    }
+
+    // One ardour7-lua process on a script of tests/daw; it must exit 0 and say it is done.
+    ::testing::AssertionResult Lua(const std::string& script, std::vector<std::string> args,
+                                   const std::string& tag)
+    {
+        std::vector<std::string> argv{QUORVEX_ARDOUR_LUA, Script(script), Script("daw_common.lua")};
+        argv.insert(argv.end(), args.begin(), args.end());
+        auto run = Run(argv, tag, {});
+        if (!run) return run;
+        if (mLastLog.find("QUORVEX-DAW done") == std::string::npos)
+            return ::testing::AssertionFailure() << script << " did not finish:\n" << mLastLog;
+        return ::testing::AssertionSuccess();
+    }
+
+    // Seconds spent in Ardour's processes so far.
+    double ArdourSeconds() const { return mSeconds; }
+    const std::string& LastLog() const { return mLastLog; }
+
+  private:
+    fs::path Home() const { return mRoot / "home"; }
+    fs::path ConfigHome() const { return mRoot / "config"; }
+    fs::path LinkedBundle() const { return Home() / ".vst3/Quorvex.vst3"; }
+    static std::string Script(const std::string& name)
+    {
+        return (fs::path(QUORVEX_DAW_SCRIPTS) / name).string();
+    }
+
+    std::vector<std::string> Environment(const std::vector<std::string>& extra) const
+    {
+        std::vector<std::string> env;
+        const auto overridden = [&](const std::string& entry)
+        {
+            const std::string key = entry.substr(0, entry.find('=') + 1);
+            for (const char* k :
+                 {"HOME=", "XDG_CONFIG_HOME=", "XDG_DATA_HOME=", "XDG_CACHE_HOME=", "LD_LIBRARY_PATH="})
+                if (key == k) return true;
+            return false;
+        };
+        for (char** e = environ; *e != nullptr; ++e)
+            if (!overridden(*e)) env.emplace_back(*e);
+        env.push_back("HOME=" + Home().string());
+        env.push_back("XDG_CONFIG_HOME=" + ConfigHome().string());
+        env.push_back("XDG_DATA_HOME=" + (mRoot / "data").string());
+        env.push_back("XDG_CACHE_HOME=" + (mRoot / "cache").string());
+        env.insert(env.end(), extra.begin(), extra.end());
+        return env;
+    }
+
+    // Runs a program in its own process group with its output in a log; past the timeout the
+    // group is killed. The wait polls the child's exit, which is the condition itself.
+    ::testing::AssertionResult Run(const std::vector<std::string>& argv, const std::string& tag,
+                                   const std::vector<std::string>& extraEnv)
+    {
+        const fs::path log = mRoot / (tag + ".log");
+        const auto env = Environment(extraEnv);
+        std::vector<char*> a, e;
+        for (const auto& s : argv)
+            a.push_back(const_cast<char*>(s.c_str()));
+        a.push_back(nullptr);
+        for (const auto& s : env)
+            e.push_back(const_cast<char*>(s.c_str()));
+        e.push_back(nullptr);
+
+        const auto start = std::chrono::steady_clock::now();
+        const pid_t pid = fork();
+        if (pid < 0) return ::testing::AssertionFailure() << "fork failed";
+        if (pid == 0)
+        {
+            setpgid(0, 0);
+            const int out = open(log.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+            const int in = open("/dev/null", O_RDONLY);
+            if (out < 0 || in < 0) _exit(126);
+            dup2(in, 0);
+            dup2(out, 1);
+            dup2(out, 2);
+            execve(a[0], a.data(), e.data());
+            _exit(127);
+        }
+        setpgid(pid, pid);
+        int status = 0;
+        bool timedOut = false;
+        for (;;)
+        {
+            if (waitpid(pid, &status, WNOHANG) == pid) break;
+            if (std::chrono::steady_clock::now() - start > kProcessTimeout)
+            {
+                kill(-pid, SIGKILL);
+                waitpid(pid, &status, 0);
+                timedOut = true;
+                break;
+            }
+            std::this_thread::sleep_for(10ms);
+        }
+        mSeconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        mLastLog = Slurp(log);
+        if (timedOut)
+            return ::testing::AssertionFailure() << argv[0] << " (" << tag << ") ran past "
+                                                 << kProcessTimeout.count() << " s and was killed:\n"
+                                                 << mLastLog;
+        if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
+            return ::testing::AssertionFailure()
+                   << argv[0] << " (" << tag << ") failed with status " << status << ":\n"
+                   << mLastLog;
+        return ::testing::AssertionSuccess();
+    }
+
+    fs::path mRoot;
+    std::string mLastLog;
+    double mSeconds = 0.0;
+};
+
+// A session made by create_session.lua, with the click signal written into its region's files.
+struct Session
+{
+    fs::path dir;
+    std::string name;
+    std::vector<std::string> titles;
+    std::string module;
+};
+
+constexpr size_t kFrames = static_cast<size_t>(2.5 * kRate);
+constexpr float kClick = 0.25f;
+
+::testing::AssertionResult CreateSession(ArdourRig& rig, const std::string& name,
+                                         const std::vector<size_t>& clicks, Session& out)
+{
+    out.dir = rig.Root() / name;
+    out.name = name;
+    const fs::path report = rig.Root() / (name + ".report");
+    auto made = rig.Lua("create_session.lua",
+                        {out.dir.string(), name, std::to_string(kFrames), report.string()}, name + "-create");
+    if (!made) return made;
+    std::ifstream in(report);
+    std::string line;
+    std::vector<fs::path> sources;
+    while (std::getline(in, line))
+    {
+        const auto f = SplitTabs(line);
+        if (f.size() == 2 && f[0] == "module") out.module = f[1];
+        if (f.size() == 3 && f[0] == "source") sources.emplace_back(f[2]);
+        if (f.size() == 3 && f[0] == "param") out.titles.push_back(f[2]);
+    }
+    if (sources.size() != 2) return ::testing::AssertionFailure() << "the session has no stereo region";
+    std::vector<float> signal(kFrames, 0.0f);
+    for (size_t c : clicks)
+        signal[c] = kClick;
+    for (const auto& s : sources)
+    {
+        auto written = WriteMono(s, signal);
+        if (!written) return written;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+// A command file for run_commands.lua.
+class Commands
+{
+  public:
+    Commands& Set(const std::string& title, double value)
+    {
+        mText << "set\t" << title << "\t" << value << "\n";
+        return *this;
+    }
+    Commands& Settle()
+    {
+        mText << "settle\n";
+        return *this;
+    }
+    Commands& Automate(const std::string& title, const std::vector<std::pair<size_t, double>>& points)
+    {
+        mText << "automate\t" << title;
+        for (const auto& [at, v] : points)
+            mText << "\t" << at << "\t" << v;
+        mText << "\n";
+        return *this;
+    }
+    Commands& Export(const fs::path& file)
+    {
+        mText << "export\t" << file.string() << "\t" << kFrames << "\n";
+        return *this;
+    }
+    Commands& ValuesTo(const fs::path& file)
+    {
+        mText << "values\t" << file.string() << "\n";
+        return *this;
+    }
+    Commands& Save()
+    {
+        mText << "save\n";
+        return *this;
+    }
+
+    ::testing::AssertionResult RunIn(ArdourRig& rig, const Session& s, const std::string& tag) const
+    {
+        const fs::path file = rig.Root() / (tag + ".commands");
+        std::ofstream(file) << mText.str();
+        return rig.Lua("run_commands.lua", {s.dir.string(), s.name, file.string(), kPresetId}, tag);
+    }
+
+  private:
+    std::stringstream mText;
+};
+
+// Where the samples land. At 48 kHz the plug-in reports 80 samples of latency (48 of look-ahead
+// plus one 32-sample block of its framing). Its path delays the input by 112 samples
+// (quorvex-render, which compensates nothing, puts the dry click 112 samples late): 32 more than
+// it reports, a block of its framing that it keeps to itself. Ardour compensates the reported 80,
+// so in an export the dry click sits 112 - 80 = 32 samples after its place on the timeline.
+constexpr int kReportedLatency = 80;
+constexpr size_t kDryOffset = 32;
+// The slot's delay filters ("Delay Lopass" at 20 kHz, "Delay Hipass" at 20 Hz, set below) smear
+// an echo slightly: its peak lands 3 samples after the nominal delay time, and in quorvex-render
+// too, so it is the plug-in's and not Ardour's. At these settings each repeat lands exactly one
+// delay time after the one before it: the 3 samples do not add up.
+constexpr size_t kEchoFilterOffset = 3;
+
+size_t DryAt(size_t click)
+{
+    return click + kDryOffset;
+}
+size_t EchoAt(size_t click, double delayMs)
+{
+    return click + kDryOffset + Ms(delayMs) + kEchoFilterOffset;
+}
+
+// The peak within 5 ms of `at`: an echo that moved by a sample shows up as a wrong position.
+Peak Around(const std::vector<float>& x, size_t at)
+{
+    return PeakIn(x, at - Ms(5), at + Ms(5));
+}
+
+// The share of a 10 ms window's energy in its largest sample: 1 for a lone impulse, low for an
+// impulse a filter spread out.
+double Concentration(const std::vector<float>& x, size_t at)
+{
+    const Peak p = Around(x, at);
+    const double e = EnergyIn(x, at - Ms(5), at + Ms(5));
+    return e > 0.0 ? p.level * p.level / e : 0.0;
+}
+
+// One slot of plain echoes: free time (Timebase OFF), no delay-time wobble, the delay filters
+// wide open, half the input into the delay and the direct signal kept.
+Commands& PlainEchoes(Commands& c, double leftMs, double rightMs, double feedback)
+{
+    return c.Set("Timebase 1", 0)
+        .Set("Delay TimeL 1", leftMs)
+        .Set("Delay TimeR 1", rightMs)
+        .Set("Feedback 1", feedback)
+        .Set("Direct In 1", 50)
+        .Set("Modulation 1", 0)
+        .Set("Delay Lopass 1", 20000)
+        .Set("Delay Hipass 1", 20);
+}
+
+void ExpectSameValues(const Values& before, const Values& after)
+{
+    EXPECT_EQ(before.latency, after.latency);
+    EXPECT_EQ(before.byTitle.size(), after.byTitle.size());
+    int differing = 0;
+    for (const auto& [title, v] : before.byTitle)
+    {
+        const auto it = after.byTitle.find(title);
+        if (it == after.byTitle.end())
+        {
+            ADD_FAILURE() << "\"" << title << "\" is missing after the reopen";
+            continue;
+        }
+        if (it->second != v && ++differing <= 20)
+            ADD_FAILURE() << "\"" << title << "\": Ardour held " << v.first << " (plug-in object " << v.second
+                          << ") before the save, " << it->second.first << " (" << it->second.second
+                          << ") after the reopen";
+    }
+    EXPECT_EQ(differing, 0) << "parameters whose value changed through save and reopen";
+}
+
+} // namespace
+
+// The whole path of a session through Ardour: scan, parameters set by title, echoes where the
+// settings put them, an effect, automation, two exports in one process, save, and a new process
+// that reopens the session and must hold the same values and export the same samples.
+TEST(ArdourSession, EchoesEffectAutomationSaveAndReopen)
+{
+    ArdourRig rig("echoes");
+    ASSERT_TRUE(rig.Prepare());
+    const size_t clickA = Ms(250);
+    const size_t clickB = Ms(2000);
+    Session s;
+    ASSERT_TRUE(CreateSession(rig, "echoes", {clickA, clickB}, s));
+    // Ardour took the plug-in from the scan of our link, not from some other installed copy.
+    EXPECT_EQ(s.module, (rig.Root() / "home/.vst3/Quorvex.vst3/Contents/x86_64-linux/Quorvex.so").string());
+    for (const char* title :
+         {"Direct In 1", "Timebase 1", "Delay TimeL 1", "Delay TimeR 1", "Feedback 1", "FX1 PR", "FXOn PR 1",
+          "FXParam1 1 PR", "FXParam5 1 PR", "Modulation 1", "Delay Lopass 1"})
+        EXPECT_NE(std::find(s.titles.begin(), s.titles.end(), title), s.titles.end())
+            << "Ardour lists no parameter titled \"" << title << "\"";
+
+    const fs::path plain = rig.Root() / "plain.wav", fx = rig.Root() / "fx.wav";
+    const fs::path first = rig.Root() / "first.wav", second = rig.Root() / "second.wav";
+    const fs::path saved = rig.Root() / "saved.wav", reopened = rig.Root() / "reopened.wav";
+    const fs::path before = rig.Root() / "before.values", after = rig.Root() / "after.values";
+    Commands run;
+    PlainEchoes(run, 200, 300, 50).Settle().Export(plain);
+    // "MULTI 12dB" (entry 15 of the effect list) as a low-pass in front of the delay. A new
+    // effect type makes the plug-in write its default values into the five effect parameters,
+    // so they are set after the type has arrived: Ardour and the plug-in then agree on them.
+    run.Set("FX1 PR", 15).Set("FXOn PR 1", 1).Settle();
+    run.Set("FXParam1 1 PR", 30)
+        .Set("FXParam2 1 PR", 30)
+        .Set("FXParam3 1 PR", 50)
+        .Set("FXParam4 1 PR", 0)
+        .Set("FXParam5 1 PR", 100)
+        .Settle()
+        .Export(fx);
+    // Direct In 1 in Play mode: 50 % up to 1 s, then closed within 10 ms, so click A is heard in
+    // the delay and click B is not.
+    run.Automate("Direct In 1", {{0, 50.0}, {Ms(1000), 50.0}, {Ms(1010), 0.0}})
+        .Settle()
+        .ValuesTo(before)
+        .Export(first)
+        .Export(second)
+        .Save()
+        .Settle()
+        .Export(saved);
+    ASSERT_TRUE(run.RunIn(rig, s, "echoes-run"));
+    Commands reopen;
+    reopen.Settle().ValuesTo(after).Export(reopened);
+    ASSERT_TRUE(reopen.RunIn(rig, s, "echoes-reopen"));
+
+    Values v0, v1;
+    ASSERT_TRUE(ReadValues(before, v0));
+    ASSERT_TRUE(ReadValues(after, v1));
+    EXPECT_EQ(v0.latency, kReportedLatency);
+
+    Stereo p, f, e1, e2, es, e3;
+    ASSERT_TRUE(ReadStereo(plain, p));
+    ASSERT_TRUE(ReadStereo(fx, f));
+    ASSERT_TRUE(ReadStereo(first, e1));
+    ASSERT_TRUE(ReadStereo(second, e2));
+    ASSERT_TRUE(ReadStereo(saved, es));
+    ASSERT_TRUE(ReadStereo(reopened, e3));
+    ASSERT_EQ(p.Frames(), kFrames);
+
+    {
+        SCOPED_TRACE("plain echoes: 200 ms left, 300 ms right, feedback 50 %");
+        for (size_t click : {clickA, clickB})
+        {
+            EXPECT_EQ(Around(p.l, DryAt(click)).at, DryAt(click));
+            EXPECT_EQ(Around(p.r, DryAt(click)).at, DryAt(click));
+            EXPECT_GT(Around(p.l, DryAt(click)).level, 0.1);
+        }
+        const Peak l1 = Around(p.l, EchoAt(clickA, 200)), l2 = Around(p.l, EchoAt(clickA, 400));
+        const Peak l3 = Around(p.l, EchoAt(clickA, 600));
+        const Peak r1 = Around(p.r, EchoAt(clickA, 300)), r2 = Around(p.r, EchoAt(clickA, 600));
+        EXPECT_EQ(l1.at, EchoAt(clickA, 200));
+        EXPECT_EQ(l2.at, EchoAt(clickA, 400));
+        EXPECT_EQ(l3.at, EchoAt(clickA, 600));
+        EXPECT_EQ(r1.at, EchoAt(clickA, 300));
+        EXPECT_EQ(r2.at, EchoAt(clickA, 600));
+        EXPECT_GT(l1.level, 0.05);
+        EXPECT_GT(r1.level, 0.05);
+        // Each repeat comes back at half the level, less a trace of the 20 kHz low-pass.
+        EXPECT_NEAR(l2.level / l1.level, 0.5, 0.01);
+        EXPECT_NEAR(l3.level / l2.level, 0.5, 0.01);
+        EXPECT_NEAR(r2.level / r1.level, 0.5, 0.01);
+        // Dual routing: the left time is not heard on the right and the other way round.
+        EXPECT_LT(Around(p.r, EchoAt(clickA, 200)).level, 1e-3 * r1.level);
+        EXPECT_LT(Around(p.l, EchoAt(clickA, 300)).level, 1e-3 * l1.level);
+        // Click B, 1.75 s later, repeats the same pattern on top of click A's fading tail.
+        EXPECT_EQ(Around(p.l, EchoAt(clickB, 200)).at, EchoAt(clickB, 200));
+        EXPECT_EQ(Around(p.r, EchoAt(clickB, 300)).at, EchoAt(clickB, 300));
+    }
+    {
+        SCOPED_TRACE("FX1 PR: a low-pass in front of the delay");
+        // The dry click keeps its place and nearly its level (only the slot's small direct share
+        // passes the effect); the echo passes it and comes out low-passed: far lower and spread
+        // out (its largest sample holds 36 % of the window's energy without the effect, 2 % with
+        // it), yet there.
+        EXPECT_EQ(Around(f.l, DryAt(clickA)).at, DryAt(clickA));
+        EXPECT_NEAR(Around(f.l, DryAt(clickA)).level, Around(p.l, DryAt(clickA)).level,
+                    0.02 * Around(p.l, DryAt(clickA)).level);
+        for (const auto* x : {&f.l, &f.r})
+        {
+            const size_t at = EchoAt(clickA, x == &f.l ? 200 : 300);
+            const auto& plainSide = x == &f.l ? p.l : p.r;
+            EXPECT_LT(Concentration(*x, at), 0.2 * Concentration(plainSide, at));
+            EXPECT_LT(Around(*x, at).level, 0.2 * Around(plainSide, at).level);
+            EXPECT_GT(EnergyIn(*x, at - Ms(5), at + Ms(5)),
+                      1e-3 * EnergyIn(plainSide, at - Ms(5), at + Ms(5)));
+        }
+    }
+    {
+        SCOPED_TRACE("Direct In 1 automated from 50 % to 0 at 1 s");
+        // Click A (before the change) still goes into the delay...
+        EXPECT_NEAR(Around(e1.l, EchoAt(clickA, 200)).level, Around(f.l, EchoAt(clickA, 200)).level, 1e-6);
+        EXPECT_NEAR(Around(e1.r, EchoAt(clickA, 300)).level, Around(f.r, EchoAt(clickA, 300)).level, 1e-6);
+        // ...click B (after it) is heard dry only: the window of its first echoes holds no more
+        // than click A's tail, which the export without the automation has there too.
+        EXPECT_EQ(Around(e1.l, DryAt(clickB)).at, DryAt(clickB));
+        const double withoutL = EnergyIn(f.l, EchoAt(clickB, 200) - Ms(5), EchoAt(clickB, 200) + Ms(5));
+        const double withL = EnergyIn(e1.l, EchoAt(clickB, 200) - Ms(5), EchoAt(clickB, 200) + Ms(5));
+        const double withoutR = EnergyIn(f.r, EchoAt(clickB, 300) - Ms(5), EchoAt(clickB, 300) + Ms(5));
+        const double withR = EnergyIn(e1.r, EchoAt(clickB, 300) - Ms(5), EchoAt(clickB, 300) + Ms(5));
+        EXPECT_LT(withL, 1e-3 * withoutL);
+        EXPECT_LT(withR, 1e-3 * withoutR);
+    }
+    {
+        SCOPED_TRACE("two exports in one process");
+        EXPECT_TRUE(BitIdentical(e1, e2));
+    }
+    {
+        SCOPED_TRACE("an export after the save, in the same process");
+        EXPECT_TRUE(BitIdentical(e1, es));
+    }
+    {
+        SCOPED_TRACE("save, then reopen in a new ardour7-lua process");
+        ExpectSameValues(v0, v1);
+        EXPECT_TRUE(BitIdentical(e1, e3));
+    }
+    std::cout << "Ardour processes: " << rig.ArdourSeconds() << " s\n";
+}
+
+// Values the plug-in writes by itself. Slot 1 synced at Ardour's default 120 bpm with "Timebase 1"
+// at 1/16 and both "DelayFactor" counts at 4 (4 x 1/16 = one beat = 500 ms), while the free times
+// hold 200 and 300 ms unheard. Switching "Timebase 1" to OFF makes the plug-in keep what was heard:
+// it writes 500 ms into "Delay TimeL 1" and "Delay TimeR 1" itself. Ardour's view of those two
+// parameters must follow, or a save stores times that are not the ones playing and a reopened
+// session sounds different.
+TEST(ArdourSession, TimebaseOffKeepsTheSyncedTimesThroughSaveAndReopen)
+{
+    ArdourRig rig("timebase");
+    ASSERT_TRUE(rig.Prepare());
+    const size_t click = Ms(250);
+    Session s;
+    ASSERT_TRUE(CreateSession(rig, "timebase", {click}, s));
+
+    const fs::path synced = rig.Root() / "synced.wav", free = rig.Root() / "free.wav";
+    const fs::path freeAgain = rig.Root() / "free-again.wav", saved = rig.Root() / "saved.wav";
+    const fs::path reopened = rig.Root() / "reopened.wav";
+    const fs::path before = rig.Root() / "before.values", after = rig.Root() / "after.values";
+    Commands run;
+    PlainEchoes(run, 200, 300, 0)
+        .Set("Timebase 1", 2)
+        .Set("DelayFactorL 1", 4)
+        .Set("DelayFactorR 1", 4)
+        .Settle()
+        .Export(synced)
+        .Set("Timebase 1", 0)
+        .Settle()
+        .ValuesTo(before)
+        .Export(free)
+        .Export(freeAgain)
+        .Save()
+        .Settle()
+        .Export(saved);
+    ASSERT_TRUE(run.RunIn(rig, s, "timebase-run"));
+    Commands reopen;
+    reopen.Settle().ValuesTo(after).Export(reopened);
+    ASSERT_TRUE(reopen.RunIn(rig, s, "timebase-reopen"));
+
+    Values v0, v1;
+    ASSERT_TRUE(ReadValues(before, v0));
+    ASSERT_TRUE(ReadValues(after, v1));
+    Stereo sy, fr, fr2, sa, re;
+    ASSERT_TRUE(ReadStereo(synced, sy));
+    ASSERT_TRUE(ReadStereo(free, fr));
+    ASSERT_TRUE(ReadStereo(freeAgain, fr2));
+    ASSERT_TRUE(ReadStereo(saved, sa));
+    ASSERT_TRUE(ReadStereo(reopened, re));
+
+    // One echo a side (no feedback), at the time that is heard, and none at the unheard ones.
+    const auto expectEchoesAt = [&](const Stereo& x, double ms)
+    {
+        EXPECT_EQ(Around(x.l, DryAt(click)).at, DryAt(click));
+        EXPECT_EQ(Around(x.l, EchoAt(click, ms)).at, EchoAt(click, ms));
+        EXPECT_EQ(Around(x.r, EchoAt(click, ms)).at, EchoAt(click, ms));
+        EXPECT_GT(Around(x.l, EchoAt(click, ms)).level, 0.05);
+        for (double other : {200.0, 300.0, 500.0})
+            if (other != ms)
+            {
+                EXPECT_LT(Around(x.l, EchoAt(click, other)).level, 1e-4) << other << " ms";
+                EXPECT_LT(Around(x.r, EchoAt(click, other)).level, 1e-4) << other << " ms";
+            }
+    };
+    {
+        SCOPED_TRACE("synced: one beat at 120 bpm");
+        expectEchoesAt(sy, 500);
+    }
+    {
+        SCOPED_TRACE("Timebase 1 OFF: the plug-in plays the synced 500 ms as free times");
+        expectEchoesAt(fr, 500);
+    }
+    {
+        SCOPED_TRACE("Ardour's view of the times the plug-in wrote");
+        for (const char* title : {"Delay TimeL 1", "Delay TimeR 1"})
+        {
+            const auto& v = v0.byTitle[title];
+            EXPECT_NEAR(v.first, 500.0, 1e-3) << "Ardour's control of \"" << title << "\"";
+            EXPECT_NEAR(v.second, 500.0, 1e-3) << "Ardour's plug-in object for \"" << title << "\"";
+        }
+        EXPECT_EQ(v0.byTitle["Timebase 1"].first, 0.0);
+    }
+    {
+        SCOPED_TRACE("a second export in the same process");
+        EXPECT_TRUE(BitIdentical(fr, fr2));
+        expectEchoesAt(fr2, 500);
+    }
+    {
+        // Saving asks the plug-in for its state; that must not change what it plays.
+        SCOPED_TRACE("an export after the save, in the same process");
+        EXPECT_TRUE(BitIdentical(fr, sa));
+        expectEchoesAt(sa, 500);
+    }
+    {
+        SCOPED_TRACE("save, then reopen in a new ardour7-lua process");
+        expectEchoesAt(re, 500);
+        ExpectSameValues(v0, v1);
+        EXPECT_TRUE(BitIdentical(fr, re));
+    }
+    std::cout << "Ardour processes: " << rig.ArdourSeconds() << " s\n";
+}

@@ -117,6 +117,20 @@ class CairoRaster final : public IRaster
         cairo_fill(mCr);
     }
 
+    void FillVerticalGradient(const IColor& top, const IColor& bottom, double y0, double y1,
+                              const IRECT& r) override
+    {
+        if (!mCr) return;
+        cairo_pattern_t* g = cairo_pattern_create_linear(0, y0, 0, y1);
+        cairo_pattern_add_color_stop_rgba(g, 0, top.R / 255.0, top.G / 255.0, top.B / 255.0, top.A / 255.0);
+        cairo_pattern_add_color_stop_rgba(g, 1, bottom.R / 255.0, bottom.G / 255.0, bottom.B / 255.0,
+                                          bottom.A / 255.0);
+        cairo_rectangle(mCr, r.L, r.T, r.W(), r.H());
+        cairo_set_source(mCr, g);
+        cairo_fill(mCr);
+        cairo_pattern_destroy(g);
+    }
+
     void FillRoundRect(const IColor& color, const IRECT& r, double radius) override
     {
         if (!mCr) return;

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "editor/IGraphics.h"
+#include "editor/PanelLook.h"
 #include "fx/EffectTable.h"
 #include "params/IParamRecord.h"
 #include "params/ParamIds.h"
@@ -81,4 +82,15 @@ void IFxIconControl::Draw(IGraphics* graphics)
 {
     const int row = IconRow();
     if (row >= 0) graphics->DrawBitmap(mIcons[static_cast<size_t>(row)], mRect, 1);
+}
+
+IFxRowCoverControl::IFxRowCoverControl(IPlugBase* plug, const IRECT& rect, int panelTop, int panelBottom)
+    : IControl(plug, rect, -1), mPanelTop(panelTop), mPanelBottom(panelBottom)
+{
+}
+
+void IFxRowCoverControl::Draw(IGraphics* graphics)
+{
+    graphics->Raster().FillVerticalGradient(IColor::FromRGB(kPanelBodyTop), IColor::FromRGB(kPanelBodyBottom),
+                                            mPanelTop, mPanelBottom, mRect);
 }

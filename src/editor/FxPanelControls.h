@@ -72,3 +72,16 @@ class IFxIconControl : public IControl
   private:
     std::array<IBitmap, 23> mIcons;
 };
+
+// Paints the panel's own body over a knob row that the effect type leaves unused, so that the
+// printed scale and "DEPTH" of an absent knob don't show. panelTop and panelBottom are the ends of
+// the panel's gradient.
+class IFxRowCoverControl : public IControl
+{
+  public:
+    IFxRowCoverControl(IPlugBase* plug, const IRECT& rect, int panelTop, int panelBottom);
+    void Draw(IGraphics* graphics) override;
+
+  private:
+    int mPanelTop, mPanelBottom;
+};

@@ -30,6 +30,9 @@ class IRaster
 
     virtual void FillRect(const IColor& color, const IRECT& r) = 0;
     virtual void FillRoundRect(const IColor& color, const IRECT& r, double radius) = 0;
+    // Fills r with the part of a vertical gradient that runs from `top` at y0 to `bottom` at y1.
+    virtual void FillVerticalGradient(const IColor& top, const IColor& bottom, double y0, double y1,
+                                      const IRECT& r) = 0;
     // A one-pixel outline inside r.
     virtual void DrawRect(const IColor& color, const IRECT& r) = 0;
     virtual void DrawLine(const IColor& color, double x1, double y1, double x2, double y2,

@@ -64,10 +64,21 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
                     {
                         const int first = layout::FxKnobFirstRow(slot, k);
                         const std::vector<int>& at = mListRowControl[list];
+                        const IRECT panel =
+                            kEffectsLayout[static_cast<size_t>(slot * layout::kFxRowsPerSlot)].mRect;
+                        IRECT row;
+                        for (int r = first; r < first + 5; ++r)
+                            row = row.Union(kEffectsLayout[static_cast<size_t>(r)].mRect);
+                        // The knob's printed scale reaches a few pixels beyond its bitmap; the panel's
+                        // border stays.
+                        const IRECT area = row.Inset(-6).Intersect(panel.Inset(2));
+                        const int cover = AttachControl(new IFxRowCoverControl(plug, area, panel.T, panel.B));
+                        mLists[list].push_back(cover);
                         mFxGroups.push_back({list,
                                              k,
                                              at[first + 1],
-                                             {at[first], at[first + 1], at[first + 2], at[first + 3]}});
+                                             {at[first], at[first + 1], at[first + 2], at[first + 3]},
+                                             cover});
                     }
         }
 
@@ -342,6 +353,8 @@ void QuorvexEditor::RefreshFxKnobs()
         const bool hide = !type || type->hidden[group.knob];
         for (int idx : group.controls)
             if (IControl* c = GetControl(idx)) c->Hide(hide);
+        // The cover shows on its own page only, where a type leaves its knob out.
+        GetControl(group.cover)->Hide(!(type && type->hidden[group.knob]));
     }
 }
 

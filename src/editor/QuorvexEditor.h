@@ -130,6 +130,7 @@ class QuorvexEditor : public IGraphics
         int knob;
         int label; // the name control, which holds the type's value
         std::array<int, 4> controls;
+        int cover; // over the row's printed marks while the knob is hidden
     };
     std::vector<FxKnobGroup> mFxGroups;
     std::function<void(int)> mColorSetHandler;

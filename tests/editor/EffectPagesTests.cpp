@@ -127,6 +127,32 @@ TEST_F(EffectPages, KnobNamesAndKnobsFollowTheType)
               (std::vector<std::string>{"VOWEL POS", "MODE", "SPREAD", "GAIN", "DIM"}));
 }
 
+// A knob that a type leaves out leaves no printed scale or "DEPTH" behind: its row draws as the
+// plain panel (each pixel line one colour), and comes back with a type that has the knob.
+TEST_F(EffectPages, ARowWithoutItsKnobShowsThePlainPanel)
+{
+    editor.ShowPage(kPagePostFx, false);
+    const auto rowIsPlain = [&](int slot, int knob)
+    {
+        editor.OnTimerTick();
+        IRaster& raster = editor.Raster();
+        const IRECT knobRect = Row(kListPostFx, slot, knob, 0)->GetRECT();
+        // The knob with its scale and name, and the depth knob with its "DEPTH".
+        const IRECT area(knobRect.L - 4, knobRect.T - 4, knobRect.L + 110, knobRect.B + 14);
+        const int stride = raster.Stride() / 4;
+        for (int y = area.T; y < area.B; ++y)
+            for (int x = area.L; x < area.R; ++x)
+                if (raster.Pixels()[y * stride + x] != raster.Pixels()[y * stride + area.L]) return false;
+        return true;
+    };
+    SetType(kFX1PO, MenuIndex(kFX1PO, "MULTI SVF")); // no second knob
+    ASSERT_TRUE(Row(kListPostFx, 0, 1, 0)->IsHidden());
+    EXPECT_TRUE(rowIsPlain(0, 1));
+    EXPECT_FALSE(rowIsPlain(0, 0)) << "a knob that is there draws";
+    SetType(kFX1PO, MenuIndex(kFX1PO, "VOWEL"));
+    EXPECT_FALSE(rowIsPlain(0, 1));
+}
+
 TEST_F(EffectPages, AKnobDragReachesItsPositionsParameter)
 {
     editor.ShowPage(kPageFeedbackFx, false);

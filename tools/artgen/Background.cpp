@@ -6,11 +6,13 @@
 #include <numbers>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ArtKit.h"
 #include "editor/MainLayout.h"
 #include "editor/PageLayouts.h"
+#include "editor/PanelLook.h"
 
 namespace art
 {
@@ -75,8 +77,9 @@ void Panel(cairo_t* cr, const IRECT& r, const char* title)
     SetRGB(cr, 0x000000, 0.35);
     cairo_fill(cr);
     cairo_pattern_t* g = cairo_pattern_create_linear(0, r.T, 0, r.B);
-    cairo_pattern_add_color_stop_rgb(g, 0, 0x1D / 255.0, 0x21 / 255.0, 0x29 / 255.0);
-    cairo_pattern_add_color_stop_rgb(g, 1, 0x16 / 255.0, 0x19 / 255.0, 0x1F / 255.0);
+    for (const auto& [at, rgb] : {std::pair{0.0, kPanelBodyTop}, std::pair{1.0, kPanelBodyBottom}})
+        cairo_pattern_add_color_stop_rgb(g, at, ((rgb >> 16) & 0xFF) / 255.0, ((rgb >> 8) & 0xFF) / 255.0,
+                                         (rgb & 0xFF) / 255.0);
     RoundRect(cr, r.L + 0.5, r.T + 0.5, r.W() - 1.0, r.H() - 1.0, 7.0);
     cairo_set_source(cr, g);
     cairo_fill(cr);

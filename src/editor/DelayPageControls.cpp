@@ -461,6 +461,22 @@ void DelayPages::CopySlot(int slot)
     mCopy.mStepFx = mStepFx[slot];
     mCopy.mStepMod = {mStepMod[0][slot], mStepMod[1][slot]};
     mCopy.mValid = true;
+    mCopy.mSlot = slot;
+    Notify(slot, "COPIED");
+}
+
+void DelayPages::AddTitle(int slot, IMyTextControl* title)
+{
+    mTitles[static_cast<std::size_t>(slot & 3)].push_back(title);
+    mEditor.AddTimedLabel(title);
+}
+
+void DelayPages::Notify(int slot, const std::string& notice)
+{
+    // One and a half seconds of editor frames.
+    const int ticks = std::max(1, mEditor.FPS() * 3 / 2);
+    for (IMyTextControl* title : mTitles[static_cast<std::size_t>(slot & 3)])
+        title->SetTimedText(std::string(layout::kSlotTitles[slot & 3]) + "  -  " + notice, ticks);
 }
 
 void DelayPages::PasteSlot(int slot)
@@ -483,6 +499,7 @@ void DelayPages::PasteSlot(int slot)
                 mActions.stepMod(slot, row, t, Bit(static_cast<EStepMask>(kMaskStepMod1 + row), slot, t));
     }
     Refresh();
+    Notify(slot, std::string("PASTED FROM ") + layout::kSlotTitles[mCopy.mSlot]);
 }
 
 void DelayPages::ApplyTapPattern(int slot, int pattern)
@@ -499,6 +516,8 @@ void DelayPages::ApplyTapPattern(int slot, int pattern)
         if (mActions.tapOn) mActions.tapOn(slot, t, left, right);
     }
     Refresh();
+    if (pattern >= 0 && pattern < static_cast<int>(std::size(kTapPatterns)))
+        Notify(slot, kTapPatterns[pattern]);
 }
 
 void DelayPages::SetPlayingTap(int slot, int tap)
@@ -599,9 +618,10 @@ IControl* BuildDelayPageControl(QuorvexEditor& editor, const LayoutRow& row, int
     }
     case ELayoutKind::kSlotTitle:
     {
-        auto* title = new ITextControl(plug, row.mRect, LabelStyle(color, 12, IText::kAlignNear),
-                                       std::string(layout::kSlotTitles[instance & 3]) + "  -  TAP STEPS");
+        auto* title = new IMyTextControl(plug, row.mRect, LabelStyle(color, 12, IText::kAlignNear), color);
+        title->SetText(std::string(layout::kSlotTitles[instance & 3]) + "  -  TAP STEPS");
         title->SetTargetArea(IRECT());
+        editor.Delay().AddTitle(instance & 3, title);
         return title;
     }
     case ELayoutKind::kLargeViewButton:

@@ -9,8 +9,10 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "editor/IControl.h"
+#include "editor/IMyControls.h"
 #include "editor/LayoutDelay.h"
 #include "editor/ValuePopUpControl.h"
 
@@ -60,6 +62,8 @@ class DelayPages
     void CopySlot(int slot);
     void PasteSlot(int slot);
     bool HasCopy() const { return mCopy.mValid; }
+    // A large view's title, which shows what an edit just did for a moment.
+    void AddTitle(int slot, IMyTextControl* title);
 
     // The tap of each slot that plays now, -1 for none: the idle tick pushes it, the large
     // view lights that tap's number.
@@ -82,9 +86,13 @@ class DelayPages
     void WriteStep(IControl* fader, double normalized);
     IControl* Fader(int slot, int r, int tap) const;
 
+    // A notice in the slot's large-view titles ("COPIED", the pattern's name...) for a moment.
+    void Notify(int slot, const std::string& notice);
+
     struct SlotCopy
     {
         bool mValid = false;
+        int mSlot = 0;
         std::array<std::array<double, 16>, layout::kNumStepRows> mValues{};
         std::array<std::uint16_t, 2> mTapOn{};
         std::uint16_t mStepFx = 0;
@@ -94,6 +102,7 @@ class DelayPages
     QuorvexEditor& mEditor;
     SlotCopy mCopy;
     std::array<int, 4> mPlaying{-1, -1, -1, -1};
+    std::array<std::vector<IMyTextControl*>, 4> mTitles; // each large view's title, by slot
     StepMaskActions mActions;
     std::array<std::array<std::uint16_t, 2>, 4> mTapOn{};
     std::array<std::uint16_t, 4> mStepFx{};

@@ -271,6 +271,19 @@ void QuorvexEditor::TickHighlights()
         if (h) h->Tick();
 }
 
+void QuorvexEditor::TickTimedLabels()
+{
+    for (IMyTextControl* label : mTimedLabels)
+        label->TimedTick();
+}
+
+void QuorvexEditor::FlushTimedLabels()
+{
+    for (IMyTextControl* label : mTimedLabels)
+        while (label->TimedTextShowing())
+            label->TimedTick();
+}
+
 void QuorvexEditor::AddMeterControl(int id, IControl* control)
 {
     if (id >= 0 && id < EditorReadouts::kNumMeters && control) mMeterControls[id].push_back(control);

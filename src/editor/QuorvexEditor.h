@@ -13,6 +13,7 @@
 #include "core/EditorReadouts.h"
 #include "editor/EditorPages.h"
 #include "editor/IGraphics.h"
+#include "editor/IMyControls.h"
 
 class IFocusPanelControl;
 class ITimeHighlightControl;
@@ -70,6 +71,11 @@ class QuorvexEditor : public IGraphics
     void HighlightTimes(int slot);
     // One editor frame of the highlights.
     void TickHighlights();
+    // Labels that show a notice for a while (IMyTextControl::SetTimedText): each idle tick counts
+    // them down; a preset or state load ends every notice at once.
+    void AddTimedLabel(IMyTextControl* label) { mTimedLabels.push_back(label); }
+    void TickTimedLabels();
+    void FlushTimedLabels();
     ITimeHighlightControl* TimeHighlight(int slot) const
     {
         return mTimeHighlight[static_cast<unsigned>(slot) % 4];
@@ -133,6 +139,7 @@ class QuorvexEditor : public IGraphics
         int cover; // over the row's printed marks while the knob is hidden
     };
     std::vector<FxKnobGroup> mFxGroups;
+    std::vector<IMyTextControl*> mTimedLabels;
     std::function<void(int)> mColorSetHandler;
 };
 

@@ -161,6 +161,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     void RedrawControls() override { RedrawParamControls(); }
     // A loaded state's colour set and page reach the editor.
     void ShowColorSetAndPage(int colorSet, int page) override;
+    void FlushTimedLabels() override;
     // Page switches of the editor (UI thread); the page shown becomes `LastPage` unless a preset
     // is loading.
     void ShowPage(int page);

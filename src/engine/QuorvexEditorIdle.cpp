@@ -129,6 +129,12 @@ void Quorvex::PresentStepMasks()
     }
 }
 
+// A loaded preset or state ends the notices of the one before.
+void Quorvex::FlushTimedLabels()
+{
+    if (mEditor) mEditor->FlushTimedLabels();
+}
+
 void Quorvex::PresentTimeHighlights()
 {
     if (!mEditor) return;
@@ -136,6 +142,7 @@ void Quorvex::PresentTimeHighlights()
     for (int slot = 0; slot < kNumSlots; ++slot)
         if (slots & (1 << slot)) mEditor->HighlightTimes(slot);
     mEditor->TickHighlights();
+    mEditor->TickTimedLabels();
 }
 
 // UI thread: each LFO's wave display shows the table its wave choice names, as the LFO plays it.

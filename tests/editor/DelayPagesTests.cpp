@@ -515,6 +515,44 @@ TEST_F(DelayPagesFixture, ASlotsStepsAndMasksPasteOntoAnother)
     EXPECT_TRUE(Step(2, StepRowOf("FX P1"), 4)->IsGrayed());
 }
 
+// The large view's title says for a moment what an edit did, then shows the view's name again; a
+// load ends such a notice at once.
+TEST_F(DelayPagesFixture, TheTitleTellsWhatAnEditDidForAMoment)
+{
+    const auto title = [&](int slot)
+    {
+        int row = 0;
+        for (const LayoutRow& r : kLargeDelayLayout)
+        {
+            if (r.mKind == ELayoutKind::kSlotTitle)
+                return dynamic_cast<IMyTextControl*>(
+                           editor.ControlOfPageRow(static_cast<EPageList>(kListLarge1 + slot), row))
+                    ->GetText();
+            ++row;
+        }
+        return std::string();
+    };
+    editor.ShowPage(kPageLargeSteps, false);
+    EXPECT_EQ(title(0), "SLOT 1  -  TAP STEPS");
+    Click(editor.ControlOfPageRow(kListLarge1, layout::kCopyRow));
+    EXPECT_EQ(title(0), "SLOT 1  -  COPIED");
+    const int ticks = editor.FPS() * 3 / 2; // a second and a half
+    for (int i = 0; i < ticks - 1; ++i)
+        editor.TickTimedLabels();
+    EXPECT_EQ(title(0), "SLOT 1  -  COPIED");
+    editor.TickTimedLabels();
+    EXPECT_EQ(title(0), "SLOT 1  -  TAP STEPS");
+
+    editor.ShowPage(kPageLargeSteps + 2, false);
+    Click(editor.ControlOfPageRow(kListLarge3, layout::kPasteRow));
+    EXPECT_EQ(title(2), "SLOT 3  -  PASTED FROM SLOT 1");
+    editor.Delay().ApplyTapPattern(2, 4);
+    EXPECT_EQ(title(2), "SLOT 3  -  PING PONG");
+    editor.FlushTimedLabels();
+    EXPECT_EQ(title(2), "SLOT 3  -  TAP STEPS");
+    EXPECT_EQ(title(0), "SLOT 1  -  TAP STEPS");
+}
+
 TEST_F(DelayPagesFixture, EveryDelayParameterHasAControlOnTheDelayPages)
 {
     std::set<int> onPages;

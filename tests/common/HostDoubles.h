@@ -115,6 +115,7 @@ class ParamValueQueue final : public StackUnknown<IParamValueQueue>
         mPoints.emplace_back(sampleOffset, value);
         return kResultTrue;
     }
+    void Reserve(std::size_t points) { mPoints.reserve(points); }
 
   private:
     ParamID mId;
@@ -149,6 +150,16 @@ class ParameterChanges : public StackUnknown<IParameterChanges>
         addParameterData(id, index)->addPoint(offset, value, index);
     }
     void Clear() { mQueues.clear(); }
+    // An empty queue with room for a few points for each id below n, as a host makes its output
+    // changes before processing: a plug-in writing them allocates nothing.
+    void Prepare(ParamID n)
+    {
+        for (ParamID id = 0; id < n; ++id)
+        {
+            int32 index = 0;
+            static_cast<ParamValueQueue*>(addParameterData(id, index))->Reserve(8);
+        }
+    }
 
   private:
     std::vector<ParamValueQueue> mQueues;

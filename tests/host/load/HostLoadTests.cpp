@@ -1781,6 +1781,7 @@ std::map<ParamID, ParamValue> ProcessTelling(Instance& plug, IParameterChanges* 
 {
     AudioRig<double> rig(256, {2, 2}, {2});
     ParameterChanges out;
+    out.Prepare(static_cast<ParamID>(kNumParams));
     rig.data.inputParameterChanges = in;
     rig.data.outputParameterChanges = &out;
     rig.data.processMode = mode;

@@ -11,12 +11,12 @@ suites=(quorvex_core_tests quorvex_engine_tests quorvex_host_tests quorvex_host_
 cmake --build --preset tsan --target "${suites[@]}"
 export TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1"
 # The engine suite's long single-threaded renders (input hygiene over every patch, automation at
-# every block size and rate, end-to-end effect renders, the slot paths, the editor readouts) meet
-# no second thread but the idle effect worker and take most of the time under TSan; they run in
-# the release, asan and rtsan stages; so do the loaded bundle's long renders on one thread (bad
-# buffers, tails, random automation, offline type changes, tap masks). Every test that loads, saves
-# or switches while audio runs stays here.
-declare -A filters=([quorvex_engine_tests]="-InputHygiene*:*RealtimeProcess*:EffectsEndToEnd.*:SlotPath.*:Editor*"
+# every block size and rate, end-to-end effect renders, the slot paths, the engine frame, the
+# editor readouts) meet no second thread but the idle effect worker and take most of the time under
+# TSan; they run in the release, asan and rtsan stages, and so do the loaded bundle's long renders
+# on one thread (bad buffers, tails, random automation, offline type changes, tap masks). Every
+# test that loads, saves or switches while audio runs stays here.
+declare -A filters=([quorvex_engine_tests]="-*InputHygiene*:*RealtimeProcess*:EffectsEndToEnd.*:SlotPath.*:Editor*:EngineFrame.*"
   [quorvex_host_load_tests]="-HostLoad.ABadBufferDoesNotPoisonTheOutput:HostLoad.TheReportedTailHoldsTheEchoesAndTheHall:HostLoad.NoiseUnderRandomAutomationStaysClean:HostLoad.OfflineEffectTypeChangesTakeEffectWhereTheyArrive:HostLoad.TapMasksSwitchEachTapPerSide")
 for suite in "${suites[@]}"; do
   echo "tsan: $suite"

@@ -24,6 +24,11 @@ constexpr int FxPanelLeft(int slot)
     return 20 + slot * (kFxPanelW + kFxPanelGap);
 }
 
+constexpr IRECT FxPanelRect(int slot)
+{
+    return IRECT(FxPanelLeft(slot), kFxPanelTop, FxPanelLeft(slot) + kFxPanelW, 600);
+}
+
 inline constexpr int kFxValueParams[5] = {kFXParam1PR1, kFXParam2PR1, kFXParam3PR1, kFXParam4PR1,
                                           kFXParam5PR1};
 inline constexpr int kFxDepthParams[5] = {kFXParam1ModDepthPR1, kFXParam2ModDepthPR1, kFXParam3ModDepthPR1,
@@ -48,8 +53,7 @@ constexpr std::array<LayoutRow, 4 * kFxRowsPerSlot> MakeEffectsLayout()
     {
         const int x = FxPanelLeft(s);
         const int role = kSlotRole[s];
-        rows[n++] = {ELayoutKind::kPanel, IRECT(x, kFxPanelTop, x + kFxPanelW, 600), -1, -1, role,
-                     kSlotTitles[s]};
+        rows[n++] = {ELayoutKind::kPanel, FxPanelRect(s), -1, -1, role, kSlotTitles[s]};
         rows[n++] = {ELayoutKind::kSwitch, IRECT::FromSize(x + 12, 133, 30, 16), kFXOnPR1 + s,
                      BitmapId("switch1_grey")};
         rows[n++] = {ELayoutKind::kValuePopup, IRECT(x + 50, 130, x + kFxPanelW - 12, 152), kFX1PR + s, -1,
@@ -74,3 +78,16 @@ constexpr std::array<LayoutRow, 4 * kFxRowsPerSlot> MakeEffectsLayout()
 } // namespace layout
 
 inline constexpr auto kEffectsLayout = layout::MakeEffectsLayout();
+
+namespace layout
+{
+// What a knob row covers while its knob is out: the knob with its printed scale (a few pixels
+// beyond the bitmap), its name, depth, source and "DEPTH", inside the panel's border.
+constexpr IRECT FxKnobRowArea(int slot, int knob)
+{
+    IRECT area;
+    for (int r = FxKnobFirstRow(slot, knob); r < FxKnobFirstRow(slot, knob) + 5; ++r)
+        area = area.Union(kEffectsLayout[static_cast<size_t>(r)].mRect);
+    return area.Inset(-6).Intersect(FxPanelRect(slot).Inset(2));
+}
+} // namespace layout

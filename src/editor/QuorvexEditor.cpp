@@ -64,15 +64,9 @@ QuorvexEditor::QuorvexEditor(IPlugBase* plug, const std::string& resourceDir)
                     {
                         const int first = layout::FxKnobFirstRow(slot, k);
                         const std::vector<int>& at = mListRowControl[list];
-                        const IRECT panel =
-                            kEffectsLayout[static_cast<size_t>(slot * layout::kFxRowsPerSlot)].mRect;
-                        IRECT row;
-                        for (int r = first; r < first + 5; ++r)
-                            row = row.Union(kEffectsLayout[static_cast<size_t>(r)].mRect);
-                        // The knob's printed scale reaches a few pixels beyond its bitmap; the panel's
-                        // border stays.
-                        const IRECT area = row.Inset(-6).Intersect(panel.Inset(2));
-                        const int cover = AttachControl(new IFxRowCoverControl(plug, area, panel.T, panel.B));
+                        const IRECT panel = layout::FxPanelRect(slot);
+                        const int cover = AttachControl(
+                            new IFxRowCoverControl(plug, layout::FxKnobRowArea(slot, k), panel.T, panel.B));
                         mLists[list].push_back(cover);
                         mFxGroups.push_back({list,
                                              k,

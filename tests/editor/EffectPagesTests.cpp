@@ -89,7 +89,10 @@ TEST_F(EffectPages, EachPageShowsItsPositionsParameters)
         }
         // The other effect pages' panels are hidden.
         for (EPageList other : {kListPreFx, kListFeedbackFx, kListPostFx})
-            if (other != p.list) EXPECT_TRUE(Row(other, 0, 0, 0)->IsHidden()) << p.page;
+        {
+            if (other == p.list) continue;
+            EXPECT_TRUE(Row(other, 0, 0, 0)->IsHidden()) << p.page;
+        }
     }
     editor.ShowPage(kPageLfo, false);
     EXPECT_TRUE(Row(kListPostFx, 0, 0, 0)->IsHidden());

@@ -272,7 +272,9 @@ TEST_F(ModPagesFixture, EachPageRowBuildsTheControlItsKindAsksFor)
             EXPECT_EQ(control->ParamIdx(), row.mKind == ELayoutKind::kMeter ? -1 : row.mParam)
                 << "page " << c.mPage << " row " << i;
             if (control->ParamIdx() >= 0)
+            {
                 EXPECT_DOUBLE_EQ(control->GetValue(), plug.GetParam(control->ParamIdx())->GetNormalized());
+            }
         }
     }
 }

@@ -13,6 +13,12 @@ void SetRGB(cairo_t* cr, std::uint32_t rgb, double alpha)
                           alpha);
 }
 
+void AddStopRGB(cairo_pattern_t* pattern, double offset, std::uint32_t rgb)
+{
+    cairo_pattern_add_color_stop_rgb(pattern, offset, ((rgb >> 16) & 0xFF) / 255.0,
+                                     ((rgb >> 8) & 0xFF) / 255.0, (rgb & 0xFF) / 255.0);
+}
+
 void RoundRect(cairo_t* cr, double x, double y, double w, double h, double r)
 {
     const double pi = std::numbers::pi;

@@ -17,8 +17,6 @@ inline constexpr std::uint32_t kWindowTop = 0x16191F;
 inline constexpr std::uint32_t kWindowBottom = 0x0E1014;
 inline constexpr std::uint32_t kBar = 0x1A1D24;
 inline constexpr std::uint32_t kStage = 0x13161B;
-inline constexpr std::uint32_t kPanelTop = 0x1D2129;
-inline constexpr std::uint32_t kPanelBottom = 0x171A20;
 inline constexpr std::uint32_t kPanelTitle = 0x22262F;
 inline constexpr std::uint32_t kBorder = 0x2B303B;
 inline constexpr std::uint32_t kHairline = 0x252A34;
@@ -38,6 +36,7 @@ inline constexpr std::uint32_t kPointer = 0xF3F5F8;
 } // namespace palette
 
 void SetRGB(cairo_t* cr, std::uint32_t rgb, double alpha = 1.0);
+void AddStopRGB(cairo_pattern_t* pattern, double offset, std::uint32_t rgb);
 void RoundRect(cairo_t* cr, double x, double y, double w, double h, double r);
 // Text in the generator's font ("BetecknaGS" of fonts-beteckna, the stand-in for "Futura";
 // the plain "Beteckna" face lacks punctuation), centred in the box

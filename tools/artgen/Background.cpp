@@ -6,7 +6,6 @@
 #include <numbers>
 #include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "ArtKit.h"
@@ -77,9 +76,8 @@ void Panel(cairo_t* cr, const IRECT& r, const char* title)
     SetRGB(cr, 0x000000, 0.35);
     cairo_fill(cr);
     cairo_pattern_t* g = cairo_pattern_create_linear(0, r.T, 0, r.B);
-    for (const auto& [at, rgb] : {std::pair{0.0, kPanelBodyTop}, std::pair{1.0, kPanelBodyBottom}})
-        cairo_pattern_add_color_stop_rgb(g, at, ((rgb >> 16) & 0xFF) / 255.0, ((rgb >> 8) & 0xFF) / 255.0,
-                                         (rgb & 0xFF) / 255.0);
+    AddStopRGB(g, 0, kPanelBodyTop);
+    AddStopRGB(g, 1, kPanelBodyBottom);
     RoundRect(cr, r.L + 0.5, r.T + 0.5, r.W() - 1.0, r.H() - 1.0, 7.0);
     cairo_set_source(cr, g);
     cairo_fill(cr);

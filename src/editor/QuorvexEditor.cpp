@@ -360,8 +360,8 @@ void QuorvexEditor::RefreshFxKnobs()
         const bool hide = !type || type->hidden[group.knob];
         for (int idx : group.controls)
             if (IControl* c = GetControl(idx)) c->Hide(hide);
-        // The cover shows on its own page only, where a type leaves its knob out.
-        GetControl(group.cover)->Hide(!(type && type->hidden[group.knob]));
+        // The cover shows on its own page only, wherever the knob is out (OFF leaves out all five).
+        GetControl(group.cover)->Hide(!(group.list == shown && hide));
     }
 }
 

@@ -154,6 +154,10 @@ TEST_F(EffectPages, ARowWithoutItsKnobShowsThePlainPanel)
     EXPECT_FALSE(rowIsPlain(0, 0)) << "a knob that is there draws";
     SetType(kFX1PO, MenuIndex(kFX1PO, "VOWEL"));
     EXPECT_FALSE(rowIsPlain(0, 1));
+    // OFF leaves every row of its panel plain.
+    SetType(kFX1PO, 0);
+    for (int k = 0; k < 5; ++k)
+        EXPECT_TRUE(rowIsPlain(0, k)) << "knob " << k + 1;
 }
 
 TEST_F(EffectPages, AKnobDragReachesItsPositionsParameter)

@@ -186,7 +186,44 @@ void DelayTextButton::Draw(IGraphics* graphics)
         DrawButtonFace(graphics, mRect, mColor, IsLit(), mGrayed, mText.c_str());
 }
 
+// ---- TapNumberControl ----
+
+TapNumberControl::TapNumberControl(IPlugBase* plug, const IRECT& rect, const IColor* color, std::string text,
+                                   DelayPages* pages, int slot, int tap)
+    : DelayTextButton(
+          plug, rect, color, std::move(text), [pages, slot, tap] { return pages->PlayingTap(slot) == tap; },
+          nullptr),
+      mPages(pages), mSlot(slot), mTap(tap)
+{
+    SetFrameless(true);
+    SetTooltip("Channels of tap " + std::to_string(tap + 1));
+}
+
+void TapNumberControl::OnMouseDown(int x, int y, const IMouseMod& mod)
+{
+    if (mod.R || !mGraphics) return;
+    auto menu = std::make_shared<IPopupMenu>();
+    for (const char* mark : kChannelMarks)
+        menu->AddItem(mark);
+    menu->CheckItemAlone(mPages->TapChannels(mSlot, mTap));
+    mGraphics->CreateIPopupMenu(menu, mRect,
+                                [pages = mPages, slot = mSlot, tap = mTap](IPopupMenu*, int index)
+                                {
+                                    if (index >= 0) pages->SetTapChannels(slot, tap, index);
+                                });
+}
+
 // ---- SourceFieldControl ----
+
+std::string SourceFieldControl::ShortText() const
+{
+    const IParamRecord* param = mPlug ? mPlug->GetParam(mParamIdx) : nullptr;
+    if (!param) return {};
+    const int source = static_cast<int>(param->QuantizedFromNormalized(mValue));
+    if (source >= 0 && source < static_cast<int>(std::size(kShortSourceOf)) && kShortSourceOf[source] >= 0)
+        return kShortModSources[kShortSourceOf[source]];
+    return ValueText();
+}
 
 void SourceFieldControl::Draw(IGraphics* graphics)
 {
@@ -196,7 +233,7 @@ void SourceFieldControl::Draw(IGraphics* graphics)
     IRaster& raster = graphics->Raster();
     raster.FillRoundRect(kBorder, mRect, 3.0);
     raster.FillRoundRect(kField, mRect.Inset(1), 2.5);
-    const std::string value = ValueText();
+    const std::string value = ShortText();
     const IRECT textRect(mRect.L + 3, mRect.T, mRect.R - 3, mRect.B);
     // The largest size from 11 down to 8 that fits the field.
     IText text = LabelStyle(&kText, 11);
@@ -286,6 +323,25 @@ void DelayPages::Toggle(EStepMask mask, int slot, int tap)
     default:
         return;
     }
+    Refresh();
+}
+
+int DelayPages::TapChannels(int slot, int tap) const
+{
+    return (Bit(kMaskTapOnL, slot, tap) ? 1 : 0) | (Bit(kMaskTapOnR, slot, tap) ? 2 : 0);
+}
+
+void DelayPages::SetTapChannels(int slot, int tap, int mark)
+{
+    slot &= 3;
+    tap &= 15;
+    const std::uint16_t bit = static_cast<std::uint16_t>(1u << tap);
+    for (int channel = 0; channel < 2; ++channel)
+    {
+        std::uint16_t& word = mTapOn[slot][channel];
+        word = static_cast<std::uint16_t>((mark >> channel) & 1 ? word | bit : word & ~bit);
+    }
+    if (mActions.tapOn) mActions.tapOn(slot, tap, (mark & 1) != 0, (mark & 2) != 0);
     Refresh();
 }
 
@@ -711,14 +767,8 @@ IControl* BuildDelayPageControl(QuorvexEditor& editor, const LayoutRow& row, int
     }
     case ELayoutKind::kTapNumber:
     {
-        const int slot = instance & 3, column = row.mIndex;
-        DelayPages* pages = &editor.Delay();
-        auto* number = new DelayTextButton(
-            plug, row.mRect, color, row.mLabel,
-            [pages, slot, column] { return pages->PlayingTap(slot) == column; }, nullptr);
-        number->SetFrameless(true);
-        number->SetTargetArea(IRECT());
-        return number;
+        return new TapNumberControl(plug, row.mRect, color, row.mLabel, &editor.Delay(), instance & 3,
+                                    row.mIndex);
     }
     case ELayoutKind::kLargeViewSelect:
         return new DelayViewSelect(editor, row.mRect, instance & 3, color);

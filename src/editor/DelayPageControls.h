@@ -46,6 +46,10 @@ class DelayPages
     bool Bit(EStepMask mask, int slot, int tap) const;
     // A press on a mask button: flips the bit, tells the plug-in, grays the faders it governs.
     void Toggle(EStepMask mask, int slot, int tap);
+    // The channels a tap sounds on as an index of kChannelMarks (bit 0 left, bit 1 right); setting
+    // them is one report to the plug-in, as a press on either mask button is.
+    int TapChannels(int slot, int tap) const;
+    void SetTapChannels(int slot, int tap, int mark);
 
     // Preset `preset` of step row r's menu (kStepRows) on the slot's taps in use, written through
     // the faders as one gesture each, snapped to the row's step grid when it has one.
@@ -162,12 +166,27 @@ class DelayTextButton : public IControl
     bool mFrameless = false;
 };
 
-// A value field too narrow for the usual type: the text in small capitals, as large as fits.
+// A tap column's number: lit while that tap plays; a press offers the channels the tap sounds on.
+class TapNumberControl : public DelayTextButton
+{
+  public:
+    TapNumberControl(IPlugBase* plug, const IRECT& rect, const IColor* color, std::string text,
+                     DelayPages* pages, int slot, int tap);
+    void OnMouseDown(int x, int y, const IMouseMod& mod) override;
+
+  private:
+    DelayPages* mPages;
+    int mSlot, mTap;
+};
+
+// A modulation source field too narrow for the usual type: the source's short name ("L1", "E2")
+// as large as fits; its menu still lists the full names.
 class SourceFieldControl : public IValuePopUpControl
 {
   public:
     using IValuePopUpControl::IValuePopUpControl;
     void Draw(IGraphics* graphics) override;
+    std::string ShortText() const;
 };
 
 // A name that opens a menu: the step rows' names open their presets, the pattern button the tap

@@ -66,6 +66,11 @@ class IPopupOverlay final : public IOverlay
     // level `level` (empty when scrolled out of view), and the number of open levels.
     IRECT ItemRect(int level, int index) const;
     int NLevels() const { return static_cast<int>(mLevels.size()); }
+    // The menu open at `level`, null past the last.
+    const IPopupMenu* MenuAt(int level) const
+    {
+        return level >= 0 && level < NLevels() ? mLevels[static_cast<size_t>(level)].mMenu : nullptr;
+    }
 
   private:
     struct Level

@@ -32,6 +32,16 @@ inline constexpr const char* kTapPatterns[] = {"ALL ON",    "ALL OFF",  "LEFT", 
                                                "PING PONG", "SYNCOPED", "SYNCOPED ST", "TWO-ONE",
                                                "BOUNCER",   "RHYTHM I", "RHYTHM II",   "RANDOMIZE"};
 
+// Which channels a tap sounds on, as its number's menu offers them: bit 0 left, bit 1 right.
+inline constexpr const char* kChannelMarks[] = {"--", "L", "R", "L+R"};
+
+// The names a narrow source field shows. The list has no names for the third and fourth gate;
+// kShortSourceOf maps each modulation source (OFF, LFO1..4, GATE1..4, ENV1..2, LOGIC1..4) to
+// its entry, -1 where there is none and the field keeps the source's full name.
+inline constexpr const char* kShortModSources[] = {"--", "L1", "L2", "L3", "L4", "G1", "G2",
+                                                   "E1", "E2", "M1", "M2", "M3", "M4"};
+inline constexpr int kShortSourceOf[] = {0, 1, 2, 3, 4, 5, 6, -1, -1, 7, 8, 9, 10, 11, 12};
+
 // Which mask a mask button of the large view toggles (the row's mIndex is kind * 16 + tap).
 enum EStepMask : int
 {

@@ -88,6 +88,7 @@ bool Interactive(ELayoutKind kind)
     case ELayoutKind::kLargeViewSelect:
     case ELayoutKind::kTapStepFader:
     case ELayoutKind::kStepMaskButton:
+    case ELayoutKind::kTapNumber:
         return true;
     default:
         return false;
@@ -347,6 +348,84 @@ TEST_F(DelayPagesFixture, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     EXPECT_FALSE(dynamic_cast<DelayTextButton*>(Step(1, StepRowOf("TAP L"), 1))->IsLit());
     // No parameter moved.
     EXPECT_EQ(plug.Gestures(), "");
+}
+
+TEST_F(DelayPagesFixture, ATapNumberOffersTheChannelsTheTapSoundsOn)
+{
+    std::vector<std::tuple<int, int, bool, bool>> taps;
+    editor.SetStepMaskActions({[&](int s, int t, bool l, bool r) { taps.emplace_back(s, t, l, r); }, {}, {}});
+    editor.ShowPage(kPageLargeLevels + 1, false);
+    editor.Delay().SetTapOnMask(1, 0, 0xFFFF);
+    editor.Delay().SetTapOnMask(1, 1, 0xFFFF);
+    IControl* number = editor.ControlOfPageRow(kListLarge2, layout::StepColumnNumber(2));
+    auto popup = [&] { return dynamic_cast<IPopupOverlay*>(editor.ModalOverlay()); };
+    auto pick = [&](const char* mark)
+    {
+        Click(number);
+        ASSERT_NE(popup(), nullptr);
+        const IPopupMenu* menu = popup()->MenuAt(0);
+        ASSERT_NE(menu, nullptr);
+        for (int i = 0; i < menu->NItems(); ++i)
+            if (menu->GetItem(i)->mText == mark)
+            {
+                const IRECT r = popup()->ItemRect(0, i);
+                editor.OnMouseOver(r.L + 5, r.T + 5, IMouseMod());
+                editor.OnMouseDown(r.L + 5, r.T + 5, editortest::Left());
+                editor.OnMouseUp(r.L + 5, r.T + 5, editortest::Left());
+                return;
+            }
+        FAIL() << mark;
+    };
+    auto checked = [&]
+    {
+        Click(number);
+        const IPopupMenu* menu = popup()->MenuAt(0);
+        std::string texts, mark;
+        for (int i = 0; i < menu->NItems(); ++i)
+        {
+            texts += menu->GetItem(i)->mText + "|";
+            if (menu->GetItem(i)->Checked()) mark += menu->GetItem(i)->mText;
+        }
+        editor.OnKeyDown(0, 0, kKeyEscape);
+        EXPECT_EQ(texts, "--|L|R|L+R|");
+        return mark;
+    };
+    EXPECT_EQ(checked(), "L+R");
+    pick("R");
+    EXPECT_EQ(editor.Delay().TapOnMask(1, 0), 0xFFFFu & ~(1u << 2));
+    EXPECT_EQ(editor.Delay().TapOnMask(1, 1), 0xFFFFu);
+    EXPECT_FALSE(dynamic_cast<DelayTextButton*>(Step(1, StepRowOf("TAP L"), 2))->IsLit());
+    EXPECT_TRUE(dynamic_cast<DelayTextButton*>(Step(1, StepRowOf("TAP R"), 2))->IsLit());
+    EXPECT_EQ(checked(), "R");
+    pick("--");
+    EXPECT_EQ(checked(), "--");
+    pick("L");
+    EXPECT_EQ(editor.Delay().TapOnMask(1, 0), 0xFFFFu);
+    EXPECT_EQ(editor.Delay().TapOnMask(1, 1), 0xFFFFu & ~(1u << 2));
+    // One report per pick, with both channels; no other tap and no parameter moved.
+    EXPECT_EQ(taps, (std::vector<std::tuple<int, int, bool, bool>>{
+                        {1, 2, false, true}, {1, 2, false, false}, {1, 2, true, false}}));
+    EXPECT_EQ(plug.Gestures(), "");
+}
+
+TEST_F(DelayPagesFixture, NarrowSourceFieldsShowShortNamesAndOfferTheFullList)
+{
+    editor.ShowPage(kPageDelay, false);
+    auto* field = dynamic_cast<SourceFieldControl*>(ShownOnOverview(kFeedbackModSource1));
+    ASSERT_NE(field, nullptr);
+    // OFF, LFO2, GATE2, GATE3 (no short name of its own), ENV1, ENV2, LOGIC4.
+    const std::pair<int, const char*> cases[] = {{0, "--"}, {2, "L2"},  {6, "G2"}, {7, "GATE3"},
+                                                 {9, "E1"}, {10, "E2"}, {14, "M4"}};
+    for (const auto& [source, text] : cases)
+    {
+        SetIndex(kFeedbackModSource1, source);
+        EXPECT_EQ(field->ShortText(), text) << source;
+    }
+    Click(field);
+    auto* popup = dynamic_cast<IPopupOverlay*>(editor.ModalOverlay());
+    ASSERT_NE(popup, nullptr);
+    EXPECT_EQ(popup->MenuAt(0)->NItems(), 15);
+    EXPECT_EQ(popup->MenuAt(0)->GetItem(14)->mText, "LOGIC4");
 }
 
 TEST_F(DelayPagesFixture, MasksFromThePlugInGrayTheFaders)

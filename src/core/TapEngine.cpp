@@ -24,6 +24,42 @@ int ClampTap(int tap)
     return std::clamp(tap, 0, kNumTaps - 1);
 }
 
+// dst = base + src[0] x gain[0] + src[1] x gain[1] + ..., added in that order for every sample,
+// exactly as one pass per block would add them, but four blocks per pass, so that the sum stays
+// in a register instead of going through memory once per pre-echo. base and dst are different
+// blocks: an in-place form is separate, since a pass whose input overlaps its output is not
+// vectorised.
+void AddFourScaled(const double* base, const double* const* src, const double* gain, double* dst)
+{
+    const double *a = src[0], *b = src[1], *c = src[2], *d = src[3];
+    const double ga = gain[0], gb = gain[1], gc = gain[2], gd = gain[3];
+    for (int i = 0; i < gBlockLen; ++i)
+        dst[i] = (((base[i] + a[i] * ga) + b[i] * gb) + c[i] * gc) + d[i] * gd;
+}
+
+void AddFourScaledInPlace(const double* const* src, const double* gain, double* dst)
+{
+    const double *a = src[0], *b = src[1], *c = src[2], *d = src[3];
+    const double ga = gain[0], gb = gain[1], gc = gain[2], gd = gain[3];
+    for (int i = 0; i < gBlockLen; ++i)
+        dst[i] = (((dst[i] + a[i] * ga) + b[i] * gb) + c[i] * gc) + d[i] * gd;
+}
+
+void AddScaledBlocks(const double* base, const double* const* src, const double* gain, int count, double* dst)
+{
+    int k = 0;
+    if (count >= 4)
+    {
+        AddFourScaled(base, src, gain, dst);
+        k = 4;
+    }
+    else
+        VecCopy(base, dst, gBlockLen);
+    for (; k + 4 <= count; k += 4)
+        AddFourScaledInPlace(src + k, gain + k, dst);
+    for (; k < count; ++k)
+        VecAddScaled(src[k], gain[k], dst, gBlockLen);
+}
 } // namespace
 
 TapEngine::TapEngine()
@@ -130,12 +166,14 @@ int TapEngine::FeedbackTap() const
     return choice == 0 ? int(tapCount) : choice - 1;
 }
 
-void TapEngine::AddSwell(const QLMMultiDelay& line, double* buffer, double acc) const
+void TapEngine::AddSwell(const QLMMultiDelay& line, const double* read, double* buffer, double acc) const
 {
-    if (mSwellCount < 1.0) return;
+    const double* src[static_cast<int>(kSwellMaxCount)];
+    double gain[static_cast<int>(kSwellMaxCount)];
+    int count = 0;
     const int length = line.mSize;
     const double* mem = line.mBuf.get();
-    for (int k = 1; k <= mSwellCount; ++k)
+    for (int k = 1; k <= mSwellCount && count < static_cast<int>(kSwellMaxCount); ++k)
     {
         const double d = k * mSwellRatio;
         const double v = d * kSwellGridScale;
@@ -146,8 +184,10 @@ void TapEngine::AddSwell(const QLMMultiDelay& line, double* buffer, double acc) 
         const int w = line.mWritePos - p;
         int r = w - gBlockLen;
         if (r < 0) r = length - gBlockLen + w;
-        VecAddScaled(mem + r, kSwellPeak - d, buffer, gBlockLen);
+        src[count] = mem + r;
+        gain[count++] = kSwellPeak - d;
     }
+    AddScaledBlocks(read, src, gain, count, buffer);
 }
 
 bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBlockIO& io)
@@ -220,8 +260,7 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
             if (i == count) VecCopy(read, io.dlyL, gBlockLen);
             if (onL)
             {
-                VecCopy(read, io.tapL, gBlockLen);
-                AddSwell(left, io.tapL, acc);
+                AddSwell(left, read, io.tapL, acc);
                 if (fx) io.fx->RunTapFx(io.tapL, 2 * i);
                 if (track) note(i, io.tapL, std::max(gainA, panMode != kTapPanStereo ? gainB : 0.0));
                 VecAddScaled(io.tapL, gainA, io.postL, gBlockLen);
@@ -236,8 +275,7 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
             if (i == count) VecCopy(read, io.dlyR, gBlockLen);
             if (onR)
             {
-                VecCopy(read, io.tapR, gBlockLen);
-                AddSwell(right, io.tapR, acc);
+                AddSwell(right, read, io.tapR, acc);
                 if (fx) io.fx->RunTapFx(io.tapR, 2 * i + 1);
                 if (track) note(i, io.tapR, std::max(gainB, panMode != kTapPanStereo ? gainA : 0.0));
                 VecAddScaled(io.tapR, gainB, io.postR, gBlockLen);

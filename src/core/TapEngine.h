@@ -120,8 +120,9 @@ class TapEngine
     }
 
   private:
-    // Adds the pre-echoes of a tap at `acc` samples, read straight from the line's memory.
-    void AddSwell(const QLMMultiDelay& line, double* buffer, double acc) const;
+    // buffer = the tap's read plus its pre-echoes at `acc` samples, read straight from the line's
+    // memory.
+    void AddSwell(const QLMMultiDelay& line, const double* read, double* buffer, double acc) const;
 
     // Swell values of the running block.
     double mSwellCount = 0.0;

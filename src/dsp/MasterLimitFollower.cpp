@@ -1,7 +1,5 @@
 #include "dsp/MasterLimitFollower.h"
 
-#include <cmath>
-
 MasterLimitFollower::MasterLimitFollower(bool isRight) : Dynamics(isRight) {}
 
 void MasterLimitFollower::Reset()
@@ -16,16 +14,7 @@ void MasterLimitFollower::Run(double* block, double rise, double fall, double ho
     double env = mEnv;
     double held = mHold;
     for (int i = 0; i < n; ++i)
-    {
-        double x = block[i];
-        if (std::fabs(x) <= 1e-15) continue;
-        if (x < held) x = (held - x) * hold + x;
-        held = x;
-        const double c = x <= env ? fall : rise;
-        x = (env - x) * c + x;
-        env = x;
-        block[i] = x;
-    }
+        block[i] = LimitFollowStep(block[i], rise, fall, hold, env, held);
     mEnv = env;
     mHold = held;
 }

@@ -6,6 +6,21 @@
 
 #include "dsp/Dynamics.h"
 
+#include <cmath>
+
+// One sample of the follower on states held by the caller (so that a loop can keep them in
+// registers beside other work); returns the output, or x itself when it is too small to count.
+inline double LimitFollowStep(double x, double rise, double fall, double hold, double& env, double& held)
+{
+    if (std::fabs(x) <= 1e-15) return x;
+    if (x < held) x = (held - x) * hold + x;
+    held = x;
+    const double c = x <= env ? fall : rise;
+    x = (env - x) * c + x;
+    env = x;
+    return x;
+}
+
 class MasterLimitFollower : public Dynamics
 {
   public:

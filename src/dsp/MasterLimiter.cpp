@@ -29,11 +29,10 @@ double* OutputBlock(double* out, const double* in)
     return in == gNoSignal ? gNoOutput : const_cast<double*>(in);
 }
 
-// T = |T|, then at least 1.0: every divisor of the gain stays at or above 1.
-void AbsAtLeastOne(double* t, int n)
+// Every divisor of the gain stays at or above 1.
+inline double AtLeastOne(double x)
 {
-    VecAbsI(t, n);
-    VecFloorI(t, n, 1.0);
+    return x < 1.0 ? 1.0 : x;
 }
 } // namespace
 
@@ -99,55 +98,63 @@ void MasterLimiter::Reset()
         f.Reset();
 }
 
+// The stage is a few long passes rather than one per operation: each pass keeps its values in
+// registers and does the same arithmetic in the same order as separate passes would.
 void MasterLimiter::SlowStage(int mode)
 {
     const int n = mBlockLen;
     double* t = mScratch;
-    VecSet(1.0, mG1, n);
-    VecSet(1.0, mG2, n);
-    VecSet(1.0, mG3, n);
-    VecCopy(mDetect, t, n);
-    mFollower[0].Run(t, 0.0, gCoef1s, gCoef10ms, n);
 
-    // Running mean square of the detector over about half a second, then its root.
-    double s = mRmsState;
-    for (int i = 0; i < n; ++i)
+    // The peak envelope of the detector and its running mean square over about half a second
+    // (then the root): two independent recursions, side by side so that they overlap.
     {
-        const double x = mDetect[i];
-        s = (x * x - s) * mRmsCoef + s;
-        mP[i] = s;
+        double env = mFollower[0].mEnv, held = mFollower[0].mHold;
+        double s = mRmsState;
+        const double rmsCoef = mRmsCoef;
+        for (int i = 0; i < n; ++i)
+        {
+            const double x = mDetect[i];
+            t[i] = LimitFollowStep(x, 0.0, gCoef1s, gCoef10ms, env, held);
+            s = (x * x - s) * rmsCoef + s;
+            mP[i] = std::sqrt(s);
+        }
+        mFollower[0].mEnv = env;
+        mFollower[0].mHold = held;
+        mRmsState = s;
     }
-    mRmsState = s;
-    VecSqrtI(mP, n);
 
     // Weight from how far the peak envelope stands above the RMS: dense material limits harder.
-    if (mode == kLimiterSlowI) VecScaleI(kSlowICrest, t, n);
-    VecSubI(mP, t, n);
-    VecAddConstI(1.0, t, n);
-    VecRecip(t, mW, n);
-
+    // (The crest factor 1.0 leaves the envelope exactly as it is.)
+    const double crest = mode == kLimiterSlowI ? kSlowICrest : 1.0;
     const double knee = gLimitKnee;
-    VecScale(mW, knee, t, n);
-    VecMulI(mDetect, t, n);
-    AbsAtLeastOne(t, n);
+    for (int i = 0; i < n; ++i)
+    {
+        const double w = 1.0 / ((t[i] * crest - mP[i]) + 1.0);
+        mW[i] = w;
+        t[i] = AtLeastOne(std::fabs(w * knee * mDetect[i]));
+    }
     mFollower[1].Run(t, gCoef100ms, mode == kLimiterSlowI ? gCoef1s : gCoef2s, gCoef10ms, n);
-    VecDivI(t, mG1, n);
-    VecScaleI(gLimitTrim, mG1, n);
-    VecMulI(mG1, mDetect, n);
 
-    VecMul(mW, mDetect, t, n);
-    AbsAtLeastOne(t, n);
+    const double trim = gLimitTrim;
+    for (int i = 0; i < n; ++i)
+    {
+        const double g1 = 1.0 / t[i] * trim;
+        const double d = mDetect[i] * g1;
+        mDetect[i] = d;
+        mG1[i] = g1;
+        t[i] = AtLeastOne(std::fabs(mW[i] * d));
+    }
     mFollower[2].Run(t, gCoef20ms, gCoef100ms, gCoef10ms, n);
-    // The same divisor works twice, as a square.
-    VecDivI(t, mG2, n);
-    VecMulI(mG2, mDetect, n);
-    VecDivI(t, mG3, n);
-    VecMulI(mG3, mDetect, n);
 
-    VecMulI(mG3, mG1, n);
-    VecMulI(mG2, mG1, n);
-    VecMulI(mG1, mL, n);
-    VecMulI(mG1, mR, n);
+    // The same divisor works twice, as a square.
+    for (int i = 0; i < n; ++i)
+    {
+        const double g2 = 1.0 / t[i];
+        mDetect[i] = mDetect[i] * g2 * g2;
+        const double g = mG1[i] * g2 * g2;
+        mL[i] *= g;
+        mR[i] *= g;
+    }
 }
 
 void MasterLimiter::Process()
@@ -169,13 +176,21 @@ void MasterLimiter::Process()
         const int mode = mMode;
         const int lookAhead = gLookAhead;
         const double boost = mBoostGain;
-        VecScale(mIn1, boost, mL, n);
-        VecScale(mIn2, boost, mR, n);
 
         if (mode == kLimiterSlowI)
-            VecAdd(mL, mR, mDetect, n);
+        {
+            for (int i = 0; i < n; ++i)
+            {
+                const double l = mIn1[i] * boost, r = mIn2[i] * boost;
+                mL[i] = l;
+                mR[i] = r;
+                mDetect[i] = l + r;
+            }
+        }
         else
         {
+            VecScale(mIn1, boost, mL, n);
+            VecScale(mIn2, boost, mR, n);
             double peak1 = 0.0, peak2 = 0.0;
             VecMaxAbs(mIn1, n, &peak1);
             VecMaxAbs(mIn2, n, &peak2);
@@ -190,20 +205,20 @@ void MasterLimiter::Process()
 
         // Peak stage: rises over 0.5 ms within the look-ahead, falls at once behind a 3 ms hold.
         double* t = mScratch;
-        VecAbs(mDetect, t, n);
-        VecFloorI(t, n, 1.0);
+        for (int i = 0; i < n; ++i)
+            t[i] = AtLeastOne(std::fabs(mDetect[i]));
         mFollower[4].Run(t, gCoef05ms, 0.0, gCoef3ms, n);
-        VecSet(1.0, mG1, n);
-        VecSet(1.0, mG2, n);
-        VecDivI(t, mG1, n);
+        for (int i = 0; i < n; ++i)
+            mG1[i] = 1.0 / t[i];
 
         if (mode != kLimiterSlowI)
         {
             // Second pass on the detector as it reaches the output: whatever the peak stage let
             // through is divided away sample by sample.
             double* d = mScratch + gBlockLen;
-            VecMul(mG1, mDelayDetect.Read(lookAhead, n), d, n);
-            AbsAtLeastOne(d, n);
+            const double* delayed = mDelayDetect.Read(lookAhead, n);
+            for (int i = 0; i < n; ++i)
+                d[i] = AtLeastOne(std::fabs(mG1[i] * delayed[i]));
             mFollower[5].Run(d, 0.0, 0.0, gCoef3ms, n);
             VecDivI(d, mG1, n);
         }

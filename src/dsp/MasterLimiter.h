@@ -64,8 +64,6 @@ class MasterLimiter : public Dynamics
     double mR[gBlockLen] = {};
     double mDetect[gBlockLen] = {};
     double mG1[gBlockLen] = {};
-    double mG2[gBlockLen] = {};
-    double mG3[gBlockLen] = {};
     double mW[gBlockLen] = {};
     double mP[gBlockLen] = {};
     Relaxed<int> mMode{kLimiterSlowI};

@@ -133,28 +133,29 @@ void MasterLimiter::SlowStage(int mode)
         mW[i] = w;
         t[i] = AtLeastOne(std::fabs(w * knee * mDetect[i]));
     }
-    mFollower[1].Run(t, gCoef100ms, mode == kLimiterSlowI ? gCoef1s : gCoef2s, gCoef10ms, n);
 
+    // The gain stage and the peak stage after it, one sample at a time, so that the two
+    // followers' recursions overlap instead of running one block after the other.
     const double trim = gLimitTrim;
+    const double fall1 = mode == kLimiterSlowI ? gCoef1s : gCoef2s;
+    double env1 = mFollower[1].mEnv, held1 = mFollower[1].mHold;
+    double env2 = mFollower[2].mEnv, held2 = mFollower[2].mHold;
     for (int i = 0; i < n; ++i)
     {
-        const double g1 = 1.0 / t[i] * trim;
+        const double g1 = 1.0 / LimitFollowStep(t[i], gCoef100ms, fall1, gCoef10ms, env1, held1) * trim;
         const double d = mDetect[i] * g1;
-        mDetect[i] = d;
-        mG1[i] = g1;
-        t[i] = AtLeastOne(std::fabs(mW[i] * d));
-    }
-    mFollower[2].Run(t, gCoef20ms, gCoef100ms, gCoef10ms, n);
-
-    // The same divisor works twice, as a square.
-    for (int i = 0; i < n; ++i)
-    {
-        const double g2 = 1.0 / t[i];
-        mDetect[i] = mDetect[i] * g2 * g2;
-        const double g = mG1[i] * g2 * g2;
+        const double u = AtLeastOne(std::fabs(mW[i] * d));
+        // The same divisor works twice, as a square.
+        const double g2 = 1.0 / LimitFollowStep(u, gCoef20ms, gCoef100ms, gCoef10ms, env2, held2);
+        mDetect[i] = d * g2 * g2;
+        const double g = g1 * g2 * g2;
         mL[i] *= g;
         mR[i] *= g;
     }
+    mFollower[1].mEnv = env1;
+    mFollower[1].mHold = held1;
+    mFollower[2].mEnv = env2;
+    mFollower[2].mHold = held2;
 }
 
 void MasterLimiter::Process()

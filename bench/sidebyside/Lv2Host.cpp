@@ -51,7 +51,6 @@ Lv2World::Lv2World(double rate, int block)
                      {LV2_BUF_SIZE__powerOf2BlockLength, nullptr}};
     for (const LV2_Feature& f : mFeatureStore)
         mFeatures.push_back(&f);
-    mFeatures.push_back(nullptr);
 }
 
 Lv2World::~Lv2World()
@@ -98,12 +97,17 @@ std::unique_ptr<Lv2Instance> Lv2Instance::Create(Lv2World& world, const std::str
     self->mSequence = world.Map(LV2_ATOM__Sequence);
     self->mChunk = world.Map(LV2_ATOM__Chunk);
 
-    self->mInstance = lilv_plugin_instantiate(plugin, world.Rate(), world.Features());
+    self->mFeatures = world.Features();
+    self->mFeatures.push_back(&self->mScheduleFeature);
+    self->mFeatures.push_back(nullptr);
+    self->mInstance = lilv_plugin_instantiate(plugin, world.Rate(), self->mFeatures.data());
     if (self->mInstance == nullptr)
     {
         error = "could not instantiate " + uri;
         return nullptr;
     }
+    self->mWorker = static_cast<const LV2_Worker_Interface*>(
+        lilv_instance_get_extension_data(self->mInstance, LV2_WORKER__interface));
 
     Node audioClass(lilv_new_uri(w, LV2_CORE__AudioPort));
     Node controlClass(lilv_new_uri(w, LV2_CORE__ControlPort));
@@ -208,6 +212,41 @@ void Lv2Instance::Run(const float* inL, const float* inR, float* outL, float* ou
         }
     }
     lilv_instance_run(mInstance, static_cast<std::uint32_t>(mScratchIn.size()));
+    ServiceWorker();
     if (mAudioOut.size() == 1) std::memcpy(outR, outL, mScratchIn.size() * sizeof(float));
+}
+
+LV2_Worker_Status Lv2Instance::Schedule(LV2_Worker_Schedule_Handle handle, std::uint32_t size,
+                                        const void* data)
+{
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    static_cast<Lv2Instance*>(handle)->mJobs.emplace_back(bytes, bytes + size);
+    return LV2_WORKER_SUCCESS;
+}
+
+LV2_Worker_Status Lv2Instance::Respond(LV2_Worker_Respond_Handle handle, std::uint32_t size, const void* data)
+{
+    const auto* bytes = static_cast<const std::uint8_t*>(data);
+    static_cast<Lv2Instance*>(handle)->mResponses.emplace_back(bytes, bytes + size);
+    return LV2_WORKER_SUCCESS;
+}
+
+void Lv2Instance::ServiceWorker()
+{
+    if (mWorker == nullptr || mJobs.empty()) return;
+    LV2_Handle handle = lilv_instance_get_handle(mInstance);
+    // Work may schedule more work; the responses go back once all of it is done.
+    while (!mJobs.empty())
+    {
+        std::vector<std::vector<std::uint8_t>> jobs;
+        jobs.swap(mJobs);
+        for (const auto& job : jobs)
+            mWorker->work(handle, &Lv2Instance::Respond, this, static_cast<std::uint32_t>(job.size()),
+                          job.data());
+    }
+    for (const auto& response : mResponses)
+        mWorker->work_response(handle, static_cast<std::uint32_t>(response.size()), response.data());
+    mResponses.clear();
+    if (mWorker->end_run != nullptr) mWorker->end_run(handle);
 }
 } // namespace lv2time

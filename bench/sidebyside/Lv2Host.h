@@ -3,12 +3,16 @@
 // plug-ins ask for (URID map and unmap, options with the block lengths and the rate, fixed and
 // bounded block length), and instances with every port connected: audio to the caller's float
 // buffers, control inputs at their defaults unless set by symbol, control outputs, CV ports and
-// atom ports to buffers of their own (atom inputs an empty sequence before every run). Single
-// thread; the world must outlive its instances.
+// atom ports to buffers of their own (atom inputs an empty sequence before every run). Each
+// instance also gets a worker: work it schedules runs at the end of the same run call, as in an
+// offline render, so that buffers a plug-in allocates through its worker are there after the first
+// block rather than whenever another thread gets to them. Single thread; the world must outlive its
+// instances.
 
 #include <lilv/lilv.h>
 #include <lv2/options/options.h>
 #include <lv2/urid/urid.h>
+#include <lv2/worker/worker.h>
 
 #include <cstdint>
 #include <map>
@@ -28,7 +32,8 @@ class Lv2World
     Lv2World& operator=(const Lv2World&) = delete;
 
     LilvWorld* World() const { return mWorld; }
-    const LV2_Feature* const* Features() const { return mFeatures.data(); }
+    // The shared features, without the terminating null.
+    const std::vector<const LV2_Feature*>& Features() const { return mFeatures; }
     LV2_URID Map(const char* uri);
     double Rate() const { return mRate; }
     int Block() const { return mBlock; }
@@ -68,6 +73,11 @@ class Lv2Instance
 
   private:
     Lv2Instance() = default;
+    static LV2_Worker_Status Schedule(LV2_Worker_Schedule_Handle handle, std::uint32_t size,
+                                      const void* data);
+    static LV2_Worker_Status Respond(LV2_Worker_Respond_Handle handle, std::uint32_t size, const void* data);
+    void ServiceWorker();
+
     struct AtomPort
     {
         std::vector<std::uint64_t> buffer; // 64-bit words keep the atom header aligned
@@ -84,5 +94,11 @@ class Lv2Instance
     std::vector<float> mScratchOut;
     LV2_URID mSequence = 0;
     LV2_URID mChunk = 0;
+
+    LV2_Worker_Schedule mSchedule{this, &Lv2Instance::Schedule};
+    LV2_Feature mScheduleFeature{LV2_WORKER__schedule, &mSchedule};
+    std::vector<const LV2_Feature*> mFeatures; // the world's, the worker, a null
+    const LV2_Worker_Interface* mWorker = nullptr;
+    std::vector<std::vector<std::uint8_t>> mJobs, mResponses;
 };
 } // namespace lv2time

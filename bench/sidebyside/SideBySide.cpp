@@ -37,7 +37,20 @@ struct Contestant
     std::string label;
     std::function<void(int noiseBlock)> run;
     std::vector<double> nsPerFrame; // one per round
+    const double* outD = nullptr;   // its left output, in one of the two formats
+    const float* outF = nullptr;
 };
+
+double LeftRms(const Contestant& c, int n)
+{
+    double energy = 0.0;
+    for (int i = 0; i < n; ++i)
+    {
+        const double v = c.outD != nullptr ? c.outD[i] : double(c.outF[i]);
+        energy += v * v;
+    }
+    return std::sqrt(energy / n);
+}
 
 struct Stats
 {
@@ -76,12 +89,12 @@ std::map<std::string, float> Numbered(const std::map<std::string, float>& perLin
     return out;
 }
 
-// Four lines of the artistic delay, each with its low and high cut and feedback on. Its cuts sit in
-// the line's equaliser section, which must be on: with it off the lines gave no wet output.
+// Four lines of the artistic delay, each with its low and high cut and feedback on. The lines'
+// equalisers stay off: flat, they change nothing of the sound and only add work.
 std::map<std::string, float> ArtDelayFourLines()
 {
     std::map<std::string, float> c =
-        Numbered({{"on", 1.0f}, {"eq", 1.0f}, {"lc", 1.0f}, {"hc", 1.0f}, {"fbe", 1.0f}, {"fbg", 0.4f}}, 4);
+        Numbered({{"on", 1.0f}, {"lc", 1.0f}, {"hc", 1.0f}, {"fbe", 1.0f}, {"fbg", 0.4f}}, 4);
     for (int i = 0; i < 4; ++i)
         c["frac" + std::to_string(i)] = 0.25f * float(i + 1);
     return c;
@@ -143,10 +156,11 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    const std::size_t len = std::size_t(kNoiseBlocks) * kBlock;
+    // One more block after the noise, left silent: the look at the contestants' tails plays it.
+    const std::size_t len = std::size_t(kNoiseBlocks + 1) * kBlock;
     std::vector<double> dL(len), dR(len);
     std::uint32_t x = 11;
-    for (std::size_t i = 0; i < len; ++i)
+    for (std::size_t i = 0; i < std::size_t(kNoiseBlocks) * kBlock; ++i)
     {
         x = x * 1664525u + 1013904223u;
         dL[i] = 0.5 * (double(x >> 8) / 8388608.0 - 1.0);
@@ -188,7 +202,9 @@ int main(int argc, char** argv)
                                    const std::size_t at = std::size_t(b) * kBlock;
                                    r->Call(dL.data() + at, dR.data() + at, qOutL.data(), qOutR.data());
                                },
-                               {}});
+                               {},
+                               qOutL.data(),
+                               nullptr});
         return int(contestants.size()) - 1;
     };
     // One peer, or several on the same input with their outputs summed.
@@ -230,7 +246,9 @@ int main(int argc, char** argv)
                                        }
                                    }
                                },
-                               {}});
+                               {},
+                               nullptr,
+                               parts.size() == 1 ? pOutL.data() : sumL.data()});
         return int(contestants.size()) - 1;
     };
 
@@ -264,30 +282,28 @@ int main(int argc, char** argv)
                 cpu, rounds, blocks, kBlock, kRate);
     std::printf("Quorvex: VST 3 bundle %s (64-bit); peers: LV2 (32-bit float)\n\n", bundle.c_str());
 
-    // Warm-up, and a look at the output: a silent contestant would be timed doing nothing.
+    // Warm-up, then a look at the output: with noise in, and the tail with one block of silence in
+    // (a delay or reverb that only passed the dry signal would be timed doing nothing; a limiter's
+    // tail is its look-ahead). A few more blocks of noise then settle everyone again.
     int block = 0;
-    for (Contestant& c : contestants)
+    const auto play = [&](Contestant& c, int blocks)
     {
-        for (int i = 0; i < kWarmupBlocks; ++i)
+        for (int i = 0; i < blocks; ++i)
         {
             c.run(block);
             block = (block + 1) % kNoiseBlocks;
         }
-    }
+    };
     for (Contestant& c : contestants)
     {
-        std::fill(qOutL.begin(), qOutL.end(), 0.0);
-        std::fill(pOutL.begin(), pOutL.end(), 0.0f);
-        std::fill(sumL.begin(), sumL.end(), 0.0f);
-        c.run(block);
-        double energy = 0.0;
-        for (int i = 0; i < kBlock; ++i)
-            energy += qOutL[std::size_t(i)] * qOutL[std::size_t(i)] +
-                      double(pOutL[std::size_t(i)]) * pOutL[std::size_t(i)] +
-                      double(sumL[std::size_t(i)]) * sumL[std::size_t(i)];
-        const double rms = std::sqrt(energy / kBlock);
-        std::printf("  %-48s output RMS %.4f%s\n", c.label.c_str(), rms,
-                    rms > 1e-6 && std::isfinite(rms) ? "" : "  <- silent or not finite");
+        play(c, kWarmupBlocks);
+        const double rms = LeftRms(c, kBlock);
+        c.run(kNoiseBlocks);
+        const double tail = LeftRms(c, kBlock);
+        play(c, kNoiseBlocks);
+        std::printf("  %-48s output RMS %.4f, tail RMS %.4f%s\n", c.label.c_str(), rms, tail,
+                    rms > 1e-6 && std::isfinite(rms) && std::isfinite(tail) ? ""
+                                                                            : "  <- silent or not finite");
     }
     std::printf("\n");
 

@@ -13,7 +13,7 @@
 // Cost of the whole engine per stereo frame, driven as a host drives it (see EngineDriver.h): the
 // patches of BenchPatches.h over the defaults, 48 kHz, 512-frame host calls of pre-generated noise
 // after two seconds of warm-up. "per_frame" is the time of one stereo frame, "x_realtime" how many
-// times faster than real time one core runs. Shares of one part come from differences: the master
+// times faster than real time one core runs. What one module costs comes from differences: the master
 // hall added to the defaults is DefaultHall minus Default, the limiter is LimiterSlowI minus
 // AllOff, the fourteen modulators are Modulators minus Default.
 namespace

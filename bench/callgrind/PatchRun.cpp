@@ -43,7 +43,7 @@ int main(int argc, char** argv)
     CALLGRIND_TOGGLE_COLLECT;
     CALLGRIND_STOP_INSTRUMENTATION;
 
-    // The output is read, so that no part of the measured work can be left out.
+    // The output is read, so that none of the measured work can be left out.
     double sum = 0.0;
     for (int i = 0; i < bench_engine::kHostBlock; ++i)
         sum += std::fabs(driver.OutL()[i]) + std::fabs(driver.OutR()[i]);

@@ -8,6 +8,17 @@
 #include <cmath>
 #include <numbers>
 
+namespace
+{
+void ScaledOrZero(const double* source, double depth, double* dst, int n)
+{
+    if (source)
+        VecScale(source, depth, dst, n);
+    else
+        VecZero(dst, n);
+}
+} // namespace
+
 LogicModule::Mode LogicModule::ModeFromMenu(int value)
 {
     return kMenuModes[static_cast<size_t>(std::clamp(value, 0, kNumModes - 1))];
@@ -44,12 +55,11 @@ void LogicModule::Process()
     const int n = gBlockLen;
     double* a = mWorkA;
     double* b = mWorkB;
-    VecZero(a, n);
-    VecZero(b, n);
     const double* source1 = mSource1;
     const double* source2 = mSource2;
-    if (source1) VecScale(source1, mSource1Depth, a, n);
-    if (source2) VecScale(source2, mSource2Depth, b, n);
+    // A missing source counts as silence.
+    ScaledOrZero(source1, mSource1Depth, a, n);
+    ScaledOrZero(source2, mSource2Depth, b, n);
 
     switch (static_cast<int>(mMode))
     {
@@ -97,20 +107,20 @@ void LogicModule::Process()
     // The guard keeps the pole's state out of the denormal range while it decays.
     mY = OnePoleBlock(a, n, mA, mB, kDenormGuard, mY);
 
-    // Depth after smoothing, so a depth change acts at once. The depth source is read before the
-    // output is written: reading our own output gives the last block.
+    // Depth after smoothing, so a depth change acts at once, and the output's bounds, in one pass
+    // (min and max are the clamp without a branch). Each sample of the depth source is read before
+    // that sample of the output is written: reading our own output gives the last block.
     const double depth = mOutDepth;
     const double* depthSource = mDepthSource;
     if (depthSource)
     {
         const double mod = mDepthMod;
         for (int i = 0; i < n; ++i)
-            a[i] *= depthSource[i] * mod + depth;
+            mOut[i] = std::min(std::max(a[i] * (depthSource[i] * mod + depth), -1.0), 1.0);
     }
     else
     {
-        VecScaleI(depth, a, n);
+        for (int i = 0; i < n; ++i)
+            mOut[i] = std::min(std::max(a[i] * depth, -1.0), 1.0);
     }
-    for (int i = 0; i < n; ++i)
-        mOut[i] = std::clamp(a[i], -1.0, 1.0);
 }

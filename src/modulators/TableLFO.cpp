@@ -114,38 +114,53 @@ void TableLFO::processBlock()
             step = std::clamp(tableSize * (rateHz + rateModDepth * mod[0] * 500.0) / gSampleRate,
                               double(sLowerLimit), double(sUpperLimit));
         const bool trig = *static_cast<const std::uint8_t*>(trigger) != 0;
-        const bool wraps = loops, restarts = trig && !noRetrigger, random = isRandom, backwards = reverse;
+        const bool wraps = loops, restarts = trig && !noRetrigger;
         const double end = tableSize, sign = swapSign, scale = polScale, offset = polOffset;
-        const int offsetPoints = phaseOffset;
+        const int offsetPoints = phaseOffset, mask = tableMask;
+        // The next phase: a cycle ends at the table's end, where the wave loops, restarts on a
+        // trigger, or holds at the end.
         bool newCycle = false;
-        double value = 0.0;
-        double phase = this->phase; // a local, so stores to `out` can't force it through memory
-        for (int i = 0; i < gBlockLen; ++i)
+        const auto advance = [&](double phase)
         {
             phase += step;
             if (phase >= end)
             {
-                if (wraps)
-                    phase -= end, newCycle = true;
-                else if (trig)
-                    phase = 0.0, newCycle = true;
-                else
-                    phase = end;
+                newCycle = newCycle || wraps || trig;
+                phase = wraps ? phase - end : (trig ? 0.0 : end);
             }
-            if (i == 0 && restarts) phase = 0.0, newCycle = true;
+            return phase;
+        };
+        double phase = advance(this->phase); // a local, so stores to `out` can't force it through memory
+        if (restarts) phase = 0.0, newCycle = true;
 
-            if (random)
+        double value = 0.0;
+        if (isRandom)
+        {
+            // Once a cycle began in this block, every following sample draws again.
+            for (int i = 0;;)
             {
-                // Once a cycle began in this block, every following sample draws again.
                 if (newCycle) holdValue = DrawHold();
                 value = 2.0 * holdValue - 1.0;
+                out[i] = value * scale + offset;
+                if (++i == gBlockLen) break;
+                phase = advance(phase);
             }
-            else
+        }
+        else
+        {
+            // Backwards reads the table from its end: t[size - 1 - index].
+            const bool backwards = reverse;
+            const double* base = backwards ? t + tableSize - 1 : t;
+            const int direction = backwards ? -1 : 1;
+            for (int i = 0;;)
             {
-                const int index = (static_cast<int>(std::min(phase, end - 1.0)) + offsetPoints) & tableMask;
-                value = std::clamp(sign * (backwards ? t[tableSize - index - 1] : t[index]), -1.0, 1.0);
+                const int index = (static_cast<int>(std::min(phase, end - 1.0)) + offsetPoints) & mask;
+                // min and max rather than clamp: the same values, without a branch per sample.
+                value = std::min(std::max(sign * base[direction * index], -1.0), 1.0);
+                out[i] = value * scale + offset;
+                if (++i == gBlockLen) break;
+                phase = advance(phase);
             }
-            out[i] = value * scale + offset;
         }
         this->phase = phase;
         rawOut = value;

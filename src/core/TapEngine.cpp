@@ -25,38 +25,34 @@ int ClampTap(int tap)
 }
 
 // dst = base + src[0] x gain[0] + src[1] x gain[1] + ..., added in that order for every sample,
-// exactly as one pass per block would add them, but four blocks per pass, so that the sum stays
-// in a register instead of going through memory once per pre-echo. base and dst are different
-// blocks: an in-place form is separate, since a pass whose input overlaps its output is not
-// vectorised.
-void AddFourScaled(const double* base, const double* const* src, const double* gain, double* dst)
+// exactly as one pass per block would add them, but N blocks per pass, so that the sum stays in
+// a register instead of going through memory once per pre-echo. The in-place form reads dst
+// itself: a pass whose input overlaps its output is not vectorised.
+template <int N, bool kInPlace>
+void AddScaledGroup(const double* base, const double* const* src, const double* gain, double* dst)
 {
-    const double *a = src[0], *b = src[1], *c = src[2], *d = src[3];
-    const double ga = gain[0], gb = gain[1], gc = gain[2], gd = gain[3];
     for (int i = 0; i < gBlockLen; ++i)
-        dst[i] = (((base[i] + a[i] * ga) + b[i] * gb) + c[i] * gc) + d[i] * gd;
-}
-
-void AddFourScaledInPlace(const double* const* src, const double* gain, double* dst)
-{
-    const double *a = src[0], *b = src[1], *c = src[2], *d = src[3];
-    const double ga = gain[0], gb = gain[1], gc = gain[2], gd = gain[3];
-    for (int i = 0; i < gBlockLen; ++i)
-        dst[i] = (((dst[i] + a[i] * ga) + b[i] * gb) + c[i] * gc) + d[i] * gd;
+    {
+        double sum = kInPlace ? dst[i] : base[i];
+        for (int k = 0; k < N; ++k)
+            sum += src[k][i] * gain[k];
+        dst[i] = sum;
+    }
 }
 
 void AddScaledBlocks(const double* base, const double* const* src, const double* gain, int count, double* dst)
 {
     int k = 0;
-    if (count >= 4)
-    {
-        AddFourScaled(base, src, gain, dst);
-        k = 4;
-    }
+    if (count >= 8)
+        AddScaledGroup<8, false>(base, src, gain, dst), k = 8;
+    else if (count >= 4)
+        AddScaledGroup<4, false>(base, src, gain, dst), k = 4;
     else
         VecCopy(base, dst, gBlockLen);
+    for (; k + 8 <= count; k += 8)
+        AddScaledGroup<8, true>(nullptr, src + k, gain + k, dst);
     for (; k + 4 <= count; k += 4)
-        AddFourScaledInPlace(src + k, gain + k, dst);
+        AddScaledGroup<4, true>(nullptr, src + k, gain + k, dst);
     for (; k < count; ++k)
         VecAddScaled(src[k], gain[k], dst, gBlockLen);
 }
@@ -166,28 +162,36 @@ int TapEngine::FeedbackTap() const
     return choice == 0 ? int(tapCount) : choice - 1;
 }
 
-void TapEngine::AddSwell(const QLMMultiDelay& line, const double* read, double* buffer, double acc) const
+void TapEngine::FindSwell(double acc, SwellEchoes& echoes) const
 {
-    const double* src[static_cast<int>(kSwellMaxCount)];
-    double gain[static_cast<int>(kSwellMaxCount)];
-    int count = 0;
-    const int length = line.mSize;
-    const double* mem = line.mBuf.get();
-    for (int k = 1; k <= mSwellCount && count < static_cast<int>(kSwellMaxCount); ++k)
+    echoes.count = 0;
+    for (int k = 1; k <= mSwellCount && echoes.count < kMaxSwellEchoes; ++k)
     {
         const double d = k * mSwellRatio;
         const double v = d * kSwellGridScale;
         const double pos = acc - v * v * kSwellGridSamples * mSwellSpread;
         if (pos <= 0.0) continue;
+        echoes.pos[echoes.count] = pos;
+        echoes.gain[echoes.count++] = kSwellPeak - d;
+    }
+}
+
+void TapEngine::AddSwell(const QLMMultiDelay& line, const SwellEchoes& echoes, const double* read,
+                         double* buffer) const
+{
+    const double* src[kMaxSwellEchoes];
+    const int length = line.mSize;
+    const double* mem = line.mBuf.get();
+    for (int e = 0; e < echoes.count; ++e)
+    {
         // A block ending p samples before the write head; kept inside the ring's memory.
-        const int p = std::min(static_cast<int>(pos), length - gBlockLen);
+        const int p = std::min(static_cast<int>(echoes.pos[e]), length - gBlockLen);
         const int w = line.mWritePos - p;
         int r = w - gBlockLen;
         if (r < 0) r = length - gBlockLen + w;
-        src[count] = mem + r;
-        gain[count++] = kSwellPeak - d;
+        src[e] = mem + r;
     }
-    AddScaledBlocks(read, src, gain, count, buffer);
+    AddScaledBlocks(read, src, echoes.gain, echoes.count, buffer);
 }
 
 bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBlockIO& io)
@@ -253,6 +257,10 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
 
         if (acc > maxDelay) continue;
 
+        // Both sides' pre-echoes lie at the same distances.
+        SwellEchoes echoes;
+        if (onL || onR) FindSwell(acc, echoes);
+
         if (readL)
         {
             const double* read = left.ReadTap(static_cast<float>(io.modL + acc), i);
@@ -260,7 +268,7 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
             if (i == count) VecCopy(read, io.dlyL, gBlockLen);
             if (onL)
             {
-                AddSwell(left, read, io.tapL, acc);
+                AddSwell(left, echoes, read, io.tapL);
                 if (fx) io.fx->RunTapFx(io.tapL, 2 * i);
                 if (track) note(i, io.tapL, std::max(gainA, panMode != kTapPanStereo ? gainB : 0.0));
                 VecAddScaled(io.tapL, gainA, io.postL, gBlockLen);
@@ -275,7 +283,7 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
             if (i == count) VecCopy(read, io.dlyR, gBlockLen);
             if (onR)
             {
-                AddSwell(right, read, io.tapR, acc);
+                AddSwell(right, echoes, read, io.tapR);
                 if (fx) io.fx->RunTapFx(io.tapR, 2 * i + 1);
                 if (track) note(i, io.tapR, std::max(gainB, panMode != kTapPanStereo ? gainA : 0.0));
                 VecAddScaled(io.tapR, gainB, io.postR, gBlockLen);

@@ -120,9 +120,19 @@ class TapEngine
     }
 
   private:
-    // buffer = the tap's read plus its pre-echoes at `acc` samples, read straight from the line's
-    // memory.
-    void AddSwell(const QLMMultiDelay& line, const double* read, double* buffer, double acc) const;
+    // The pre-echoes of a tap at `acc` samples: where each lies (samples before the write head)
+    // and its gain. The same for both sides.
+    static constexpr int kMaxSwellEchoes = 16;
+    struct SwellEchoes
+    {
+        double pos[kMaxSwellEchoes];
+        double gain[kMaxSwellEchoes];
+        int count = 0;
+    };
+    void FindSwell(double acc, SwellEchoes& echoes) const;
+    // buffer = the tap's read plus its pre-echoes, read straight from the line's memory.
+    void AddSwell(const QLMMultiDelay& line, const SwellEchoes& echoes, const double* read,
+                  double* buffer) const;
 
     // Swell values of the running block.
     double mSwellCount = 0.0;

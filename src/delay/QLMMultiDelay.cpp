@@ -120,14 +120,16 @@ void QLMMultiDelay::SetLowPass(double relFreq)
 {
     const double f = mMode == DelayGrain ? kGrainLowPass : std::clamp(relFreq, 0.0002, 0.5);
     mLowPass.mFreqParam = f;
-    mLowOn = relFreq < 20000.0 * gInvSampleRate;
+    // The slot hands over hz / rate: the same division here keeps the filter off at its neutral
+    // end at every rate (hz times 1 / rate can round one ulp the other way).
+    mLowOn = relFreq < 20000.0 / gSampleRate;
 }
 
 void QLMMultiDelay::SetHighPass(double relFreq)
 {
     const double f = mMode == DelayGrain ? kGrainHighPass : std::clamp(relFreq, 0.0002, 0.5);
     mHighPass.mFreqParam = f;
-    mHighOn = relFreq > 20.0 * gInvSampleRate;
+    mHighOn = relFreq > 20.0 / gSampleRate;
 }
 
 void QLMMultiDelay::SetGrainSize(double ms)

@@ -19,6 +19,10 @@ void IirInitBiquad(IirState** stateOut, const double* taps, int sections, const 
                    unsigned char* work);
 void IirRun(const double* src, double* dst, int n, IirState* state);
 void IirRunI(double* srcDst, int n, IirState* state);
+// A left and a right filter over their blocks in place, the pair as the two lanes of one vector,
+// each lane rounding exactly as IirRunI would. Filters of different structure (section count,
+// first-order start) fall back to IirRunI one after the other.
+void IirRunPairI(double* left, double* right, int n, IirState* stateL, IirState* stateR);
 void IirSetDelay(IirState* state, const double* delay);
 void IirGetDelay(const IirState* state, double* delay);
 

@@ -230,8 +230,7 @@ void Quorvex::PrepareWet()
 {
     VecAddConstI(kDenormGuard, mBlockL, kBlockSize);
     VecAddConstI(kDenormGuard, mBlockR, kBlockSize);
-    mInputFilterL.RunI(mBlockL, kBlockSize);
-    mInputFilterR.RunI(mBlockR, kBlockSize);
+    IppFixBiquad::RunPairI(mInputFilterL, mInputFilterR, mBlockL, mBlockR, kBlockSize);
     VecAdd(mBlockL, mBlockR, mBlockMono, kBlockSize);
 }
 

@@ -515,8 +515,18 @@ bool Slot::ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool mon
     }
     else
     {
-        if (!monoR) VecCopy(mDelayL.ReadTap(static_cast<float>(tL + mL), 0), dlyL, N);
-        if (!monoL) VecCopy(mDelayR.ReadTap(static_cast<float>(tR + mR), 0), dlyR, N);
+        if (mMode == DelayForward && !monoL && !monoR)
+        {
+            QLMMultiDelay::ReadForwardPair(mDelayL, mDelayR, static_cast<float>(tL + mL),
+                                           static_cast<float>(tR + mR));
+            VecCopy(mDelayL.mMixOut, dlyL, N);
+            VecCopy(mDelayR.mMixOut, dlyR, N);
+        }
+        else
+        {
+            if (!monoR) VecCopy(mDelayL.ReadTap(static_cast<float>(tL + mL), 0), dlyL, N);
+            if (!monoL) VecCopy(mDelayR.ReadTap(static_cast<float>(tR + mR), 0), dlyR, N);
+        }
     }
 
     RunFxPosition(kFxFeedback, dlyL, dlyR, monoL, monoR);

@@ -22,6 +22,59 @@ inline double AllpassCoef(double frac)
 {
     return (1.0 - frac) / (1.0 + frac);
 }
+
+using Pair = double __attribute__((vector_size(16)));
+
+// The first-order all-pass read of a block, s = (buf[p] * c + buf[q]) - s * c, a delay of frac
+// samples at low frequencies and flat in level: its coefficients c and the terms u that do not
+// depend on the previous output. A steady delay (the usual case) has one coefficient, and away
+// from the ring's ends its reads are contiguous.
+void AllpassTerms(const QLMMultiDelay& d, const float* delays, double* u, double* c)
+{
+    const int size = d.mSize;
+    const double* buf = d.mBuf.get();
+    const int write = d.mWritePos;
+    bool steady = true;
+    for (int i = 1; i < gBlockLen; ++i)
+        steady &= delays[i] == delays[0];
+    if (steady)
+    {
+        const double delay = delays[0];
+        const int k = static_cast<int>(delay);
+        const double coef = AllpassCoef(delay - k);
+        const int first = write - k;
+        if (first >= 1 && first + gBlockLen <= size)
+        {
+            const double* p = buf + first;
+            for (int i = 0; i < gBlockLen; ++i)
+            {
+                u[i] = p[i] * coef + p[i - 1];
+                c[i] = coef;
+            }
+            return;
+        }
+    }
+    // A gliding delay: whole and fractional parts and the coefficients first, in one pass the
+    // compiler runs two samples at a time, then the reads.
+    int whole[gBlockLen];
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        const double delay = delays[i];
+        const int k = static_cast<int>(delay);
+        whole[i] = k;
+        c[i] = AllpassCoef(delay - k);
+    }
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        int p = i - whole[i] + write;
+        if (p < 0)
+            p += size;
+        else if (p >= size)
+            p = 0; // only possible in the last block before the wrap
+        const int q = p - 1 < 0 ? size - 1 + p : p - 1;
+        u[i] = buf[p] * c[i] + buf[q];
+    }
+}
 } // namespace
 
 QLMMultiDelay::QLMMultiDelay(bool isRight)
@@ -204,7 +257,7 @@ void QLMMultiDelay::Filter(IppBiquad& f)
     f.Process();
 }
 
-const double* QLMMultiDelay::ReadTap(float delaySamples, int tap)
+void QLMMultiDelay::PrepareRead(float delaySamples, int tap)
 {
     mTap = std::clamp(tap, 0, kMaxDelayTaps - 1);
     mBlockLen = gBlockLen;
@@ -227,9 +280,57 @@ const double* QLMMultiDelay::ReadTap(float delaySamples, int tap)
         mTapSmoother[mTap].SetLastF(mDelay);
         mSnapTime = false;
     }
+}
+
+const double* QLMMultiDelay::ReadTap(float delaySamples, int tap)
+{
+    PrepareRead(delaySamples, tap);
     const ReadFn read = mReadFn;
     read(*this);
     return mMixOut;
+}
+
+void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR)
+{
+    const ReadFn readL = left.mReadFn;
+    const ReadFn readR = right.mReadFn;
+    if (readL != &ReadForward || readR != &ReadForward)
+    {
+        left.ReadTap(delayL, 0);
+        right.ReadTap(delayR, 0);
+        return;
+    }
+    left.PrepareRead(delayL, 0);
+    right.PrepareRead(delayR, 0);
+    double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
+    AllpassTerms(left, left.mTapSmoother[0].RunF(left.mDelay, gBlockLen), uL, cL);
+    AllpassTerms(right, right.mTapSmoother[0].RunF(right.mDelay, gBlockLen), uR, cR);
+    Pair s = Pair{left.mApState[0], right.mApState[0]};
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        s = Pair{uL[i], uR[i]} - s * Pair{cL[i], cR[i]};
+        left.mMixOut[i] = s[0];
+        right.mMixOut[i] = s[1];
+    }
+    left.mApState[0] = s[0];
+    right.mApState[0] = s[1];
+
+    const auto filterPair = [&left, &right](IppBiquad& fl, bool onL, IppBiquad& fr, bool onR)
+    {
+        if (onL && onR && !fl.mBypass && !fr.mBypass)
+        {
+            fl.mIn1 = left.mMixOut;
+            fl.mOut1 = left.mMixOut;
+            fr.mIn1 = right.mMixOut;
+            fr.mOut1 = right.mMixOut;
+            IppBiquad::ProcessPair(fl, fr);
+            return;
+        }
+        if (onL) left.Filter(fl);
+        if (onR) right.Filter(fr);
+    };
+    filterPair(left.mHighPass, left.mHighOn, right.mHighPass, right.mHighOn);
+    filterPair(left.mLowPass, left.mLowOn, right.mLowPass, right.mLowOn);
 }
 
 void QLMMultiDelay::WriteBlock(const double* src)
@@ -248,25 +349,13 @@ void QLMMultiDelay::WriteBlock(const double* src)
 void QLMMultiDelay::ReadTapped(QLMMultiDelay& d)
 {
     const int tap = d.mTap;
-    const int size = d.mSize;
-    const double* buf = d.mBuf.get();
-    const float* delays = d.mTapSmoother[tap].RunF(d.mDelay, gBlockLen);
+    double u[gBlockLen], c[gBlockLen];
+    AllpassTerms(d, d.mTapSmoother[tap].RunF(d.mDelay, gBlockLen), u, c);
+    // Only the last multiply and subtract depend on the previous output, which keeps the chain short.
     double s = d.mApState[tap];
     for (int i = 0; i < gBlockLen; ++i)
     {
-        const double delay = delays[i];
-        const int k = static_cast<int>(delay);
-        const double frac = delay - k;
-        int p = i - k + d.mWritePos;
-        if (p < 0)
-            p += size;
-        else if (p >= size)
-            p = 0; // only possible in the last block before the wrap
-        const int q = p - 1 < 0 ? size - 1 + p : p - 1;
-        // First-order all-pass: a delay of frac samples at low frequencies, flat in level. Only the
-        // last multiply and subtract depend on the previous output, which keeps the chain short.
-        const double c = AllpassCoef(frac);
-        s = (buf[p] * c + buf[q]) - s * c;
+        s = u[i] - s * c[i];
         d.mMixOut[i] = s;
     }
     d.mApState[tap] = s;

@@ -41,6 +41,10 @@ class QLMMultiDelay : public DSPShell
 
     // Reads one block at `delaySamples` for head `tap` (0..15); returns mMixOut (32 samples).
     const double* ReadTap(float delaySamples, int tap);
+    // ReadTap(delay, 0) of a left and a right line in FORWARD mode at once, the two all-pass
+    // recursions and filters as the lanes of one vector; each side comes out exactly as its own
+    // ReadTap gives it. Lines in another mode read one after the other.
+    static void ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR);
     // Appends 32 samples to the ring.
     void WriteBlock(const double* src);
 
@@ -110,6 +114,8 @@ class QLMMultiDelay : public DSPShell
     IppBiquad mHighPass;
 
   private:
+    // The settings step of ReadTap: head, delay with its modulation and limits, a pending snap.
+    void PrepareRead(float delaySamples, int tap);
     // Grain controls from their settings plus, where asked, their modulation inputs.
     void UpdateGrainSpeed(bool modulated);
     void UpdateGrainSize(bool modulated);

@@ -61,6 +61,10 @@ class IppBiquad : public QLMFilter
     void SetOrder(double x) override;
     void Reset() override;
     void Process() override;
+    // Process of a left and a right filter, each in place on its own block: where both have
+    // the same structure the pair runs as the lanes of one vector, each side rounding exactly as
+    // its own Process would.
+    static void ProcessPair(IppBiquad& left, IppBiquad& right);
     void SetType(int type) override;
 
     IirState* mState = nullptr;
@@ -78,6 +82,11 @@ class IppBiquad : public QLMFilter
     Relaxed<StageFn> mUpdate{nullptr};
 
   private:
+    // Process in three steps: the block's controls and history (false when nothing is to run),
+    // the filter itself, then the memory kept and the type's output gain.
+    bool PrepareRun(int type);
+    double* RunTarget() { return mOut1 != nullptr ? mOut1 : const_cast<double*>(mIn1); }
+    void FinishRun(double* out, int type);
     void ControlUpdate();
     // Stores a new section count; a change clears the memory before the next block.
     void ChangeSections(int sections);

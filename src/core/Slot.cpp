@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <numbers>
 
 #include "dsp/Vec.h"
@@ -351,13 +352,11 @@ void Slot::RunForward(const SlotBlockContext& ctx)
     double* postL = StageL(kStagePost);
     double* postR = StageR(kStagePost);
 
-    VecCopy(mSourceL, inL, N);
-    VecCopy(mSourceR, inR, N);
     const ModRouting& routing = *ctx.routing;
     const double gain = routing.InputGainTarget(mIndex, mInputGain * ctx.attenuation);
     const double* gainRamp = mInputSmoother.RunD(gain * ctx.fade, N);
-    VecMulI(gainRamp, inL, N);
-    VecMulI(gainRamp, inR, N);
+    VecMul(mSourceL, gainRamp, inL, N);
+    VecMul(mSourceR, gainRamp, inR, N);
 
     RunOffset();
 
@@ -423,8 +422,9 @@ void Slot::RunOffset()
         const double* in = side == 0 ? StageL(kStageIn) : StageR(kStageIn);
         double* pre = side == 0 ? StageL(kStagePre) : StageR(kStagePre);
         double* ring = mOffsetRing[side].data();
-        for (int i = 0; i < N; ++i)
-            ring[(mOffsetWrite + i) & mask] = in[i];
+        // The write position steps by whole blocks through a ring of whole blocks: no wrap inside.
+        static_assert(kOffsetRingSize % N == 0);
+        VecCopy(in, ring + mOffsetWrite, N);
         const double seconds = mOffsetSec[side];
         if (seconds == 0.0)
         {
@@ -573,6 +573,18 @@ void Slot::RouteFeedback(int route)
 // Above 1 in size the feedback signal bends towards 1.5, which keeps 160 % feedback bounded.
 void Slot::SoftLimit(double* x) const
 {
+    // Mostly nothing is above 1: a pass two samples at a time finds that out.
+    using Pair = double __attribute__((vector_size(16)));
+    using Mask = long long __attribute__((vector_size(16)));
+    static_assert(N % 2 == 0);
+    Mask outside = {0, 0};
+    for (int i = 0; i < N; i += 2)
+    {
+        Pair v;
+        std::memcpy(&v, x + i, sizeof(Pair));
+        outside |= (v > 1.0) | (v < -1.0);
+    }
+    if ((outside[0] | outside[1]) == 0) return;
     for (int i = 0; i < N; ++i)
     {
         const double v = x[i];
@@ -587,15 +599,8 @@ void Slot::PanLevelWidth(const SlotBlockContext& ctx)
 {
     const double pan = ctx.routing->PanTarget(mIndex, mPanning);
     const double* p = mPanSmoother.RunD(pan, N);
-    for (int i = 0; i < N; ++i)
-    {
-        mGainR[i] = std::min(1.0 + p[i], 1.0);
-        mGainL[i] = std::min(1.0 - p[i], 1.0);
-    }
     const double level = ctx.routing->LevelTarget(mIndex, mLevel);
     const double* lv = mLevelSmoother.RunD(level * ctx.fade, N);
-    VecMulI(lv, mGainL, N);
-    VecMulI(lv, mGainR, N);
 
     double* postL = StageL(kStagePost);
     double* postR = StageR(kStagePost);
@@ -603,14 +608,23 @@ void Slot::PanLevelWidth(const SlotBlockContext& ctx)
     double* outR = StageR(kStageOut);
     const double straight = mStraight;
     const double cross = mCross;
+    if (cross == 0.0)
+    {
+        // Full width: the gains go straight onto the post stage, in one pass.
+        for (int i = 0; i < N; ++i)
+        {
+            outL[i] = postL[i] * (std::min(1.0 - p[i], 1.0) * lv[i]);
+            outR[i] = postR[i] * (std::min(1.0 + p[i], 1.0) * lv[i]);
+        }
+        return;
+    }
+    for (int i = 0; i < N; ++i)
+    {
+        mGainR[i] = std::min(1.0 + p[i], 1.0) * lv[i];
+        mGainL[i] = std::min(1.0 - p[i], 1.0) * lv[i];
+    }
     const auto width = [&](const double* l, const double* r)
     {
-        if (cross == 0.0)
-        {
-            if (l != outL) VecCopy(l, outL, N);
-            if (r != outR) VecCopy(r, outR, N);
-            return;
-        }
         for (int i = 0; i < N; ++i)
         {
             const double a = l[i];
@@ -713,10 +727,11 @@ double Slot::ReachSeconds(double secPerBeat, double timeScale) const
 
 void Slot::WriteDelay(double* fbSumL, double* fbSumR, double fade)
 {
-    VecAddI(mDelayInL, fbSumL, N);
-    VecAddI(mDelayInR, fbSumR, N);
-    VecScaleI(fade, fbSumL, N);
-    VecScaleI(fade, fbSumR, N);
+    for (int i = 0; i < N; ++i)
+    {
+        fbSumL[i] = (fbSumL[i] + mDelayInL[i]) * fade;
+        fbSumR[i] = (fbSumR[i] + mDelayInR[i]) * fade;
+    }
     mDelayL.WriteBlock(fbSumL);
     mDelayR.WriteBlock(fbSumR);
 }

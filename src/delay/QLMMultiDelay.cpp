@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace
 {
@@ -34,10 +35,22 @@ void AllpassTerms(const QLMMultiDelay& d, const float* delays, double* u, double
     const int size = d.mSize;
     const double* buf = d.mBuf.get();
     const int write = d.mWritePos;
-    bool steady = true;
-    for (int i = 1; i < gBlockLen; ++i)
-        steady &= delays[i] == delays[0];
-    if (steady)
+    // The block's shortest and longest delay, four at a time.
+    using Quad = float __attribute__((vector_size(16)));
+    static_assert(gBlockLen % 4 == 0);
+    Quad lo4, hi4;
+    std::memcpy(&lo4, delays, sizeof(Quad));
+    hi4 = lo4;
+    for (int i = 4; i < gBlockLen; i += 4)
+    {
+        Quad v;
+        std::memcpy(&v, delays + i, sizeof(Quad));
+        lo4 = v < lo4 ? v : lo4;
+        hi4 = v > hi4 ? v : hi4;
+    }
+    const float shortest = std::min(std::min(lo4[0], lo4[1]), std::min(lo4[2], lo4[3]));
+    const float longest = std::max(std::max(hi4[0], hi4[1]), std::max(hi4[2], hi4[3]));
+    if (shortest == longest)
     {
         const double delay = delays[0];
         const int k = static_cast<int>(delay);
@@ -63,6 +76,19 @@ void AllpassTerms(const QLMMultiDelay& d, const float* delays, double* u, double
         const int k = static_cast<int>(delay);
         whole[i] = k;
         c[i] = AllpassCoef(delay - k);
+    }
+    // Delays are positive, where truncation keeps their order.
+    const int lo = static_cast<int>(shortest);
+    const int hi = static_cast<int>(longest);
+    if (write - hi >= 1 && write - lo + gBlockLen <= size)
+    {
+        // Every read of the block lies inside the ring, its neighbour too.
+        for (int i = 0; i < gBlockLen; ++i)
+        {
+            const double* p = buf + (write + i - whole[i]);
+            u[i] = p[0] * c[i] + p[-1];
+        }
+        return;
     }
     for (int i = 0; i < gBlockLen; ++i)
     {

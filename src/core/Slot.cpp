@@ -399,8 +399,12 @@ void Slot::RunForward(const SlotBlockContext& ctx)
         postDone = ReadDelay(ctx, tL, tR, monoL, monoR);
         SoftLimit(mFbOutL);
         SoftLimit(mFbOutR);
-        VecAddScaled(preL, mDirect, postL, N);
-        VecAddScaled(preR, mDirect, postR, N);
+        // The other modes add the direct share as they fill the post stage.
+        if (mMode == DelayTapped)
+        {
+            VecAddScaled(preL, mDirect, postL, N);
+            VecAddScaled(preR, mDirect, postR, N);
+        }
     }
 
     if (!postDone) RunFxPosition(kFxPost, postL, postR, false, false);
@@ -445,10 +449,13 @@ void Slot::FillDelayInput()
     const int route = mRoute;
     if (mMode == DelayTapped || mMode == DelayBackward || route == DelayDual)
     {
-        VecCopy(preL, mDelayInL, N);
-        VecCopy(preR, mDelayInR, N);
+        // The pre stage keeps its block until the lines are written: no copy needed.
+        mDelayInSrcL = preL;
+        mDelayInSrcR = preR;
         return;
     }
+    mDelayInSrcL = mDelayInL;
+    mDelayInSrcR = mDelayInR;
     switch (route)
     {
     case DelayPingPongML:
@@ -518,9 +525,7 @@ bool Slot::ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool mon
         if (mMode == DelayForward && !monoL && !monoR)
         {
             QLMMultiDelay::ReadForwardPair(mDelayL, mDelayR, static_cast<float>(tL + mL),
-                                           static_cast<float>(tR + mR));
-            VecCopy(mDelayL.mMixOut, dlyL, N);
-            VecCopy(mDelayR.mMixOut, dlyR, N);
+                                           static_cast<float>(tR + mR), dlyL, dlyR);
         }
         else
         {
@@ -533,8 +538,18 @@ bool Slot::ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool mon
     mDlyCellL = dlyL;
     mDlyCellR = dlyR;
     RouteFeedback(mRoute);
-    VecScale(mDlyCellL, mWet, postL, N);
-    VecScale(mDlyCellR, mWet, postR, N);
+    // The delay's share and the direct share of the post stage in one pass.
+    const double* preL = StageL(kStagePre);
+    const double* preR = StageR(kStagePre);
+    const double* cellL = mDlyCellL;
+    const double* cellR = mDlyCellR;
+    const double wet = mWet;
+    const double direct = mDirect;
+    for (int i = 0; i < N; ++i)
+    {
+        postL[i] = cellL[i] * wet + preL[i] * direct;
+        postR[i] = cellR[i] * wet + preR[i] * direct;
+    }
     return false;
 }
 
@@ -608,20 +623,43 @@ void Slot::PanLevelWidth(const SlotBlockContext& ctx)
     double* outR = StageR(kStageOut);
     const double straight = mStraight;
     const double cross = mCross;
+    // The pan law min(1 -+ p, 1) times the level, two samples to a vector; the select is
+    // std::min's own (1 < x ? 1 : x).
+    using Pair = double __attribute__((vector_size(16)));
+    const Pair one = {1.0, 1.0};
+    static_assert(N % 2 == 0);
+    const auto gains = [&](int i, Pair& gl, Pair& gr)
+    {
+        Pair pv, lvv;
+        std::memcpy(&pv, p + i, sizeof(Pair));
+        std::memcpy(&lvv, lv + i, sizeof(Pair));
+        const Pair l = one - pv;
+        const Pair r = one + pv;
+        gl = (one < l ? one : l) * lvv;
+        gr = (one < r ? one : r) * lvv;
+    };
     if (cross == 0.0)
     {
         // Full width: the gains go straight onto the post stage, in one pass.
-        for (int i = 0; i < N; ++i)
+        for (int i = 0; i < N; i += 2)
         {
-            outL[i] = postL[i] * (std::min(1.0 - p[i], 1.0) * lv[i]);
-            outR[i] = postR[i] * (std::min(1.0 + p[i], 1.0) * lv[i]);
+            Pair gl, gr, a, b;
+            gains(i, gl, gr);
+            std::memcpy(&a, postL + i, sizeof(Pair));
+            std::memcpy(&b, postR + i, sizeof(Pair));
+            a *= gl;
+            b *= gr;
+            std::memcpy(outL + i, &a, sizeof(Pair));
+            std::memcpy(outR + i, &b, sizeof(Pair));
         }
         return;
     }
-    for (int i = 0; i < N; ++i)
+    for (int i = 0; i < N; i += 2)
     {
-        mGainR[i] = std::min(1.0 + p[i], 1.0) * lv[i];
-        mGainL[i] = std::min(1.0 - p[i], 1.0) * lv[i];
+        Pair gl, gr;
+        gains(i, gl, gr);
+        std::memcpy(mGainL + i, &gl, sizeof(Pair));
+        std::memcpy(mGainR + i, &gr, sizeof(Pair));
     }
     const auto width = [&](const double* l, const double* r)
     {
@@ -729,8 +767,8 @@ void Slot::WriteDelay(double* fbSumL, double* fbSumR, double fade)
 {
     for (int i = 0; i < N; ++i)
     {
-        fbSumL[i] = (fbSumL[i] + mDelayInL[i]) * fade;
-        fbSumR[i] = (fbSumR[i] + mDelayInR[i]) * fade;
+        fbSumL[i] = (fbSumL[i] + mDelayInSrcL[i]) * fade;
+        fbSumR[i] = (fbSumR[i] + mDelayInSrcR[i]) * fade;
     }
     mDelayL.WriteBlock(fbSumL);
     mDelayR.WriteBlock(fbSumR);

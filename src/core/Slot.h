@@ -234,6 +234,9 @@ class Slot : private ITapFx
     double mFbOutR[gBlockLen] = {};
     double mDelayInL[gBlockLen] = {};
     double mDelayInR[gBlockLen] = {};
+    // What the lines take besides the feedback: the pre stage itself or the blocks above.
+    const double* mDelayInSrcL = mDelayInL;
+    const double* mDelayInSrcR = mDelayInR;
     double mMonoSum[gBlockLen] = {};
     double mGainL[gBlockLen] = {};
     double mGainR[gBlockLen] = {};

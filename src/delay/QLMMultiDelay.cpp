@@ -316,14 +316,15 @@ const double* QLMMultiDelay::ReadTap(float delaySamples, int tap)
     return mMixOut;
 }
 
-void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR)
+void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
+                                    double* outL, double* outR)
 {
     const ReadFn readL = left.mReadFn;
     const ReadFn readR = right.mReadFn;
     if (readL != &ReadForward || readR != &ReadForward)
     {
-        left.ReadTap(delayL, 0);
-        right.ReadTap(delayR, 0);
+        VecCopy(left.ReadTap(delayL, 0), outL, gBlockLen);
+        VecCopy(right.ReadTap(delayR, 0), outR, gBlockLen);
         return;
     }
     left.PrepareRead(delayL, 0);
@@ -335,25 +336,32 @@ void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, f
     for (int i = 0; i < gBlockLen; ++i)
     {
         s = Pair{uL[i], uR[i]} - s * Pair{cL[i], cR[i]};
-        left.mMixOut[i] = s[0];
-        right.mMixOut[i] = s[1];
+        outL[i] = s[0];
+        outR[i] = s[1];
     }
     left.mApState[0] = s[0];
     right.mApState[0] = s[1];
 
-    const auto filterPair = [&left, &right](IppBiquad& fl, bool onL, IppBiquad& fr, bool onR)
+    const auto filterPair = [outL, outR](IppBiquad& fl, bool onL, IppBiquad& fr, bool onR)
     {
-        if (onL && onR && !fl.mBypass && !fr.mBypass)
+        const bool runL = onL && !fl.mBypass;
+        const bool runR = onR && !fr.mBypass;
+        if (runL)
         {
-            fl.mIn1 = left.mMixOut;
-            fl.mOut1 = left.mMixOut;
-            fr.mIn1 = right.mMixOut;
-            fr.mOut1 = right.mMixOut;
-            IppBiquad::ProcessPair(fl, fr);
-            return;
+            fl.mIn1 = outL;
+            fl.mOut1 = outL;
         }
-        if (onL) left.Filter(fl);
-        if (onR) right.Filter(fr);
+        if (runR)
+        {
+            fr.mIn1 = outR;
+            fr.mOut1 = outR;
+        }
+        if (runL && runR)
+            IppBiquad::ProcessPair(fl, fr);
+        else if (runL)
+            fl.Process();
+        else if (runR)
+            fr.Process();
     };
     filterPair(left.mHighPass, left.mHighOn, right.mHighPass, right.mHighOn);
     filterPair(left.mLowPass, left.mLowOn, right.mLowPass, right.mLowOn);

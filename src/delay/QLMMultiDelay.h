@@ -41,10 +41,12 @@ class QLMMultiDelay : public DSPShell
 
     // Reads one block at `delaySamples` for head `tap` (0..15); returns mMixOut (32 samples).
     const double* ReadTap(float delaySamples, int tap);
-    // ReadTap(delay, 0) of a left and a right line in FORWARD mode at once, the two all-pass
-    // recursions and filters as the lanes of one vector; each side comes out exactly as its own
-    // ReadTap gives it. Lines in another mode read one after the other.
-    static void ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR);
+    // ReadTap(delay, 0) of a left and a right line in FORWARD mode at once, into outL and outR
+    // (32 samples each), the two all-pass recursions and filters as the lanes of one vector; each
+    // side comes out exactly as its own ReadTap gives it. Lines in another mode read one after
+    // the other.
+    static void ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
+                                double* outL, double* outR);
     // Appends 32 samples to the ring.
     void WriteBlock(const double* src);
 

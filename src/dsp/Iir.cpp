@@ -291,9 +291,11 @@ namespace
 {
 using Pair = double __attribute__((vector_size(16)));
 
-// Every section of both filters, sample by sample in one pass: each section's recursion is a
-// chain of dependent multiply-adds, and with all of them in one loop the processor overlaps the
-// chains. Per lane the operations are those of RunSection, in the same order.
+// Every section of both filters in one pass. The sections run as a wavefront: in step t section s
+// works on sample t - s, so within a step no section waits for another (each takes what the
+// section before it gave in the previous step), and the chains of dependent multiply-adds of all
+// sections overlap. Per lane and per sample the operations are those of RunSection, in the same
+// order.
 template <int S> void RunPairSections(double* left, double* right, int n, IirState* stL, IirState* stR)
 {
     Pair b0[S], b1[S], b2[S], a1[S], a2[S], z1[S], z2[S];
@@ -309,20 +311,40 @@ template <int S> void RunPairSections(double* left, double* right, int n, IirSta
         z1[s] = Pair{stL->mZ[2 * s], stR->mZ[2 * s]};
         z2[s] = Pair{stL->mZ[2 * s + 1], stR->mZ[2 * s + 1]};
     }
-    for (int i = 0; i < n; ++i)
+    // carry[s]: the sample section s takes next, from section s - 1 in the previous step.
+    Pair carry[S] = {};
+    const auto section = [&](int s, int t)
     {
-        Pair x = Pair{left[i], right[i]};
-#pragma GCC unroll 12
-        for (int s = 0; s < S; ++s)
+        const Pair x = s == 0 ? Pair{left[t], right[t]} : carry[s];
+        const Pair y = b0[s] * x + z1[s];
+        z1[s] = b1[s] * x - a1[s] * y + z2[s];
+        z2[s] = b2[s] * x - a2[s] * y;
+        if (s + 1 < S)
         {
-            const Pair y = b0[s] * x + z1[s];
-            z1[s] = b1[s] * x - a1[s] * y + z2[s];
-            z2[s] = b2[s] * x - a2[s] * y;
-            x = y;
+            carry[s + 1] = y;
         }
-        left[i] = x[0];
-        right[i] = x[1];
+        else
+        {
+            left[t - s] = y[0];
+            right[t - s] = y[1];
+        }
+    };
+    // Each step runs its sections from the last to the first, so that a carry is taken before
+    // it is replaced.
+    const int full = n - (S - 1); // steps in which every section has a sample
+    int t = 0;
+    for (; t < S - 1 && t < n + S - 1; ++t)
+        for (int s = S - 1; s >= 0; --s)
+            if (s <= t && t - s < n) section(s, t);
+    for (; t < S - 1 + full; ++t)
+    {
+#pragma GCC unroll 12
+        for (int s = S - 1; s >= 0; --s)
+            section(s, t);
     }
+    for (; t < n + S - 1; ++t)
+        for (int s = S - 1; s >= 0; --s)
+            if (s <= t && t - s < n) section(s, t);
     for (int s = 0; s < S; ++s)
     {
         stL->mZ[2 * s] = z1[s][0];

@@ -151,10 +151,11 @@ TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
         const float delayR = 2500.75f;
         const double* yl = singleL.ReadTap(delayL, 0);
         const double* yr = singleR.ReadTap(delayR, 0);
-        QLMMultiDelay::ReadForwardPair(pairL, pairR, delayL, delayR);
+        double pl[gBlockLen], pr[gBlockLen];
+        QLMMultiDelay::ReadForwardPair(pairL, pairR, delayL, delayR, pl, pr);
         for (int i = 0; i < gBlockLen; ++i)
         {
-            differing += (yl[i] != pairL.mMixOut[i]) + (yr[i] != pairR.mMixOut[i]);
+            differing += (yl[i] != pl[i]) + (yr[i] != pr[i]);
             nonzero += (yl[i] != 0.0) + (yr[i] != 0.0);
         }
         for (QLMMultiDelay* d : {&singleL, &pairL})

@@ -10,8 +10,11 @@
 namespace
 {
 constexpr int N = gBlockLen;
-constexpr int kOffsetRingSize = 1 << 16; // 25 ms at 96 kHz plus a block, rounded up
+// 25 ms at 96 kHz plus two blocks, rounded up to a power of two: no larger, because every block
+// writes the rings and a ring much longer than its reach only walks through the cache.
+constexpr int kOffsetRingSize = 1 << 12;
 static_assert(kOffsetRingSize > 0.025 * kMaxSampleRate + 2 * gBlockLen);
+static_assert(kOffsetRingSize / 2 < 0.025 * kMaxSampleRate + 2 * gBlockLen);
 constexpr int kLongestLine = static_cast<int>(kMaxSampleRate * 8.0 + 1000.0);
 
 // Frames a second of the editor; the slot smoothers follow its refresh rather than the sample rate.

@@ -35,6 +35,12 @@ void AllpassTerms(const QLMMultiDelay& d, const float* delays, double* u, double
     const int size = d.mSize;
     const double* buf = d.mBuf.get();
     const int write = d.mWritePos;
+    // The ring was written long ago where the head reads, and the head moves on by a block each
+    // block: the next block's reads are asked for now, so that they are in the cache by then.
+    const int next = write + gBlockLen - static_cast<int>(delays[gBlockLen - 1]);
+    if (next >= 0 && next + gBlockLen <= size)
+        for (int i = 0; i < gBlockLen; i += 8)
+            __builtin_prefetch(buf + next + i);
     // The block's shortest and longest delay, four at a time.
     using Quad = float __attribute__((vector_size(16)));
     static_assert(gBlockLen % 4 == 0);
@@ -370,6 +376,10 @@ void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, f
 void QLMMultiDelay::WriteBlock(const double* src)
 {
     double* buf = mBuf.get();
+    // The next block lands where the ring was written a whole line length ago: fetched early.
+    if (mWritePos + 3 * gBlockLen <= mSize)
+        for (int i = 0; i < gBlockLen; i += 8)
+            __builtin_prefetch(buf + mWritePos + gBlockLen + i, 1);
     const int first = std::min(gBlockLen, mSize - mWritePos);
     VecCopy(src, buf + mWritePos, first);
     VecCopy(src + first, buf, gBlockLen - first);

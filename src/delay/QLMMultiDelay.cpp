@@ -107,6 +107,51 @@ void AllpassTerms(const QLMMultiDelay& d, const float* delays, double* u, double
         u[i] = buf[p] * c[i] + buf[q];
     }
 }
+// The all-pass recursion of a line pair, s = u - s * c, then K one-section filters per sample, as
+// IirRun runs them: per lane the operations of the separate passes, in the same order. in[k]
+// keeps what filter k took (its history), out what the last one gave.
+template <int K>
+void ReadAndFilter(const double* uL, const double* cL, const double* uR, const double* cR, Pair& s,
+                   IirSingleSection* secL, IirSingleSection* secR, double (*inL)[gBlockLen],
+                   double (*inR)[gBlockLen], double* outL, double* outR)
+{
+    Pair b0[K + 1], b1[K + 1], b2[K + 1], a1[K + 1], a2[K + 1], z1[K + 1], z2[K + 1];
+    for (int k = 0; k < K; ++k)
+    {
+        b0[k] = Pair{secL[k].b0, secR[k].b0};
+        b1[k] = Pair{secL[k].b1, secR[k].b1};
+        b2[k] = Pair{secL[k].b2, secR[k].b2};
+        a1[k] = Pair{secL[k].a1, secR[k].a1};
+        a2[k] = Pair{secL[k].a2, secR[k].a2};
+        z1[k] = Pair{secL[k].z[0], secR[k].z[0]};
+        z2[k] = Pair{secL[k].z[1], secR[k].z[1]};
+    }
+    Pair a = s;
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        a = Pair{uL[i], uR[i]} - a * Pair{cL[i], cR[i]};
+        Pair x = a;
+        for (int k = 0; k < K; ++k)
+        {
+            inL[k][i] = x[0];
+            inR[k][i] = x[1];
+            const Pair y = b0[k] * x + z1[k];
+            z1[k] = b1[k] * x - a1[k] * y + z2[k];
+            z2[k] = b2[k] * x - a2[k] * y;
+            x = y;
+        }
+        outL[i] = x[0];
+        outR[i] = x[1];
+    }
+    s = a;
+    for (int k = 0; k < K; ++k)
+    {
+        secL[k].z[0] = z1[k][0];
+        secR[k].z[0] = z1[k][1];
+        secL[k].z[1] = z2[k][0];
+        secR[k].z[1] = z2[k][1];
+    }
+}
 } // namespace
 
 QLMMultiDelay::QLMMultiDelay(bool isRight)
@@ -338,6 +383,62 @@ void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, f
     double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
     AllpassTerms(left, left.mTapSmoother[0].RunF(left.mDelay, gBlockLen), uL, cL);
     AllpassTerms(right, right.mTapSmoother[0].RunF(right.mDelay, gBlockLen), uR, cR);
+    // The loop filters, high-pass first, where both lines run them. A pair of one section each
+    // runs inside the read's own loop, where the chains of the recursion and the filters overlap.
+    const bool highL = left.mHighOn && !left.mHighPass.mBypass;
+    const bool highR = right.mHighOn && !right.mHighPass.mBypass;
+    const bool lowL = left.mLowOn && !left.mLowPass.mBypass;
+    const bool lowR = right.mLowOn && !right.mLowPass.mBypass;
+    if (highL == highR && lowL == lowR)
+    {
+        IppBiquad* stagesL[2] = {nullptr, nullptr};
+        IppBiquad* stagesR[2] = {nullptr, nullptr};
+        int stages = 0;
+        if (highL)
+        {
+            stagesL[stages] = &left.mHighPass;
+            stagesR[stages++] = &right.mHighPass;
+        }
+        if (lowL)
+        {
+            stagesL[stages] = &left.mLowPass;
+            stagesR[stages++] = &right.mLowPass;
+        }
+        bool runL[2] = {false, false}, runR[2] = {false, false};
+        IirSingleSection secL[2], secR[2];
+        bool single = true;
+        for (int k = 0; k < stages; ++k)
+        {
+            runL[k] = stagesL[k]->BeginBlock();
+            runR[k] = stagesR[k]->BeginBlock();
+            single = single && runL[k] && runR[k] && stagesL[k]->mBlockLen == gBlockLen &&
+                     stagesR[k]->mBlockLen == gBlockLen && stagesL[k]->SingleSection(secL[k]) &&
+                     stagesR[k]->SingleSection(secR[k]);
+        }
+        Pair s = Pair{left.mApState[0], right.mApState[0]};
+        double inL[2][gBlockLen], inR[2][gBlockLen];
+        if (single && stages == 2)
+            ReadAndFilter<2>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
+        else if (single && stages == 1)
+            ReadAndFilter<1>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
+        else
+            ReadAndFilter<0>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
+        left.mApState[0] = s[0];
+        right.mApState[0] = s[1];
+        for (int k = 0; k < stages; ++k)
+        {
+            if (single)
+            {
+                stagesL[k]->EndBlock(inL[k], k + 1 < stages ? inL[k + 1] : outL);
+                stagesR[k]->EndBlock(inR[k], k + 1 < stages ? inR[k + 1] : outR);
+                continue;
+            }
+            if (runL[k]) stagesL[k]->RunBlockInPlace(outL);
+            if (runR[k]) stagesR[k]->RunBlockInPlace(outR);
+        }
+        return;
+    }
+
     Pair s = Pair{left.mApState[0], right.mApState[0]};
     for (int i = 0; i < gBlockLen; ++i)
     {

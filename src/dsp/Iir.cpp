@@ -374,6 +374,14 @@ void IirRunPairI(double* left, double* right, int n, IirState* stateL, IirState*
     }
 }
 
+bool IirGetSingleSection(IirState* state, IirSingleSection& out)
+{
+    if (state == nullptr || state->mSections != 1) return false;
+    const Section& c = state->mSec[0];
+    out = IirSingleSection{c.b0, c.b1, c.b2, c.a1, c.a2, state->mZ};
+    return true;
+}
+
 void IirSetDelay(IirState* state, const double* delay)
 {
     if (state == nullptr || delay == nullptr) return;

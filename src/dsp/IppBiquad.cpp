@@ -368,7 +368,7 @@ void IppBiquad::WarmUpFromHistory()
     IirGetDelay(mState, mDelay);
 }
 
-bool IppBiquad::PrepareRun(int type)
+bool IppBiquad::PrepareControls(int type)
 {
     if (type == kBqOff) return false;
     if (mClearPending)
@@ -382,12 +382,46 @@ bool IppBiquad::PrepareRun(int type)
     mUpdatePhase = (mUpdatePhase - 1) & 1;
     if (mUpdatePhase == 0 || mDirty || mState == nullptr) ControlUpdate();
     if (mState == nullptr) return false;
-
-    VecCopy(mIn1, mHistory + mHistoryPos, mBlockLen);
-    mHistoryPos = (mHistoryPos + mBlockLen) % kTypeChangeHistory;
-    mHasRun = true;
     IirSetDelay(mState, mDelay);
     return true;
+}
+
+void IppBiquad::KeepHistory(const double* input)
+{
+    VecCopy(input, mHistory + mHistoryPos, mBlockLen);
+    mHistoryPos = (mHistoryPos + mBlockLen) % kTypeChangeHistory;
+    mHasRun = true;
+}
+
+bool IppBiquad::PrepareRun(int type)
+{
+    if (!PrepareControls(type)) return false;
+    KeepHistory(mIn1);
+    return true;
+}
+
+bool IppBiquad::BeginBlock()
+{
+    mBegunType = mType;
+    return PrepareControls(mBegunType);
+}
+
+bool IppBiquad::SingleSection(IirSingleSection& out)
+{
+    return !HasOutGain(mBegunType) && IirGetSingleSection(mState, out);
+}
+
+void IppBiquad::EndBlock(const double* input, double* output)
+{
+    KeepHistory(input);
+    FinishRun(output, mBegunType);
+}
+
+void IppBiquad::RunBlockInPlace(double* block)
+{
+    KeepHistory(block);
+    IirRun(block, block, mBlockLen, mState);
+    FinishRun(block, mBegunType);
 }
 
 void IppBiquad::FinishRun(double* out, int type)

@@ -128,7 +128,7 @@ TEST(MultiDelay, DelayGlidesOverAHundredMillisecondsUnlessSnapped)
 
 // Reading a left and a right line together gives each side bit for bit what its own read gives:
 // a gliding and a steady delay, a read across the ring's end, both loop filters on, then the
-// high-pass on one side only.
+// high-pass on one side only, then the low-pass alone on both.
 TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
 {
     RateGuard guard(48000.0);
@@ -145,6 +145,9 @@ TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
     {
         if (b == 32 * 600)
             for (QLMMultiDelay* d : {&singleR, &pairR})
+                d->SetHighPass(20.0 / gSampleRate);
+        if (b == 32 * 750)
+            for (QLMMultiDelay* d : {&singleL, &pairL})
                 d->SetHighPass(20.0 / gSampleRate);
         // The left delay glides between two times, the right one holds still.
         const float delayL = (b / gBlockLen) % 200 < 100 ? 1234.25f : 3100.5f;

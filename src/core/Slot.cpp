@@ -777,6 +777,16 @@ void Slot::WriteDelay(double* fbSumL, double* fbSumR, double fade)
     mDelayR.WriteBlock(fbSumR);
 }
 
+void Slot::WriteOwnDelay(double gainL, double gainR, double fade)
+{
+    const double* fbL = mFbOutL;
+    const double* fbR = mFbOutR;
+    const double* inL = mDelayInSrcL;
+    const double* inR = mDelayInSrcR;
+    mDelayL.WriteBlockWith([=](int i) { return (fbL[i] * gainL + inL[i]) * fade; });
+    mDelayR.WriteBlockWith([=](int i) { return (fbR[i] * gainR + inR[i]) * fade; });
+}
+
 void Slot::RunFxPosition(int position, double* left, double* right, bool monoL, bool monoR)
 {
     FxModuleList& list = mFxLists[position];

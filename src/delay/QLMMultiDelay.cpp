@@ -476,19 +476,7 @@ void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, f
 
 void QLMMultiDelay::WriteBlock(const double* src)
 {
-    double* buf = mBuf.get();
-    // The next block lands where the ring was written a whole line length ago: fetched early.
-    if (mWritePos + 3 * gBlockLen <= mSize)
-        for (int i = 0; i < gBlockLen; i += 8)
-            __builtin_prefetch(buf + mWritePos + gBlockLen + i, 1);
-    const int first = std::min(gBlockLen, mSize - mWritePos);
-    VecCopy(src, buf + mWritePos, first);
-    VecCopy(src + first, buf, gBlockLen - first);
-    mWritePos += gBlockLen;
-    if (mWritePos >= mSize) mWritePos -= mSize;
-    // Just after the wrap, mirror the ring's start behind its end so that reads running a few
-    // samples past the end find the newest data.
-    if (mWritePos < 2 * gBlockLen) VecCopy(buf, buf + mSize, gBlockLen);
+    WriteBlockWith([src](int i) { return src[i]; });
 }
 
 void QLMMultiDelay::ReadTapped(QLMMultiDelay& d)

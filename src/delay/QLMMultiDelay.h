@@ -49,6 +49,8 @@ class QLMMultiDelay : public DSPShell
                                 double* outL, double* outR);
     // Appends 32 samples to the ring.
     void WriteBlock(const double* src);
+    // The same for samples computed on the way in: sample(i) for i = 0..31.
+    template <class Sample> void WriteBlockWith(const Sample& sample);
 
     // The next read jumps to its delay without a glide.
     void SnapTime() { mSnapTime = true; }
@@ -128,3 +130,25 @@ class QLMMultiDelay : public DSPShell
     // Runs a filter in place on mMixOut.
     void Filter(IppBiquad& f);
 };
+
+template <class Sample> void QLMMultiDelay::WriteBlockWith(const Sample& sample)
+{
+    double* buf = mBuf.get();
+    // The next block lands where the ring was written a whole ring length ago: fetched early.
+    if (mWritePos + 3 * gBlockLen <= mSize)
+        for (int i = 0; i < gBlockLen; i += 8)
+            __builtin_prefetch(buf + mWritePos + gBlockLen + i, 1);
+    const int first = mSize - mWritePos < gBlockLen ? mSize - mWritePos : gBlockLen;
+    double* at = buf + mWritePos;
+    for (int i = 0; i < first; ++i)
+        at[i] = sample(i);
+    for (int i = first; i < gBlockLen; ++i)
+        buf[i - first] = sample(i);
+    mWritePos += gBlockLen;
+    if (mWritePos >= mSize) mWritePos -= mSize;
+    // Just after the wrap, mirror the ring's start behind its end so that reads running a few
+    // samples past the end find the newest data.
+    if (mWritePos < 2 * gBlockLen)
+        for (int i = 0; i < gBlockLen; ++i)
+            buf[mSize + i] = buf[i];
+}

@@ -277,20 +277,18 @@ void Quorvex::WriteDelays()
         if (!slot.mOn) continue;
         if (!slot.mMatrixOn)
         {
-            VecScale(slot.FbOutL(), slot.FbGainL(), mFbSumL, kBlockSize);
-            VecScale(slot.FbOutR(), slot.FbGainR(), mFbSumR, kBlockSize);
+            // Its own feedback, scaled and summed as it goes into the lines.
+            slot.WriteOwnDelay(slot.FbGainL(), slot.FbGainR(), mFadeIn.mFade);
+            continue;
         }
-        else
+        VecZero(mFbSumL, kBlockSize);
+        VecZero(mFbSumR, kBlockSize);
+        for (const Slot& source : mSlots)
         {
-            VecZero(mFbSumL, kBlockSize);
-            VecZero(mFbSumR, kBlockSize);
-            for (const Slot& source : mSlots)
-            {
-                if (!source.mOn || !source.mDelayOn) continue;
-                const double m = slot.mMatrix[static_cast<std::size_t>(source.Index())];
-                VecAddScaled(source.FbOutL(), m * slot.FbGainL(), mFbSumL, kBlockSize);
-                VecAddScaled(source.FbOutR(), m * slot.FbGainR(), mFbSumR, kBlockSize);
-            }
+            if (!source.mOn || !source.mDelayOn) continue;
+            const double m = slot.mMatrix[static_cast<std::size_t>(source.Index())];
+            VecAddScaled(source.FbOutL(), m * slot.FbGainL(), mFbSumL, kBlockSize);
+            VecAddScaled(source.FbOutR(), m * slot.FbGainR(), mFbSumR, kBlockSize);
         }
         slot.WriteDelay(mFbSumL, mFbSumR, mFadeIn.mFade);
     }

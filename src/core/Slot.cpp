@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <numbers>
 
 #include "dsp/Vec.h"
@@ -9,8 +10,11 @@
 namespace
 {
 constexpr int N = gBlockLen;
-constexpr int kOffsetRingSize = 1 << 16; // 25 ms at 96 kHz plus a block, rounded up
+// 25 ms at 96 kHz plus two blocks, rounded up to a power of two: no larger, because every block
+// writes the rings and a ring much longer than its reach only walks through the cache.
+constexpr int kOffsetRingSize = 1 << 12;
 static_assert(kOffsetRingSize > 0.025 * kMaxSampleRate + 2 * gBlockLen);
+static_assert(kOffsetRingSize / 2 < 0.025 * kMaxSampleRate + 2 * gBlockLen);
 constexpr int kLongestLine = static_cast<int>(kMaxSampleRate * 8.0 + 1000.0);
 
 // Frames a second of the editor; the slot smoothers follow its refresh rather than the sample rate.
@@ -351,13 +355,11 @@ void Slot::RunForward(const SlotBlockContext& ctx)
     double* postL = StageL(kStagePost);
     double* postR = StageR(kStagePost);
 
-    VecCopy(mSourceL, inL, N);
-    VecCopy(mSourceR, inR, N);
     const ModRouting& routing = *ctx.routing;
     const double gain = routing.InputGainTarget(mIndex, mInputGain * ctx.attenuation);
     const double* gainRamp = mInputSmoother.RunD(gain * ctx.fade, N);
-    VecMulI(gainRamp, inL, N);
-    VecMulI(gainRamp, inR, N);
+    VecMul(mSourceL, gainRamp, inL, N);
+    VecMul(mSourceR, gainRamp, inR, N);
 
     RunOffset();
 
@@ -400,8 +402,12 @@ void Slot::RunForward(const SlotBlockContext& ctx)
         postDone = ReadDelay(ctx, tL, tR, monoL, monoR);
         SoftLimit(mFbOutL);
         SoftLimit(mFbOutR);
-        VecAddScaled(preL, mDirect, postL, N);
-        VecAddScaled(preR, mDirect, postR, N);
+        // The other modes add the direct share as they fill the post stage.
+        if (mMode == DelayTapped)
+        {
+            VecAddScaled(preL, mDirect, postL, N);
+            VecAddScaled(preR, mDirect, postR, N);
+        }
     }
 
     if (!postDone) RunFxPosition(kFxPost, postL, postR, false, false);
@@ -423,8 +429,9 @@ void Slot::RunOffset()
         const double* in = side == 0 ? StageL(kStageIn) : StageR(kStageIn);
         double* pre = side == 0 ? StageL(kStagePre) : StageR(kStagePre);
         double* ring = mOffsetRing[side].data();
-        for (int i = 0; i < N; ++i)
-            ring[(mOffsetWrite + i) & mask] = in[i];
+        // The write position steps by whole blocks through a ring of whole blocks: no wrap inside.
+        static_assert(kOffsetRingSize % N == 0);
+        VecCopy(in, ring + mOffsetWrite, N);
         const double seconds = mOffsetSec[side];
         if (seconds == 0.0)
         {
@@ -445,10 +452,13 @@ void Slot::FillDelayInput()
     const int route = mRoute;
     if (mMode == DelayTapped || mMode == DelayBackward || route == DelayDual)
     {
-        VecCopy(preL, mDelayInL, N);
-        VecCopy(preR, mDelayInR, N);
+        // The pre stage keeps its block until the lines are written: no copy needed.
+        mDelayInSrcL = preL;
+        mDelayInSrcR = preR;
         return;
     }
+    mDelayInSrcL = mDelayInL;
+    mDelayInSrcR = mDelayInR;
     switch (route)
     {
     case DelayPingPongML:
@@ -515,16 +525,34 @@ bool Slot::ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool mon
     }
     else
     {
-        if (!monoR) VecCopy(mDelayL.ReadTap(static_cast<float>(tL + mL), 0), dlyL, N);
-        if (!monoL) VecCopy(mDelayR.ReadTap(static_cast<float>(tR + mR), 0), dlyR, N);
+        if (mMode == DelayForward && !monoL && !monoR)
+        {
+            QLMMultiDelay::ReadForwardPair(mDelayL, mDelayR, static_cast<float>(tL + mL),
+                                           static_cast<float>(tR + mR), dlyL, dlyR);
+        }
+        else
+        {
+            if (!monoR) VecCopy(mDelayL.ReadTap(static_cast<float>(tL + mL), 0), dlyL, N);
+            if (!monoL) VecCopy(mDelayR.ReadTap(static_cast<float>(tR + mR), 0), dlyR, N);
+        }
     }
 
     RunFxPosition(kFxFeedback, dlyL, dlyR, monoL, monoR);
     mDlyCellL = dlyL;
     mDlyCellR = dlyR;
     RouteFeedback(mRoute);
-    VecScale(mDlyCellL, mWet, postL, N);
-    VecScale(mDlyCellR, mWet, postR, N);
+    // The delay's share and the direct share of the post stage in one pass.
+    const double* preL = StageL(kStagePre);
+    const double* preR = StageR(kStagePre);
+    const double* cellL = mDlyCellL;
+    const double* cellR = mDlyCellR;
+    const double wet = mWet;
+    const double direct = mDirect;
+    for (int i = 0; i < N; ++i)
+    {
+        postL[i] = cellL[i] * wet + preL[i] * direct;
+        postR[i] = cellR[i] * wet + preR[i] * direct;
+    }
     return false;
 }
 
@@ -563,6 +591,18 @@ void Slot::RouteFeedback(int route)
 // Above 1 in size the feedback signal bends towards 1.5, which keeps 160 % feedback bounded.
 void Slot::SoftLimit(double* x) const
 {
+    // Mostly nothing is above 1: a pass two samples at a time finds that out.
+    using Pair = double __attribute__((vector_size(16)));
+    using Mask = long long __attribute__((vector_size(16)));
+    static_assert(N % 2 == 0);
+    Mask outside = {0, 0};
+    for (int i = 0; i < N; i += 2)
+    {
+        Pair v;
+        std::memcpy(&v, x + i, sizeof(Pair));
+        outside |= (v > 1.0) | (v < -1.0);
+    }
+    if ((outside[0] | outside[1]) == 0) return;
     for (int i = 0; i < N; ++i)
     {
         const double v = x[i];
@@ -577,15 +617,8 @@ void Slot::PanLevelWidth(const SlotBlockContext& ctx)
 {
     const double pan = ctx.routing->PanTarget(mIndex, mPanning);
     const double* p = mPanSmoother.RunD(pan, N);
-    for (int i = 0; i < N; ++i)
-    {
-        mGainR[i] = std::min(1.0 + p[i], 1.0);
-        mGainL[i] = std::min(1.0 - p[i], 1.0);
-    }
     const double level = ctx.routing->LevelTarget(mIndex, mLevel);
     const double* lv = mLevelSmoother.RunD(level * ctx.fade, N);
-    VecMulI(lv, mGainL, N);
-    VecMulI(lv, mGainR, N);
 
     double* postL = StageL(kStagePost);
     double* postR = StageR(kStagePost);
@@ -593,14 +626,46 @@ void Slot::PanLevelWidth(const SlotBlockContext& ctx)
     double* outR = StageR(kStageOut);
     const double straight = mStraight;
     const double cross = mCross;
+    // The pan law min(1 -+ p, 1) times the level, two samples to a vector; the select is
+    // std::min's own (1 < x ? 1 : x).
+    using Pair = double __attribute__((vector_size(16)));
+    const Pair one = {1.0, 1.0};
+    static_assert(N % 2 == 0);
+    const auto gains = [&](int i, Pair& gl, Pair& gr)
+    {
+        Pair pv, lvv;
+        std::memcpy(&pv, p + i, sizeof(Pair));
+        std::memcpy(&lvv, lv + i, sizeof(Pair));
+        const Pair l = one - pv;
+        const Pair r = one + pv;
+        gl = (one < l ? one : l) * lvv;
+        gr = (one < r ? one : r) * lvv;
+    };
+    if (cross == 0.0)
+    {
+        // Full width: the gains go straight onto the post stage, in one pass.
+        for (int i = 0; i < N; i += 2)
+        {
+            Pair gl, gr, a, b;
+            gains(i, gl, gr);
+            std::memcpy(&a, postL + i, sizeof(Pair));
+            std::memcpy(&b, postR + i, sizeof(Pair));
+            a *= gl;
+            b *= gr;
+            std::memcpy(outL + i, &a, sizeof(Pair));
+            std::memcpy(outR + i, &b, sizeof(Pair));
+        }
+        return;
+    }
+    for (int i = 0; i < N; i += 2)
+    {
+        Pair gl, gr;
+        gains(i, gl, gr);
+        std::memcpy(mGainL + i, &gl, sizeof(Pair));
+        std::memcpy(mGainR + i, &gr, sizeof(Pair));
+    }
     const auto width = [&](const double* l, const double* r)
     {
-        if (cross == 0.0)
-        {
-            if (l != outL) VecCopy(l, outL, N);
-            if (r != outR) VecCopy(r, outR, N);
-            return;
-        }
         for (int i = 0; i < N; ++i)
         {
             const double a = l[i];
@@ -703,12 +768,23 @@ double Slot::ReachSeconds(double secPerBeat, double timeScale) const
 
 void Slot::WriteDelay(double* fbSumL, double* fbSumR, double fade)
 {
-    VecAddI(mDelayInL, fbSumL, N);
-    VecAddI(mDelayInR, fbSumR, N);
-    VecScaleI(fade, fbSumL, N);
-    VecScaleI(fade, fbSumR, N);
+    for (int i = 0; i < N; ++i)
+    {
+        fbSumL[i] = (fbSumL[i] + mDelayInSrcL[i]) * fade;
+        fbSumR[i] = (fbSumR[i] + mDelayInSrcR[i]) * fade;
+    }
     mDelayL.WriteBlock(fbSumL);
     mDelayR.WriteBlock(fbSumR);
+}
+
+void Slot::WriteOwnDelay(double gainL, double gainR, double fade)
+{
+    const double* fbL = mFbOutL;
+    const double* fbR = mFbOutR;
+    const double* inL = mDelayInSrcL;
+    const double* inR = mDelayInSrcR;
+    mDelayL.WriteBlockWith([=](int i) { return (fbL[i] * gainL + inL[i]) * fade; });
+    mDelayR.WriteBlockWith([=](int i) { return (fbR[i] * gainR + inR[i]) * fade; });
 }
 
 void Slot::RunFxPosition(int position, double* left, double* right, bool monoL, bool monoR)

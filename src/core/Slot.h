@@ -125,6 +125,8 @@ class Slot : private ITapFx
     // The block's feedback (already scaled by the feedback gains) plus the slot's own delay input,
     // faded, goes into the lines.
     void WriteDelay(double* fbSumL, double* fbSumR, double fade);
+    // The same for the slot's own feedback (FbOut times the gains), summed on the way in.
+    void WriteOwnDelay(double gainL, double gainR, double fade);
 
     double* StageL(int stage) { return mBankL + stage * gBlockLen; }
     double* StageR(int stage) { return mBankR + stage * gBlockLen; }
@@ -234,6 +236,9 @@ class Slot : private ITapFx
     double mFbOutR[gBlockLen] = {};
     double mDelayInL[gBlockLen] = {};
     double mDelayInR[gBlockLen] = {};
+    // What the lines take besides the feedback: the pre stage itself or the blocks above.
+    const double* mDelayInSrcL = mDelayInL;
+    const double* mDelayInSrcR = mDelayInR;
     double mMonoSum[gBlockLen] = {};
     double mGainL[gBlockLen] = {};
     double mGainR[gBlockLen] = {};

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace
 {
@@ -21,6 +22,135 @@ constexpr double kGrainShrink = 0.995;
 inline double AllpassCoef(double frac)
 {
     return (1.0 - frac) / (1.0 + frac);
+}
+
+using Pair = double __attribute__((vector_size(16)));
+
+// The first-order all-pass read of a block, s = (buf[p] * c + buf[q]) - s * c, a delay of frac
+// samples at low frequencies and flat in level: its coefficients c and the terms u that do not
+// depend on the previous output. A steady delay (the usual case) has one coefficient, and away
+// from the ring's ends its reads are contiguous.
+void AllpassTerms(const QLMMultiDelay& d, const float* delays, double* u, double* c)
+{
+    const int size = d.mSize;
+    const double* buf = d.mBuf.get();
+    const int write = d.mWritePos;
+    // The ring was written long ago where the head reads, and the head moves on by a block each
+    // block: the next block's reads are asked for now, so that they are in the cache by then.
+    const int next = write + gBlockLen - static_cast<int>(delays[gBlockLen - 1]);
+    if (next >= 0 && next + gBlockLen <= size)
+        for (int i = 0; i < gBlockLen; i += 8)
+            __builtin_prefetch(buf + next + i);
+    // The block's shortest and longest delay, four at a time.
+    using Quad = float __attribute__((vector_size(16)));
+    static_assert(gBlockLen % 4 == 0);
+    Quad lo4, hi4;
+    std::memcpy(&lo4, delays, sizeof(Quad));
+    hi4 = lo4;
+    for (int i = 4; i < gBlockLen; i += 4)
+    {
+        Quad v;
+        std::memcpy(&v, delays + i, sizeof(Quad));
+        lo4 = v < lo4 ? v : lo4;
+        hi4 = v > hi4 ? v : hi4;
+    }
+    const float shortest = std::min(std::min(lo4[0], lo4[1]), std::min(lo4[2], lo4[3]));
+    const float longest = std::max(std::max(hi4[0], hi4[1]), std::max(hi4[2], hi4[3]));
+    if (shortest == longest)
+    {
+        const double delay = delays[0];
+        const int k = static_cast<int>(delay);
+        const double coef = AllpassCoef(delay - k);
+        const int first = write - k;
+        if (first >= 1 && first + gBlockLen <= size)
+        {
+            const double* p = buf + first;
+            for (int i = 0; i < gBlockLen; ++i)
+            {
+                u[i] = p[i] * coef + p[i - 1];
+                c[i] = coef;
+            }
+            return;
+        }
+    }
+    // A gliding delay: whole and fractional parts and the coefficients first, in one pass the
+    // compiler runs two samples at a time, then the reads.
+    int whole[gBlockLen];
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        const double delay = delays[i];
+        const int k = static_cast<int>(delay);
+        whole[i] = k;
+        c[i] = AllpassCoef(delay - k);
+    }
+    // Delays are positive, where truncation keeps their order.
+    const int lo = static_cast<int>(shortest);
+    const int hi = static_cast<int>(longest);
+    if (write - hi >= 1 && write - lo + gBlockLen <= size)
+    {
+        // Every read of the block lies inside the ring, its neighbour too.
+        for (int i = 0; i < gBlockLen; ++i)
+        {
+            const double* p = buf + (write + i - whole[i]);
+            u[i] = p[0] * c[i] + p[-1];
+        }
+        return;
+    }
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        int p = i - whole[i] + write;
+        if (p < 0)
+            p += size;
+        else if (p >= size)
+            p = 0; // only possible in the last block before the wrap
+        const int q = p - 1 < 0 ? size - 1 + p : p - 1;
+        u[i] = buf[p] * c[i] + buf[q];
+    }
+}
+// The all-pass recursion of a line pair, s = u - s * c, then K one-section filters per sample, as
+// IirRun runs them: per lane the operations of the separate passes, in the same order. in[k]
+// keeps what filter k took (its history), out what the last one gave.
+template <int K>
+void ReadAndFilter(const double* uL, const double* cL, const double* uR, const double* cR, Pair& s,
+                   IirSingleSection* secL, IirSingleSection* secR, double (*inL)[gBlockLen],
+                   double (*inR)[gBlockLen], double* outL, double* outR)
+{
+    Pair b0[K + 1], b1[K + 1], b2[K + 1], a1[K + 1], a2[K + 1], z1[K + 1], z2[K + 1];
+    for (int k = 0; k < K; ++k)
+    {
+        b0[k] = Pair{secL[k].b0, secR[k].b0};
+        b1[k] = Pair{secL[k].b1, secR[k].b1};
+        b2[k] = Pair{secL[k].b2, secR[k].b2};
+        a1[k] = Pair{secL[k].a1, secR[k].a1};
+        a2[k] = Pair{secL[k].a2, secR[k].a2};
+        z1[k] = Pair{secL[k].z[0], secR[k].z[0]};
+        z2[k] = Pair{secL[k].z[1], secR[k].z[1]};
+    }
+    Pair a = s;
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        a = Pair{uL[i], uR[i]} - a * Pair{cL[i], cR[i]};
+        Pair x = a;
+        for (int k = 0; k < K; ++k)
+        {
+            inL[k][i] = x[0];
+            inR[k][i] = x[1];
+            const Pair y = b0[k] * x + z1[k];
+            z1[k] = b1[k] * x - a1[k] * y + z2[k];
+            z2[k] = b2[k] * x - a2[k] * y;
+            x = y;
+        }
+        outL[i] = x[0];
+        outR[i] = x[1];
+    }
+    s = a;
+    for (int k = 0; k < K; ++k)
+    {
+        secL[k].z[0] = z1[k][0];
+        secR[k].z[0] = z1[k][1];
+        secL[k].z[1] = z2[k][0];
+        secR[k].z[1] = z2[k][1];
+    }
 }
 } // namespace
 
@@ -120,14 +250,16 @@ void QLMMultiDelay::SetLowPass(double relFreq)
 {
     const double f = mMode == DelayGrain ? kGrainLowPass : std::clamp(relFreq, 0.0002, 0.5);
     mLowPass.mFreqParam = f;
-    mLowOn = relFreq < 20000.0 * gInvSampleRate;
+    // The slot hands over hz / rate: the same division here keeps the filter off at its neutral
+    // end at every rate (hz times 1 / rate can round one ulp the other way).
+    mLowOn = relFreq < 20000.0 / gSampleRate;
 }
 
 void QLMMultiDelay::SetHighPass(double relFreq)
 {
     const double f = mMode == DelayGrain ? kGrainHighPass : std::clamp(relFreq, 0.0002, 0.5);
     mHighPass.mFreqParam = f;
-    mHighOn = relFreq > 20.0 * gInvSampleRate;
+    mHighOn = relFreq > 20.0 / gSampleRate;
 }
 
 void QLMMultiDelay::SetGrainSize(double ms)
@@ -202,7 +334,7 @@ void QLMMultiDelay::Filter(IppBiquad& f)
     f.Process();
 }
 
-const double* QLMMultiDelay::ReadTap(float delaySamples, int tap)
+void QLMMultiDelay::PrepareRead(float delaySamples, int tap)
 {
     mTap = std::clamp(tap, 0, kMaxDelayTaps - 1);
     mBlockLen = gBlockLen;
@@ -225,46 +357,138 @@ const double* QLMMultiDelay::ReadTap(float delaySamples, int tap)
         mTapSmoother[mTap].SetLastF(mDelay);
         mSnapTime = false;
     }
+}
+
+const double* QLMMultiDelay::ReadTap(float delaySamples, int tap)
+{
+    PrepareRead(delaySamples, tap);
     const ReadFn read = mReadFn;
     read(*this);
     return mMixOut;
 }
 
+void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
+                                    double* outL, double* outR)
+{
+    const ReadFn readL = left.mReadFn;
+    const ReadFn readR = right.mReadFn;
+    if (readL != &ReadForward || readR != &ReadForward)
+    {
+        VecCopy(left.ReadTap(delayL, 0), outL, gBlockLen);
+        VecCopy(right.ReadTap(delayR, 0), outR, gBlockLen);
+        return;
+    }
+    left.PrepareRead(delayL, 0);
+    right.PrepareRead(delayR, 0);
+    double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
+    AllpassTerms(left, left.mTapSmoother[0].RunF(left.mDelay, gBlockLen), uL, cL);
+    AllpassTerms(right, right.mTapSmoother[0].RunF(right.mDelay, gBlockLen), uR, cR);
+    // The loop filters, high-pass first, where both lines run them. A pair of one section each
+    // runs inside the read's own loop, where the chains of the recursion and the filters overlap.
+    const bool highL = left.mHighOn && !left.mHighPass.mBypass;
+    const bool highR = right.mHighOn && !right.mHighPass.mBypass;
+    const bool lowL = left.mLowOn && !left.mLowPass.mBypass;
+    const bool lowR = right.mLowOn && !right.mLowPass.mBypass;
+    if (highL == highR && lowL == lowR)
+    {
+        IppBiquad* stagesL[2] = {nullptr, nullptr};
+        IppBiquad* stagesR[2] = {nullptr, nullptr};
+        int stages = 0;
+        if (highL)
+        {
+            stagesL[stages] = &left.mHighPass;
+            stagesR[stages++] = &right.mHighPass;
+        }
+        if (lowL)
+        {
+            stagesL[stages] = &left.mLowPass;
+            stagesR[stages++] = &right.mLowPass;
+        }
+        bool runL[2] = {false, false}, runR[2] = {false, false};
+        IirSingleSection secL[2], secR[2];
+        bool single = true;
+        for (int k = 0; k < stages; ++k)
+        {
+            runL[k] = stagesL[k]->BeginBlock();
+            runR[k] = stagesR[k]->BeginBlock();
+            single = single && runL[k] && runR[k] && stagesL[k]->mBlockLen == gBlockLen &&
+                     stagesR[k]->mBlockLen == gBlockLen && stagesL[k]->SingleSection(secL[k]) &&
+                     stagesR[k]->SingleSection(secR[k]);
+        }
+        Pair s = Pair{left.mApState[0], right.mApState[0]};
+        double inL[2][gBlockLen], inR[2][gBlockLen];
+        if (single && stages == 2)
+            ReadAndFilter<2>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
+        else if (single && stages == 1)
+            ReadAndFilter<1>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
+        else
+            ReadAndFilter<0>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
+        left.mApState[0] = s[0];
+        right.mApState[0] = s[1];
+        for (int k = 0; k < stages; ++k)
+        {
+            if (single)
+            {
+                stagesL[k]->EndBlock(inL[k], k + 1 < stages ? inL[k + 1] : outL);
+                stagesR[k]->EndBlock(inR[k], k + 1 < stages ? inR[k + 1] : outR);
+                continue;
+            }
+            if (runL[k]) stagesL[k]->RunBlockInPlace(outL);
+            if (runR[k]) stagesR[k]->RunBlockInPlace(outR);
+        }
+        return;
+    }
+
+    Pair s = Pair{left.mApState[0], right.mApState[0]};
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        s = Pair{uL[i], uR[i]} - s * Pair{cL[i], cR[i]};
+        outL[i] = s[0];
+        outR[i] = s[1];
+    }
+    left.mApState[0] = s[0];
+    right.mApState[0] = s[1];
+
+    const auto filterPair = [outL, outR](IppBiquad& fl, bool onL, IppBiquad& fr, bool onR)
+    {
+        const bool runL = onL && !fl.mBypass;
+        const bool runR = onR && !fr.mBypass;
+        if (runL)
+        {
+            fl.mIn1 = outL;
+            fl.mOut1 = outL;
+        }
+        if (runR)
+        {
+            fr.mIn1 = outR;
+            fr.mOut1 = outR;
+        }
+        if (runL && runR)
+            IppBiquad::ProcessPair(fl, fr);
+        else if (runL)
+            fl.Process();
+        else if (runR)
+            fr.Process();
+    };
+    filterPair(left.mHighPass, left.mHighOn, right.mHighPass, right.mHighOn);
+    filterPair(left.mLowPass, left.mLowOn, right.mLowPass, right.mLowOn);
+}
+
 void QLMMultiDelay::WriteBlock(const double* src)
 {
-    double* buf = mBuf.get();
-    const int first = std::min(gBlockLen, mSize - mWritePos);
-    VecCopy(src, buf + mWritePos, first);
-    VecCopy(src + first, buf, gBlockLen - first);
-    mWritePos += gBlockLen;
-    if (mWritePos >= mSize) mWritePos -= mSize;
-    // Just after the wrap, mirror the ring's start behind its end so that reads running a few
-    // samples past the end find the newest data.
-    if (mWritePos < 2 * gBlockLen) VecCopy(buf, buf + mSize, gBlockLen);
+    WriteBlockWith([src](int i) { return src[i]; });
 }
 
 void QLMMultiDelay::ReadTapped(QLMMultiDelay& d)
 {
     const int tap = d.mTap;
-    const int size = d.mSize;
-    const double* buf = d.mBuf.get();
-    const float* delays = d.mTapSmoother[tap].RunF(d.mDelay, gBlockLen);
+    double u[gBlockLen], c[gBlockLen];
+    AllpassTerms(d, d.mTapSmoother[tap].RunF(d.mDelay, gBlockLen), u, c);
+    // Only the last multiply and subtract depend on the previous output, which keeps the chain short.
     double s = d.mApState[tap];
     for (int i = 0; i < gBlockLen; ++i)
     {
-        const double delay = delays[i];
-        const int k = static_cast<int>(delay);
-        const double frac = delay - k;
-        int p = i - k + d.mWritePos;
-        if (p < 0)
-            p += size;
-        else if (p >= size)
-            p = 0; // only possible in the last block before the wrap
-        const int q = p - 1 < 0 ? size - 1 + p : p - 1;
-        // First-order all-pass: a delay of frac samples at low frequencies, flat in level. Only the
-        // last multiply and subtract depend on the previous output, which keeps the chain short.
-        const double c = AllpassCoef(frac);
-        s = (buf[p] * c + buf[q]) - s * c;
+        s = u[i] - s * c[i];
         d.mMixOut[i] = s;
     }
     d.mApState[tap] = s;

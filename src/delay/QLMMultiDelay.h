@@ -41,8 +41,16 @@ class QLMMultiDelay : public DSPShell
 
     // Reads one block at `delaySamples` for head `tap` (0..15); returns mMixOut (32 samples).
     const double* ReadTap(float delaySamples, int tap);
+    // ReadTap(delay, 0) of a left and a right line in FORWARD mode at once, into outL and outR
+    // (32 samples each), the two all-pass recursions and filters as the lanes of one vector; each
+    // side comes out exactly as its own ReadTap gives it. Lines in another mode read one after
+    // the other.
+    static void ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
+                                double* outL, double* outR);
     // Appends 32 samples to the ring.
     void WriteBlock(const double* src);
+    // The same for samples computed on the way in: sample(i) for i = 0..31.
+    template <class Sample> void WriteBlockWith(const Sample& sample);
 
     // The next read jumps to its delay without a glide.
     void SnapTime() { mSnapTime = true; }
@@ -110,6 +118,8 @@ class QLMMultiDelay : public DSPShell
     IppBiquad mHighPass;
 
   private:
+    // The settings step of ReadTap: head, delay with its modulation and limits, a pending snap.
+    void PrepareRead(float delaySamples, int tap);
     // Grain controls from their settings plus, where asked, their modulation inputs.
     void UpdateGrainSpeed(bool modulated);
     void UpdateGrainSize(bool modulated);
@@ -120,3 +130,25 @@ class QLMMultiDelay : public DSPShell
     // Runs a filter in place on mMixOut.
     void Filter(IppBiquad& f);
 };
+
+template <class Sample> void QLMMultiDelay::WriteBlockWith(const Sample& sample)
+{
+    double* buf = mBuf.get();
+    // The next block lands where the ring was written a whole ring length ago: fetched early.
+    if (mWritePos + 3 * gBlockLen <= mSize)
+        for (int i = 0; i < gBlockLen; i += 8)
+            __builtin_prefetch(buf + mWritePos + gBlockLen + i, 1);
+    const int first = mSize - mWritePos < gBlockLen ? mSize - mWritePos : gBlockLen;
+    double* at = buf + mWritePos;
+    for (int i = 0; i < first; ++i)
+        at[i] = sample(i);
+    for (int i = first; i < gBlockLen; ++i)
+        buf[i - first] = sample(i);
+    mWritePos += gBlockLen;
+    if (mWritePos >= mSize) mWritePos -= mSize;
+    // Just after the wrap, mirror the ring's start behind its end so that reads running a few
+    // samples past the end find the newest data.
+    if (mWritePos < 2 * gBlockLen)
+        for (int i = 0; i < gBlockLen; ++i)
+            buf[mSize + i] = buf[i];
+}

@@ -4,6 +4,7 @@
 #include "dsp/Vec.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 void BlockSmoother::SetTime(double ms)
@@ -11,6 +12,8 @@ void BlockSmoother::SetTime(double ms)
     const double a = std::clamp(std::exp(-2.0 * M_PI / (ms * 0.001 * gSampleRate)), 0.0, 1.0);
     mCoef = a;
     mGain = 1.0 - a;
+    mRunD.n = -1;
+    mRunF.n = -1;
     double sum = 0.0;
     for (int i = 0; i < mLen; ++i)
     {
@@ -36,8 +39,13 @@ const double* BlockSmoother::RunD(double target, int n)
     if (n <= 0) return mOutD;
     const double step = mGain * target;
     const double last = mLastD;
-    for (int i = 0; i < n; ++i)
-        mOutD[i] = mPowD[i] * last + mSumD[i] * step;
+    const LastRun run{std::bit_cast<std::uint64_t>(target), std::bit_cast<std::uint64_t>(last), n};
+    if (run.n != mRunD.n || run.target != mRunD.target || run.last != mRunD.last)
+    {
+        mRunD = run;
+        for (int i = 0; i < n; ++i)
+            mOutD[i] = mPowD[i] * last + mSumD[i] * step;
+    }
     mLastD = Undenormal(mOutD[n - 1]);
     return mOutD;
 }
@@ -48,8 +56,13 @@ const float* BlockSmoother::RunF(float target, int n)
     if (n <= 0) return mOutF;
     const float step = static_cast<float>(target * mGain);
     const double last = mLastF;
-    for (int i = 0; i < n; ++i)
-        mOutF[i] = static_cast<float>(mPowF[i] * last + mSumF[i] * step);
+    const LastRun run{std::bit_cast<std::uint32_t>(target), std::bit_cast<std::uint64_t>(last), n};
+    if (run.n != mRunF.n || run.target != mRunF.target || run.last != mRunF.last)
+    {
+        mRunF = run;
+        for (int i = 0; i < n; ++i)
+            mOutF[i] = static_cast<float>(mPowF[i] * last + mSumF[i] * step);
+    }
     mLastF = Undenormal(mOutF[n - 1]);
     return mOutF;
 }

@@ -7,6 +7,8 @@
 
 #include "dsp/TimeBase.h"
 
+#include <cstdint>
+
 class BlockSmoother
 {
   public:
@@ -36,6 +38,16 @@ class BlockSmoother
         mLastF = 0.0;
         mLastD = 0.0;
     }
+
+    // The last block's inputs, as bits: the same inputs give the same block, which then is already
+    // in the output array (a settled smoother with a steady target costs a compare).
+    struct LastRun
+    {
+        std::uint64_t target = 0, last = 0;
+        int n = -1; // -1: no block since the tables were filled
+    };
+    LastRun mRunD;
+    LastRun mRunF;
 
     double mCoef = 0.0;
     double mGain = 1.0;

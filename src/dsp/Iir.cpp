@@ -30,6 +30,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace
 {
@@ -286,9 +287,110 @@ void IirRunI(double* srcDst, int n, IirState* state)
     IirRun(srcDst, srcDst, n, state);
 }
 
+namespace
+{
+using Pair = double __attribute__((vector_size(16)));
+
+// Every section of both filters in one pass. The sections run as a wavefront: in step t section s
+// works on sample t - s, so within a step no section waits for another (each takes what the
+// section before it gave in the previous step), and the chains of dependent multiply-adds of all
+// sections overlap. Per lane and per sample the operations are those of RunSection, in the same
+// order.
+template <int S> void RunPairSections(double* left, double* right, int n, IirState* stL, IirState* stR)
+{
+    Pair b0[S], b1[S], b2[S], a1[S], a2[S], z1[S], z2[S];
+    for (int s = 0; s < S; ++s)
+    {
+        const Section& l = stL->mSec[s];
+        const Section& r = stR->mSec[s];
+        b0[s] = Pair{l.b0, r.b0};
+        b1[s] = Pair{l.b1, r.b1};
+        b2[s] = Pair{l.b2, r.b2};
+        a1[s] = Pair{l.a1, r.a1};
+        a2[s] = Pair{l.a2, r.a2};
+        z1[s] = Pair{stL->mZ[2 * s], stR->mZ[2 * s]};
+        z2[s] = Pair{stL->mZ[2 * s + 1], stR->mZ[2 * s + 1]};
+    }
+    // carry[s]: the sample section s takes next, from section s - 1 in the previous step.
+    Pair carry[S] = {};
+    const auto section = [&](int s, int t)
+    {
+        const Pair x = s == 0 ? Pair{left[t], right[t]} : carry[s];
+        const Pair y = b0[s] * x + z1[s];
+        z1[s] = b1[s] * x - a1[s] * y + z2[s];
+        z2[s] = b2[s] * x - a2[s] * y;
+        if (s + 1 < S)
+        {
+            carry[s + 1] = y;
+        }
+        else
+        {
+            left[t - s] = y[0];
+            right[t - s] = y[1];
+        }
+    };
+    // Each step runs its sections from the last to the first, so that a carry is taken before
+    // it is replaced.
+    const int full = n - (S - 1); // steps in which every section has a sample
+    int t = 0;
+    for (; t < S - 1 && t < n + S - 1; ++t)
+        for (int s = S - 1; s >= 0; --s)
+            if (s <= t && t - s < n) section(s, t);
+    for (; t < S - 1 + full; ++t)
+    {
+#pragma GCC unroll 12
+        for (int s = S - 1; s >= 0; --s)
+            section(s, t);
+    }
+    for (; t < n + S - 1; ++t)
+        for (int s = S - 1; s >= 0; --s)
+            if (s <= t && t - s < n) section(s, t);
+    for (int s = 0; s < S; ++s)
+    {
+        stL->mZ[2 * s] = z1[s][0];
+        stR->mZ[2 * s] = z1[s][1];
+        stL->mZ[2 * s + 1] = z2[s][0];
+        stR->mZ[2 * s + 1] = z2[s][1];
+    }
+}
+
+template <int... S>
+bool RunPairOf(int sections, double* left, double* right, int n, IirState* stL, IirState* stR,
+               std::integer_sequence<int, S...>)
+{
+    return ((sections == S + 1 ? (RunPairSections<S + 1>(left, right, n, stL, stR), true) : false) || ...);
+}
+} // namespace
+
+void IirRunPairI(double* left, double* right, int n, IirState* stateL, IirState* stateR)
+{
+    if (n <= 0 || stateL == nullptr || stateR == nullptr) return;
+    const int sections = stateL->mSections;
+    if (sections != stateR->mSections || stateL->mHalfFirst != stateR->mHalfFirst ||
+        !RunPairOf(sections, left, right, n, stateL, stateR, std::make_integer_sequence<int, kMaxSections>{}))
+    {
+        IirRunI(left, n, stateL);
+        IirRunI(right, n, stateR);
+    }
+}
+
+bool IirGetSingleSection(IirState* state, IirSingleSection& out)
+{
+    if (state == nullptr || state->mSections != 1) return false;
+    const Section& c = state->mSec[0];
+    out = IirSingleSection{c.b0, c.b1, c.b2, c.a1, c.a2, state->mZ};
+    return true;
+}
+
 void IirSetDelay(IirState* state, const double* delay)
 {
     if (state == nullptr || delay == nullptr) return;
+    if (!state->mHalfFirst)
+    {
+        for (int i = 0; i < state->mDelayCount; ++i)
+            state->mZ[i] = delay[i];
+        return;
+    }
     for (int i = 0; i < state->mDelayCount; ++i)
         state->mZ[StateIndex(state, i)] = delay[i];
 }
@@ -296,6 +398,12 @@ void IirSetDelay(IirState* state, const double* delay)
 void IirGetDelay(const IirState* state, double* delay)
 {
     if (state == nullptr || delay == nullptr) return;
+    if (!state->mHalfFirst)
+    {
+        for (int i = 0; i < state->mDelayCount; ++i)
+            delay[i] = state->mZ[i];
+        return;
+    }
     for (int i = 0; i < state->mDelayCount; ++i)
         delay[i] = state->mZ[StateIndex(state, i)];
 }

@@ -19,6 +19,19 @@ void IirInitBiquad(IirState** stateOut, const double* taps, int sections, const 
                    unsigned char* work);
 void IirRun(const double* src, double* dst, int n, IirState* state);
 void IirRunI(double* srcDst, int n, IirState* state);
+// A left and a right filter over their blocks in place, the pair as the two lanes of one vector,
+// each lane rounding exactly as IirRunI would. Filters of different structure (section count,
+// first-order start) fall back to IirRunI one after the other.
+void IirRunPairI(double* left, double* right, int n, IirState* stateL, IirState* stateR);
+// The one second-order section (a0 = 1) of a filter that runs as exactly one, and its two
+// states, for a caller that runs it inside a loop of its own with the operations of IirRun:
+// y = b0 x + z[0], z[0] = b1 x - a1 y + z[1], z[1] = b2 x - a2 y. False for any other filter.
+struct IirSingleSection
+{
+    double b0, b1, b2, a1, a2;
+    double* z;
+};
+bool IirGetSingleSection(IirState* state, IirSingleSection& out);
 void IirSetDelay(IirState* state, const double* delay);
 void IirGetDelay(const IirState* state, double* delay);
 

@@ -368,10 +368,9 @@ void IppBiquad::WarmUpFromHistory()
     IirGetDelay(mState, mDelay);
 }
 
-void IppBiquad::Process()
+bool IppBiquad::PrepareControls(int type)
 {
-    const int type = mType;
-    if (type == kBqOff) return;
+    if (type == kBqOff) return false;
     if (mClearPending)
     {
         mClearPending = false;
@@ -382,15 +381,88 @@ void IppBiquad::Process()
     }
     mUpdatePhase = (mUpdatePhase - 1) & 1;
     if (mUpdatePhase == 0 || mDirty || mState == nullptr) ControlUpdate();
-    if (mState == nullptr) return;
+    if (mState == nullptr) return false;
+    IirSetDelay(mState, mDelay);
+    return true;
+}
 
-    double* out = mOut1 != nullptr ? mOut1 : const_cast<double*>(mIn1);
-    VecCopy(mIn1, mHistory + mHistoryPos, mBlockLen);
+void IppBiquad::KeepHistory(const double* input)
+{
+    VecCopy(input, mHistory + mHistoryPos, mBlockLen);
     mHistoryPos = (mHistoryPos + mBlockLen) % kTypeChangeHistory;
     mHasRun = true;
-    IirSetDelay(mState, mDelay);
-    IirRun(mIn1, out, mBlockLen, mState);
+}
+
+bool IppBiquad::PrepareRun(int type)
+{
+    if (!PrepareControls(type)) return false;
+    KeepHistory(mIn1);
+    return true;
+}
+
+bool IppBiquad::BeginBlock()
+{
+    mBegunType = mType;
+    return PrepareControls(mBegunType);
+}
+
+bool IppBiquad::SingleSection(IirSingleSection& out)
+{
+    return !HasOutGain(mBegunType) && IirGetSingleSection(mState, out);
+}
+
+void IppBiquad::EndBlock(const double* input, double* output)
+{
+    KeepHistory(input);
+    FinishRun(output, mBegunType);
+}
+
+void IppBiquad::RunBlockInPlace(double* block)
+{
+    KeepHistory(block);
+    IirRun(block, block, mBlockLen, mState);
+    FinishRun(block, mBegunType);
+}
+
+void IppBiquad::FinishRun(double* out, int type)
+{
     IirGetDelay(mState, mDelay);
     mDelay[0] = Undenormal(mDelay[0]);
     if (HasOutGain(type)) VecScaleI(double(mOutGain), out, mBlockLen);
+}
+
+void IppBiquad::Process()
+{
+    const int type = mType;
+    if (!PrepareRun(type)) return;
+    double* out = RunTarget();
+    IirRun(mIn1, out, mBlockLen, mState);
+    FinishRun(out, type);
+}
+
+void IppBiquad::ProcessPair(IppBiquad& left, IppBiquad& right)
+{
+    const int typeL = left.mType;
+    const int typeR = right.mType;
+    const bool runL = left.PrepareRun(typeL);
+    const bool runR = right.PrepareRun(typeR);
+    double* outL = left.RunTarget();
+    double* outR = right.RunTarget();
+    if (runL && runR && left.mIn1 == outL && right.mIn1 == outR && left.mBlockLen == right.mBlockLen)
+    {
+        IirRunPairI(outL, outR, left.mBlockLen, left.mState, right.mState);
+        left.FinishRun(outL, typeL);
+        right.FinishRun(outR, typeR);
+        return;
+    }
+    if (runL)
+    {
+        IirRun(left.mIn1, outL, left.mBlockLen, left.mState);
+        left.FinishRun(outL, typeL);
+    }
+    if (runR)
+    {
+        IirRun(right.mIn1, outR, right.mBlockLen, right.mState);
+        right.FinishRun(outR, typeR);
+    }
 }

@@ -61,6 +61,19 @@ class IppBiquad : public QLMFilter
     void SetOrder(double x) override;
     void Reset() override;
     void Process() override;
+    // Process of a left and a right filter, each in place on its own block: where both have
+    // the same structure the pair runs as the lanes of one vector, each side rounding exactly as
+    // its own Process would.
+    static void ProcessPair(IppBiquad& left, IppBiquad& right);
+    // Process in the hands of an owner that runs the filter inside a loop of its own. BeginBlock
+    // does the block's control work and loads the memory; false: nothing runs this block. Then
+    // either the owner runs the single section (SingleSection: false for any other filter, or a
+    // type that scales its output) over its block and calls EndBlock with the block's input and
+    // output, or RunBlockInPlace runs the filter as Process would.
+    bool BeginBlock();
+    bool SingleSection(IirSingleSection& out);
+    void EndBlock(const double* input, double* output);
+    void RunBlockInPlace(double* block);
     void SetType(int type) override;
 
     IirState* mState = nullptr;
@@ -78,6 +91,14 @@ class IppBiquad : public QLMFilter
     Relaxed<StageFn> mUpdate{nullptr};
 
   private:
+    // Process in three steps: the block's controls and history (false when nothing is to run),
+    // the filter itself, then the memory kept and the type's output gain.
+    bool PrepareRun(int type);
+    bool PrepareControls(int type);
+    void KeepHistory(const double* input);
+    int mBegunType = kBqOff;
+    double* RunTarget() { return mOut1 != nullptr ? mOut1 : const_cast<double*>(mIn1); }
+    void FinishRun(double* out, int type);
     void ControlUpdate();
     // Stores a new section count; a change clears the memory before the next block.
     void ChangeSections(int sections);

@@ -33,3 +33,14 @@ void IppFixBiquad::RunI(double* block, int n)
     IirGetDelay(mState, mDelay);
     mDelay[0] = Undenormal(mDelay[0]);
 }
+
+void IppFixBiquad::RunPairI(IppFixBiquad& left, IppFixBiquad& right, double* blockL, double* blockR, int n)
+{
+    IirSetDelay(left.mState, left.mDelay);
+    IirSetDelay(right.mState, right.mDelay);
+    IirRunPairI(blockL, blockR, n, left.mState, right.mState);
+    IirGetDelay(left.mState, left.mDelay);
+    IirGetDelay(right.mState, right.mDelay);
+    left.mDelay[0] = Undenormal(left.mDelay[0]);
+    right.mDelay[0] = Undenormal(right.mDelay[0]);
+}

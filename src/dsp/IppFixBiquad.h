@@ -20,6 +20,9 @@ class IppFixBiquad : public QLMFilter
 
     // Filters a block in place, the memory kept in mDelay between blocks.
     void RunI(double* block, int n);
+    // The same for a left and a right filter at once, the pair as the lanes of one vector; each
+    // side comes out exactly as its own RunI would give it.
+    static void RunPairI(IppFixBiquad& left, IppFixBiquad& right, double* blockL, double* blockR, int n);
 
     IirState* mState = nullptr;
     unsigned char* mWork = nullptr;

@@ -31,3 +31,24 @@ inline double GuardSample(double x, double limit)
     return std::min(std::max(finite, -limit), limit);
 #endif
 }
+
+// GuardSample over a block, two samples to a vector: the same compare, mask, max and min per
+// lane, so every sample comes out as GuardSample gives it.
+inline void GuardBlock(const double* src, double* dst, int n, double limit)
+{
+    int i = 0;
+#if defined(__SSE2__)
+    const __m128d sign = _mm_set1_pd(-0.0);
+    const __m128d largest = _mm_set1_pd(std::numeric_limits<double>::max());
+    const __m128d lo = _mm_set1_pd(-limit);
+    const __m128d hi = _mm_set1_pd(limit);
+    for (; i + 2 <= n; i += 2)
+    {
+        const __m128d v = _mm_loadu_pd(src + i);
+        const __m128d finite = _mm_cmple_pd(_mm_andnot_pd(sign, v), largest);
+        _mm_storeu_pd(dst + i, _mm_min_pd(_mm_max_pd(_mm_and_pd(finite, v), lo), hi));
+    }
+#endif
+    for (; i < n; ++i)
+        dst[i] = GuardSample(src[i], limit);
+}

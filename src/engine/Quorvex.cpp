@@ -168,18 +168,23 @@ void Quorvex::ProcessDoubleReplacing(double** inputs, double** outputs, int nFra
 
     const double* inL = inputs[0];
     const double* inR = inputs[1];
-    for (int i = 0; i < nFrames; ++i)
+    // Runs of samples up to the next block boundary (or the input ring's end) at a time. All of a
+    // run's input is taken before any of its output is written, so a host that hands the same
+    // buffer for input and output still hears each sample's input first.
+    for (int i = 0; i < nFrames;)
     {
         mInWrite &= kInRingSize - 1;
         mOutRead &= kBlockSize - 1;
+        const int n = std::min({nFrames - i, kBlockSize - mOutRead, kInRingSize - mInWrite});
         // Everything the engine keeps starts here: a bad host buffer must not reach any state.
-        mInRingL[mInWrite] = GuardSample(inL[i], kInputLimit);
-        mInRingR[mInWrite] = GuardSample(inR[i], kInputLimit);
-        if (sidechain != nullptr) mInRingSC[mInWrite] = GuardSample(sidechain[i], kInputLimit);
-        outL[i] = mOutBlockL[mOutRead];
-        outR[i] = mOutBlockR[mOutRead];
-        ++mInWrite;
-        ++mOutRead;
+        GuardBlock(inL + i, mInRingL + mInWrite, n, kInputLimit);
+        GuardBlock(inR + i, mInRingR + mInWrite, n, kInputLimit);
+        if (sidechain != nullptr) GuardBlock(sidechain + i, mInRingSC + mInWrite, n, kInputLimit);
+        VecCopy(mOutBlockL + mOutRead, outL + i, n);
+        VecCopy(mOutBlockR + mOutRead, outR + i, n);
+        mInWrite += n;
+        mOutRead += n;
+        i += n;
         if (mOutRead == kBlockSize) RunBlock();
     }
 }
@@ -204,16 +209,12 @@ void Quorvex::RunBlock()
 // The oldest 32 ring entries become the block; the sidechain is taken without the fade.
 void Quorvex::FillBlock()
 {
+    // The read position steps by whole blocks through a ring of two, so a block never wraps.
+    static_assert(kInRingSize % kBlockSize == 0);
     const double fade = mFadeIn.mFade;
-    for (int k = 0; k < kBlockSize; ++k)
-    {
-        const int pos = (mInRead + k) & (kInRingSize - 1);
-        mBlockL[k] = mInRingL[pos] * fade;
-        mBlockR[k] = mInRingR[pos] * fade;
-    }
-    if (mSidechainInUse)
-        for (int k = 0; k < kBlockSize; ++k)
-            mBlockSC[k] = mInRingSC[(mInRead + k) & (kInRingSize - 1)];
+    VecScale(mInRingL + mInRead, fade, mBlockL, kBlockSize);
+    VecScale(mInRingR + mInRead, fade, mBlockR, kBlockSize);
+    if (mSidechainInUse) VecCopy(mInRingSC + mInRead, mBlockSC, kBlockSize);
     mInRead = (mInRead + kBlockSize) & (kInRingSize - 1);
 }
 
@@ -230,8 +231,7 @@ void Quorvex::PrepareWet()
 {
     VecAddConstI(kDenormGuard, mBlockL, kBlockSize);
     VecAddConstI(kDenormGuard, mBlockR, kBlockSize);
-    mInputFilterL.RunI(mBlockL, kBlockSize);
-    mInputFilterR.RunI(mBlockR, kBlockSize);
+    IppFixBiquad::RunPairI(mInputFilterL, mInputFilterR, mBlockL, mBlockR, kBlockSize);
     VecAdd(mBlockL, mBlockR, mBlockMono, kBlockSize);
 }
 
@@ -277,20 +277,18 @@ void Quorvex::WriteDelays()
         if (!slot.mOn) continue;
         if (!slot.mMatrixOn)
         {
-            VecScale(slot.FbOutL(), slot.FbGainL(), mFbSumL, kBlockSize);
-            VecScale(slot.FbOutR(), slot.FbGainR(), mFbSumR, kBlockSize);
+            // Its own feedback, scaled and summed as it goes into the lines.
+            slot.WriteOwnDelay(slot.FbGainL(), slot.FbGainR(), mFadeIn.mFade);
+            continue;
         }
-        else
+        VecZero(mFbSumL, kBlockSize);
+        VecZero(mFbSumR, kBlockSize);
+        for (const Slot& source : mSlots)
         {
-            VecZero(mFbSumL, kBlockSize);
-            VecZero(mFbSumR, kBlockSize);
-            for (const Slot& source : mSlots)
-            {
-                if (!source.mOn || !source.mDelayOn) continue;
-                const double m = slot.mMatrix[static_cast<std::size_t>(source.Index())];
-                VecAddScaled(source.FbOutL(), m * slot.FbGainL(), mFbSumL, kBlockSize);
-                VecAddScaled(source.FbOutR(), m * slot.FbGainR(), mFbSumR, kBlockSize);
-            }
+            if (!source.mOn || !source.mDelayOn) continue;
+            const double m = slot.mMatrix[static_cast<std::size_t>(source.Index())];
+            VecAddScaled(source.FbOutL(), m * slot.FbGainL(), mFbSumL, kBlockSize);
+            VecAddScaled(source.FbOutR(), m * slot.FbGainR(), mFbSumR, kBlockSize);
         }
         slot.WriteDelay(mFbSumL, mFbSumR, mFadeIn.mFade);
     }

@@ -125,3 +125,47 @@ TEST(MultiDelay, DelayGlidesOverAHundredMillisecondsUnlessSnapped)
         }
     }
 }
+
+// Reading a left and a right line together gives each side bit for bit what its own read gives:
+// a gliding and a steady delay, a read across the ring's end, both loop filters on, then the
+// high-pass on one side only, then the low-pass alone on both.
+TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
+{
+    RateGuard guard(48000.0);
+    QLMMultiDelay singleL(false), singleR(true), pairL(false), pairR(true);
+    for (QLMMultiDelay* d : {&singleL, &singleR, &pairL, &pairR})
+    {
+        d->SetMaxDelay(4000.0); // a short ring, so that the run wraps it many times
+        d->SetLowPass(3000.0 / gSampleRate);
+        d->SetHighPass(150.0 / gSampleRate);
+    }
+    const std::vector<double> l = Sine(431.0, 32 * 900), r = Sine(97.0, 32 * 900);
+    std::size_t differing = 0, nonzero = 0;
+    for (std::size_t b = 0; b + gBlockLen <= l.size(); b += gBlockLen)
+    {
+        if (b == 32 * 600)
+            for (QLMMultiDelay* d : {&singleR, &pairR})
+                d->SetHighPass(20.0 / gSampleRate);
+        if (b == 32 * 750)
+            for (QLMMultiDelay* d : {&singleL, &pairL})
+                d->SetHighPass(20.0 / gSampleRate);
+        // The left delay glides between two times, the right one holds still.
+        const float delayL = (b / gBlockLen) % 200 < 100 ? 1234.25f : 3100.5f;
+        const float delayR = 2500.75f;
+        const double* yl = singleL.ReadTap(delayL, 0);
+        const double* yr = singleR.ReadTap(delayR, 0);
+        double pl[gBlockLen], pr[gBlockLen];
+        QLMMultiDelay::ReadForwardPair(pairL, pairR, delayL, delayR, pl, pr);
+        for (int i = 0; i < gBlockLen; ++i)
+        {
+            differing += (yl[i] != pl[i]) + (yr[i] != pr[i]);
+            nonzero += (yl[i] != 0.0) + (yr[i] != 0.0);
+        }
+        for (QLMMultiDelay* d : {&singleL, &pairL})
+            d->WriteBlock(l.data() + b);
+        for (QLMMultiDelay* d : {&singleR, &pairR})
+            d->WriteBlock(r.data() + b);
+    }
+    EXPECT_EQ(differing, 0u);
+    EXPECT_GT(nonzero, l.size());
+}

@@ -261,9 +261,13 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
         SwellEchoes echoes;
         if (onL || onR) FindSwell(acc, echoes);
 
+        // Both sides of a tap in one pass where both are read.
+        const float delayL = static_cast<float>(io.modL + acc), delayR = static_cast<float>(io.modR + acc);
+        const bool pair = readL && readR;
+        if (pair) QLMMultiDelay::ReadTapPair(left, right, delayL, delayR, i);
         if (readL)
         {
-            const double* read = left.ReadTap(static_cast<float>(io.modL + acc), i);
+            const double* read = pair ? left.mMixOut : left.ReadTap(delayL, i);
             if (i == fbTap) VecScale(read, io.fbL, io.fbOutL, gBlockLen);
             if (i == count) VecCopy(read, io.dlyL, gBlockLen);
             if (onL)
@@ -278,7 +282,7 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
         }
         if (readR)
         {
-            const double* read = right.ReadTap(static_cast<float>(io.modR + acc), i);
+            const double* read = pair ? right.mMixOut : right.ReadTap(delayR, i);
             if (i == fbTap) VecScale(read, io.fbL, io.fbOutR, gBlockLen);
             if (i == count) VecCopy(read, io.dlyR, gBlockLen);
             if (onR)

@@ -479,6 +479,32 @@ void QLMMultiDelay::WriteBlock(const double* src)
     WriteBlockWith([src](int i) { return src[i]; });
 }
 
+void QLMMultiDelay::ReadTapPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
+                                int tap)
+{
+    if (left.mReadFn != &ReadTapped || right.mReadFn != &ReadTapped)
+    {
+        left.ReadTap(delayL, tap);
+        right.ReadTap(delayR, tap);
+        return;
+    }
+    left.PrepareRead(delayL, tap);
+    right.PrepareRead(delayR, tap);
+    tap = left.mTap;
+    double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
+    AllpassTerms(left, left.mTapSmoother[tap].RunF(left.mDelay, gBlockLen), uL, cL);
+    AllpassTerms(right, right.mTapSmoother[tap].RunF(right.mDelay, gBlockLen), uR, cR);
+    Pair s = Pair{left.mApState[tap], right.mApState[tap]};
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        s = Pair{uL[i], uR[i]} - s * Pair{cL[i], cR[i]};
+        left.mMixOut[i] = s[0];
+        right.mMixOut[i] = s[1];
+    }
+    left.mApState[tap] = s[0];
+    right.mApState[tap] = s[1];
+}
+
 void QLMMultiDelay::ReadTapped(QLMMultiDelay& d)
 {
     const int tap = d.mTap;

@@ -47,6 +47,10 @@ class QLMMultiDelay : public DSPShell
     // the other.
     static void ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
                                 double* outL, double* outR);
+    // ReadTap(delay, tap) of a left and a right line in TAPPED mode at once, each into its own
+    // mMixOut, the two all-pass recursions as the lanes of one vector; each side comes out exactly
+    // as its own ReadTap gives it. Lines in another mode read one after the other.
+    static void ReadTapPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR, int tap);
     // Appends 32 samples to the ring.
     void WriteBlock(const double* src);
     // The same for samples computed on the way in: sample(i) for i = 0..31.

@@ -169,3 +169,41 @@ TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
     EXPECT_EQ(differing, 0u);
     EXPECT_GT(nonzero, l.size());
 }
+
+// The same for the heads of TAPPED mode: four heads per side, each gliding or holding, read
+// together give each side's own reads bit for bit.
+TEST(MultiDelay, PairedTapReadMatchesSingleReads)
+{
+    RateGuard guard(48000.0);
+    QLMMultiDelay singleL(false), singleR(true), pairL(false), pairR(true);
+    for (QLMMultiDelay* d : {&singleL, &singleR, &pairL, &pairR})
+    {
+        d->SetMode(DelayTapped);
+        d->SetMaxDelay(4000.0);
+    }
+    const std::vector<double> l = Sine(431.0, 32 * 600), r = Sine(97.0, 32 * 600);
+    std::size_t differing = 0, nonzero = 0;
+    for (std::size_t b = 0; b + gBlockLen <= l.size(); b += gBlockLen)
+    {
+        for (int tap = 0; tap < 4; ++tap)
+        {
+            const bool glide = (b / gBlockLen) % 150 < 75;
+            const float delayL = 300.5f * float(tap + 1) + (glide ? 0.0f : 211.25f);
+            const float delayR = 2900.75f - 400.0f * float(tap);
+            const double* yl = singleL.ReadTap(delayL, tap);
+            const double* yr = singleR.ReadTap(delayR, tap);
+            QLMMultiDelay::ReadTapPair(pairL, pairR, delayL, delayR, tap);
+            for (int i = 0; i < gBlockLen; ++i)
+            {
+                differing += (yl[i] != pairL.mMixOut[i]) + (yr[i] != pairR.mMixOut[i]);
+                nonzero += (yl[i] != 0.0) + (yr[i] != 0.0);
+            }
+        }
+        for (QLMMultiDelay* d : {&singleL, &pairL})
+            d->WriteBlock(l.data() + b);
+        for (QLMMultiDelay* d : {&singleR, &pairR})
+            d->WriteBlock(r.data() + b);
+    }
+    EXPECT_EQ(differing, 0u);
+    EXPECT_GT(nonzero, l.size());
+}

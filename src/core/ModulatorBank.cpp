@@ -67,8 +67,12 @@ void ModulatorBank::Tick(const ModulatorTickContext& ctx)
     for (TableLFO& lfo : mLfo)
         if (lfo.isOn()) lfo.processBlock();
 
-    for (int e = 0; e < kEnvelopes; ++e)
-        if (mEnvOn[e]) mEnv[e].Process(ctx.listenL, ctx.listenR);
+    static_assert(kEnvelopes == 2);
+    if (mEnvOn[0] && mEnvOn[1])
+        EnvelopeSource::ProcessPair(mEnv[0], mEnv[1], ctx.listenL, ctx.listenR);
+    else
+        for (int e = 0; e < kEnvelopes; ++e)
+            if (mEnvOn[e]) mEnv[e].Process(ctx.listenL, ctx.listenR);
 
     for (int k = 0; k < kLogics; ++k)
         if (mLogicOn[k]) mLogic[k].Process();

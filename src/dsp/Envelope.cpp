@@ -58,15 +58,53 @@ void Envelope::ClearOutput(bool keep)
 
 void Envelope::Process()
 {
-    const int n = mBlockLen;
-    VecCopy(mIn1, mFiltered, n);
+    VecCopy(mIn1, mFiltered, mBlockLen);
     for (IppBiquad* filter : {&mLowCut, &mHighCut})
+        RunBand(*filter);
+    Detect();
+}
+
+void Envelope::RunBand(IppBiquad& filter)
+{
+    if (filter.mBypass) return;
+    filter.mIn1 = mFiltered;
+    filter.mOut1 = mFiltered;
+    filter.Process();
+}
+
+void Envelope::ProcessPair(Envelope& a, Envelope& b)
+{
+    if (a.mBlockLen != b.mBlockLen)
     {
-        if (filter->mBypass) continue;
-        filter->mIn1 = mFiltered;
-        filter->mOut1 = mFiltered;
-        filter->Process();
+        a.Process();
+        b.Process();
+        return;
     }
+    VecCopy(a.mIn1, a.mFiltered, a.mBlockLen);
+    VecCopy(b.mIn1, b.mFiltered, b.mBlockLen);
+    // Each band filter of the one and its twin of the other as the two lanes of one vector: the
+    // filters' recursions are the longest chains here, and side by side they overlap.
+    const auto band = [&a, &b](IppBiquad& fa, IppBiquad& fb)
+    {
+        if (fa.mBypass || fb.mBypass)
+        {
+            a.RunBand(fa);
+            b.RunBand(fb);
+            return;
+        }
+        fa.mIn1 = fa.mOut1 = a.mFiltered;
+        fb.mIn1 = fb.mOut1 = b.mFiltered;
+        IppBiquad::ProcessPair(fa, fb);
+    };
+    band(a.mLowCut, b.mLowCut);
+    band(a.mHighCut, b.mHighCut);
+    a.Detect();
+    b.Detect();
+}
+
+void Envelope::Detect()
+{
+    const int n = mBlockLen;
     VecScaleI(mInputGain, mFiltered, n);
     const double r = RmsLevel(mFiltered);
     mRms = r;

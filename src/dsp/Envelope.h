@@ -25,6 +25,8 @@ class Envelope : public Dynamics
     // Also clears the follower, the gate machine and the output, and retimes the output smoother.
     void Reset() override;
     void Process() override;
+    // Process on two envelopes at once, each exactly as its own Process.
+    static void ProcessPair(Envelope& a, Envelope& b);
 
     // The mode switch: 0 follower, 1 gate (stored inverted as mFollowerMode).
     void SetGateMode(bool gate) { mFollowerMode = !gate; }
@@ -54,6 +56,10 @@ class Envelope : public Dynamics
     double mOut[gBlockLen] = {};
 
   private:
+    // One band filter in place on mFiltered, unless bypassed.
+    void RunBand(IppBiquad& filter);
+    // The level of the filtered block and the output.
+    void Detect();
     // Steps the attack/hold/release machine by one block; returns the level.
     double StepGate(double r);
 };

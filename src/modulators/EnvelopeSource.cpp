@@ -73,19 +73,43 @@ void EnvelopeSource::Reset()
 
 void EnvelopeSource::Process(double* masterLeft, double* masterRight)
 {
+    if (!Prepare()) return;
+    mEnv.Process();
+    Finish(masterLeft, masterRight);
+}
+
+void EnvelopeSource::ProcessPair(EnvelopeSource& a, EnvelopeSource& b, double* masterLeft,
+                                 double* masterRight)
+{
+    const bool runA = a.Prepare(), runB = b.Prepare();
+    if (runA && runB)
+        Envelope::ProcessPair(a.mEnv, b.mEnv);
+    else if (runA)
+        a.mEnv.Process();
+    else if (runB)
+        b.mEnv.Process();
+    if (runA) a.Finish(masterLeft, masterRight);
+    if (runB) b.Finish(masterLeft, masterRight);
+}
+
+bool EnvelopeSource::Prepare()
+{
     const double* source = mSourceBuffer;
     if (!source)
     {
         // A pulse lasts one block, so it ends here too.
         mPreviousLevel = 0.0;
         mTriggerFlag = 0;
-        return;
+        return false;
     }
     mEnv.mIn1 = source;
     mEnv.mIn2 = source;
     mEnv.mBlockLen = gBlockLen;
-    mEnv.Process();
+    return true;
+}
 
+void EnvelopeSource::Finish(double* masterLeft, double* masterRight)
+{
     const double level = mEnv.mEnvOut;
     mTriggerFlag = (level >= 1.0 && mPreviousLevel < 1.0) ? 1 : 0;
     mPreviousLevel = level;

@@ -124,6 +124,8 @@ class EnvelopeSource
     // One block, at its end. When listening, the filtered input replaces both master outputs
     // (either may be null).
     void Process(double* masterLeft, double* masterRight);
+    // Process on two sources at once, each exactly as its own Process.
+    static void ProcessPair(EnvelopeSource& a, EnvelopeSource& b, double* masterLeft, double* masterRight);
 
     const double* Output() const { return mEnv.mOut; }
     // 1 for the one block in which the level reached full scale, else 0.
@@ -133,6 +135,11 @@ class EnvelopeSource
     Envelope& GetEnvelope() { return mEnv; }
 
   private:
+    // Hands the source to the envelope; false (and the pulse ended) when there is none.
+    bool Prepare();
+    // The trigger pulse and the listen output after the envelope ran.
+    void Finish(double* masterLeft, double* masterRight);
+
     Envelope mEnv;
     Relaxed<const double*> mSourceBuffer{nullptr};
     Relaxed<bool> mListen{false};

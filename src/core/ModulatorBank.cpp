@@ -64,18 +64,34 @@ void ModulatorBank::Tick(const ModulatorTickContext& ctx)
         for (TableLFO& lfo : mLfo)
             lfo.tempoChanged(ctx.tempo);
     }
-    for (TableLFO& lfo : mLfo)
-        if (lfo.isOn()) lfo.processBlock();
+    // Two LFOs that both run take their glides side by side.
+    for (int k = 0; k + 1 < kLfos; k += 2)
+    {
+        TableLFO &a = mLfo[k], &b = mLfo[k + 1];
+        if (a.isOn() && b.isOn())
+            TableLFO::ProcessPair(a, b);
+        else if (a.isOn())
+            a.processBlock();
+        else if (b.isOn())
+            b.processBlock();
+    }
 
-    static_assert(kEnvelopes == 2);
+    static_assert(kEnvelopes == 2 && kLfos % 2 == 0 && kLogics % 2 == 0);
     if (mEnvOn[0] && mEnvOn[1])
         EnvelopeSource::ProcessPair(mEnv[0], mEnv[1], ctx.listenL, ctx.listenR);
     else
         for (int e = 0; e < kEnvelopes; ++e)
             if (mEnvOn[e]) mEnv[e].Process(ctx.listenL, ctx.listenR);
 
-    for (int k = 0; k < kLogics; ++k)
-        if (mLogicOn[k]) mLogic[k].Process();
+    for (int k = 0; k + 1 < kLogics; k += 2)
+    {
+        if (mLogicOn[k] && mLogicOn[k + 1])
+            LogicModule::ProcessPair(mLogic[k], mLogic[k + 1]);
+        else if (mLogicOn[k])
+            mLogic[k].Process();
+        else if (mLogicOn[k + 1])
+            mLogic[k + 1].Process();
+    }
 
     // Only now does any source change: every reader sees the block before. A module that did not
     // run left its block as it was, except an LFO just turned off, whose cleared block goes out

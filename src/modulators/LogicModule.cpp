@@ -52,6 +52,26 @@ void LogicModule::Reset()
 
 void LogicModule::Process()
 {
+    Combine();
+    // The guard keeps the pole's state out of the denormal range while it decays.
+    mY = OnePoleBlock(mWorkA, gBlockLen, mA, mB, kDenormGuard, mY);
+    ApplyDepth();
+}
+
+void LogicModule::ProcessPair(LogicModule& a, LogicModule& b)
+{
+    a.Combine();
+    b.Combine();
+    double ya = a.mY, yb = b.mY;
+    OnePoleBlockPair(a.mWorkA, b.mWorkA, gBlockLen, a.mA, a.mB, b.mA, b.mB, kDenormGuard, ya, yb);
+    a.mY = ya;
+    b.mY = yb;
+    a.ApplyDepth();
+    b.ApplyDepth();
+}
+
+void LogicModule::Combine()
+{
     const int n = gBlockLen;
     double* a = mWorkA;
     double* b = mWorkB;
@@ -103,10 +123,12 @@ void LogicModule::Process()
     default:
         break;
     }
+}
 
-    // The guard keeps the pole's state out of the denormal range while it decays.
-    mY = OnePoleBlock(a, n, mA, mB, kDenormGuard, mY);
-
+void LogicModule::ApplyDepth()
+{
+    const int n = gBlockLen;
+    const double* a = mWorkA;
     // Depth after smoothing, so a depth change acts at once, and the output's bounds, in one pass
     // (min and max are the clamp without a branch). Each sample of the depth source is read before
     // that sample of the output is written: reading our own output gives the last block.

@@ -60,12 +60,18 @@ class LogicModule
     void Reset();
     // One block. The owner skips it while the logic section is off, so the output holds.
     void Process();
+    // Process on two modules at once, each exactly as its own: their smoothers side by side.
+    static void ProcessPair(LogicModule& a, LogicModule& b);
 
     const double* Output() const { return mOut; }
     int InternalMode() const { return mMode; }
     double SmoothCoef() const { return mA; }
 
   private:
+    // The two scaled sources combined by the mode, into mWorkA.
+    void Combine();
+    // Depth and bounds of the smoothed block, into the output block.
+    void ApplyDepth();
     void UpdateSmooth();
 
     Relaxed<const double*> mSource1{nullptr};

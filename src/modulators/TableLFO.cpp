@@ -106,6 +106,31 @@ double TableLFO::DrawHold()
 
 void TableLFO::processBlock()
 {
+    FillBlock();
+    glideY = OnePoleBlock(out, gBlockLen, glideA, glideB, kGlideGuard, glideY);
+    FinishBlock();
+}
+
+void TableLFO::ProcessPair(TableLFO& a, TableLFO& b)
+{
+    a.FillBlock();
+    b.FillBlock();
+    double ya = a.glideY, yb = b.glideY;
+    OnePoleBlockPair(a.out, b.out, gBlockLen, a.glideA, a.glideB, b.glideA, b.glideB, kGlideGuard, ya, yb);
+    a.glideY = ya;
+    b.glideY = yb;
+    a.FinishBlock();
+    b.FinishBlock();
+}
+
+void TableLFO::FinishBlock()
+{
+    VecScaleI(depth, out, gBlockLen);
+    lastOut = out[0];
+}
+
+void TableLFO::FillBlock()
+{
     const double* t = table;
     if (t)
     {
@@ -165,10 +190,6 @@ void TableLFO::processBlock()
         this->phase = phase;
         rawOut = value;
     }
-
-    glideY = OnePoleBlock(out, gBlockLen, glideA, glideB, kGlideGuard, glideY);
-    VecScaleI(depth, out, gBlockLen);
-    lastOut = out[0];
 }
 
 double TableLFO::SyncRatio(int index, int mode)

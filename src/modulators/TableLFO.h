@@ -69,6 +69,8 @@ class TableLFO
     bool isOn() const { return on; }
 
     void processBlock();
+    // processBlock on two LFOs at once, each exactly as its own: their glides side by side.
+    static void ProcessPair(TableLFO& a, TableLFO& b);
     // Back to the start of a run: phase, glide and output at rest, the random source reseeded
     // (and a sample-and-hold value drawn from it). Audio thread, or with audio held off.
     void Restart();
@@ -97,6 +99,10 @@ class TableLFO
 
   private:
     double DrawHold();
+    // The block before the glide: the wave read at the running phase, polarity and swap applied.
+    void FillBlock();
+    // After the glide: depth, and the first sample for the displays.
+    void FinishBlock();
 
     static inline Relaxed<int> sLowerLimit{0};
     static inline Relaxed<int> sUpperLimit{0};

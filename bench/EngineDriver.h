@@ -3,6 +3,7 @@
 // parameter records and OnParamChange, Reset at 48 kHz, then 512-frame host calls cycling through
 // pre-generated noise, so that no signal generator is inside what is measured.
 
+#include "BenchNoise.h"
 #include "BenchPatches.h"
 #include "BenchPlug.h"
 #include "engine/Quorvex.h"
@@ -19,18 +20,7 @@ inline constexpr int kNoiseBlocks = 16;
 // Two seconds before measuring, so feedback paths and lines are full when the clock starts.
 inline constexpr int kWarmupCalls = int(2.0 * kRate) / kHostBlock;
 
-// Uniform noise at -6 dBFS peak from a fixed seed: every run plays the same samples.
-inline std::vector<double> Noise(std::size_t n, std::uint32_t seed)
-{
-    std::vector<double> v(n);
-    std::uint32_t x = seed;
-    for (double& s : v)
-    {
-        x = x * 1664525u + 1013904223u;
-        s = 0.5 * (double(x >> 8) / 8388608.0 - 1.0);
-    }
-    return v;
-}
+using bench_noise::Noise;
 
 class EngineDriver
 {

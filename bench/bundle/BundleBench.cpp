@@ -1,3 +1,4 @@
+#include "BenchNoise.h"
 #include "BenchPatches.h"
 #include "BundleRunner.h"
 
@@ -19,17 +20,7 @@ using namespace bench_patches;
 constexpr int kNoiseBlocks = 16;
 constexpr int kWarmupCalls = int(2.0 * kRate) / kHostBlock;
 
-std::vector<double> Noise(std::size_t n, std::uint32_t seed)
-{
-    std::vector<double> v(n);
-    std::uint32_t x = seed;
-    for (double& s : v)
-    {
-        x = x * 1664525u + 1013904223u;
-        s = 0.5 * (double(x >> 8) / 8388608.0 - 1.0);
-    }
-    return v;
-}
+using bench_noise::Noise;
 
 vst3host::PluginModule* Module(std::string& error)
 {

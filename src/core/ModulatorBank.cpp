@@ -7,6 +7,23 @@
 namespace
 {
 constexpr std::uint8_t kNeverSet = 0;
+
+// Modules k and k + 1 that both run go through `pair`, side by side; one that runs alone through
+// `single`.
+template <typename On, typename Pair, typename Single>
+void RunInPairs(int count, On on, Pair pair, Single single)
+{
+    for (int k = 0; k + 1 < count; k += 2)
+    {
+        if (on(k) && on(k + 1))
+        {
+            pair(k);
+            continue;
+        }
+        if (on(k)) single(k);
+        if (on(k + 1)) single(k + 1);
+    }
+}
 // Seed of the gates' random step order at the start of every run.
 constexpr std::uint32_t kGateSeed = 1;
 } // namespace
@@ -64,34 +81,21 @@ void ModulatorBank::Tick(const ModulatorTickContext& ctx)
         for (TableLFO& lfo : mLfo)
             lfo.tempoChanged(ctx.tempo);
     }
-    // Two LFOs that both run take their glides side by side.
-    for (int k = 0; k + 1 < kLfos; k += 2)
-    {
-        TableLFO &a = mLfo[k], &b = mLfo[k + 1];
-        if (a.isOn() && b.isOn())
-            TableLFO::ProcessPair(a, b);
-        else if (a.isOn())
-            a.processBlock();
-        else if (b.isOn())
-            b.processBlock();
-    }
-
-    static_assert(kEnvelopes == 2 && kLfos % 2 == 0 && kLogics % 2 == 0);
-    if (mEnvOn[0] && mEnvOn[1])
-        EnvelopeSource::ProcessPair(mEnv[0], mEnv[1], ctx.listenL, ctx.listenR);
-    else
-        for (int e = 0; e < kEnvelopes; ++e)
-            if (mEnvOn[e]) mEnv[e].Process(ctx.listenL, ctx.listenR);
-
-    for (int k = 0; k + 1 < kLogics; k += 2)
-    {
-        if (mLogicOn[k] && mLogicOn[k + 1])
-            LogicModule::ProcessPair(mLogic[k], mLogic[k + 1]);
-        else if (mLogicOn[k])
-            mLogic[k].Process();
-        else if (mLogicOn[k + 1])
-            mLogic[k + 1].Process();
-    }
+    // Modules of a kind that both run take their longest chains (the LFOs' glides, the envelopes'
+    // band filters, the logic modules' smoothers) side by side.
+    static_assert(kLfos % 2 == 0 && kEnvelopes % 2 == 0 && kLogics % 2 == 0);
+    RunInPairs(
+        kLfos, [this](int k) { return mLfo[k].isOn(); },
+        [this](int k) { TableLFO::ProcessPair(mLfo[k], mLfo[k + 1]); },
+        [this](int k) { mLfo[k].processBlock(); });
+    RunInPairs(
+        kEnvelopes, [this](int k) { return bool(mEnvOn[k]); },
+        [this, &ctx](int k) { EnvelopeSource::ProcessPair(mEnv[k], mEnv[k + 1], ctx.listenL, ctx.listenR); },
+        [this, &ctx](int k) { mEnv[k].Process(ctx.listenL, ctx.listenR); });
+    RunInPairs(
+        kLogics, [this](int k) { return bool(mLogicOn[k]); },
+        [this](int k) { LogicModule::ProcessPair(mLogic[k], mLogic[k + 1]); },
+        [this](int k) { mLogic[k].Process(); });
 
     // Only now does any source change: every reader sees the block before. A module that did not
     // run left its block as it was, except an LFO just turned off, whose cleared block goes out

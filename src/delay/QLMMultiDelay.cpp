@@ -378,11 +378,8 @@ void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, f
         VecCopy(right.ReadTap(delayR, 0), outR, gBlockLen);
         return;
     }
-    left.PrepareRead(delayL, 0);
-    right.PrepareRead(delayR, 0);
     double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
-    AllpassTerms(left, left.mTapSmoother[0].RunF(left.mDelay, gBlockLen), uL, cL);
-    AllpassTerms(right, right.mTapSmoother[0].RunF(right.mDelay, gBlockLen), uR, cR);
+    PrepareTermsPair(left, right, delayL, delayR, 0, uL, cL, uR, cR);
     // The loop filters, high-pass first, where both lines run them. A pair of one section each
     // runs inside the read's own loop, where the chains of the recursion and the filters overlap.
     const bool highL = left.mHighOn && !left.mHighPass.mBypass;
@@ -440,12 +437,7 @@ void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, f
     }
 
     Pair s = Pair{left.mApState[0], right.mApState[0]};
-    for (int i = 0; i < gBlockLen; ++i)
-    {
-        s = Pair{uL[i], uR[i]} - s * Pair{cL[i], cR[i]};
-        outL[i] = s[0];
-        outR[i] = s[1];
-    }
+    ReadAndFilter<0>(uL, cL, uR, cR, s, nullptr, nullptr, nullptr, nullptr, outL, outR);
     left.mApState[0] = s[0];
     right.mApState[0] = s[1];
 
@@ -488,21 +480,23 @@ void QLMMultiDelay::ReadTapPair(QLMMultiDelay& left, QLMMultiDelay& right, float
         right.ReadTap(delayR, tap);
         return;
     }
+    double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
+    tap = PrepareTermsPair(left, right, delayL, delayR, tap, uL, cL, uR, cR);
+    Pair s = Pair{left.mApState[tap], right.mApState[tap]};
+    ReadAndFilter<0>(uL, cL, uR, cR, s, nullptr, nullptr, nullptr, nullptr, left.mMixOut, right.mMixOut);
+    left.mApState[tap] = s[0];
+    right.mApState[tap] = s[1];
+}
+
+int QLMMultiDelay::PrepareTermsPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
+                                    int tap, double* uL, double* cL, double* uR, double* cR)
+{
     left.PrepareRead(delayL, tap);
     right.PrepareRead(delayR, tap);
     tap = left.mTap;
-    double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
     AllpassTerms(left, left.mTapSmoother[tap].RunF(left.mDelay, gBlockLen), uL, cL);
     AllpassTerms(right, right.mTapSmoother[tap].RunF(right.mDelay, gBlockLen), uR, cR);
-    Pair s = Pair{left.mApState[tap], right.mApState[tap]};
-    for (int i = 0; i < gBlockLen; ++i)
-    {
-        s = Pair{uL[i], uR[i]} - s * Pair{cL[i], cR[i]};
-        left.mMixOut[i] = s[0];
-        right.mMixOut[i] = s[1];
-    }
-    left.mApState[tap] = s[0];
-    right.mApState[tap] = s[1];
+    return tap;
 }
 
 void QLMMultiDelay::ReadTapped(QLMMultiDelay& d)

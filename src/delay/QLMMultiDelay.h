@@ -124,6 +124,10 @@ class QLMMultiDelay : public DSPShell
   private:
     // The settings step of ReadTap: head, delay with its modulation and limits, a pending snap.
     void PrepareRead(float delaySamples, int tap);
+    // PrepareRead on both lines of a pair, then each one's all-pass terms of head `tap` for a read
+    // as two lanes; returns the head.
+    static int PrepareTermsPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
+                                int tap, double* uL, double* cL, double* uR, double* cR);
     // Grain controls from their settings plus, where asked, their modulation inputs.
     void UpdateGrainSpeed(bool modulated);
     void UpdateGrainSize(bool modulated);

@@ -62,10 +62,7 @@ void LogicModule::ProcessPair(LogicModule& a, LogicModule& b)
 {
     a.Combine();
     b.Combine();
-    double ya = a.mY, yb = b.mY;
-    OnePoleBlockPair(a.mWorkA, b.mWorkA, gBlockLen, a.mA, a.mB, b.mA, b.mB, kDenormGuard, ya, yb);
-    a.mY = ya;
-    b.mY = yb;
+    OnePoleBlockPair(a.mWorkA, b.mWorkA, gBlockLen, a.mA, a.mB, b.mA, b.mB, kDenormGuard, a.mY, b.mY);
     a.ApplyDepth();
     b.ApplyDepth();
 }

@@ -115,10 +115,8 @@ void TableLFO::ProcessPair(TableLFO& a, TableLFO& b)
 {
     a.FillBlock();
     b.FillBlock();
-    double ya = a.glideY, yb = b.glideY;
-    OnePoleBlockPair(a.out, b.out, gBlockLen, a.glideA, a.glideB, b.glideA, b.glideB, kGlideGuard, ya, yb);
-    a.glideY = ya;
-    b.glideY = yb;
+    OnePoleBlockPair(a.out, b.out, gBlockLen, a.glideA, a.glideB, b.glideA, b.glideB, kGlideGuard, a.glideY,
+                     b.glideY);
     a.FinishBlock();
     b.FinishBlock();
 }

@@ -7,6 +7,7 @@
 
 #include "dsp/Iir.h"
 #include "dsp/QLMFilter.h"
+#include "dsp/Vec.h"
 
 class IppFixBiquad : public QLMFilter
 {
@@ -17,6 +18,8 @@ class IppFixBiquad : public QLMFilter
     // Butterworth low-pass of the given order (1..12) at relFreq (fraction of the sample rate,
     // below 0.5). The memory is cleared: it belonged to the previous design and rate.
     void Design(int order, double relFreq);
+    // Forgets the signal it has seen: the next block passes as if the signal began there.
+    void ClearMemory() { VecZero(mDelay, 2 * kIirMaxOrder); }
 
     // Filters a block in place, the memory kept in mDelay between blocks.
     void RunI(double* block, int n);

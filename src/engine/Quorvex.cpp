@@ -226,13 +226,42 @@ void Quorvex::ReadTransport()
     mSongPosition.Advance(mTransport, mTempo.beatsPerSample);
 }
 
-// The wet copy: denormal guard, then the band limit.
+// The wet copy: denormal guard, then the band limit. While nobody hears it the filter rests, and
+// when a listener returns it starts from silence, as a signal that begins there would pass it: its
+// old memory belongs to audio long gone.
 void Quorvex::PrepareWet()
 {
+    if (!WetInputHeard())
+    {
+        mInputFilterResting = true;
+        return;
+    }
+    if (mInputFilterResting)
+    {
+        mInputFilterResting = false;
+        mInputFilterL.ClearMemory();
+        mInputFilterR.ClearMemory();
+    }
     VecAddConstI(kDenormGuard, mBlockL, kBlockSize);
     VecAddConstI(kDenormGuard, mBlockR, kBlockSize);
     IppFixBiquad::RunPairI(mInputFilterL, mInputFilterR, mBlockL, mBlockR, kBlockSize);
     VecAdd(mBlockL, mBlockR, mBlockMono, kBlockSize);
+}
+
+// A slot that is on may read the input whatever its source; an envelope reads it only through its
+// input sources.
+bool Quorvex::WetInputHeard() const
+{
+    for (const Slot& slot : mSlots)
+        if (slot.mOn) return true;
+    for (int env = 0; env < ModulatorBank::kEnvelopes; ++env)
+    {
+        const double* source = mModulators.mEnv[static_cast<std::size_t>(env)].SourceBuffer();
+        if (mModulators.mEnvOn[static_cast<std::size_t>(env)] &&
+            (source == mBlockL || source == mBlockR || source == mBlockMono))
+            return true;
+    }
+    return false;
 }
 
 // Forward paths in slot order, so that a later slot hears an earlier one's stage of this block.

@@ -214,6 +214,7 @@ class Quorvex : public IPlugVST3, private IStateHost
     void FillBlock();
     void ReadTransport();
     void PrepareWet();
+    bool WetInputHeard() const;
     void RunSlots();
     void WriteDelays();
     void TickModulators();
@@ -287,6 +288,8 @@ class Quorvex : public IPlugVST3, private IStateHost
     // Modules.
     IppFixBiquad mInputFilterL{false};
     IppFixBiquad mInputFilterR{true};
+    // True while nobody hears the band-limited input and its filter rests.
+    bool mInputFilterResting = false;
     EngineFade mFadeIn;
 
     // Time base: tempo once per host call, transport and song position once per block.

@@ -285,7 +285,10 @@ TEST(EngineFrame, WetCopyIsLowPassedAt15kHz)
     for (double rate : {44100.0, 96000.0})
         for (double hz : {5000.0, 20000.0})
         {
+            // The copy is made while a slot listens.
             auto plug = MakeQuorvex(rate);
+            plug->GetParam(kSlotOn1)->value = 1.0;
+            plug->OnParamChange(kSlotOn1);
             const int n = static_cast<int>(0.3 * rate) / 32 * 32;
             Stereo in(static_cast<std::size_t>(n));
             for (int i = 0; i < n; ++i)

@@ -7,12 +7,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
 #include <vector>
 
 // The recursive filters are checked by what they do to signals: responses against the closed
 // forms of Butterworth and Chebyshev filters under the bilinear map, decay of impulse responses,
-// the difference equation for general taps, and the filter memory that lets a module redesign at
+// the difference equation of biquad cascades, and the filter memory that lets a module redesign at
 // block rate.
 namespace
 {
@@ -160,31 +159,6 @@ double RelativeError(const std::vector<double>& y, const std::vector<double>& re
     return worst / size;
 }
 
-// Taps of gain * prod(1 - q/z) / prod(1 - p/z), scaled by `scale` top and bottom.
-void TapsFromRoots(const std::vector<std::complex<double>>& zeros,
-                   const std::vector<std::complex<double>>& poles, double gain, double scale, double* taps)
-{
-    const int order = static_cast<int>(poles.size());
-    auto expand = [order](const std::vector<std::complex<double>>& roots, double* out)
-    {
-        std::vector<std::complex<long double>> p(1, 1.0L);
-        for (const auto& r : roots)
-        {
-            p.push_back(0.0L);
-            for (size_t i = p.size() - 1; i > 0; --i)
-                p[i] -= std::complex<long double>(r) * p[i - 1];
-        }
-        for (int i = 0; i <= order; ++i)
-            out[i] = i < static_cast<int>(p.size()) ? static_cast<double>(p[i].real()) : 0.0;
-    };
-    expand(zeros, taps);
-    expand(poles, taps + order + 1);
-    for (int i = 0; i <= order; ++i)
-    {
-        taps[i] *= gain * scale;
-        taps[order + 1 + i] *= scale;
-    }
-}
 } // namespace
 
 TEST(IirDesign, ButterworthRunPathFollowsTheClosedForm)
@@ -407,60 +381,6 @@ TEST(IirInit, RedesignGoesOnFromTheOldMemory)
                 EXPECT_GT(worst, 0.3);
             else
                 EXPECT_LT(worst, 0.02);
-        }
-}
-
-TEST(IirInit, FactorsGeneralTaps)
-{
-    // Direct filters that are no bilinear design (complex zeros off the unit circle, a zero at
-    // Nyquist, a repeated pole, a pure delay, a pole at the origin, a0 != 1) follow the difference
-    // equation.
-    using C = std::complex<double>;
-    struct Case
-    {
-        std::vector<C> zeros, poles;
-        double gain;
-    };
-    const C j(0.0, 1.0);
-    const std::vector<Case> cases = {
-        {{0.9 * std::exp(j * 1.0), 0.9 * std::exp(-j * 1.0), -1.0},
-         {0.5, 0.8 * std::exp(j * 0.3), 0.8 * std::exp(-j * 0.3)},
-         0.7},
-        {{0.3, -0.4, 1.2 * std::exp(j * 2.0), 1.2 * std::exp(-j * 2.0), 0.0},
-         {0.6, 0.6, 0.95 * std::exp(j * 0.05), 0.95 * std::exp(-j * 0.05), -0.7},
-         1.5},
-        {{0.5, 0.5, -0.2, 0.99 * std::exp(j * 2.5), 0.99 * std::exp(-j * 2.5), 0.1, -0.9},
-         {0.0, 0.2, -0.3, 0.9 * std::exp(j * 1.2), 0.9 * std::exp(-j * 1.2), 0.7 * std::exp(j * 2.8),
-          0.7 * std::exp(-j * 2.8)},
-         0.25},
-    };
-    const std::vector<double> x = Noise(2048, 0.5, 9);
-    for (size_t c = 0; c < cases.size(); ++c)
-        for (const bool delayed : {false, true})
-        {
-            SCOPED_TRACE(testing::Message() << "case " << c << (delayed ? ", one sample late" : ""));
-            const int order = static_cast<int>(cases[c].poles.size());
-            double taps[2 * (kIirMaxOrder + 1)];
-            TapsFromRoots(cases[c].zeros, cases[c].poles, cases[c].gain, 2.0, taps);
-            if (delayed)
-            {
-                // The last zero becomes a delay: the other zeros' numerator moves one tap right.
-                std::vector<C> zs(cases[c].zeros.begin(), cases[c].zeros.end() - 1);
-                double t2[2 * (kIirMaxOrder + 1)];
-                TapsFromRoots(zs, std::vector<C>(cases[c].poles.begin(), cases[c].poles.end() - 1), 1.0, 1.0,
-                              t2);
-                for (int i = order; i > 0; --i)
-                    taps[i] = t2[i - 1] * cases[c].gain * 2.0;
-                taps[0] = 0.0;
-            }
-            Filter f;
-            f.InitFromTaps(taps, order);
-            const std::vector<double> y = f.Run(x);
-            EXPECT_LT(RelativeError(y, DirectReference(taps, order, x)), 1e-10);
-            if (delayed)
-            {
-                EXPECT_EQ(y[0], 0.0);
-            }
         }
 }
 

@@ -250,30 +250,3 @@ TEST(MasterLimiter, ModeChangeFadesOutAndInWithSquaredGain)
         EXPECT_NEAR(inBlocks, 69, 1) << rate;
     }
 }
-
-TEST(MasterLimiter, ResetEmptiesTheAudioDelays)
-{
-    MasterLimiter lim;
-    lim.SetMode(kLimiterFast, false);
-    lim.Reset();
-    double l[kN], r[kN], outL[kN], outR[kN];
-    std::fill(l, l + kN, 0.5);
-    std::fill(r, r + kN, 0.5);
-    lim.mIn1 = l;
-    lim.mIn2 = r;
-    lim.mOut1 = outL;
-    lim.mOut2 = outR;
-    for (int b = 0; b < 10; ++b)
-        lim.Process();
-    lim.Reset();
-    std::fill(l, l + kN, 0.0);
-    std::fill(r, r + kN, 0.0);
-    for (int b = 0; b < 4; ++b)
-    {
-        lim.Process();
-        EXPECT_EQ(std::max(testmeasure::Peak(std::vector<double>(outL, outL + kN)),
-                           testmeasure::Peak(std::vector<double>(outR, outR + kN))),
-                  0.0)
-            << b;
-    }
-}

@@ -59,25 +59,21 @@ TEST(EffectTable, P5IsMixForAllButFourTypes)
 
 TEST(FxParamLaw, ListsTakeTheIndexAtTheirSteps)
 {
-    // Variable filter slopes: 4 entries, steps at thirds of the knob.
-    EXPECT_EQ(FxModuleValue(57, 1, 0.0), 0.0);
-    EXPECT_EQ(FxModuleValue(57, 1, 33.0), 0.0);
-    EXPECT_EQ(FxModuleValue(57, 1, 100.0 / 3.0), 1.0);
-    EXPECT_EQ(FxModuleValue(57, 3, 100.0), 3.0);
-    // Wave shape: 8 modes, index = trunc(7x).
-    for (int k = 0; k <= 7; ++k)
+    // {type, knob, percent, value}: a list of n + 1 entries takes entry trunc(n x) (variable
+    // filter slopes: 4 entries; wave shape: 8); a knob stays a fraction, clamped.
+    struct Row
     {
-        EXPECT_EQ(FxModuleValue(6, 0, 100.0 * k / 7.0), k);
-        if (k > 0)
-        {
-            EXPECT_EQ(FxModuleValue(6, 0, 100.0 * k / 7.0 - 0.1), k - 1);
-        }
-    }
-    EXPECT_EQ(FxModuleValue(29, 3, 100.0), 10.0);
-    EXPECT_EQ(FxModuleValue(56, 3, 100.0), 5.0);
-    // A knob stays a fraction, clamped.
-    EXPECT_DOUBLE_EQ(FxModuleValue(29, 0, 37.5), 0.375);
-    EXPECT_EQ(FxModuleValue(29, 0, -5.0), 0.0);
+        int type, knob;
+        double percent, value;
+    };
+    const Row rows[] = {
+        {57, 1, 0.0, 0.0},  {57, 1, 33.0, 0.0},   {57, 1, 100.0 / 3.0, 1.0}, {57, 3, 100.0, 3.0},
+        {6, 0, 0.0, 0.0},   {6, 0, 14.2, 0.0},    {6, 0, 100.0 / 7.0, 1.0},  {6, 0, 600.0 / 7.0 - 0.1, 5.0},
+        {6, 0, 100.0, 7.0}, {29, 3, 100.0, 10.0}, {56, 3, 100.0, 5.0},       {29, 0, 37.5, 0.375},
+        {29, 0, -5.0, 0.0},
+    };
+    for (const Row& r : rows)
+        EXPECT_DOUBLE_EQ(FxModuleValue(r.type, r.knob, r.percent), r.value) << r.type << " " << r.percent;
 
     // Every list default lands inside its list, on the entry its fraction names.
     for (const FxTypeInfo& info : FxTypeTable())
@@ -89,7 +85,6 @@ TEST(FxParamLaw, ListsTakeTheIndexAtTheirSteps)
                 << info.id << " " << p;
             EXPECT_EQ(info.listLabels[p].size(), static_cast<std::size_t>(info.listCount[p] + 1));
         }
-    EXPECT_EQ(FxModuleValue(56, 3, FindFxType(56)->defaults[3] * 100.0), 1.0);
 }
 
 TEST(MasterFxLaws, KnobsMapToTheirModuleValues)

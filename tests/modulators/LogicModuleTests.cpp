@@ -39,75 +39,52 @@ void ExpectPattern(const LogicModule& logic, const Four& expected)
 }
 } // namespace
 
-TEST(LogicModule, ModesOnKnownInputsAndMissingSources)
+TEST(LogicModule, ModesDepthsAndClipOnKnownInputs)
 {
-    const Block a = Pattern(kA);
-    const Block b = Pattern(kB);
-    // {menu, source 1, source 2, expected}; a missing source counts as zero.
+    const Block a = Pattern(kA), b = Pattern(kB), big = Constant(0.9);
+    // {menu, source 1, source 2, their depths and the output depth in percent, expected}; a missing
+    // source counts as zero; the sum is clipped to -1..1.
     struct Case
     {
         int menu;
         const double *s1, *s2;
-        Four expected;
-    };
-    const Case cases[] = {
-        {0, a.data(), b.data(), {0.2, -0.4, 0.5, -0.9}},     // ADD
-        {1, a.data(), b.data(), {-0.15, -0.12, 0.04, 0.14}}, // MULTIPLY
-        {2, a.data(), b.data(), {-0.3, -0.6, 0.1, -0.7}},    // MIN
-        {3, a.data(), b.data(), {0.5, 0.2, 0.4, -0.2}},      // MAX
-        {4, a.data(), b.data(), {0.3, -0.2, 0.1, -0.2}},     // ABS MIN keeps the first source's sign
-        {5, a.data(), b.data(), {0.5, -0.6, 0.4, -0.7}},     // ABS MAX
-        {6, a.data(), b.data(), {0.5, -0.6, 0.0, 0.0}},      // GATE
-        {7, a.data(), b.data(), {1.0, 0.0, 0.0, 1.0}},       // HIGHER
-        {8, a.data(), b.data(), {0.0, 1.0, 1.0, 0.0}},       // LOWER
-        {6, a.data(), nullptr, kA},                          // GATE passes source 1
-        {7, a.data(), nullptr, {1.0, 0.0, 1.0, 0.0}},        // HIGHER: above zero
-        {8, nullptr, nullptr, kZero},                        // LOWER with nothing is 0
-        {8, nullptr, b.data(), {0.0, 1.0, 1.0, 0.0}},        // LOWER: zero below source 2
-        {1, a.data(), nullptr, kA},                          // MULTIPLY without source 2 passes
-        {1, nullptr, b.data(), kZero},                       // MULTIPLY without source 1 is 0
-        {4, a.data(), nullptr, kZero},                       // ABS MIN against nothing
-    };
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(testing::Message() << LogicModule::kModeLabels[c.menu] << (c.s1 ? "" : " no source 1")
-                                        << (c.s2 ? "" : " no source 2"));
-        LogicModule logic;
-        logic.SetSource1(c.s1);
-        logic.SetSource2(c.s2);
-        logic.SetModeMenu(c.menu);
-        logic.Reset();
-        logic.Process();
-        ExpectPattern(logic, c.expected);
-    }
-}
-
-TEST(LogicModule, SourceAndOutputDepthsAndClip)
-{
-    const Block a = Pattern(kA);
-    const Block b = Pattern(kB);
-    const Block big = Constant(0.9);
-    // {source 1, depth 1, source 2, depth 2, output depth, expected} in ADD.
-    struct Case
-    {
-        const Block *s1, *s2;
         double depth1, depth2, depth;
         Four expected;
     };
     const Case cases[] = {
-        {&a, &b, 200.0, -50.0, 50.0, {0.575, -0.65, 0.0, -0.025}}, // (2a - b / 2) / 2
-        {&big, &big, 100.0, 100.0, 100.0, {1.0, 1.0, 1.0, 1.0}},   // clipped above
-        {&big, &big, 100.0, 100.0, -100.0, {-1.0, -1.0, -1.0, -1.0}},
+        {0, a.data(), b.data(), 100, 100, 100, {0.2, -0.4, 0.5, -0.9}},     // ADD
+        {1, a.data(), b.data(), 100, 100, 100, {-0.15, -0.12, 0.04, 0.14}}, // MULTIPLY
+        {2, a.data(), b.data(), 100, 100, 100, {-0.3, -0.6, 0.1, -0.7}},    // MIN
+        {3, a.data(), b.data(), 100, 100, 100, {0.5, 0.2, 0.4, -0.2}},      // MAX
+        {4, a.data(), b.data(), 100, 100, 100, {0.3, -0.2, 0.1, -0.2}},     // ABS MIN keeps source 1's sign
+        {5, a.data(), b.data(), 100, 100, 100, {0.5, -0.6, 0.4, -0.7}},     // ABS MAX
+        {6, a.data(), b.data(), 100, 100, 100, {0.5, -0.6, 0.0, 0.0}},      // GATE
+        {7, a.data(), b.data(), 100, 100, 100, {1.0, 0.0, 0.0, 1.0}},       // HIGHER
+        {8, a.data(), b.data(), 100, 100, 100, {0.0, 1.0, 1.0, 0.0}},       // LOWER
+        {6, a.data(), nullptr, 100, 100, 100, kA},                          // GATE passes source 1
+        {7, a.data(), nullptr, 100, 100, 100, {1.0, 0.0, 1.0, 0.0}},        // HIGHER: above zero
+        {8, nullptr, nullptr, 100, 100, 100, kZero},                        // LOWER with nothing is 0
+        {8, nullptr, b.data(), 100, 100, 100, {0.0, 1.0, 1.0, 0.0}},        // LOWER: zero below source 2
+        {1, a.data(), nullptr, 100, 100, 100, kA},                          // MULTIPLY without source 2
+        {1, nullptr, b.data(), 100, 100, 100, kZero},                       // MULTIPLY without source 1
+        {4, a.data(), nullptr, 100, 100, 100, kZero},                       // ABS MIN against nothing
+        {0, a.data(), b.data(), 200, -50, 50, {0.575, -0.65, 0.0, -0.025}}, // (2a - b / 2) / 2
+        {0, big.data(), big.data(), 100, 100, 100, {1.0, 1.0, 1.0, 1.0}},   // clipped above
+        {0, big.data(), big.data(), 100, 100, -100, {-1.0, -1.0, -1.0, -1.0}},
     };
     for (const Case& c : cases)
     {
-        SCOPED_TRACE(c.depth1);
+        SCOPED_TRACE(testing::Message() << LogicModule::kModeLabels[c.menu] << (c.s1 ? "" : " no source 1")
+                                        << (c.s2 ? "" : " no source 2") << " depths " << c.depth1 << " "
+                                        << c.depth2 << " " << c.depth);
         LogicModule logic;
-        logic.SetSource1(c.s1->data());
-        logic.SetSource2(c.s2->data());
+        logic.SetSource1(c.s1);
+        logic.SetSource2(c.s2);
         logic.SetSource1Depth(c.depth1);
         logic.SetSource2Depth(c.depth2);
         logic.SetDepth(c.depth);
+        logic.SetModeMenu(c.menu);
+        logic.Reset();
         logic.Process();
         ExpectPattern(logic, c.expected);
     }

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <numbers>
 #include <set>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -73,15 +74,8 @@ TEST(TableLFO, StepIsLimitedToFortySixPointsPerSample)
 // holds the last point and restarts on any trigger; latch ignores a trigger before its end.
 TEST(TableLFO, TriggerModesReverseAndPhaseReadTheRightPoints)
 {
-    struct Row
-    {
-        const char* what;
-        int mode;
-        std::uint64_t triggers; // bit b: a trigger in block b
-        bool reverse;
-        double phase;
-        int block, sample, index;
-    };
+    // {case, mode, triggers (bit b: a trigger in block b), reverse, phase, block, sample, index}
+    using Row = std::tuple<const char*, int, std::uint64_t, bool, double, int, int, int>;
     const int loop = TableLFO::kLoop, once = TableLFO::kOneShot, latch = TableLFO::kLatch;
     const Row rows[] = {
         {"loop start", loop, 0, false, 0.0, 0, 0, 32},
@@ -104,38 +98,34 @@ TEST(TableLFO, TriggerModesReverseAndPhaseReadTheRightPoints)
         {"phase offset 2047", loop, 0, false, 0.5, 0, 0, 32 + 2047},
         {"phase offset wraps", loop, 0, false, 0.5, 0, 31, (1024 + 2047) & 4095},
     };
-    for (const Row& r : rows)
+    for (const auto& [what, mode, triggers, reverse, phase, block, sample, index] : rows)
     {
-        SCOPED_TRACE(r.what);
-        RampLfo lfo(r.mode);
-        lfo.lfo.setReverse(r.reverse);
-        lfo.lfo.setPhase(r.phase);
+        RampLfo lfo(mode);
+        lfo.lfo.setReverse(reverse);
+        lfo.lfo.setPhase(phase);
         std::vector<int> idx;
-        for (int b = 0; b <= r.block; ++b)
-            idx = lfo.Block((r.triggers >> b) & 1);
-        EXPECT_EQ(idx[r.sample], r.index);
+        for (int b = 0; b <= block; ++b)
+            idx = lfo.Block((triggers >> b) & 1);
+        EXPECT_EQ(idx[sample], index) << what;
     }
 }
 
 TEST(TableLFO, PolaritySwapAndDepthSetTheRange)
 {
-    // {polarity, range}: the first read is sin(2 pi 8 / 4096), rising; swap turns its sign before
-    // the polarity maps it.
-    const struct
-    {
-        int pol;
-        double lo, hi, scale, offset;
-    } cases[] = {{TableLFO::kPos, 0.0, 1.0, 0.5, 0.5},
-                 {TableLFO::kNeg, -1.0, 0.0, -0.5, -0.5},
-                 {TableLFO::kBi, -1.0, 1.0, 1.0, 0.0}};
-    for (const auto& c : cases)
+    // The first read is sin(2 pi 8 / 4096), rising; swap turns its sign before the polarity maps
+    // it into the range.
+    // {polarity, range low, high, scale, offset}
+    const std::tuple<int, double, double, double, double> cases[] = {{TableLFO::kPos, 0.0, 1.0, 0.5, 0.5},
+                                                                     {TableLFO::kNeg, -1.0, 0.0, -0.5, -0.5},
+                                                                     {TableLFO::kBi, -1.0, 1.0, 1.0, 0.0}};
+    for (const auto& [pol, lo, hi, scale, offset] : cases)
         for (bool swap : {false, true})
             for (double depth : {1.0, 0.5})
             {
-                SCOPED_TRACE(testing::Message() << c.pol << " swap " << swap << " depth " << depth);
+                SCOPED_TRACE(testing::Message() << pol << " swap " << swap << " depth " << depth);
                 TableLFO lfo;
                 lfo.setWave(FindWave(kSineId));
-                lfo.setPolarity(c.pol);
+                lfo.setPolarity(pol);
                 lfo.setSwap(swap);
                 lfo.setDepth(depth);
                 lfo.setRate(RateForStep(8.0)); // 512 samples a cycle
@@ -145,10 +135,10 @@ TEST(TableLFO, PolaritySwapAndDepthSetTheRange)
                     lfo.processBlock();
                     y.insert(y.end(), lfo.output(), lfo.output() + gBlockLen);
                 }
-                EXPECT_NEAR(*std::min_element(y.begin(), y.end()), c.lo * depth, 1e-6);
-                EXPECT_NEAR(*std::max_element(y.begin(), y.end()), c.hi * depth, 1e-6);
+                EXPECT_NEAR(*std::min_element(y.begin(), y.end()), lo * depth, 1e-6);
+                EXPECT_NEAR(*std::max_element(y.begin(), y.end()), hi * depth, 1e-6);
                 const double v = (swap ? -1.0 : 1.0) * std::sin(2.0 * std::numbers::pi * 8.0 / 4096.0);
-                EXPECT_NEAR(y[0], (v * c.scale + c.offset) * depth, 1e-12);
+                EXPECT_NEAR(y[0], (v * scale + offset) * depth, 1e-12);
             }
 }
 

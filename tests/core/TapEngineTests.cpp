@@ -265,8 +265,7 @@ TEST(TapEngine, TapMasksSwitchTapsPerChannel)
         ExpectEchoes(c.postL, {{1000.0, 1.0}, {3000.0, 1.0}}, "left");
         ExpectEchoes(c.postR, {{2000.0, 1.0}, {4000.0, 1.0}}, "right");
         if (diOut == 0) ExpectEchoes(c.dlyL, {{4000.0, 1.0}}, "delay stage, last tap");
-        if (diOut == 1) EXPECT_EQ(c.dlyL, c.postL);
-        if (diOut == 1) EXPECT_EQ(c.dlyR, c.postR);
+        EXPECT_TRUE(diOut == 0 || (c.dlyL == c.postL && c.dlyR == c.postR)) << "delay stage, all taps";
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <complex>
+#include <tuple>
 #include <vector>
 
 // The oscillator effects, checked by their spectra, notch positions, echo positions and loop gains.
@@ -37,28 +38,22 @@ TEST(HilbertShifter, ShiftsByItsHertzAndSpreadsTheChannelsApartRejectingTheImage
     // {shift knob, spread knob, right channel, output frequency} for a 1 kHz input: +1 x 100 Hz
     // with the spread centred; no shift of its own and the spread alone, which moves the channels
     // in opposite senses by 100 Hz times its signed square.
-    struct Row
-    {
-        double shift, spread;
-        bool right;
-        double hz;
-    };
-    const Row rows[] = {{1.0, 0.5, false, 1100.0},
-                        {0.5, 1.0, false, 1100.0},
-                        {0.5, 1.0, true, 900.0},
-                        {0.5, 0.75, false, 1025.0},
-                        {0.5, 0.75, true, 975.0}};
+    const std::tuple<double, double, bool, double> rows[] = {{1.0, 0.5, false, 1100.0},
+                                                             {0.5, 1.0, false, 1100.0},
+                                                             {0.5, 1.0, true, 900.0},
+                                                             {0.5, 0.75, false, 1025.0},
+                                                             {0.5, 0.75, true, 975.0}};
     RateGuard guard;
     SetTimeBase(48000.0);
-    for (const Row& r : rows)
+    for (const auto& [shift, spread, right, hz] : rows)
     {
-        HilbertShifter m(r.right);
-        SetParams(m, {r.shift, 2.0, 0.0, r.spread, 1.0});
+        HilbertShifter m(right);
+        SetParams(m, {shift, 2.0, 0.0, spread, 1.0});
         const ToneRun run(m, 1000.0);
-        const double wanted = run.Level(r.hz);
-        EXPECT_NEAR(wanted, 1.0, 0.01) << r.shift << " " << r.spread << " " << r.right;
-        EXPECT_LT(testmeasure::Db(run.Level(2000.0 - r.hz) / wanted), -40.0) << r.hz; // the image
-        EXPECT_LT(testmeasure::Db(run.Level(1000.0) / wanted), -40.0) << r.hz;        // the input
+        const double wanted = run.Level(hz);
+        EXPECT_NEAR(wanted, 1.0, 0.01) << shift << " " << spread << " " << right;
+        EXPECT_LT(testmeasure::Db(run.Level(2000.0 - hz) / wanted), -40.0) << hz; // the image
+        EXPECT_LT(testmeasure::Db(run.Level(1000.0) / wanted), -40.0) << hz;      // the input
     }
 }
 
@@ -178,8 +173,8 @@ TEST(PhaserC, NotchCountAndPlaceFollowStagesAndBase)
         const std::vector<double> notches = Notches(m);
         ASSERT_EQ(int(notches.size()), r.stages);
         const double centre = (r.base * r.base + 0.1) * 6.0 * PhaserC::kSectionTable[0] * 22050.0;
-        if (r.stages == 1) EXPECT_NEAR(notches[0], centre, 0.01 * centre);
-        if (r.rate == 48000.0) EXPECT_LT(notches[0], previousLowest);
+        EXPECT_TRUE(r.stages > 1 || std::fabs(notches[0] / centre - 1.0) < 0.01) << notches[0];
+        EXPECT_TRUE(r.rate != 48000.0 || notches[0] < previousLowest) << notches[0];
         if (r.rate == 48000.0) previousLowest = notches[0];
     }
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <tuple>
 
 namespace
 {
@@ -44,14 +45,7 @@ TEST(LogicModule, ModesDepthsAndClipOnKnownInputs)
     const Block a = Pattern(kA), b = Pattern(kB), big = Constant(0.9);
     // {menu, source 1, source 2, their depths and the output depth in percent, expected}; a missing
     // source counts as zero; the sum is clipped to -1..1.
-    struct Case
-    {
-        int menu;
-        const double *s1, *s2;
-        double depth1, depth2, depth;
-        Four expected;
-    };
-    const Case cases[] = {
+    const std::tuple<int, const double*, const double*, double, double, double, Four> cases[] = {
         {0, a.data(), b.data(), 100, 100, 100, {0.2, -0.4, 0.5, -0.9}},     // ADD
         {1, a.data(), b.data(), 100, 100, 100, {-0.15, -0.12, 0.04, 0.14}}, // MULTIPLY
         {2, a.data(), b.data(), 100, 100, 100, {-0.3, -0.6, 0.1, -0.7}},    // MIN
@@ -72,21 +66,21 @@ TEST(LogicModule, ModesDepthsAndClipOnKnownInputs)
         {0, big.data(), big.data(), 100, 100, 100, {1.0, 1.0, 1.0, 1.0}},   // clipped above
         {0, big.data(), big.data(), 100, 100, -100, {-1.0, -1.0, -1.0, -1.0}},
     };
-    for (const Case& c : cases)
+    for (const auto& [menu, s1, s2, depth1, depth2, depth, expected] : cases)
     {
-        SCOPED_TRACE(testing::Message() << LogicModule::kModeLabels[c.menu] << (c.s1 ? "" : " no source 1")
-                                        << (c.s2 ? "" : " no source 2") << " depths " << c.depth1 << " "
-                                        << c.depth2 << " " << c.depth);
+        SCOPED_TRACE(testing::Message()
+                     << LogicModule::kModeLabels[menu] << (s1 ? "" : " no source 1")
+                     << (s2 ? "" : " no source 2") << " depths " << depth1 << " " << depth2 << " " << depth);
         LogicModule logic;
-        logic.SetSource1(c.s1);
-        logic.SetSource2(c.s2);
-        logic.SetSource1Depth(c.depth1);
-        logic.SetSource2Depth(c.depth2);
-        logic.SetDepth(c.depth);
-        logic.SetModeMenu(c.menu);
+        logic.SetSource1(s1);
+        logic.SetSource2(s2);
+        logic.SetSource1Depth(depth1);
+        logic.SetSource2Depth(depth2);
+        logic.SetDepth(depth);
+        logic.SetModeMenu(menu);
         logic.Reset();
         logic.Process();
-        ExpectPattern(logic, c.expected);
+        ExpectPattern(logic, expected);
     }
 
     // A depth source moves the output depth sample by sample: 0.5 (0.2 - 0.5 d[i]).

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 // The laws of one record: initialisers, the normalised power curve, quantising, display texts.
@@ -67,23 +68,19 @@ TEST(ParamRecord, InitialisersWidenEmptyRangesAndKeepTheFirstType)
 TEST(ParamRecord, NormalisationFollowsThePowerCurveOrItsMapping)
 {
     // x = min + (max - min) n^shape, clamped on the way in: {min, max, shape, n, x}.
-    struct Row
-    {
-        double min, max, shape, n, x;
-    };
-    const Row rows[] = {
+    const std::tuple<double, double, double, double, double> rows[] = {
         {1, 4000, 3, 0.5, 500.875},       // delay time: 1 + 3999 / 8
         {-60, 12, 0.5, 0.25, -24.0},      // gain: -60 + 72 sqrt(0.25)
         {0.001, 500, 4, 0.5, 31.2509375}, // LFO rate
         {0, 160, 1, 0.25, 40.0},          // linear
     };
-    for (const Row& r : rows)
+    for (const auto& [min, max, shape, n, x] : rows)
     {
-        const IParamRecord p = MakeDouble(r.min, r.min, r.max, 0.01, r.shape);
-        EXPECT_NEAR(p.GetNonNormalized(r.n), r.x, 1e-12) << r.max;
-        EXPECT_NEAR(p.GetNormalized(r.x), r.n, 1e-14) << r.max;
-        EXPECT_EQ(p.GetNormalized(r.min - 5.0), 0.0);
-        EXPECT_EQ(p.GetNormalized(r.max + 5.0), 1.0);
+        const IParamRecord p = MakeDouble(min, min, max, 0.01, shape);
+        EXPECT_NEAR(p.GetNonNormalized(n), x, 1e-12) << max;
+        EXPECT_NEAR(p.GetNormalized(x), n, 1e-14) << max;
+        EXPECT_EQ(p.GetNormalized(min - 5.0), 0.0);
+        EXPECT_EQ(p.GetNormalized(max + 5.0), 1.0);
     }
     IParamRecord m = MakeDouble(0, 10, 20, 0.1, 3);
     m.mapping = IParamRecord::Mapping{[](double t) { return t * t; }, [](double n) { return std::sqrt(n); }};
@@ -95,20 +92,15 @@ TEST(ParamRecord, IntegersRoundHalfUpAndAreCutAboveOnly)
 {
     // {min, max, normalised, value}: half rounds up; above the top the value is cut, below the
     // bottom it is not.
-    struct Row
-    {
-        int min, max;
-        double n, value;
-    };
-    const Row rows[] = {
+    const std::tuple<int, int, double, double> rows[] = {
         {0, 1, 0.5, 1}, {0, 1, 0.4999, 0}, {0, 4, 0.375, 2},  {0, 4, 0.625, 3}, {0, 4, 0.6, 2},
         {0, 1, 1.5, 1}, {1, 16, 1.04, 16}, {0, 1, -0.75, -1}, {1, 16, -0.1, 0},
     };
-    for (const Row& r : rows)
+    for (const auto& [min, max, n, value] : rows)
     {
-        IParamRecord p = MakeInt(r.min, r.min, r.max);
-        p.SetNormalized(r.n);
-        EXPECT_EQ(double(p.value), r.value) << r.min << ".." << r.max << " at " << r.n;
+        IParamRecord p = MakeInt(min, min, max);
+        p.SetNormalized(n);
+        EXPECT_EQ(double(p.value), value) << min << ".." << max << " at " << n;
     }
     // Doubles are not snapped to their step, only clamped.
     IParamRecord fb = MakeDouble(50, 0, 160, 0.1, 1);
@@ -124,14 +116,7 @@ TEST(ParamRecord, DisplayAndTextToValueUseTheTextsExactly)
     InitParams(params, kWaveMenuNames);
     // {id, value, normalised, text}: numbers at the step's precision, a normalised value shows the
     // entry it would select, blank list entries and non-integers show their number.
-    struct Row
-    {
-        int id;
-        double value;
-        bool normalised;
-        const char* text;
-    };
-    const Row rows[] = {
+    const std::tuple<int, double, bool, const char*> rows[] = {
         {kFeedback1, 50, false, "50.0"},
         {kFeedback1, 0.25, true, "40.0"},
         {kDelayTimeL1, 500, false, "500.00"},
@@ -145,8 +130,8 @@ TEST(ParamRecord, DisplayAndTextToValueUseTheTextsExactly)
         {kFX1FB, 13, false, "COMPRESSOR"},
         {kFX1FB, 14, false, "14"},
     };
-    for (const Row& r : rows)
-        EXPECT_EQ(params[r.id]->GetDisplayForHost(r.value, r.normalised), r.text) << params[r.id]->name;
+    for (const auto& [id, value, normalised, text] : rows)
+        EXPECT_EQ(params[id]->GetDisplayForHost(value, normalised), text) << params[id]->name;
     IParamRecord negated = *params[kFeedback1];
     negated.negateDisplay = true;
     EXPECT_EQ(negated.GetDisplayForHost(50, false), "-50.0");

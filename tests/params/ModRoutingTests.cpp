@@ -56,6 +56,9 @@ TEST(ModRouting, ModulateAddsSourceTimesDepthWithinBounds)
     EXPECT_EQ(base, 0.5);
     for (int i = 0; i < gBlockLen; ++i)
         EXPECT_DOUBLE_EQ(out[i], std::clamp(0.5 + 2.0 * ramp[i], kLo, kHi)) << i;
+    base = 7.0; // without a source the block holds the base
+    modulate(nullptr, 2.0, &base, out, gBlockLen, kLo, kHi);
+    EXPECT_EQ(out[gBlockLen - 1], 7.0);
 }
 
 TEST(ModRouting, DepthLawsAtSeveralDepthsAndSigns)
@@ -87,14 +90,18 @@ TEST(ModRouting, DepthLawsAtSeveralDepthsAndSigns)
 TEST(ModRouting, SourceTableAndParameterValues)
 {
     Rig rig;
-    // Index 0 and anything outside 1..14 is no source; the 14 others are distinct buffers.
+    // Index 0 and anything outside 1..14 is no source; the 14 others are distinct silent buffers.
     EXPECT_EQ(rig.bank.SourceBuffer(kModSourceOff), nullptr);
     EXPECT_EQ(rig.bank.SourceBuffer(-1), nullptr);
     EXPECT_EQ(rig.bank.SourceBuffer(kNumModSources), nullptr);
     std::set<const double*> seen;
     for (int i = 1; i < kNumModSources; ++i)
-        seen.insert(rig.bank.SourceBuffer(i));
-    EXPECT_EQ(seen.count(nullptr), 0u);
+    {
+        const double* b = rig.bank.SourceBuffer(i);
+        ASSERT_NE(b, nullptr);
+        EXPECT_TRUE(std::all_of(b, b + gBlockLen, [](double v) { return v == 0.0; })) << "silent at first";
+        seen.insert(b);
+    }
     EXPECT_EQ(seen.size(), 14u);
 
     // "GATE3" (value 7) on slot 2's input gain, full depth: base 1 + 1 x 0.75.

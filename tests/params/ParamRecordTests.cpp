@@ -132,6 +132,7 @@ TEST(ParamRecord, DisplayAndTextToValueUseTheTextsExactly)
     };
     for (const auto& [id, value, normalised, text] : rows)
         EXPECT_EQ(params[id]->GetDisplayForHost(value, normalised), text) << params[id]->name;
+    EXPECT_EQ(params[kTimebase1]->GetDisplayForHost(2, false, false), "2"); // texts not asked for
     IParamRecord negated = *params[kFeedback1];
     negated.negateDisplay = true;
     EXPECT_EQ(negated.GetDisplayForHost(50, false), "-50.0");

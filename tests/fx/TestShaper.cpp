@@ -1,5 +1,6 @@
 // Shaping effects on a sine: which harmonics each curve makes, and the level laws of the amounts.
 
+#include "common/SineFit.h"
 #include "dsp/TimeBase.h"
 #include "fx/FxRig.h"
 #include "fx/Shaper.h"
@@ -7,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <complex>
 #include <vector>
 
 namespace
@@ -24,27 +24,16 @@ struct Spectrum
 };
 
 // Runs a sine of amplitude amp through the module and reads DC and harmonics 1..5 over a window of
-// whole cycles after the filter and smoothers have settled.
+// whole cycles after the filter and smoothers have settled (there the harmonics are orthogonal, so
+// each fit is exact).
 Spectrum Analyse(Shaper& s, double amp)
 {
-    const size_t total = kSettle + kWindow;
-    std::vector<double> x(total);
-    const double w = 2.0 * M_PI * kTone / kRate;
-    for (size_t n = 0; n < total; ++n)
-        x[n] = amp * std::sin(w * double(n));
-    const std::vector<double> y = filtertest::RunBlocks(s, x);
+    const std::vector<double> y = fxrig::RunBlocks(s, fxrig::Sine(kTone, kSettle + kWindow, amp));
     Spectrum sp{};
-    double sum = 0.0;
-    for (size_t n = kSettle; n < total; ++n)
-        sum += y[n];
-    sp.dc = sum / kWindow;
+    for (size_t n = kSettle; n < y.size(); ++n)
+        sp.dc += y[n] / kWindow;
     for (int k = 1; k <= 5; ++k)
-    {
-        std::complex<double> acc = 0.0;
-        for (size_t n = kSettle; n < total; ++n)
-            acc += y[n] * std::polar(1.0, -k * w * double(n));
-        sp.h[k] = 2.0 * std::abs(acc) / kWindow;
-    }
+        sp.h[k] = testfit::FitSine(y, 2.0 * M_PI * k * kTone / kRate, kSettle, kWindow).amplitude;
     return sp;
 }
 

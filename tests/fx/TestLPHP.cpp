@@ -58,9 +58,9 @@ double Measure(DSPShell& f, double hz)
 
 } // namespace
 
-// Each mode stacks 1, 2 or 3 sections on both sides: at the corner n sections at Q 0.725 give
-// n x 20 log10(0.725) dB, and below the high-pass corner the slope is 12 dB per octave per section.
-// VARILPHP's slope lists count 1 to 4 sections on each side.
+// The modes stack 2, 4 or 6 sections on both sides (24, 48, 72 dB per octave): at the corner n
+// sections at Q 0.725 give n x 20 log10(0.725) dB, and below the high-pass corner the slope is
+// 12 dB per octave per section. VARILPHP's slope lists count 1 to 4 sections on each side.
 TEST_F(LPHPTest, CornersAndSlopesPerModeAndVariableSlope)
 {
     const double corner = MapFreqHz(0.5f); // about 1 kHz

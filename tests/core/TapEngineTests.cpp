@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -82,18 +83,24 @@ double EchoAt(const std::vector<double>& x, double delay)
     return sum;
 }
 
-// Everything outside the echo windows at `delays`.
-double EnergyOutside(const std::vector<double>& x, const std::vector<double>& delays)
+struct Echo
 {
-    double e = 0.0;
-    for (int n = 0; n < static_cast<int>(x.size()); ++n)
+    double at, gain;
+};
+
+// x holds exactly these echoes: each window sums to its gain, and nothing sounds outside them.
+void ExpectEchoes(const std::vector<double>& x, const std::vector<Echo>& echoes, const char* what)
+{
+    std::vector<double> rest = x;
+    for (const Echo& e : echoes)
     {
-        bool inside = false;
-        for (double d : delays)
-            inside = inside || (n >= std::lround(d) - 2 && n <= std::lround(d) + 3);
-        if (!inside) e += x[n] * x[n];
+        EXPECT_NEAR(EchoAt(x, e.at), e.gain, kTol) << what << " at " << e.at;
+        std::fill_n(rest.begin() + std::lround(e.at) - 2, 6, 0.0);
     }
-    return e;
+    double energy = 0.0;
+    for (double v : rest)
+        energy += v * v;
+    EXPECT_LT(energy, 1e-6) << what;
 }
 
 // Scales a tap by (index + 2) and the feedback pair by -1, counting the calls.
@@ -119,7 +126,8 @@ class ScalingFx : public ITapFx
 TEST(TapEngine, TapsLandAtAccumulatedStepTimesWithSwing)
 {
     // Four taps, 1500 samples a step; swing 100 % makes the spacing 4/3 and 2/3 of a step; tap 2
-    // has a half step.
+    // has a half step, which counts half (0.75 of a step) with the depth at 50 %. The last tap is
+    // the delay stage.
     for (const double timeDepth : {100.0, 50.0})
     {
         TapRig rig;
@@ -129,16 +137,10 @@ TEST(TapEngine, TapsLandAtAccumulatedStepTimesWithSwing)
         rig.taps.SetTimeStepDepth(timeDepth);
         rig.io.stepSamples = 1500.0;
         const Capture c = rig.Run(200);
-
-        // With the depth at 50 % the half step counts half: 0.75 of a step.
         const double third = timeDepth == 100.0 ? 1000.0 : 1500.0;
-        const std::vector<double> at{2000.0, 3000.0, 3000.0 + third, 4000.0 + third};
-        for (double d : at)
-            EXPECT_NEAR(EchoAt(c.postL, d), 1.0, kTol) << "timeDepth " << timeDepth << " delay " << d;
-        EXPECT_LT(EnergyOutside(c.postL, at), 1e-8);
-        // The last tap is the delay stage.
-        EXPECT_NEAR(EchoAt(c.dlyL, at[3]), 1.0, kTol);
-        EXPECT_LT(EnergyOutside(c.dlyL, {at[3]}), 1e-8);
+        ExpectEchoes(c.postL, {{2000.0, 1.0}, {3000.0, 1.0}, {3000.0 + third, 1.0}, {4000.0 + third, 1.0}},
+                     timeDepth == 100.0 ? "full depth" : "half depth");
+        ExpectEchoes(c.dlyL, {{4000.0 + third, 1.0}}, "delay stage");
     }
 }
 
@@ -146,22 +148,28 @@ TEST(TapEngine, LevelsAndPansInEachPanMode)
 {
     // Two taps at 2000 and 4000 samples. Tap 0: level 80 %, pan +50 %; tap 1: level 50 %, pan
     // -100 %; pan width 50 %, "Direct In" wet side 0.8. So tap 0 has gains 0.64 (A, left) and 0.48
-    // (B, right), tap 1 has 0.2 and 0.4. The right input comes 37 samples after the left.
-    const double gainA[2] = {0.64, 0.2};
-    const double gainB[2] = {0.48, 0.4};
-    const double delay[2] = {2000.0, 4000.0};
-    const int lag = 37;
+    // (B, right), tap 1 has 0.2 and 0.4. The right input comes 37 samples after the left. Left taps
+    // send A to the left output, right taps B to the right one; all but STEREO cross the other gain
+    // over, and LEFT and RIGHT mute the other side's taps.
+    const std::vector<Echo> leftA{{2000, 0.64}, {4000, 0.2}}, leftB{{2000, 0.48}, {4000, 0.4}};
+    const std::vector<Echo> rightA{{2037, 0.64}, {4037, 0.2}}, rightB{{2037, 0.48}, {4037, 0.4}};
+    const auto both = [](std::vector<Echo> a, const std::vector<Echo>& b)
+    {
+        a.insert(a.end(), b.begin(), b.end());
+        return a;
+    };
     struct Mode
     {
         int mode;
-        bool leftOn, rightOn, cross;
+        std::vector<Echo> left, right;
     };
-    const Mode modes[] = {{kTapPanStereo, true, true, false},
-                          {kTapPanDualMono, true, true, true},
-                          {kTapPanLeft, true, false, true},
-                          {kTapPanRight, false, true, true}};
+    const Mode modes[] = {{kTapPanStereo, leftA, rightB},
+                          {kTapPanDualMono, both(leftA, rightA), both(leftB, rightB)},
+                          {kTapPanLeft, leftA, leftB},
+                          {kTapPanRight, rightA, rightB}};
     for (const Mode& m : modes)
     {
+        SCOPED_TRACE(m.mode);
         TapRig rig;
         rig.taps.SetTapCount(1);
         rig.taps.SetLevelStep(0, 80.0);
@@ -173,46 +181,30 @@ TEST(TapEngine, LevelsAndPansInEachPanMode)
         rig.io.stepSamples = 2000.0;
         rig.io.wet = 0.8;
         rig.io.fbL = 0.5;
-        const Capture c = rig.Run(160, 1.0, 1.0, lag);
-
-        for (int t = 0; t < 2; ++t)
-        {
-            SCOPED_TRACE(testing::Message() << "pan mode " << m.mode << " tap " << t);
-            // Left taps: A to the left output, B to the right one unless STEREO.
-            EXPECT_NEAR(EchoAt(c.postL, delay[t]), m.leftOn ? gainA[t] : 0.0, kTol);
-            EXPECT_NEAR(EchoAt(c.postR, delay[t]), m.leftOn && m.cross ? gainB[t] : 0.0, kTol);
-            // Right taps: B to the right output, A to the left one unless STEREO.
-            EXPECT_NEAR(EchoAt(c.postR, delay[t] + lag), m.rightOn ? gainB[t] : 0.0, kTol);
-            EXPECT_NEAR(EchoAt(c.postL, delay[t] + lag), m.rightOn && m.cross ? gainA[t] : 0.0, kTol);
-        }
+        const Capture c = rig.Run(160, 1.0, 1.0, 37);
+        ExpectEchoes(c.postL, m.left, "left output");
+        ExpectEchoes(c.postR, m.right, "right output");
         // The last tap feeds back on both sides whatever the pan mode mutes, with the left gain.
-        EXPECT_NEAR(EchoAt(c.fbL, delay[1]), 0.5, kTol);
-        EXPECT_NEAR(EchoAt(c.fbR, delay[1] + lag), 0.5, kTol);
+        ExpectEchoes(c.fbL, {{4000, 0.5}}, "left feedback");
+        ExpectEchoes(c.fbR, {{4037, 0.5}}, "right feedback");
     }
 }
 
 TEST(TapEngine, FeedbackTapBeyondTheLastIsSilentButFeedsBack)
 {
-    // One tap at 2000 samples; "DelayTap FB" 3 makes tap index 2, at 6000, the feedback tap.
+    // One tap at 2000 samples; "DelayTap FB" 3 makes tap index 2, at 6000, the feedback tap. It is
+    // read and scaled by the feedback gain, silent in the output; after the mix applies the gain
+    // again the recirculated signal comes out of tap 0: 0.6^2 at 6000 + 2000.
     TapRig rig;
     rig.taps.SetTapCount(0);
     rig.taps.SetFeedbackTap(3);
     rig.io.stepSamples = 2000.0;
     rig.io.fbL = 0.6;
     const Capture c = rig.Run(300);
-
     EXPECT_EQ(rig.taps.FeedbackTap(), 2);
-    // The feedback tap is read and scaled by the feedback gain once...
-    EXPECT_NEAR(EchoAt(c.fbL, 6000.0), 0.6, kTol);
-    EXPECT_LT(EnergyOutside(c.fbL, {6000.0, 8000.0, 12000.0, 14000.0}), 1e-8);
-    // ...is silent in the output, and after the mix applies the gain again the recirculated
-    // signal comes out of tap 0: 0.6^2 at 6000 + 2000.
-    EXPECT_NEAR(EchoAt(c.postL, 6000.0), 0.0, 1e-9);
-    EXPECT_NEAR(EchoAt(c.postL, 2000.0), 1.0, kTol);
-    EXPECT_NEAR(EchoAt(c.postL, 8000.0), 0.36, kTol);
-    EXPECT_LT(EnergyOutside(c.postL, {2000.0, 8000.0}), 1e-6);
-    // The one tap is also the delay stage.
-    EXPECT_NEAR(EchoAt(c.dlyL, 2000.0), 1.0, kTol);
+    ExpectEchoes(c.fbL, {{6000.0, 0.6}}, "feedback");
+    ExpectEchoes(c.postL, {{2000.0, 1.0}, {8000.0, 0.36}}, "output");
+    ExpectEchoes(c.dlyL, {{2000.0, 1.0}, {8000.0, 0.36}}, "delay stage");
 }
 
 TEST(TapEngine, SwellPutsPreEchoesOnASquareLawGrid)
@@ -248,34 +240,23 @@ TEST(TapEngine, SwellPutsPreEchoesOnASquareLawGrid)
 
 TEST(TapEngine, TapMasksSwitchTapsPerChannel)
 {
-    // Four taps, 1000 samples apart, the same impulse on both inputs.
-    const std::vector<double> at{1000.0, 2000.0, 3000.0, 4000.0};
-    TapRig rig;
-    rig.taps.SetTapCount(3);
-    rig.taps.SetTapMask(0, 0b0101u);
-    rig.taps.SetTapMask(1, 0b1010u);
-    rig.io.stepSamples = 1000.0;
-    const Capture c = rig.Run(160, 1.0, 1.0);
-
-    for (int t = 0; t < 4; ++t)
+    // Four taps, 1000 samples apart, the same impulse on both inputs; the left plays taps 0 and 2,
+    // the right taps 1 and 3. The last tap is read for the delay stage even where its channel is
+    // off; with "DelayTap DI Out" ALL the delay stage carries the whole tapped mix.
+    for (const int diOut : {0, 1})
     {
-        EXPECT_NEAR(EchoAt(c.postL, at[t]), t % 2 == 0 ? 1.0 : 0.0, kTol) << "tap " << t;
-        EXPECT_NEAR(EchoAt(c.postR, at[t]), t % 2 == 1 ? 1.0 : 0.0, kTol) << "tap " << t;
+        TapRig rig;
+        rig.taps.SetTapCount(3);
+        rig.taps.SetTapMask(0, 0b0101u);
+        rig.taps.SetTapMask(1, 0b1010u);
+        rig.taps.SetDiOut(diOut);
+        rig.io.stepSamples = 1000.0;
+        const Capture c = rig.Run(160, 1.0, 1.0);
+        ExpectEchoes(c.postL, {{1000.0, 1.0}, {3000.0, 1.0}}, "left");
+        ExpectEchoes(c.postR, {{2000.0, 1.0}, {4000.0, 1.0}}, "right");
+        if (diOut == 0) ExpectEchoes(c.dlyL, {{4000.0, 1.0}}, "delay stage, last tap");
+        EXPECT_TRUE(diOut == 0 || (c.dlyL == c.postL && c.dlyR == c.postR)) << "delay stage, all taps";
     }
-    // The last tap is read for the delay stage even where its channel is off.
-    EXPECT_NEAR(EchoAt(c.dlyL, at[3]), 1.0, kTol);
-
-    // "DelayTap DI Out" ALL: the delay stage carries the whole tapped mix.
-    TapRig all;
-    all.taps.SetTapCount(3);
-    all.taps.SetTapMask(0, 0xFFFFu);
-    all.taps.SetDiOut(1);
-    all.io.stepSamples = 1000.0;
-    const Capture d = all.Run(160, 1.0, 1.0);
-    for (double delay : at)
-        EXPECT_NEAR(EchoAt(d.postL, delay), 1.0, kTol);
-    EXPECT_EQ(d.dlyL, d.postL);
-    EXPECT_EQ(d.dlyR, d.postR);
 }
 
 TEST(TapEngine, PostEffectRunsPerTapWithItsModuleIndex)
@@ -294,9 +275,9 @@ TEST(TapEngine, PostEffectRunsPerTapWithItsModuleIndex)
     const Capture c = rig.Run(100, 1.0, 1.0);
 
     EXPECT_TRUE(rig.lastFxActive);
-    EXPECT_NEAR(EchoAt(c.postL, 1000.0), 1.0, kTol);
-    EXPECT_NEAR(EchoAt(c.postL, 2000.0), 4.0, kTol);
-    EXPECT_NEAR(EchoAt(c.postR, 2000.0), 5.0, kTol);
+    // The feedback written back at 2000 (-0.3 x 0.3) comes out of tap 0, without the effect.
+    ExpectEchoes(c.postL, {{1000.0, 1.0}, {2000.0, 4.0}, {3000.0, -0.09}}, "left");
+    ExpectEchoes(c.postR, {{1000.0, 1.0}, {2000.0, 5.0}, {3000.0, -0.09}}, "right");
     EXPECT_NEAR(EchoAt(c.fbL, 2000.0), -0.3, kTol);
     EXPECT_EQ(fx.tapCalls, 2 * (kWarmBlocks + 100));
     EXPECT_EQ(fx.fbCalls, kWarmBlocks + 100);
@@ -305,7 +286,7 @@ TEST(TapEngine, PostEffectRunsPerTapWithItsModuleIndex)
     // tap parameter chosen the per-tap effect is off and the slot runs its own POST effect.
     rig.io.postSwapping = true;
     const Capture swapping = rig.Run(100, 1.0, 1.0);
-    EXPECT_NEAR(EchoAt(swapping.postL, 2000.0), 1.0, kTol);
+    ExpectEchoes(swapping.postL, {{1000.0, 1.0}, {2000.0, 1.0}, {3000.0, 0.09}}, "left, while swapping");
     EXPECT_NEAR(EchoAt(swapping.fbL, 2000.0), 0.3, kTol);
     EXPECT_TRUE(rig.lastFxActive);
 

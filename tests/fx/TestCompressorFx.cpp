@@ -1,10 +1,9 @@
-#include "common/FilterMeasure.h"
 #include "fx/CompressorFx.h"
+#include "fx/FxRig.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <random>
 #include <vector>
 
 using namespace filtertest;
@@ -47,17 +46,12 @@ TEST(CompressorFx, SteadyReductionFollowsRatio)
     for (const auto& c : cases)
     {
         CompressorFx comp(false);
-        comp.SetParam(0, 0.5);
-        comp.SetParam(1, RatioKnob(c.ratio));
-        comp.SetParam(2, 0.3);
-        comp.SetParam(3, 0.3);
-        comp.SetParam(4, c.makeup);
+        fxrig::SetParams(comp, {0.5, RatioKnob(c.ratio), 0.3, 0.3, c.makeup});
         EXPECT_NEAR(SteadyGainDb(comp, -10.0), c.want, 0.1) << "ratio " << c.ratio;
         EXPECT_DOUBLE_EQ(double(comp.mMix), 1.0);
     }
     // Below the threshold nothing happens, whatever the ratio.
     CompressorFx comp(false);
-    comp.SetParam(0, 0.5);
-    comp.SetParam(1, 1.0);
+    fxrig::SetParams(comp, {0.5, 1.0});
     EXPECT_NEAR(SteadyGainDb(comp, -35.0), 0.0, 0.05);
 }

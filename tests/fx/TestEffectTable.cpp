@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <set>
+#include <tuple>
 
 namespace
 {
@@ -37,15 +38,12 @@ TEST(EffectTable, MenusLeadToTheirIds)
 {
     // {menu, index, id}: the feedback menu's last label leads to the variable filter, and its
     // hidden extra id (the compressor) is out of reach; indices past the labels give OFF.
-    struct Row
-    {
-        int kind, index, id;
-    };
-    const Row rows[] = {{kFxMenuFeedback, 0, 0},   {kFxMenuFeedback, 5, 15}, {kFxMenuFeedback, 11, 32},
-                        {kFxMenuFeedback, 13, 57}, {kFxMenuFeedback, 14, 0}, {kFxMenuPost, 12, 6},
-                        {kFxMenuPost, 22, 37},     {kFxMenuPre, 23, 0},      {7, 1, 0}};
-    for (const Row& r : rows)
-        EXPECT_EQ(FxTypeFromMenu(r.kind, r.index), r.id) << r.kind << " " << r.index;
+    const std::tuple<int, int, int> rows[] = {
+        {kFxMenuFeedback, 0, 0},   {kFxMenuFeedback, 5, 15}, {kFxMenuFeedback, 11, 32},
+        {kFxMenuFeedback, 13, 57}, {kFxMenuFeedback, 14, 0}, {kFxMenuPost, 12, 6},
+        {kFxMenuPost, 22, 37},     {kFxMenuPre, 23, 0},      {7, 1, 0}};
+    for (const auto& [kind, index, id] : rows)
+        EXPECT_EQ(FxTypeFromMenu(kind, index), id) << kind << " " << index;
     for (int i = -1; i < 25; ++i)
         EXPECT_NE(FxTypeFromMenu(kFxMenuFeedback, i), 37) << i;
 }
@@ -59,25 +57,16 @@ TEST(EffectTable, P5IsMixForAllButFourTypes)
 
 TEST(FxParamLaw, ListsTakeTheIndexAtTheirSteps)
 {
-    // Variable filter slopes: 4 entries, steps at thirds of the knob.
-    EXPECT_EQ(FxModuleValue(57, 1, 0.0), 0.0);
-    EXPECT_EQ(FxModuleValue(57, 1, 33.0), 0.0);
-    EXPECT_EQ(FxModuleValue(57, 1, 100.0 / 3.0), 1.0);
-    EXPECT_EQ(FxModuleValue(57, 3, 100.0), 3.0);
-    // Wave shape: 8 modes, index = trunc(7x).
-    for (int k = 0; k <= 7; ++k)
-    {
-        EXPECT_EQ(FxModuleValue(6, 0, 100.0 * k / 7.0), k);
-        if (k > 0)
-        {
-            EXPECT_EQ(FxModuleValue(6, 0, 100.0 * k / 7.0 - 0.1), k - 1);
-        }
-    }
-    EXPECT_EQ(FxModuleValue(29, 3, 100.0), 10.0);
-    EXPECT_EQ(FxModuleValue(56, 3, 100.0), 5.0);
-    // A knob stays a fraction, clamped.
-    EXPECT_DOUBLE_EQ(FxModuleValue(29, 0, 37.5), 0.375);
-    EXPECT_EQ(FxModuleValue(29, 0, -5.0), 0.0);
+    // {type, knob, percent, value}: a list of n + 1 entries takes entry trunc(n x) (variable
+    // filter slopes: 4 entries; wave shape: 8); a knob stays a fraction, clamped.
+    const std::tuple<int, int, double, double> rows[] = {
+        {57, 1, 0.0, 0.0},  {57, 1, 33.0, 0.0},   {57, 1, 100.0 / 3.0, 1.0}, {57, 3, 100.0, 3.0},
+        {6, 0, 0.0, 0.0},   {6, 0, 14.2, 0.0},    {6, 0, 100.0 / 7.0, 1.0},  {6, 0, 600.0 / 7.0 - 0.1, 5.0},
+        {6, 0, 100.0, 7.0}, {29, 3, 100.0, 10.0}, {56, 3, 100.0, 5.0},       {29, 0, 37.5, 0.375},
+        {29, 0, -5.0, 0.0},
+    };
+    for (const auto& [type, knob, percent, value] : rows)
+        EXPECT_DOUBLE_EQ(FxModuleValue(type, knob, percent), value) << type << " " << percent;
 
     // Every list default lands inside its list, on the entry its fraction names.
     for (const FxTypeInfo& info : FxTypeTable())
@@ -89,7 +78,6 @@ TEST(FxParamLaw, ListsTakeTheIndexAtTheirSteps)
                 << info.id << " " << p;
             EXPECT_EQ(info.listLabels[p].size(), static_cast<std::size_t>(info.listCount[p] + 1));
         }
-    EXPECT_EQ(FxModuleValue(56, 3, FindFxType(56)->defaults[3] * 100.0), 1.0);
 }
 
 TEST(MasterFxLaws, KnobsMapToTheirModuleValues)

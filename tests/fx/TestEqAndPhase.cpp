@@ -2,6 +2,7 @@
 #include "fx/DCRemover.h"
 #include "fx/EQ_M.h"
 #include "fx/EQ_ST.h"
+#include "fx/FxRig.h"
 #include "fx/PhaseFilter.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 #include <vector>
 
 using namespace filtertest;
+using fxrig::SetParams;
 
 namespace
 {
@@ -26,17 +28,6 @@ cd ExpectedPhase(double f, int stages, double b, double hz)
     return h / (1.0 - 0.8 * b * z1 * h) * (1.0 - 0.8 * b * 0.65);
 }
 
-void ExpectResponse(PhaseFilter& pf, double f, int stages, double b)
-{
-    for (double hz : {100.0, 700.0, 3000.0, 12000.0})
-    {
-        const Tone t = MeasureTone(pf, hz, 1.0, 0.3);
-        const cd want = ExpectedPhase(f, stages, b, hz);
-        EXPECT_NEAR(std::abs(std::polar(t.gain, t.phase) - want), 0.0, 2e-3)
-            << "stages " << stages << " at " << hz << " Hz: phase " << t.phase << " want " << std::arg(want);
-    }
-}
-
 double EqDb(DSPShell& eq, double hz)
 {
     return MeasureTone(eq, hz, 1.0, 0.4).dB();
@@ -49,37 +40,37 @@ double ShelfAmp(double dB)
 } // namespace
 
 // The stage knob gives min(truncate(4x + 3), 7) stages: 3, 5 and 7 for 0, 0.5 and 1. The response
-// is that of the all-pass chain with a = 1 - f^4, with and without feedback.
-TEST(PhaseFilter, StageCountAndCoefficientLaw)
+// is that of the all-pass chain with a = 1 - f^4, with and without feedback. Spread moves the two
+// channels apart: 2x - 1 added to the left's frequency, taken off the right's.
+TEST(PhaseFilter, StagesCoefficientFeedbackAndSpread)
 {
-    const double f = 0.45;
-    PhaseFilter pf(false);
-    pf.SetParam(0, f);
-    pf.SetParam(2, 0.5);
-    const std::pair<double, int> stageCases[] = {{1.0, 7}, {0.0, 3}, {0.5, 5}};
-    for (auto [x, stages] : stageCases)
+    struct Row
     {
-        pf.SetParam(3, x);
-        EXPECT_EQ(int(pf.mStages), stages);
-        ExpectResponse(pf, f, stages, 0.0);
-    }
-    pf.SetParam(1, 0.5);
-    ExpectResponse(pf, f, 5, 0.5);
-}
-
-// Spread moves the two channels apart: 2x - 1 added to the left's frequency, taken off the right's.
-TEST(PhaseFilter, SpreadOpposesChannels)
-{
-    PhaseFilter left(false), right(true);
-    for (PhaseFilter* pf : {&left, &right})
+        bool right;
+        double p1, p2, p3, p4; // frequency, feedback, spread, stages
+        double f;              // the channel's frequency after the spread
+        int stages;
+    };
+    const Row rows[] = {
+        {false, 0.45, 0.0, 0.5, 1.0, 0.45, 7}, {false, 0.45, 0.0, 0.5, 0.0, 0.45, 3},
+        {false, 0.45, 0.0, 0.5, 0.5, 0.45, 5}, {false, 0.45, 0.5, 0.5, 0.5, 0.45, 5},
+        {false, 0.3, 0.0, 0.6, 0.0, 0.5, 3},   {true, 0.3, 0.0, 0.6, 0.0, 0.1, 3},
+    };
+    for (const Row& r : rows)
     {
-        pf->SetParam(0, 0.3);
-        pf->SetParam(2, 0.6); // +-0.2
-        pf->SetParam(3, 0.0);
-        pf->Reset();
+        PhaseFilter pf(r.right);
+        SetParams(pf, {r.p1, r.p2, r.p3, r.p4});
+        pf.Reset();
+        EXPECT_EQ(int(pf.mStages), r.stages);
+        for (double hz : {100.0, 700.0, 3000.0, 12000.0})
+        {
+            const Tone t = MeasureTone(pf, hz, 1.0, 0.3);
+            const cd want = ExpectedPhase(r.f, r.stages, r.p2, hz);
+            EXPECT_NEAR(std::abs(std::polar(t.gain, t.phase) - want), 0.0, 2e-3)
+                << (r.right ? "right" : "left") << " stages " << r.stages << " feedback " << r.p2 << " at "
+                << hz << " Hz";
+        }
     }
-    ExpectResponse(left, 0.5, 3, 0.0);
-    ExpectResponse(right, 0.1, 3, 0.0);
 }
 
 // Each layout with its four knobs (gain knobs as amplitudes 10^(dB / 40) for shelves, as 0..1

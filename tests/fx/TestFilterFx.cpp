@@ -1,14 +1,12 @@
-#include "common/FilterMeasure.h"
-#include "common/Measure.h"
 #include "dsp/FreqMapping.h"
 #include "dsp/IppBiquad.h"
 #include "fx/FilterFx.h"
+#include "fx/FxRig.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <complex>
-#include <random>
 #include <vector>
 
 using namespace filtertest;
@@ -23,11 +21,7 @@ constexpr double kQ0 = 0.725;
 std::unique_ptr<FilterFx> Make(int type, double p1, double p2, double p4, double p5 = 1.0)
 {
     auto fx = std::make_unique<FilterFx>(type, false);
-    fx->SetParam(0, p1);
-    fx->SetParam(1, p2);
-    fx->SetParam(2, 0.5); // no spread
-    fx->SetParam(3, p4);
-    fx->SetParam(4, p5);
+    fxrig::SetParams(*fx, {p1, p2, 0.5, p4, p5}); // P3 0.5: no spread
     SettleControls(*fx, 0.3);
     return fx;
 }
@@ -43,13 +37,6 @@ double OctaveDrop(FilterFx& fx, double hz)
     return MeasureTone(fx, hz).dB() - MeasureTone(fx, 2.0 * hz).dB();
 }
 
-// Complex response by the impulse response after the controls have settled.
-std::vector<double> Impulse(FilterFx& fx, int length)
-{
-    std::vector<double> x(length, 0.0);
-    x[0] = 1.0;
-    return RunBlocks(fx, x);
-}
 } // namespace
 
 // Gains at and around the corner against the section laws: a low- or high-pass section at
@@ -122,7 +109,7 @@ TEST(FilterFx, VowelFormantPeaks)
     for (const Case& c : cases)
     {
         auto fx = Make(kFxVowel, c.pos, c.set, 1.0, 0.0);
-        const std::vector<double> h = Impulse(*fx, 4096);
+        const std::vector<double> h = fxrig::ImpulseResponse(*fx, 4096);
         for (double f : c.formants)
         {
             double best = 0.0, bestHz = 0.0;

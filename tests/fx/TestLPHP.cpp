@@ -4,6 +4,7 @@
 #include "common/FilterMeasure.h"
 #include "dsp/FreqMapping.h"
 #include "dsp/TimeBase.h"
+#include "fx/FxRig.h"
 #include "fx/LPHP.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 
 namespace
 {
+using fxrig::SetParams;
 constexpr double kRate = 48000.0;
 constexpr double kAmp = 0.01; // low enough for the drive's tanh to be linear
 
@@ -54,39 +56,50 @@ double Measure(DSPShell& f, double hz)
     return filtertest::MeasureTone(f, hz, kAmp, 0.3).dB();
 }
 
-LPHP& Configure(LPHP& f, double hp, double lp, int mode)
-{
-    f.SetParam(0, hp);
-    f.SetParam(1, lp);
-    f.SetParam(2, 0.0);
-    f.SetParam(3, mode);
-    f.Reset();
-    return f;
-}
 } // namespace
 
-TEST_F(LPHPTest, CornersAndSlopesPerMode)
+// The modes stack 2, 4 or 6 sections on both sides (24, 48, 72 dB per octave): at the corner n
+// sections at Q 0.725 give n x 20 log10(0.725) dB, and below the high-pass corner the slope is
+// 12 dB per octave per section. VARILPHP's slope lists count 1 to 4 sections on each side.
+TEST_F(LPHPTest, CornersAndSlopesPerModeAndVariableSlope)
 {
     const double corner = MapFreqHz(0.5f); // about 1 kHz
-    for (int mode = 0; mode < 3; ++mode)
+    struct Row
     {
-        SCOPED_TRACE(kLphpModeLabels[size_t(mode)]);
-        const int n = 2 * (mode + 1);
-        // A section at Q 0.725 is 20 log10(0.725) = -2.79 dB at its corner.
-        LPHP low(false);
-        Configure(low, 0.0, 0.5, mode);
-        EXPECT_NEAR(Measure(low, corner), n * 20.0 * std::log10(0.725) + Db(Drive(corner)), 0.05);
-        for (double k : {2.0, 4.0})
-            EXPECT_NEAR(Measure(low, k * corner), Db(Serial(n, 0.5, n, 0.0, k * corner)), 0.1);
-
-        LPHP high(false);
-        Configure(high, 0.5, 0.9, mode);
-        EXPECT_NEAR(Measure(high, corner), n * 20.0 * std::log10(0.725) + Db(Drive(corner)), 0.05);
-        const double half = Measure(high, corner / 2), quarter = Measure(high, corner / 4);
-        EXPECT_NEAR(half, Db(Serial(n, 0.9, n, 0.5, corner / 2)), 0.1);
-        EXPECT_NEAR(quarter, Db(Serial(n, 0.9, n, 0.5, corner / 4)), 0.1);
-        // 6 dB per octave per pole, two poles a section: 24, 48, 72 dB per octave.
-        EXPECT_NEAR(half - quarter, 12.0 * n, 0.03 * 12.0 * n);
+        bool variable;
+        double hp, lp;
+        int mode, lowN, highN;
+        double probe; // over the corner
+    };
+    const Row rows[] = {
+        {false, 0.0, 0.5, 0, 2, 2, 1.0}, {false, 0.0, 0.5, 1, 4, 4, 2.0}, {false, 0.0, 0.5, 2, 6, 6, 4.0},
+        {false, 0.5, 0.9, 0, 2, 2, 1.0}, {false, 0.5, 0.9, 1, 4, 4, 0.5}, {false, 0.5, 0.9, 2, 6, 6, 0.5},
+        {true, 0.5, 0.9, 0, 4, 1, 0.5},  {true, 0.5, 0.9, 1, 3, 2, 0.5},  {true, 0.5, 0.9, 2, 2, 3, 0.5},
+        {true, 0.5, 0.9, 3, 1, 4, 0.5},
+    };
+    for (const Row& r : rows)
+    {
+        SCOPED_TRACE(testing::Message()
+                     << (r.variable ? "VARILPHP slope " : "LPHP mode ") << r.mode << " at " << r.probe);
+        std::unique_ptr<DSPShell> f;
+        if (r.variable)
+        {
+            f = std::make_unique<VARILPHP>(false);
+            SetParams(*f, {r.hp, double(r.mode), r.lp, double(3 - r.mode)});
+        }
+        else
+        {
+            f = std::make_unique<LPHP>(false);
+            SetParams(*f, {r.hp, r.lp, 0.0, double(r.mode)});
+        }
+        f->Reset();
+        const double hz = r.probe * corner;
+        EXPECT_NEAR(Measure(*f, hz), Db(Serial(r.lowN, r.lp, r.highN, r.hp, hz)), 0.1);
+        if (r.probe == 0.5)
+        {
+            const double slope = Measure(*f, hz) - Measure(*f, hz / 2);
+            EXPECT_NEAR(slope, 12.0 * r.highN, 0.03 * 12.0 * r.highN);
+        }
     }
 }
 
@@ -96,7 +109,8 @@ TEST_F(LPHPTest, ParallelModeSumsWithoutReset)
     // both bands do. DC settles to 0 in series; the switch to parallel keeps the memories, so the
     // DC of the low-pass is there from the first sample on, with no transient.
     LPHP f(false);
-    Configure(f, 0.7, 0.3, 0);
+    SetParams(f, {0.7, 0.3, 0.0, 0.0});
+    f.Reset();
     std::vector<double> dc(gBlockLen, kAmp), out(gBlockLen);
     f.mIn1 = dc.data();
     f.mOut1 = out.data();
@@ -111,37 +125,11 @@ TEST_F(LPHPTest, ParallelModeSumsWithoutReset)
         for (double v : out)
             EXPECT_NEAR(v, std::tanh(kAmp), 1e-8);
     }
-
-    // Tones: series against parallel, both by the section formula.
-    const double hz = 10000.0;
-    LPHP serial(false), parallel(false);
-    Configure(serial, 0.7, 0.3, 0);
-    Configure(parallel, 0.7, 0.3, 3);
-    EXPECT_NEAR(Measure(serial, hz), Db(Serial(2, 0.3, 2, 0.7, hz)), 0.5);
-    const std::complex<double> sum =
-        Drive(hz) * (std::pow(Section(false, 0.3, hz), 2) + std::pow(Section(true, 0.7, hz), 2));
-    EXPECT_NEAR(Measure(parallel, hz), Db(sum), 0.05);
-    EXPECT_NEAR(
-        Measure(parallel, 50.0),
-        Db(Drive(50.0) * (std::pow(Section(false, 0.3, 50.0), 2) + std::pow(Section(true, 0.7, 50.0), 2))),
-        0.05);
-}
-
-TEST_F(LPHPTest, VariableSlopesCountSections)
-{
-    const double corner = MapFreqHz(0.5f);
-    for (int index = 0; index < 4; ++index)
+    // Tones against the sum of the two chains by the section formula.
+    for (const double hz : {50.0, 10000.0})
     {
-        SCOPED_TRACE(kVariLphpSlopeLabels[size_t(index)]);
-        VARILPHP f(false);
-        f.SetParam(0, 0.5);
-        f.SetParam(1, index);
-        f.SetParam(2, 0.9);
-        f.SetParam(3, 3 - index);
-        f.Reset();
-        const int n = index + 1;
-        const double half = Measure(f, corner / 2), quarter = Measure(f, corner / 4);
-        EXPECT_NEAR(half, Db(Serial(4 - index, 0.9, n, 0.5, corner / 2)), 0.1);
-        EXPECT_NEAR(half - quarter, 12.0 * n, 0.03 * 12.0 * n);
+        const std::complex<double> sum =
+            Drive(hz) * (std::pow(Section(false, 0.3, hz), 2) + std::pow(Section(true, 0.7, hz), 2));
+        EXPECT_NEAR(Measure(f, hz), Db(sum), 0.05) << hz;
     }
 }

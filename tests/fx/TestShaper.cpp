@@ -1,13 +1,13 @@
 // Shaping effects on a sine: which harmonics each curve makes, and the level laws of the amounts.
 
-#include "common/FilterMeasure.h"
+#include "common/SineFit.h"
 #include "dsp/TimeBase.h"
+#include "fx/FxRig.h"
 #include "fx/Shaper.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <complex>
 #include <vector>
 
 namespace
@@ -24,27 +24,16 @@ struct Spectrum
 };
 
 // Runs a sine of amplitude amp through the module and reads DC and harmonics 1..5 over a window of
-// whole cycles after the filter and smoothers have settled.
+// whole cycles after the filter and smoothers have settled (there the harmonics are orthogonal, so
+// each fit is exact).
 Spectrum Analyse(Shaper& s, double amp)
 {
-    const size_t total = kSettle + kWindow;
-    std::vector<double> x(total);
-    const double w = 2.0 * M_PI * kTone / kRate;
-    for (size_t n = 0; n < total; ++n)
-        x[n] = amp * std::sin(w * double(n));
-    const std::vector<double> y = filtertest::RunBlocks(s, x);
+    const std::vector<double> y = fxrig::RunBlocks(s, fxrig::Sine(kTone, kSettle + kWindow, amp));
     Spectrum sp{};
-    double sum = 0.0;
-    for (size_t n = kSettle; n < total; ++n)
-        sum += y[n];
-    sp.dc = sum / kWindow;
+    for (size_t n = kSettle; n < y.size(); ++n)
+        sp.dc += y[n] / kWindow;
     for (int k = 1; k <= 5; ++k)
-    {
-        std::complex<double> acc = 0.0;
-        for (size_t n = kSettle; n < total; ++n)
-            acc += y[n] * std::polar(1.0, -k * w * double(n));
-        sp.h[k] = 2.0 * std::abs(acc) / kWindow;
-    }
+        sp.h[k] = testfit::FitSine(y, 2.0 * M_PI * k * kTone / kRate, kSettle, kWindow).amplitude;
     return sp;
 }
 
@@ -58,11 +47,7 @@ struct ShaperTest : ::testing::Test
 Spectrum WaveShape(int mode, double amp)
 {
     Shaper s(6, false);
-    s.SetParam(0, mode);
-    s.SetParam(1, 0.0);
-    s.SetParam(2, 0.5);
-    s.SetParam(3, 0.0);
-    s.SetParam(4, 0.5);
+    fxrig::SetParams(s, {double(mode), 0.0, 0.5, 0.0, 0.5});
     s.Reset();
     return Analyse(s, amp);
 }
@@ -70,10 +55,7 @@ Spectrum WaveShape(int mode, double amp)
 // A slot type with its low-pass open, no resonance and no spread.
 Shaper& Open(Shaper& s, double amount)
 {
-    s.SetParam(0, amount);
-    s.SetParam(1, 1.0);
-    s.SetParam(2, 0.0);
-    s.SetParam(3, 0.5);
+    fxrig::SetParams(s, {amount, 1.0, 0.0, 0.5});
     s.Reset();
     return s;
 }
@@ -155,25 +137,18 @@ TEST_F(ShaperTest, LofiOneHoldsAtItsStepAndFiltersByList)
     // Step 1 - a^0.125 * 0.99 = 0.25: the held value changes every fourth sample.
     Shaper s(24, false);
     Open(s, std::pow(0.75 / 0.99, 8.0));
-    const size_t n = 3200;
-    std::vector<double> x(n);
-    for (size_t i = 0; i < n; ++i)
-        x[i] = 0.1 * std::sin(0.05 * double(i));
-    const std::vector<double> y = filtertest::RunBlocks(s, x);
+    const std::vector<double> y = fxrig::RunBlocks(s, fxrig::Sine(382.0, 3200, 0.1));
     int changes = 0;
-    for (size_t i = 1; i < n; ++i)
+    for (size_t i = 1; i < y.size(); ++i)
         changes += y[i] != y[i - 1];
-    EXPECT_NEAR(changes, n / 4, 2);
+    EXPECT_NEAR(changes, int(y.size() / 4), 2);
 
     // FILTER MODE of the FB variant: LP passes a tone a decade below the corner, HP takes it
     // down by about 40 dB (a section's (f/fc)^2).
     auto gainAt100 = [](double mode)
     {
         Shaper f(15, false);
-        f.SetParam(0, 0.0);
-        f.SetParam(1, std::log(1000.0 / 50.0) / std::log(400.0));
-        f.SetParam(2, mode);
-        f.SetParam(3, 0.5);
+        fxrig::SetParams(f, {0.0, std::log(1000.0 / 50.0) / std::log(400.0), mode, 0.5});
         f.Reset();
         return filtertest::MeasureTone(f, 100.0, 0.01, 0.3).dB();
     };

@@ -7,12 +7,14 @@
 #include <cmath>
 #include <cstdint>
 #include <numbers>
+#include <tuple>
 #include <vector>
 
 namespace
 {
-// Steps after each of `ticks` rising edges of a clock flag (high for one block, low for one).
-std::vector<int> ClockedSteps(ArpGate& gate, int ticks)
+// Steps after each of `ticks` rising edges of a clock flag (high for one block, low for one);
+// `pulses` gets 2 x LEVEL + START of each tick. A pulse must last one block.
+std::vector<int> ClockedSteps(ArpGate& gate, int ticks, std::vector<int>* pulses = nullptr)
 {
     std::uint8_t flag = 0;
     gate.setClock(&flag);
@@ -22,72 +24,50 @@ std::vector<int> ClockedSteps(ArpGate& gate, int ticks)
         flag = 1;
         gate.processBlock(0.0, 120.0f);
         steps.push_back(gate.Step());
+        if (pulses != nullptr) pulses->push_back(2 * *gate.LevelPulse() + *gate.StartPulse());
         flag = 0;
         gate.processBlock(0.0, 120.0f);
         EXPECT_EQ(gate.Step(), steps.back()) << "a low clock must not move the step";
+        EXPECT_EQ(*gate.LevelPulse() + *gate.StartPulse(), 0) << "a pulse lasts one block";
     }
     return steps;
-}
-
-// Where the k-th tick (k = 1, 2, ...) of a sequence of `length` steps should land.
-int ExpectedStep(int direction, int length, int k)
-{
-    switch (direction)
-    {
-    case ArpGate::kBackward:
-        return length - 1 - k % length;
-    case ArpGate::kForwardBackward:
-    {
-        const int m = k % (2 * length);
-        return m < length ? m : 2 * length - 1 - m;
-    }
-    default:
-        return k % length;
-    }
 }
 
 class ArpGateTest : public ::testing::Test
 {
   protected:
     void SetUp() override { SetTimeBase(44100.0); }
+    void TearDown() override { SetTimeBase(44100.0); }
 };
 } // namespace
 
-TEST_F(ArpGateTest, DirectionsStepThroughEveryLength)
+TEST_F(ArpGateTest, DirectionsStepThroughTheirSequences)
 {
-    // Literal sequences first, so a wrong fold cannot hide behind the helper.
+    // {direction, length, steps after each clock tick}: the sequence starts at step 0, so the
+    // first tick moves it; forward-backward repeats its ends.
+    const std::tuple<int, int, std::vector<int>> rows[] = {
+        {ArpGate::kForward, 5, {1, 2, 3, 4, 0, 1, 2}},
+        {ArpGate::kForward, 1, {0, 0, 0}},
+        {ArpGate::kBackward, 4, {2, 1, 0, 3, 2, 1}},
+        {ArpGate::kForwardBackward, 3, {1, 2, 2, 1, 0, 0, 1, 2}},
+        {ArpGate::kForwardBackward, 1, {0, 0, 0}},
+        {ArpGate::kForwardBackward, 16, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 15, 14, 13}},
+    };
+    for (const auto& [direction, length, steps] : rows)
     {
         ArpGate gate;
-        gate.setLength(3);
-        gate.setDirection(ArpGate::kForwardBackward);
-        EXPECT_EQ(ClockedSteps(gate, 8), (std::vector<int>{1, 2, 2, 1, 0, 0, 1, 2}));
+        gate.setLength(length);
+        gate.setDirection(direction);
+        EXPECT_EQ(ClockedSteps(gate, int(steps.size())), steps)
+            << "direction " << direction << " length " << length;
     }
-    {
-        ArpGate gate;
-        gate.setLength(4);
-        gate.setDirection(ArpGate::kBackward);
-        EXPECT_EQ(ClockedSteps(gate, 6), (std::vector<int>{2, 1, 0, 3, 2, 1}));
-    }
-    {
-        // A clock held high counts once, on its rise.
-        ArpGate gate;
-        std::uint8_t flag = 1;
-        gate.setClock(&flag);
-        for (int b = 0; b < 5; ++b)
-            gate.processBlock(0.0, 120.0f);
-        EXPECT_EQ(gate.Step(), 1);
-    }
-    for (int direction : {ArpGate::kForward, ArpGate::kBackward, ArpGate::kForwardBackward})
-        for (int length : {1, 2, 5, 8, 16})
-        {
-            ArpGate gate;
-            gate.setLength(length);
-            gate.setDirection(direction);
-            const std::vector<int> steps = ClockedSteps(gate, 3 * length + 2);
-            for (int k = 1; k <= static_cast<int>(steps.size()); ++k)
-                ASSERT_EQ(steps[k - 1], ExpectedStep(direction, length, k))
-                    << "direction " << direction << " length " << length << " tick " << k;
-        }
+    // A clock held high counts once, on its rise.
+    ArpGate gate;
+    std::uint8_t flag = 1;
+    gate.setClock(&flag);
+    for (int b = 0; b < 5; ++b)
+        gate.processBlock(0.0, 120.0f);
+    EXPECT_EQ(gate.Step(), 1);
 }
 
 TEST_F(ArpGateTest, RandomDrawsInsideTheSequenceAndCounterGrows)
@@ -96,17 +76,29 @@ TEST_F(ArpGateTest, RandomDrawsInsideTheSequenceAndCounterGrows)
     gate.setLength(5);
     gate.setDirection(ArpGate::kRandom);
     gate.SeedRandom(1234);
-    const std::vector<int> steps = ClockedSteps(gate, 400);
     std::vector<int> histogram(5, 0);
-    for (int s : steps)
+    for (int s : ClockedSteps(gate, 400))
     {
-        ASSERT_GE(s, 0);
-        ASSERT_LT(s, 5);
+        ASSERT_TRUE(s >= 0 && s < 5) << s;
         ++histogram[s];
     }
     for (int count : histogram)
         EXPECT_GT(count, 40); // 80 expected per step
     EXPECT_EQ(gate.Counter(), 400);
+}
+
+TEST_F(ArpGateTest, PulsesRiseOnceACycle)
+{
+    // Levels 0, 1, 1, 0.5: the LEVEL pulse (2) fires on entering the first full step only, step 1,
+    // the START pulse (1) on step 0. The steps run 1, 2, 3, 0, ...
+    ArpGate gate;
+    gate.setLength(4);
+    const double levels[4] = {0.0, 1.0, 1.0, 0.5};
+    for (int s = 0; s < 4; ++s)
+        gate.setStepLevel(s, levels[s]);
+    std::vector<int> pulses;
+    ClockedSteps(gate, 8, &pulses);
+    EXPECT_EQ(pulses, (std::vector<int>{2, 0, 0, 1, 2, 0, 0, 1}));
 }
 
 TEST_F(ArpGateTest, FreeRunningStepsAtTheTempo)
@@ -116,14 +108,13 @@ TEST_F(ArpGateTest, FreeRunningStepsAtTheTempo)
     gate.setLength(16);
     gate.setTimebase(2, nullptr);
     const double perBlock = 4.0 * gBlockLen * 120.0 / 44100.0 / 60.0;
-    int previous = 0;
-    int changes = 0;
+    int previous = 0, changes = 0;
     for (int j = 1; j <= 2760; ++j) // just over two seconds
     {
         gate.processBlock(0.0, 120.0f);
         const bool expected = std::floor(j * perBlock) > std::floor((j - 1) * perBlock);
         ASSERT_EQ(gate.Step() != previous, expected) << "block " << j;
-        changes += expected ? 1 : 0;
+        changes += expected;
         previous = gate.Step();
     }
     EXPECT_EQ(changes, 16);
@@ -132,76 +123,36 @@ TEST_F(ArpGateTest, FreeRunningStepsAtTheTempo)
 
 TEST_F(ArpGateTest, SyncedStepFollowsHostPosition)
 {
-    ArpGate gate;
-    gate.setLength(8);
-    gate.setSyncSwitch(true);
-    gate.setTimebase(1, nullptr); // 1/8: two steps a beat
+    // Settings applied in order, then a block at the host position: {length, direction, timebase,
+    // beat position, step}. 1/8 makes two steps a beat, 1/4d 2/3 of a step; a clock timebase
+    // turns sync off and a note value brings it back.
     const std::uint8_t flag = 0;
-
-    gate.processBlock(1.6, 120.0f);
-    EXPECT_EQ(gate.Step(), 3);
-    gate.processBlock(5.0, 120.0f); // tenth eighth: 10 mod 8
-    EXPECT_EQ(gate.Step(), 2);
-    gate.processBlock(5.0, 120.0f); // same position, recomputed to the same step
-    EXPECT_EQ(gate.Step(), 2);
-    gate.setLength(3); // length change moves the step at once
-    gate.processBlock(5.0, 120.0f);
-    EXPECT_EQ(gate.Step(), 1);
-
-    gate.setLength(8);
-    gate.setDirection(ArpGate::kBackward);
-    gate.processBlock(5.0, 120.0f);
-    EXPECT_EQ(gate.Step(), 5);
-    gate.setDirection(ArpGate::kForwardBackward);
-    gate.processBlock(5.2, 120.0f); // counter 10 of 16 folds to 5
-    EXPECT_EQ(gate.Step(), 5);
-    gate.processBlock(-0.6, 120.0f); // pre-roll: counter -1 wraps to the last position
-    EXPECT_EQ(gate.Step(), 0);
-
-    gate.setDirection(ArpGate::kForward);
-    gate.setTimebase(5, nullptr); // 1/4d: 2/3 step a beat
-    gate.processBlock(4.6, 120.0f);
-    EXPECT_EQ(gate.Step(), 3);
-
-    // A clock timebase turns sync off; a note value brings it back.
-    gate.setTimebase(ArpGate::kFirstClockTimebase, &flag);
-    gate.processBlock(12.0, 120.0f);
-    EXPECT_EQ(gate.Step(), 3);
-    gate.setTimebase(0, nullptr);
-    gate.processBlock(12.0, 120.0f);
-    EXPECT_EQ(gate.Step(), 4);
-}
-
-TEST_F(ArpGateTest, PulsesRiseOnceACycle)
-{
-    // Levels 0, 1, 1, 0.5: the LEVEL pulse fires on entering the first full step only, the START
-    // pulse on step 0; both last one block.
+    const int fwd = ArpGate::kForward, back = ArpGate::kBackward, fb = ArpGate::kForwardBackward;
+    const std::tuple<int, int, int, double, int> rows[] = {
+        {8, fwd, 1, 1.6, 3},  {8, fwd, 1, 5.0, 2}, // tenth eighth: 10 mod 8
+        {8, fwd, 1, 5.0, 2},  {3, fwd, 1, 5.0, 1}, // same place again; a new length moves at once
+        {8, back, 1, 5.0, 5}, {8, fb, 1, 5.2, 5},  // counter 10 of 16 folds to 5
+        {8, fb, 1, -0.6, 0},                       // pre-roll: counter -1 wraps to the last place
+        {8, fwd, 5, 4.6, 3},  {8, fwd, ArpGate::kFirstClockTimebase, 12.0, 3},
+        {8, fwd, 0, 12.0, 4},
+    };
     ArpGate gate;
-    gate.setLength(4);
-    const double levels[4] = {0.0, 1.0, 1.0, 0.5};
-    for (int s = 0; s < 4; ++s)
-        gate.setStepLevel(s, levels[s]);
-    std::uint8_t tick = 0;
-    gate.setClock(&tick);
-    int level = 0, start = 0;
-    for (int t = 0; t < 8; ++t)
+    gate.setSyncSwitch(true);
+    for (const auto& [length, direction, timebase, beat, step] : rows)
     {
-        tick = 1;
-        gate.processBlock(0.0, 120.0f);
-        EXPECT_EQ(*gate.LevelPulse() != 0, gate.Step() == 1) << "tick " << t;
-        EXPECT_EQ(*gate.StartPulse() != 0, gate.Step() == 0) << "tick " << t;
-        level += *gate.LevelPulse();
-        start += *gate.StartPulse();
-        tick = 0;
-        gate.processBlock(0.0, 120.0f);
-        EXPECT_EQ(*gate.LevelPulse() + *gate.StartPulse(), 0);
+        gate.setLength(length);
+        gate.setDirection(direction);
+        gate.setTimebase(timebase, timebase >= ArpGate::kFirstClockTimebase ? &flag : nullptr);
+        gate.processBlock(beat, 120.0f);
+        EXPECT_EQ(gate.Step(), step) << "timebase " << timebase << " at beat " << beat;
     }
-    EXPECT_EQ(level, 2);
-    EXPECT_EQ(start, 2);
 }
 
-TEST_F(ArpGateTest, GlideMatchesPerSampleRecursion)
+TEST_F(ArpGateTest, GlideAndPolarityShapeTheOutput)
 {
+    // The glide is a one-pole recursion with time constant 1.5 x 20 ms / (2 pi) towards the step's
+    // value, sample by sample, alike at every rate.
+    const double levels[4] = {0.9, 0.1, 0.75, 0.3};
     for (double rate : {44100.0, 96000.0})
     {
         SetTimeBase(rate);
@@ -210,30 +161,25 @@ TEST_F(ArpGateTest, GlideMatchesPerSampleRecursion)
         gate.Reset();
         gate.setPolarity(ArpGate::kBipolar);
         gate.setDepth(0.5);
-        const double levels[4] = {0.9, 0.1, 0.75, 0.3};
         for (int s = 0; s < 4; ++s)
             gate.setStepLevel(s, levels[s]);
         gate.setLength(4);
         const double a = std::exp(-2.0 * std::numbers::pi / (20.0 * 1.5 * 0.001 * rate));
         std::uint8_t tick = 0;
         gate.setClock(&tick);
-        double y = 0.0;
-        double maxErr = 0.0;
+        double y = 0.0, maxErr = 0.0;
         for (int b = 0; b < 400; ++b)
         {
             tick = (b % 50 == 0) ? 1 : 0;
             gate.processBlock(0.0, 120.0f);
-            const double target = levels[gate.Step()] * 2.0 - 1.0;
             for (int k = 0; k < gBlockLen; ++k)
             {
-                y = a * y + (1.0 - a) * target;
+                y = a * y + (1.0 - a) * (levels[gate.Step()] * 2.0 - 1.0);
                 maxErr = std::max(maxErr, std::fabs(gate.Out()[k] - 0.5 * y));
             }
         }
         EXPECT_LT(maxErr, 1e-6) << rate; // the tabled powers are single precision
     }
-    SetTimeBase(44100.0);
-
     // No glide: the step value from the first sample, through each polarity and the depth.
     ArpGate gate;
     gate.setStepLevel(0, 0.25);
@@ -243,8 +189,8 @@ TEST_F(ArpGateTest, GlideMatchesPerSampleRecursion)
     {
         gate.setPolarity(p);
         gate.processBlock(0.0, 120.0f);
-        EXPECT_DOUBLE_EQ(gate.Out()[0], expected[p]);
-        EXPECT_DOUBLE_EQ(gate.Out()[31], expected[p]);
+        EXPECT_DOUBLE_EQ(gate.Out()[0], expected[p]) << p;
+        EXPECT_DOUBLE_EQ(gate.Out()[31], expected[p]) << p;
     }
 }
 
@@ -261,22 +207,18 @@ TEST(StepPresets, PatternsAndGrid)
         ASSERT_EQ(p.count, 5) << kStepPresetNames[preset];
         for (int i = 0; i < 5; ++i)
             EXPECT_NEAR(p.levels[i], expected[preset][i], 1e-12) << kStepPresetNames[preset] << " step " << i;
+        // One step: finite values, no division by zero.
+        EXPECT_TRUE(std::isfinite(MakeStepPattern(preset, 1, 0, 7).levels[0])) << kStepPresetNames[preset];
     }
-
     // A 4-step grid moves 1/3 and 2/3 to the nearest quarters.
     const StepPattern ramp = MakeStepPattern(kStepPresetRamp, 4, 4, 0);
     EXPECT_EQ(std::vector<double>(ramp.levels.begin(), ramp.levels.begin() + 4),
               (std::vector<double>{0.0, 0.25, 0.75, 1.0}));
-    // One step: finite values, no division by zero.
-    for (int preset = 0; preset < kNumStepPresets; ++preset)
-        EXPECT_TRUE(std::isfinite(MakeStepPattern(preset, 1, 0, 7).levels[0]));
-
     // Random patterns fill all 16 steps, repeatably per seed, snapped to the grid when asked.
     const StepPattern r1 = MakeStepPattern(kStepPresetRandomize, 3, 0, 99);
     EXPECT_EQ(r1.count, 16);
     EXPECT_EQ(r1.levels, MakeStepPattern(kStepPresetRandomize, 3, 0, 99).levels);
     EXPECT_NE(r1.levels, MakeStepPattern(kStepPresetRandomize, 3, 0, 100).levels);
-    const StepPattern snapped = MakeStepPattern(kStepPresetRandomize, 3, 2, 99);
-    for (double v : snapped.levels)
+    for (double v : MakeStepPattern(kStepPresetRandomize, 3, 2, 99).levels)
         EXPECT_TRUE(v == 0.0 || v == 0.5 || v == 1.0) << v;
 }

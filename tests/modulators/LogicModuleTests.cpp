@@ -6,16 +6,19 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <tuple>
 
 namespace
 {
 using Block = std::array<double, gBlockLen>;
+using Four = std::array<double, 4>;
 
 // Four (a, b) pairs repeated over the block; the expected rows below are worked by hand.
-constexpr std::array<double, 4> kA = {0.5, -0.6, 0.1, -0.2};
-constexpr std::array<double, 4> kB = {-0.3, 0.2, 0.4, -0.7};
+constexpr Four kA = {0.5, -0.6, 0.1, -0.2};
+constexpr Four kB = {-0.3, 0.2, 0.4, -0.7};
+constexpr Four kZero = {0.0, 0.0, 0.0, 0.0};
 
-Block Pattern(const std::array<double, 4>& values)
+Block Pattern(const Four& values)
 {
     Block block{};
     for (int i = 0; i < gBlockLen; ++i)
@@ -30,92 +33,55 @@ Block Constant(double value)
     return block;
 }
 
-void ExpectPattern(const LogicModule& logic, const std::array<double, 4>& expected, const char* what)
+void ExpectPattern(const LogicModule& logic, const Four& expected)
 {
     for (int i = 0; i < gBlockLen; ++i)
-        EXPECT_NEAR(logic.Output()[i], expected[i % 4], 1e-12) << what << " at " << i;
+        EXPECT_NEAR(logic.Output()[i], expected[i % 4], 1e-12) << "at " << i;
 }
 } // namespace
 
-TEST(LogicModule, ModesOnKnownInputs)
+TEST(LogicModule, ModesDepthsAndClipOnKnownInputs)
 {
-    const Block a = Pattern(kA);
-    const Block b = Pattern(kB);
-    struct Case
-    {
-        int menu;
-        std::array<double, 4> expected;
+    const Block a = Pattern(kA), b = Pattern(kB), big = Constant(0.9);
+    // {menu, source 1, source 2, their depths and the output depth in percent, expected}; a missing
+    // source counts as zero; the sum is clipped to -1..1.
+    const std::tuple<int, const double*, const double*, double, double, double, Four> cases[] = {
+        {0, a.data(), b.data(), 100, 100, 100, {0.2, -0.4, 0.5, -0.9}},     // ADD
+        {1, a.data(), b.data(), 100, 100, 100, {-0.15, -0.12, 0.04, 0.14}}, // MULTIPLY
+        {2, a.data(), b.data(), 100, 100, 100, {-0.3, -0.6, 0.1, -0.7}},    // MIN
+        {3, a.data(), b.data(), 100, 100, 100, {0.5, 0.2, 0.4, -0.2}},      // MAX
+        {4, a.data(), b.data(), 100, 100, 100, {0.3, -0.2, 0.1, -0.2}},     // ABS MIN keeps source 1's sign
+        {5, a.data(), b.data(), 100, 100, 100, {0.5, -0.6, 0.4, -0.7}},     // ABS MAX
+        {6, a.data(), b.data(), 100, 100, 100, {0.5, -0.6, 0.0, 0.0}},      // GATE
+        {7, a.data(), b.data(), 100, 100, 100, {1.0, 0.0, 0.0, 1.0}},       // HIGHER
+        {8, a.data(), b.data(), 100, 100, 100, {0.0, 1.0, 1.0, 0.0}},       // LOWER
+        {6, a.data(), nullptr, 100, 100, 100, kA},                          // GATE passes source 1
+        {7, a.data(), nullptr, 100, 100, 100, {1.0, 0.0, 1.0, 0.0}},        // HIGHER: above zero
+        {8, nullptr, nullptr, 100, 100, 100, kZero},                        // LOWER with nothing is 0
+        {8, nullptr, b.data(), 100, 100, 100, {0.0, 1.0, 1.0, 0.0}},        // LOWER: zero below source 2
+        {1, a.data(), nullptr, 100, 100, 100, kA},                          // MULTIPLY without source 2
+        {1, nullptr, b.data(), 100, 100, 100, kZero},                       // MULTIPLY without source 1
+        {4, a.data(), nullptr, 100, 100, 100, kZero},                       // ABS MIN against nothing
+        {0, a.data(), b.data(), 200, -50, 50, {0.575, -0.65, 0.0, -0.025}}, // (2a - b / 2) / 2
+        {0, big.data(), big.data(), 100, 100, 100, {1.0, 1.0, 1.0, 1.0}},   // clipped above
+        {0, big.data(), big.data(), 100, 100, -100, {-1.0, -1.0, -1.0, -1.0}},
     };
-    const std::array<Case, 9> cases = {{
-        {0, {0.2, -0.4, 0.5, -0.9}},     // ADD
-        {1, {-0.15, -0.12, 0.04, 0.14}}, // MULTIPLY
-        {2, {-0.3, -0.6, 0.1, -0.7}},    // MIN
-        {3, {0.5, 0.2, 0.4, -0.2}},      // MAX
-        {4, {0.3, -0.2, 0.1, -0.2}},     // ABS MIN keeps the sign of the first source
-        {5, {0.5, -0.6, 0.4, -0.7}},     // ABS MAX
-        {6, {0.5, -0.6, 0.0, 0.0}},      // GATE
-        {7, {1.0, 0.0, 0.0, 1.0}},       // HIGHER
-        {8, {0.0, 1.0, 1.0, 0.0}},       // LOWER
-    }};
-    for (const Case& c : cases)
+    for (const auto& [menu, s1, s2, depth1, depth2, depth, expected] : cases)
     {
-        LogicModule logic;
-        logic.SetSource1(a.data());
-        logic.SetSource2(b.data());
-        logic.SetModeMenu(c.menu);
-        logic.Reset();
-        logic.Process();
-        ExpectPattern(logic, c.expected, LogicModule::kModeLabels[c.menu]);
-    }
-}
-
-TEST(LogicModule, MissingSourcesCountAsZero)
-{
-    const Block a = Pattern(kA);
-    const Block b = Pattern(kB);
-    auto run = [](int menu, const double* s1, const double* s2, const std::array<double, 4>& expected)
-    {
+        SCOPED_TRACE(testing::Message()
+                     << LogicModule::kModeLabels[menu] << (s1 ? "" : " no source 1")
+                     << (s2 ? "" : " no source 2") << " depths " << depth1 << " " << depth2 << " " << depth);
         LogicModule logic;
         logic.SetSource1(s1);
         logic.SetSource2(s2);
+        logic.SetSource1Depth(depth1);
+        logic.SetSource2Depth(depth2);
+        logic.SetDepth(depth);
         logic.SetModeMenu(menu);
+        logic.Reset();
         logic.Process();
-        ExpectPattern(logic, expected, LogicModule::kModeLabels[menu]);
-    };
-    run(6, a.data(), nullptr, kA);                   // GATE passes source 1
-    run(7, a.data(), nullptr, {1.0, 0.0, 1.0, 0.0}); // HIGHER: above zero
-    run(8, nullptr, nullptr, {0.0, 0.0, 0.0, 0.0});  // LOWER with nothing is 0
-    run(8, nullptr, b.data(), {0.0, 1.0, 1.0, 0.0}); // LOWER: zero below source 2
-    run(1, a.data(), nullptr, kA);                   // MULTIPLY without source 2 passes
-    run(1, nullptr, b.data(), {0.0, 0.0, 0.0, 0.0}); // MULTIPLY without source 1 is 0
-    run(4, a.data(), nullptr, {0.0, 0.0, 0.0, 0.0}); // ABS MIN against nothing
-}
-
-TEST(LogicModule, SourceAndOutputDepthsAndClip)
-{
-    const Block a = Pattern(kA);
-    const Block b = Pattern(kB);
-    LogicModule logic;
-    logic.SetSource1(a.data());
-    logic.SetSource2(b.data());
-    logic.SetSource1Depth(200.0);
-    logic.SetSource2Depth(-50.0);
-    logic.SetDepth(50.0);
-    logic.Process();
-    // (2a - b / 2) / 2
-    ExpectPattern(logic, {0.575, -0.65, 0.0, -0.025}, "scaled ADD");
-
-    const Block big = Constant(0.9);
-    logic.SetSource1(big.data());
-    logic.SetSource2(big.data());
-    logic.SetSource1Depth(100.0);
-    logic.SetSource2Depth(100.0);
-    logic.SetDepth(100.0);
-    logic.Process();
-    ExpectPattern(logic, {1.0, 1.0, 1.0, 1.0}, "clipped above");
-    logic.SetDepth(-100.0);
-    logic.Process();
-    ExpectPattern(logic, {-1.0, -1.0, -1.0, -1.0}, "clipped below");
+        ExpectPattern(logic, expected);
+    }
 
     // A depth source moves the output depth sample by sample: 0.5 (0.2 - 0.5 d[i]).
     const Block half = Constant(0.5);
@@ -132,7 +98,7 @@ TEST(LogicModule, SourceAndOutputDepthsAndClip)
         EXPECT_NEAR(modulated.Output()[i], 0.5 * (0.2 - 0.5 * depth[i]), 1e-12) << i;
 }
 
-TEST(LogicModule, SmoothingTimeConstantAtTwoRates)
+TEST(LogicModule, SmoothingTimeConstantAtTwoRatesAndDepthAfterIt)
 {
     const Block one = Constant(0.8);
     for (double rate : {44100.0, 96000.0})
@@ -152,9 +118,15 @@ TEST(LogicModule, SmoothingTimeConstantAtTwoRates)
                 if (logic.Output()[i] >= 0.8 * (1.0 - std::exp(-1.0))) crossing = block * gBlockLen + i + 1;
         }
         EXPECT_NEAR(crossing, tau, 1.0) << rate;
+        // Halving the depth mid-ramp halves the very next sample: the smoother does not see it.
+        const double before = logic.Output()[gBlockLen - 1];
+        logic.SetDepth(50.0);
+        logic.Process();
+        EXPECT_LT(logic.Output()[0], 0.5 * 0.8);
+        EXPECT_GT(logic.Output()[0], 0.5 * before);
         for (int block = 0; block < 100; ++block)
             logic.Process();
-        EXPECT_NEAR(logic.Output()[gBlockLen - 1], 0.8, 1e-9) << rate;
+        EXPECT_NEAR(logic.Output()[gBlockLen - 1], 0.4, 1e-9) << rate;
     }
     SetTimeBase(44100.0);
 
@@ -166,28 +138,6 @@ TEST(LogicModule, SmoothingTimeConstantAtTwoRates)
     EXPECT_DOUBLE_EQ(direct.Output()[0], 0.8);
 }
 
-TEST(LogicModule, DepthActsAfterSmoothing)
-{
-    // Halving the depth mid-ramp halves the very next sample: the smoother does not see it.
-    const Block step = Constant(0.6);
-    LogicModule changed, steady;
-    for (LogicModule* logic : {&changed, &steady})
-    {
-        logic->SetSource1(step.data());
-        logic->SetSmooth(200.0);
-        logic->Reset();
-        for (int block = 0; block < 10; ++block)
-            logic->Process();
-    }
-    changed.SetDepth(50.0);
-    changed.Process();
-    steady.Process();
-    ASSERT_GT(steady.Output()[0], 0.05);
-    ASSERT_LT(steady.Output()[gBlockLen - 1], 0.5);
-    for (int i = 0; i < gBlockLen; ++i)
-        EXPECT_NEAR(changed.Output()[i], 0.5 * steady.Output()[i], 1e-12);
-}
-
 TEST(LogicModule, ReadsItsOwnOutputOneBlockLate)
 {
     // Depth modulated by the module's own output: w = last output + 0.5, out = 0.5 w, so the
@@ -195,7 +145,6 @@ TEST(LogicModule, ReadsItsOwnOutputOneBlockLate)
     const Block a = Constant(0.5);
     Block bank{};
     LogicModule logic(bank.data());
-    ASSERT_EQ(logic.Output(), bank.data());
     logic.SetSource1(a.data());
     logic.SetDepthSource(bank.data());
     logic.SetDepthMod(100.0);
@@ -207,17 +156,5 @@ TEST(LogicModule, ReadsItsOwnOutputOneBlockLate)
         logic.Process();
         for (int i = 0; i < gBlockLen; ++i)
             ASSERT_NEAR(bank[i], expected, 1e-12) << block << ", " << i;
-    }
-
-    // As its own first source it delays by one block too: ADD of itself and 0.1 counts up.
-    Block bank2{};
-    const Block tenth = Constant(0.1);
-    LogicModule counter(bank2.data());
-    counter.SetSource1(bank2.data());
-    counter.SetSource2(tenth.data());
-    for (int block = 1; block <= 3; ++block)
-    {
-        counter.Process();
-        EXPECT_NEAR(bank2[gBlockLen - 1], 0.1 * block, 1e-12) << block;
     }
 }

@@ -68,19 +68,21 @@ TEST(WaveStore, HoldsThirtyThreeBoundedZeroPaddedRecordsInIdOrderAndTheMenuTwent
         for (int n = 0; n < kN; ++n)
             ASSERT_TRUE(r.samples[n] >= -1.0 && r.samples[n] <= 1.0) << r.name << " at " << n;
     }
-    // The menu lists 27 of them in menu order; six stay unused but stored.
+    // The menu lists 27 of them in this order (stored in presets by index); six stay unused.
+    const int menuIds[] = {0,  1,  2,  3,  4,  5,  6,  7,  9,  10, 11, 12, 13,           14,
+                           15, 33, 32, 16, 17, 34, 35, 36, 37, 18, 19, 20, kRandomWaveId};
     const WaveList list = BuildWaveList();
-    std::set<int> listed;
+    ASSERT_EQ(list.size(), std::size(menuIds));
+    ASSERT_EQ(kWaveMenu.size(), std::size(menuIds));
     for (std::size_t i = 0; i < list.size(); ++i)
     {
         ASSERT_NE(list[i], nullptr) << i;
-        EXPECT_EQ(list[i]->id, kWaveMenu[i].storeId);
+        EXPECT_EQ(list[i]->id, menuIds[i]) << i;
+        EXPECT_EQ(kWaveMenu[i].storeId, menuIds[i]) << i;
         EXPECT_STREQ(list[i]->name, kWaveMenu[i].name);
-        listed.insert(list[i]->id);
+        EXPECT_STREQ(kWaveMenuNames[i], kWaveMenu[i].name);
     }
-    EXPECT_EQ(listed.size(), 27u);
-    for (int unused : {21, 22, 23, 27, 30, 31})
-        EXPECT_EQ(listed.count(unused), 0u) << unused;
+    EXPECT_STREQ(kWaveMenu[26].name, "S&H");
 }
 
 TEST(WaveStore, ShapesHaveTheirStartExtremesMeanAndJumps)

@@ -12,8 +12,8 @@
 #include <vector>
 
 // The catalogue is stored data that presets and hosts depend on: its structure is checked by
-// invariants, a few families whose values carry behaviour by rows, and every field of every
-// record by one golden digest.
+// invariants and the numbering of its families, and every field of every record by one golden
+// digest.
 namespace
 {
 class Catalogue : public ::testing::Test
@@ -94,60 +94,27 @@ TEST_F(Catalogue, EveryRecordIsConsistentAndMatchesTheGoldenDigest)
     EXPECT_EQ(Digest(mParams), kCatalogueDigest) << "catalogue changed; digest now " << digest;
 }
 
-TEST_F(Catalogue, FamiliesSitAtTheirIdsWithTheirLaws)
+// Every field of every record is pinned by the digest; what the numbering must follow is stated
+// here: members of a family sit at first id + member, effect rows twelve wide and position-major,
+// step rows gate-major, and only the first slot starts on.
+TEST_F(Catalogue, FamiliesAreNumberedByPlace)
 {
-    // {first id, last id, first name, last name, default, min, max, step, shape, unit}
-    struct Row
-    {
-        int first, last;
-        const char *firstName, *lastName;
-        double def, min, max, step, shape;
-        const char* unit;
-    };
-    const Row rows[] = {
-        {0, 0, "SlotOn 1", "SlotOn 1", 1, 0, 1, 1, 1, ""}, // only the first slot starts on
-        {1, 3, "SlotOn 2", "SlotOn 4", 0, 0, 1, 1, 1, ""},
-        {4, 7, "DelayOn 1", "DelayOn 4", 1, 0, 1, 1, 1, ""},
-        {44, 47, "Input Gain 1", "Input Gain 4", -3, -60, 12, 0.1, 0.5, "dB"},
-        {68, 71, "Feedback 1", "Feedback 4", 50, 0, 160, 0.1, 1, "%"},
-        {116, 127, "FXParam1 1 PR", "FXParam1 4 PO", 0, 0, 100, 0.01, 1, "%"}, // position-major
-        {344, 347, "Delay TimeL 1", "Delay TimeL 4", 500, 1, 4000, 0.01, 3, "ms"},
-        {384, 447, "TapDelay1 Step1 Time", "TapDelay4 Step16 Time", 100, 0, 100, 0.1, 1, "%"}, // gate-major
-        {776, 779, "Delay Lopass 1", "Delay Lopass 4", 7500, 200, 20000, 0.1, 4, "Hz"},
-        {864, 867, "LFO Rate 1", "LFO Rate 4", 0.5, 0.001, 500, 0.01, 4, "Hz"},
-        {924, 987, "Gate1 Step1", "Gate4 Step16", 0, 0, 100, 0.1, 1, "%"},
-        {1002, 1003, "ENV1 Threshold", "ENV2 Threshold", 0, -90, 0, 0.01, 0.5, "db"},
-        {1062, 1062, "MasterFX Level", "MasterFX Level", 75, 0, 200, 0.1, 1, "%"},
-        {1063, 1063, "Limiter On", "Limiter On", 0, 0, 3, 1, 1, ""},
-        {1068, 1068, "Global Width", "Global Width", 100, 0, 150, 0.1, 1, "%"},
-        {1089, 1092, "Delay Taps Swing 1", "Delay Taps Swing 4", 0, 0, 100, 0.01, 1, "%"},
-        {1094, 1094, "BP", "BP", 0, 0, 1, 1, 1, ""},
-    };
-    for (const Row& r : rows)
-        for (int id = r.first; id <= r.last; ++id)
-        {
-            const IParamRecord& p = *mParams[id];
-            SCOPED_TRACE(p.name);
-            EXPECT_STREQ(mParams[r.first]->name, r.firstName);
-            EXPECT_STREQ(mParams[r.last]->name, r.lastName);
-            EXPECT_EQ(p.defaultValue, r.def);
-            EXPECT_EQ(p.min, r.min);
-            EXPECT_EQ(p.max, r.max);
-            EXPECT_EQ(p.step, r.step);
-            EXPECT_EQ(p.shape, r.shape);
-            EXPECT_STREQ(p.label, r.unit);
-        }
-    // Members are numbered by their place: twelve-wide effect rows position-major, step rows
-    // gate-major.
-    const std::map<int, std::string> names = {{116 + 4 * 1 + 1, "FXParam1 2 FB"},
+    const std::map<int, std::string> names = {{0, "SlotOn 1"},
+                                              {3, "SlotOn 4"},
+                                              {116 + 4 * 1 + 1, "FXParam1 2 FB"},
                                               {212 + 4 * 2 + 3, "FXParam3 ModSource4 PO"},
+                                              {384 + 16 * 3 + 15, "TapDelay4 Step16 Time"},
                                               {512 + 16 * 2 + 6, "TapDelay3 Step7 Pan"},
                                               {924 + 16 * 2, "Gate3 Step1"},
                                               {1017, "Logic2 Type"},
                                               {1049, "Logic2 Depth ModSource"},
-                                              {1074, "Slot1 FB 2"}};
+                                              {1074, "Slot1 FB 2"},
+                                              {1094, "BP"}};
     for (const auto& [id, name] : names)
         EXPECT_EQ(mParams[id]->name, name) << id;
+    EXPECT_EQ(mParams[0]->defaultValue, 1.0);
+    for (int id = 1; id < 4; ++id)
+        EXPECT_EQ(mParams[id]->defaultValue, 0.0) << id;
 }
 
 TEST_F(Catalogue, ListDefaultsShowTheirTextsAlsoFromNormalisedValues)
@@ -166,14 +133,6 @@ TEST_F(Catalogue, ListDefaultsShowTheirTextsAlsoFromNormalisedValues)
             EXPECT_EQ(p.GetDisplayForHost(p.value, false), r.text) << p.name;
             EXPECT_EQ(p.GetDisplayForHost(p.GetNormalized(), true), r.text) << p.name;
         }
-    const char* speeds[] = {"OFF", "SLOW I", "SLOW II", "FAST"};
-    for (int v = 0; v < 4; ++v)
-    {
-        double back = -1;
-        EXPECT_EQ(mParams[kLimiterOn]->GetDisplayForHost(v, false), speeds[v]);
-        ASSERT_TRUE(mParams[kLimiterOn]->GetValueFromDisplayText(speeds[v], back));
-        EXPECT_EQ(back, v);
-    }
     // The wave menu's names come from the caller.
     const char* waves[] = {"A", "B", "C"};
     std::vector<std::unique_ptr<IParamRecord>> params;

@@ -2,34 +2,28 @@
 // as silence, so the run is the run with the burst zeroed, sample for sample. A burst of absurd
 // finite values (1e300) is bounded: every output sample stays finite, and once the patch's tail has
 // passed the output is that of the zeroed run again. Patches: the default, every delay mode with
-// echoes, feedback at 160 %, every FB effect type, every master effect, at 44.1 and 96 kHz.
+// echoes, feedback at 160 % with the limiter off, every FB effect type, every master effect, at
+// 44.1 and 96 kHz.
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "common/Noise.h"
-#include "engine/Quorvex.h"
-#include "params/IParamRecord.h"
+#include "EngineRig.h"
 #include "params/ParamCatalogue.h"
 #include "params/ValueLists.h"
+
+using namespace engine_rig;
 
 namespace
 {
 constexpr int kHostBlock = 128;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
-
-struct Releaser
-{
-    void operator()(Quorvex* plug) const { plug->release(); }
-};
-using Plug = std::unique_ptr<Quorvex, Releaser>;
 
 int FindParam(std::string_view name)
 {
@@ -73,10 +67,10 @@ std::vector<Patch> Patches()
         p.settings.push_back(std::string("Delay Mode 1=") + mode);
         patches.push_back(p);
     }
-    patches.push_back(
-        {"feedback 160",
-         {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=160", "Delay TimeL 1=10", "Delay TimeR 1=15"},
-         false});
+    patches.push_back({"feedback 160",
+                       {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=160", "Delay TimeL 1=10",
+                        "Delay TimeR 1=15", "Limiter On=OFF"},
+                       false});
     for (const char* type : kFxFeedbackTypeList)
     {
         if (std::string(type).empty() || std::string(type) == "OFF") continue;
@@ -98,17 +92,12 @@ std::vector<Patch> Patches()
     return patches;
 }
 
-struct Stereo
-{
-    std::vector<double> l, r;
-};
-
 // Noise at -10 dBFS for the first half, then silence: the patch is busy when the burst comes and
 // shows its tail afterwards. The burst (64 samples at 0.25 s) is filled by `burst(i)`.
 template <typename Burst> Stereo Input(double rate, double seconds, Burst burst)
 {
     const auto n = static_cast<std::size_t>(seconds * rate);
-    Stereo in{std::vector<double>(n, 0.0), std::vector<double>(n, 0.0)};
+    Stereo in(n);
     testnoise::NoiseSource noise{777u};
     for (std::size_t i = 0; i < n / 2; ++i)
     {
@@ -126,37 +115,30 @@ template <typename Burst> Stereo Input(double rate, double seconds, Burst burst)
 
 Stereo Render(const Patch& patch, double rate, const Stereo& in)
 {
-    Plug plug(new Quorvex());
-    plug->SetSampleRate(rate);
-    for (const std::string& s : patch.settings)
-        Apply(*plug, s);
-    Stereo out{std::vector<double>(in.l.size()), std::vector<double>(in.r.size())};
-    std::vector<double> sidechain(kHostBlock, 0.0);
-    for (std::size_t done = 0; done < in.l.size(); done += kHostBlock)
-    {
-        const int n = static_cast<int>(std::min<std::size_t>(kHostBlock, in.l.size() - done));
-        double* ins[4] = {const_cast<double*>(in.l.data() + done), const_cast<double*>(in.r.data() + done),
-                          sidechain.data(), sidechain.data()};
-        double* outs[2] = {out.l.data() + done, out.r.data() + done};
-        plug->ProcessDoubleReplacing(ins, outs, n);
-    }
-    return out;
+    Engine e(rate);
+    for (const std::string& setting : patch.settings)
+        Apply(e.Plug(), setting);
+    return e.Run(in, kHostBlock);
 }
 
 // Index of the first sample that is not finite, or -1.
 int FirstNonFinite(const Stereo& s)
 {
-    for (std::size_t i = 0; i < s.l.size(); ++i)
-        if (!std::isfinite(s.l[i]) || !std::isfinite(s.r[i])) return static_cast<int>(i);
+    for (int i = 0; i < s.Size(); ++i)
+        if (!std::isfinite(s.l[i]) || !std::isfinite(s.r[i])) return i;
     return -1;
 }
 
+// The largest difference between a and b from `from` on.
 double MaxDifference(const Stereo& a, const Stereo& b, std::size_t from)
 {
-    double worst = 0.0;
-    for (std::size_t i = from; i < a.l.size(); ++i)
-        worst = std::max({worst, std::abs(a.l[i] - b.l[i]), std::abs(a.r[i] - b.r[i])});
-    return worst;
+    Stereo d = a;
+    for (std::size_t i = 0; i < d.l.size(); ++i)
+    {
+        d.l[i] -= b.l[i];
+        d.r[i] -= b.r[i];
+    }
+    return Peak(d, static_cast<int>(from));
 }
 
 class InputHygiene : public ::testing::TestWithParam<double>
@@ -216,22 +198,6 @@ TEST_P(InputHygiene, AbsurdBurstDecaysOutOfTheEchoes)
     EXPECT_GT(early, 10.0);
     EXPECT_LE(early, 4000.0);
     EXPECT_LT(MaxDifference(got, expected, static_cast<std::size_t>(1.2 * rate)), 1e-9);
-}
-
-// Feedback at 160 % with 1 ms echoes and the limiter off: nothing in the loop overflows.
-TEST_P(InputHygiene, RunawayFeedbackStaysFinite)
-{
-    const double rate = GetParam();
-    const Patch patch{"runaway",
-                      {"Timebase 1=MS", "Direct In 1=100", "Feedback 1=160", "Delay TimeL 1=1",
-                       "Delay TimeR 1=1", "Limiter On=OFF"}};
-    const Stereo loud = Input(rate, 3.0, [](std::size_t) { return 1000.0; });
-    const Stereo got = Render(patch, rate, loud);
-    ASSERT_EQ(FirstNonFinite(got), -1);
-    double peak = 0.0;
-    for (std::size_t i = got.l.size() - 1000; i < got.l.size(); ++i)
-        peak = std::max({peak, std::abs(got.l[i]), std::abs(got.r[i])});
-    EXPECT_GT(peak, 0.1); // still sounding long after the input stopped
 }
 
 INSTANTIATE_TEST_SUITE_P(Rates, InputHygiene, ::testing::Values(44100.0, 96000.0));

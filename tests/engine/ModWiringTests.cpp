@@ -1,25 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <numbers>
-#include <vector>
-
 #include "EngineRig.h"
-#include "QuorvexProbe.h"
-#include "engine/Quorvex.h"
-#include "params/IParamRecord.h"
 #include "params/ModRouting.h"
-#include "params/ParamIds.h"
 
 // The modulation routing of the delay times as the whole plug-in runs it (the master section's laws
-// are tested in the core suite, its wiring by the golden summaries). Host calls of 32
-// samples each end with exactly one internal block, so a test can look at a slot's stages or write
-// a modulator's buffer between blocks. With one slot sounding, the wet sum is that slot's output
-// stage, and it leaves the plug-in 32 samples (the output ring) plus 1 ms later.
+// are tested in the core suite, its wiring by the golden summaries).
 
 using namespace engine_rig;
 

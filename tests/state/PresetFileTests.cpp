@@ -157,28 +157,20 @@ TEST(PresetFile, SharedLogicKeyGoesToTheLowerIdFirst)
     }
 }
 
+// Reading ends at the first value that is no number (the values before it stand); a last key
+// without a value ends the file quietly.
 TEST(PresetFile, ReadingEndsAtTheFirstValueThatIsNoNumber)
 {
-    for (const char* bad : {"abc", "1.5x", "nan", "inf", "-", "1e999"})
+    for (const char* bad : {"abc", "1.5x", "nan", "inf", "-", "1e999", ""})
     {
         FakeStateHost host;
-        const PresetData data =
-            Load(host, Head(14) + "Feedback1 20\nLevel1 " + bad + "\nFeedback2 30\nLevel2 -9\n");
-        EXPECT_TRUE(data.stoppedEarly) << bad;
+        const std::string rest = *bad ? std::string(" ") + bad + "\nFeedback2 30\nLevel2 -9\n" : "";
+        const PresetData data = Load(host, Head(14) + "Feedback1 20\nLevel1" + rest);
+        EXPECT_EQ(data.stoppedEarly, *bad != 0) << bad;
         EXPECT_EQ(host.Value(kFeedback1), 20.0) << bad;
-        EXPECT_EQ(host.Value(kLevel1), host.Param(kLevel1)->defaultValue) << bad;
-        EXPECT_EQ(host.Value(kFeedback2), host.Param(kFeedback2)->defaultValue) << bad;
-        EXPECT_EQ(host.Value(kLevel2), host.Param(kLevel2)->defaultValue) << bad;
+        for (int id : {kLevel1, kFeedback2, kLevel2})
+            EXPECT_EQ(host.Value(id), host.Param(id)->defaultValue) << bad << ", " << ParamKey(id);
     }
-}
-
-TEST(PresetFile, ALastKeyWithoutValueEndsTheFileQuietly)
-{
-    FakeStateHost host;
-    const PresetData data = Load(host, Head(14) + "Feedback1 20\nLevel1");
-    EXPECT_FALSE(data.stoppedEarly);
-    EXPECT_EQ(host.Value(kFeedback1), 20.0);
-    EXPECT_EQ(host.Value(kLevel1), host.Param(kLevel1)->defaultValue);
 }
 
 TEST(PresetFile, ValuesBeyondTheRangeAreCutAndUnknownKeysDropped)
@@ -213,16 +205,13 @@ TEST(PresetFile, AddParamsSectionsInAnyOrderUnknownOnesSkipped)
     // The taps reached the plug-in's tap engine too.
     ASSERT_EQ(host.mAppliedTapMasks.size(), 8u);
     EXPECT_EQ(host.mAppliedTapMasks[7], 2);
-}
-
-TEST(PresetFile, LastPageOfNineOrBelowRemembersTheOverview)
-{
+    // A last page of 9 or below remembers the overview.
     for (const auto& [stored, remembered] : {std::pair{9, 2}, {10, 10}, {0, 2}, {17, 17}})
     {
-        FakeStateHost host;
-        Load(host, "Quorvex V. x PresetFile! PresetVersion: 14 ADDPARAMS: LastPage " +
-                       std::to_string(stored) + " EParams:");
-        EXPECT_EQ(host.Fields().mPageMemory, remembered) << stored;
+        FakeStateHost other;
+        Load(other, "Quorvex V. x PresetFile! PresetVersion: 14 ADDPARAMS: LastPage " +
+                        std::to_string(stored) + " EParams:");
+        EXPECT_EQ(other.Fields().mPageMemory, remembered) << stored;
     }
 }
 

@@ -242,38 +242,6 @@ TEST(EditorTimeHighlight, BlinksFiveSecondsAfterATimebaseChange)
     EXPECT_FALSE(h->Active());
 }
 
-// The step a gate plays is marked on its column, and the mark moves with the gate.
-TEST(EditorGateSteps, ThePlayingStepIsMarked)
-{
-    Rig rig;
-    auto* editor = dynamic_cast<QuorvexEditor*>(rig.Plug().GetGUI());
-    ASSERT_NE(editor, nullptr);
-    IPlugBase& base = rig.Plug();
-    rig.Set(kGate1On, 1.0);
-    base.OnGUIOpen();
-    auto litSteps = [&]
-    {
-        std::vector<int> lit;
-        for (int idx : editor->ListControls(kListGates))
-            if (auto* f = dynamic_cast<IStepFaderControl*>(editor->GetControl(idx)))
-                if (f->Playing()) lit.push_back(f->ParamIdx());
-        return lit;
-    };
-    std::vector<int> seen;
-    for (int frame = 0; frame < 60; ++frame)
-    {
-        rig.Run(Stereo(kFrameSamples));
-        editor->OnTimerTick();
-        const std::vector<int> lit = litSteps();
-        // One column per gate, of that gate; gate 1 on the step the engine plays.
-        ASSERT_EQ(lit.size(), 4u);
-        EXPECT_EQ(lit[0], kGate1Step1 + editor->PlayingStep(0));
-        if (seen.empty() || seen.back() != lit[0]) seen.push_back(lit[0]);
-    }
-    EXPECT_GT(seen.size(), 2u); // the mark moved along
-    base.OnGUIClose();
-}
-
 // In TAPPED mode the slot's lines are read by the tap engine: four taps of 100 ms steps give
 // four echoes 100 ms apart and none after them. The large view's tap numbers light as the taps
 // sound: each in the block where its echo leaves the slot, and none once the echoes have passed.

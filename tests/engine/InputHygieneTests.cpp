@@ -8,13 +8,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <string>
 #include <vector>
 
 #include "EngineRig.h"
-#include "params/ParamCatalogue.h"
 #include "params/ValueLists.h"
 
 using namespace engine_rig;
@@ -25,70 +23,54 @@ constexpr int kHostBlock = 128;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-int FindParam(std::string_view name)
-{
-    for (int id = 0; id < kNumParams; ++id)
-        if (ParamName(id) == name) return id;
-    return -1;
-}
-
-// "Name=value", value a display text or a number in the parameter's unit.
-void Apply(Quorvex& plug, const std::string& setting)
-{
-    const std::size_t eq = setting.find('=');
-    ASSERT_NE(eq, std::string::npos) << setting;
-    const int id = FindParam(setting.substr(0, eq));
-    ASSERT_GE(id, 0) << setting;
-    IParamRecord* param = plug.GetParam(id);
-    const std::string text = setting.substr(eq + 1);
-    double value = 0.0;
-    if (!param->GetValueFromDisplayText(text, value)) value = std::strtod(text.c_str(), nullptr);
-    param->value = value;
-    plug.OnParamChange(id);
-}
+using Settings = std::vector<std::pair<int, double>>;
 
 struct Patch
 {
     std::string name;
-    std::vector<std::string> settings;
+    Settings settings;
     // The patch forgets a burst within the test's length (no sustaining feedback or reverb).
     bool tailEnds = true;
 };
 
 std::vector<Patch> Patches()
 {
-    const std::vector<std::string> echoes = {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=60",
-                                             "Delay TimeL 1=120", "Delay TimeR 1=170"};
-    std::vector<Patch> patches;
-    patches.push_back({"default", {}});
-    for (const char* mode : kDelayModeList)
+    const Settings echoes = {{kTimebase1, 0.0},
+                             {kDirectIn1, 50.0},
+                             {kFeedback1, 60.0},
+                             {kDelayTimeL1, 120.0},
+                             {kDelayTimeR1, 170.0}};
+    const auto withEchoes = [&](const std::string& name, const Settings& more)
     {
-        Patch p{std::string("mode ") + mode, echoes, false};
-        p.settings.push_back(std::string("Delay Mode 1=") + mode);
-        patches.push_back(p);
-    }
-    patches.push_back({"feedback 160",
-                       {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=160", "Delay TimeL 1=10",
-                        "Delay TimeR 1=15", "Limiter On=OFF"},
-                       false});
-    for (const char* type : kFxFeedbackTypeList)
-    {
-        if (std::string(type).empty() || std::string(type) == "OFF") continue;
-        Patch p{std::string("FB ") + type, echoes, false};
-        for (const char* s : {"FXOn FB 1=ON", "FXParam1 1 FB=60", "FXParam2 1 FB=70", "FXParam3 1 FB=40"})
-            p.settings.push_back(s);
-        p.settings.push_back(std::string("FX1 FB=") + type);
-        patches.push_back(p);
-    }
-    for (const char* type : kMasterFxTypeList)
-    {
-        if (std::string(type) == "OFF") continue;
-        Patch p{std::string("master ") + type, echoes, false};
-        for (const char* s : {"MasterFX P1=60", "MasterFX P2=70", "MasterFX P4=50", "MasterFX Level=100"})
-            p.settings.push_back(s);
-        p.settings.push_back(std::string("MasterFX=") + type);
-        patches.push_back(p);
-    }
+        Patch p{name, echoes, false};
+        p.settings.insert(p.settings.end(), more.begin(), more.end());
+        return p;
+    };
+    std::vector<Patch> patches = {{"default", {}},
+                                  {"feedback 160",
+                                   {{kTimebase1, 0.0},
+                                    {kDirectIn1, 50.0},
+                                    {kFeedback1, 160.0},
+                                    {kDelayTimeL1, 10.0},
+                                    {kDelayTimeR1, 15.0},
+                                    {kLimiterOn, 0.0}},
+                                   false}};
+    for (int m = 0; m < static_cast<int>(kDelayModeList.size()); ++m)
+        patches.push_back(withEchoes(std::string("mode ") + kDelayModeList[m], {{kDelayMode1, m}}));
+    for (int t = 0; t < static_cast<int>(kFxFeedbackTypeList.size()); ++t)
+        if (std::string_view(kFxFeedbackTypeList[t]) != "" &&
+            std::string_view(kFxFeedbackTypeList[t]) != "OFF")
+            patches.push_back(withEchoes(std::string("FB ") + kFxFeedbackTypeList[t], {{kFXOnFB1, 1.0},
+                                                                                       {kFXParam1FB1, 60.0},
+                                                                                       {kFXParam2FB1, 70.0},
+                                                                                       {kFXParam3FB1, 40.0},
+                                                                                       {kFX1FB, t}}));
+    for (int t = 1; t < static_cast<int>(kMasterFxTypeList.size()); ++t) // after OFF
+        patches.push_back(withEchoes(std::string("master ") + kMasterFxTypeList[t], {{kMasterFXP1, 60.0},
+                                                                                     {kMasterFXP2, 70.0},
+                                                                                     {kMasterFXP4, 50.0},
+                                                                                     {kMasterFXLevel, 100.0},
+                                                                                     {kMasterFX, t}}));
     return patches;
 }
 
@@ -116,8 +98,8 @@ template <typename Burst> Stereo Input(double rate, double seconds, Burst burst)
 Stereo Render(const Patch& patch, double rate, const Stereo& in)
 {
     Engine e(rate);
-    for (const std::string& setting : patch.settings)
-        Apply(e.Plug(), setting);
+    for (const auto& [id, value] : patch.settings)
+        e.Set(id, value);
     return e.Run(in, kHostBlock);
 }
 
@@ -185,9 +167,12 @@ TEST_P(InputHygiene, AbsurdFiniteBurstStaysFiniteAndPasses)
 TEST_P(InputHygiene, AbsurdBurstDecaysOutOfTheEchoes)
 {
     const double rate = GetParam();
-    const Patch patch{
-        "echoes",
-        {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=30", "Delay TimeL 1=20", "Delay TimeR 1=30"}};
+    const Patch patch{"echoes",
+                      {{kTimebase1, 0.0},
+                       {kDirectIn1, 50.0},
+                       {kFeedback1, 30.0},
+                       {kDelayTimeL1, 20.0},
+                       {kDelayTimeR1, 30.0}}};
     const Stereo zeroed = Input(rate, 2.0, [](std::size_t) { return 0.0; });
     const Stereo huge = Input(rate, 2.0, [](std::size_t) { return 1e300; });
     const Stereo got = Render(patch, rate, huge);

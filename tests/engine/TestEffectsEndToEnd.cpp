@@ -167,48 +167,6 @@ TEST(EffectsEndToEnd, ModSourcesFollowTheStoredRoutes)
     }
 }
 
-// TAPPED with the POST shifter: tap 1's step keeps the full shift, tap 2's step halves the shift
-// knob (50 % is no shift), so the first echo is moved by 100 Hz and the second not at all.
-TEST(EffectsEndToEnd, PostEffectPerTapFollowsTheStepRow)
-{
-    FxRig rig;
-    rig.Set(kDelayMode1, DelayTapped);
-    rig.Set(kDirectIn1, 100.0);
-    rig.Set(kFeedback1, 0.0);
-    rig.Set(kTapTimebase1, 0.0);
-    rig.Set(kDelayTapsTime1, 250.0);
-    rig.Set(kDelayTaps1, 1.0); // two taps
-    rig.Set(kTapTimeStepDepth1, 0.0);
-    rig.Set(kTapLevelStepDepth1, 0.0);
-    rig.Set(kTapPanWidth1, 0.0);
-    rig.Type(kFX1PO, kPreMenuFreqShift);
-    rig.ShiftUp100(kFXParam1PO1);
-    rig.Set(kFXOnPO1, 1.0);
-    rig.Set(kTapFXParam1_1, 1.0); // row 1 drives P1
-    // The rows' lists name the POST type's parameters.
-    const IParamRecord& row2 = *rig.Plug().GetParam(kTapFXParam2_1);
-    EXPECT_EQ(row2.GetDisplayForHost(1.0, false), "FREQ SHIFT");
-    EXPECT_EQ(row2.GetDisplayForHost(4.0, false), "FRQ SHIFT SPREAD");
-    EXPECT_EQ(row2.GetDisplayForHost(0.0, false), "OFF");
-    rig.Set(kTapFXP1StepDepth1, 100.0);
-    rig.Set(kTapDelay1Step1FXP1, 100.0);
-    rig.Set(kTapDelay1Step1FXP1 + 1, 50.0);
-    rig.Plug().Fields().mStepFxMask[0] = 0b11;
-    rig.Plug().Fields().mStepModMask[0][0] = 0b11;
-    rig.Plug().SyncTapFxMasks();
-
-    const std::vector<double> out = rig.Run(Tone(1000.0, 1.8, 1.0, 1.1));
-    // Echoes of the 100 ms burst at 1.25 s and 1.5 s.
-    const double tap1At1100 = Amplitude(out, 1100.0, 1.27, 1.33);
-    const double tap1At1000 = Amplitude(out, 1000.0, 1.27, 1.33);
-    const double tap2At1100 = Amplitude(out, 1100.0, 1.52, 1.58);
-    const double tap2At1000 = Amplitude(out, 1000.0, 1.52, 1.58);
-    EXPECT_GT(tap1At1100, 0.2);
-    EXPECT_GT(tap1At1100, 1000.0 * tap1At1000);
-    EXPECT_GT(tap2At1000, 0.2);
-    EXPECT_GT(tap2At1000, 1000.0 * tap2At1100);
-}
-
 // "REVERB" on the master effect leaves a tail behind a click that decays at the set time; OFF
 // leaves nothing.
 TEST(EffectsEndToEnd, MasterReverbAddsADecayingTail)

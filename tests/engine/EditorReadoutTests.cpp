@@ -254,10 +254,7 @@ TEST(EditorTapPlaying, EachTapLightsWhereItsEchoSounds)
     rig.Set(kDelayOn1, 1.0);
     rig.Set(kDelayMode1, DelayTapped);
     rig.Set(kDelayTaps1, 3.0); // four taps
-    rig.Set(kTimebase1, 0.0);
-    rig.Set(kDelayTapsTime1, 100.0);
-    rig.Set(kDirectIn1, 100.0);
-    rig.Set(kFeedback1, 0.0);
+    rig.Set({{kTimebase1, 0.0}, {kDelayTapsTime1, 100.0}, {kDirectIn1, 100.0}, {kFeedback1, 0.0}});
     IPlugBase& base = plug;
     base.OnGUIOpen();
 

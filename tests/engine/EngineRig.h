@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <numbers>
 #include <vector>
@@ -111,6 +112,12 @@ class Engine
     {
         mPlug->GetParam(id)->value = value;
         mPlug->OnParamChange(id);
+    }
+    // A table of settings, applied in order.
+    void Set(std::initializer_list<std::pair<int, double>> settings)
+    {
+        for (const auto& [id, value] : settings)
+            Set(id, value);
     }
     double Get(int id) { return mPlug->GetParam(id)->value; }
     Stereo Run(const Stereo& in, int chunk = kBlock) { return Stream(*mPlug, in, chunk); }

@@ -26,19 +26,19 @@ TEST(ModWiring, RoutedSourcesMoveTheEchoes)
         Rig rig;
         rig.Set(kDelayOn1, 1.0);
         rig.Set(kDirectIn1, 100.0); // echoes only
-        rig.Set(kFeedback1, 0.0);
-        rig.Set(kModulation1, 0.0);
-        rig.Set(kDelayLopass1, 20000.0);
-        rig.Set(kDelayHipass1, 20.0);
-        rig.Set(kTimebase1, 0.0);
-        rig.Set(kDelayTimeL1, 100.0);
-        rig.Set(kDelayTimeR1, 100.0);
+        rig.Set({{kFeedback1, 0.0},
+                 {kModulation1, 0.0},
+                 {kDelayLopass1, 20000.0},
+                 {kDelayHipass1, 20.0},
+                 {kTimebase1, 0.0},
+                 {kDelayTimeL1, 100.0},
+                 {kDelayTimeR1, 100.0}});
         if (routed == 1)
         {
-            rig.Set(kDelayTimeLModSource1, kModSourceLFO1);
-            rig.Set(kDelayTimeLModDepth1, 100.0);
-            rig.Set(kDelayTimeRModSource1, kModSourceLFO1);
-            rig.Set(kDelayTimeRModDepth1, 100.0);
+            rig.Set({{kDelayTimeLModSource1, kModSourceLFO1},
+                     {kDelayTimeLModDepth1, 100.0},
+                     {kDelayTimeRModSource1, kModSourceLFO1},
+                     {kDelayTimeRModDepth1, 100.0}});
             rig.Set(kDelaySpreadModSource1, kModSourceLFO1 + 1);
             rig.Set(kDelayModDepth1, 100.0);
             // Two LFOs that hold still: the first half of a square at the slowest rate.

@@ -29,10 +29,7 @@ void MakeEcho(Rig& rig)
 {
     rig.Set(kDelayOn1, 1.0);
     rig.Set(kTimebase1, 0.0); // free times in ms
-    rig.Set(kDirectIn1, 100.0);
-    rig.Set(kDelayTimeL1, 10.0);
-    rig.Set(kDelayTimeR1, 10.0);
-    rig.Set(kFeedback1, 0.0);
+    rig.Set({{kDirectIn1, 100.0}, {kDelayTimeL1, 10.0}, {kDelayTimeR1, 10.0}, {kFeedback1, 0.0}});
 }
 } // namespace
 
@@ -45,11 +42,11 @@ TEST(ModulatorEngine, LfoOnPanningSwingsTheEchoAtItsRate)
     MakeEcho(rig);
     rig.Set(kLFOOn1, 1.0);
     rig.Set(kLFOWave1, 0.0); // SIN1
-    rig.Set(kLFOPol1, TableLFO::kBi);
-    rig.Set(kLFORate1, kLfoHz);
-    rig.Set(kLFODepth1, 100.0);
-    rig.Set(kPanningModSource1, kModSourceLFO1);
-    rig.Set(kPanningModDepth1, 100.0);
+    rig.Set({{kLFOPol1, TableLFO::kBi},
+             {kLFORate1, kLfoHz},
+             {kLFODepth1, 100.0},
+             {kPanningModSource1, kModSourceLFO1},
+             {kPanningModDepth1, 100.0}});
     const int n = 2 * 48000;
     const Stereo out = rig.Run(Sine(n, 500.0, 0.5));
 
@@ -83,14 +80,10 @@ TEST(ModulatorEngine, SyncedGateOnLevelOpensAndClosesOnTheBeatGrid)
     Rig rig;
     MakeEcho(rig);
     rig.Set(kLevel1, -60.0); // the gate alone sets the level
-    rig.Set(kLevelModSource1, kModSourceGate1);
-    rig.Set(kLevelModDepth1, 100.0);
-    rig.Set(kGate1On, 1.0);
-    rig.Set(kGate1Sync, 1.0);
+    rig.Set(
+        {{kLevelModSource1, kModSourceGate1}, {kLevelModDepth1, 100.0}, {kGate1On, 1.0}, {kGate1Sync, 1.0}});
     rig.Set(kGate1Timebase, 1.0); // 1/8
-    rig.Set(kGate1Length, 2.0);
-    rig.Set(kGate1Step1, 100.0);
-    rig.Set(kGate1Step1 + 1, 0.0);
+    rig.Set({{kGate1Length, 2.0}, {kGate1Step1, 100.0}, {kGate1Step1 + 1, 0.0}});
     const int eighth = 12000; // samples at 120 bpm and 48 kHz
     const int n = 8 * eighth;
     const Stereo out = rig.Run(Sine(n, 500.0, 0.5));
@@ -111,12 +104,12 @@ TEST(ModulatorEngine, SidechainEnvelopeWithNegativeDepthDucksTheEcho)
 {
     Rig rig;
     MakeEcho(rig);
-    rig.Set(kENV1On, 1.0);
-    rig.Set(kENV1Source, kEnvSrcSidechain);
-    rig.Set(kENV1Attack, 1.0);
-    rig.Set(kENV1Decay, 50.0);
-    rig.Set(kLevelModSource1, kModSourceEnv1);
-    rig.Set(kLevelModDepth1, -100.0);
+    rig.Set({{kENV1On, 1.0},
+             {kENV1Source, kEnvSrcSidechain},
+             {kENV1Attack, 1.0},
+             {kENV1Decay, 50.0},
+             {kLevelModSource1, kModSourceEnv1},
+             {kLevelModDepth1, -100.0}});
     rig.Plug().SetInputChannelConnections(0, 4, true);
     const int n = 60000;
     std::vector<double> side(n, 0.0);

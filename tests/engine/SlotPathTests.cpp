@@ -217,9 +217,7 @@ TEST(SlotPath, FeedbackAt160PercentStaysBounded)
     {
         EchoRig rig(44100.0);
         rig.Clean(10.0, 13.0);
-        rig.Set(kDirectIn1, 100.0);
-        rig.Set(kInput1, 3.0);
-        rig.Set(kFeedback1, 160.0);
+        rig.Set({{kDirectIn1, 100.0}, {kInput1, 3.0}, {kFeedback1, 160.0}});
         rig.Set(kDelayRoute1, route);
         Stereo in(44100);
         testnoise::NoiseSource noise{3};
@@ -246,11 +244,11 @@ TEST(SlotPath, MatrixMovesEchoesBetweenSlots)
     {
         EchoRig rig(44100.0);
         rig.Clean(100.0, 100.0);
-        rig.Set(kSlotOn2, 1.0);
-        rig.Set(kDelayTimeL2, 70.0);
-        rig.Set(kDelayTimeR2, 70.0);
-        rig.Set(kDirectIn1, 100.0);
-        rig.Set(kDirectIn2, 100.0);
+        rig.Set({{kSlotOn2, 1.0},
+                 {kDelayTimeL2, 70.0},
+                 {kDelayTimeR2, 70.0},
+                 {kDirectIn1, 100.0},
+                 {kDirectIn2, 100.0}});
         rig.Set(kInput1, 1.0); // LEFT
         rig.Set(kInput2, 2.0); // RIGHT, which stays silent
         rig.Set(kFBMatrix2, matrix ? 1.0 : 0.0);
@@ -283,9 +281,7 @@ TEST(SlotPath, InputsFromEarlierSlotsArriveInTheSameBlock)
     chained.Set(kInput1, 1.0);
     chained.Set(kDirectOut1, 0.0);  // PRE FX
     chained.Set(kOutputMode1, 2.0); // MUTE
-    chained.Set(kSlotOn2, 1.0);
-    chained.Set(kDirectOut2, 0.0);
-    chained.Set(kOutputMode2, 2.0);
+    chained.Set({{kSlotOn2, 1.0}, {kDirectOut2, 0.0}, {kOutputMode2, 2.0}});
     chained.Set(kInput2, 5.0); // SLOT 1
     chained.Set(kSlotOn3, 1.0);
     chained.Set(kInput3, 7.0); // SLOT 1+2

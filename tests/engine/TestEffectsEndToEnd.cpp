@@ -127,10 +127,7 @@ TEST(EffectsEndToEnd, FrequencyShiftInFeedbackShiftsEachRepeat)
 {
     FxRig rig;
     rig.Set(kDirectIn1, 100.0); // delay only
-    rig.Set(kTimebase1, 0.0);
-    rig.Set(kDelayTimeL1, 200.0);
-    rig.Set(kDelayTimeR1, 200.0);
-    rig.Set(kFeedback1, 100.0);
+    rig.Set({{kTimebase1, 0.0}, {kDelayTimeL1, 200.0}, {kDelayTimeR1, 200.0}, {kFeedback1, 100.0}});
     rig.Type(kFX1FB, kPreMenuFreqShift); // "FREQ SHIFT" is entry 1 of the FB menu too
     rig.ShiftUp100(kFXParam1FB1);
     rig.Set(kFXOnFB1, 1.0);
@@ -172,9 +169,7 @@ TEST(EffectsEndToEnd, ModSourcesFollowTheStoredRoutes)
 TEST(EffectsEndToEnd, MasterReverbAddsADecayingTail)
 {
     FxRig rig;
-    rig.Set(kDelayOn1, 0.0);
-    rig.Set(kMFXSend1, 100.0);
-    rig.Set(kMasterFXLevel, 100.0);
+    rig.Set({{kDelayOn1, 0.0}, {kMFXSend1, 100.0}, {kMasterFXLevel, 100.0}});
     std::vector<double> click(static_cast<std::size_t>(1.6 * kRate), 0.0);
     click[static_cast<std::size_t>(0.2 * kRate)] = 1.0;
 
@@ -183,9 +178,7 @@ TEST(EffectsEndToEnd, MasterReverbAddsADecayingTail)
 
     rig.Set(kMasterFX, kMasterReverb);
     rig.Set(kMasterFXP1, 20.0); // (0.2)^2 x 29 + 1 = 2.16 s
-    rig.Set(kMasterFXP2, 0.0);
-    rig.Set(kMasterFXP3, 0.0);
-    rig.Set(kMasterFXP4, 30.0);
+    rig.Set({{kMasterFXP2, 0.0}, {kMasterFXP3, 0.0}, {kMasterFXP4, 30.0}});
     const std::vector<double> wet = rig.Run(click);
     const double early = Energy(wet, 0.4, 0.6);
     const double late = Energy(wet, 1.2, 1.4);

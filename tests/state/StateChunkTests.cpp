@@ -14,84 +14,34 @@
 
 namespace
 {
-// Fields 5 to 14 of a chunk, which no version gate touches.
-struct Tail
+// A chunk of any version as the format lays it out, from a host's fields and values: the ColorSet
+// word after 0x1015B, the attenuator from 0x10101, the step rows of a slot interleaved; a menu
+// index is written only with its folder.
+ByteChunk ChunkOf(std::int32_t version, FakeStateHost& host)
 {
-    std::string name;
-    std::string label;
-    std::int32_t menuIndex = -1;
-    std::string menuFolder;
-    std::int32_t focused = -1;
-    std::int32_t tap[8] = {};
-    std::int32_t stepFx[4] = {};
-    std::int32_t stepMod[2][4] = {};
-    std::uint8_t dryKill = 0;
-    std::vector<double> values;
-};
-
-void PutTail(ByteChunk& chunk, const Tail& t)
-{
-    PutStr(chunk, t.name);
-    PutStr(chunk, t.label);
-    chunk.Put(t.menuIndex);
-    PutStr(chunk, t.menuFolder);
-    chunk.Put(t.focused);
-    for (auto m : t.tap)
+    const StateFields& f = host.mFields;
+    ByteChunk chunk;
+    chunk.Put(version);
+    if (version > 0x1015B) chunk.Put(static_cast<std::int32_t>(f.mColorSet));
+    chunk.Put(static_cast<std::int32_t>(f.mLastPage));
+    if (version >= 0x10101) chunk.Put(f.mInputAttenuator);
+    PutStr(chunk, f.mPresetName);
+    PutStr(chunk, f.mPresetFolderLabel);
+    chunk.Put(static_cast<std::int32_t>(f.mPresetMenuFolder.empty() ? -1 : f.mPresetMenuIndex));
+    PutStr(chunk, f.mPresetMenuFolder);
+    chunk.Put(static_cast<std::int32_t>(f.mFocusedParam));
+    for (std::int32_t m : f.mTapOnMask)
         chunk.Put(m);
-    for (auto m : t.stepFx)
+    for (std::int32_t m : f.mStepFxMask)
         chunk.Put(m);
     for (int s = 0; s < 4; ++s)
     {
-        chunk.Put(t.stepMod[0][s]);
-        chunk.Put(t.stepMod[1][s]);
+        chunk.Put(static_cast<std::int32_t>(f.mStepModMask[0][s]));
+        chunk.Put(static_cast<std::int32_t>(f.mStepModMask[1][s]));
     }
-    chunk.Put(t.dryKill);
-    for (double v : t.values)
-        chunk.Put(v);
-}
-
-// The tail a host's fields and values make; a menu index is written only with its folder.
-Tail TailOf(FakeStateHost& host)
-{
-    const StateFields& f = host.mFields;
-    Tail t{f.mPresetName,
-           f.mPresetFolderLabel,
-           f.mPresetMenuFolder.empty() ? -1 : f.mPresetMenuIndex,
-           f.mPresetMenuFolder,
-           f.mFocusedParam,
-           {},
-           {},
-           {},
-           0,
-           {}};
-    std::copy_n(f.mTapOnMask, 8, t.tap);
-    std::copy_n(f.mStepFxMask, 4, t.stepFx);
-    std::copy_n(&f.mStepModMask[0][0], 8, &t.stepMod[0][0]);
-    t.dryKill = f.mDryKill ? 1 : 0;
+    chunk.Put(static_cast<std::uint8_t>(f.mDryKill ? 1 : 0));
     for (int id = 0; id < kNumParams; ++id)
-        t.values.push_back(host.Value(id));
-    return t;
-}
-
-Tail MakeTail(const std::string& name = "")
-{
-    FakeStateHost fresh;
-    Tail tail = TailOf(fresh);
-    tail.name = name;
-    return tail;
-}
-
-// A chunk of any version with the fields that version has: ColorSet after 0x1015B, the
-// attenuator from 0x10101.
-ByteChunk OldChunk(std::int32_t version, const Tail& t, std::int32_t colorSet = 0, std::int32_t lastPage = 2,
-                   double attenuator = 1.0)
-{
-    ByteChunk chunk;
-    chunk.Put(version);
-    if (version > 0x1015B) chunk.Put(colorSet);
-    chunk.Put(lastPage);
-    if (version >= 0x10101) chunk.Put(attenuator);
-    PutTail(chunk, t);
+        chunk.Put(host.Value(id));
     return chunk;
 }
 
@@ -127,8 +77,7 @@ void FillFields(StateFields& f)
     f.mDryKill = true;
 }
 
-// The writer lays the fields out in this order, as OldChunk builds them for the present version;
-// a menu index without its folder is written as "no selection".
+// The writer lays the fields out as ChunkOf does for the present version.
 TEST(StateChunkWrite, FieldsInOrderWithTheStepRowsOfASlotInterleaved)
 {
     FakeStateHost host;
@@ -139,7 +88,7 @@ TEST(StateChunkWrite, FieldsInOrderWithTheStepRowsOfASlotInterleaved)
         if (!withFolder) host.mFields.mPresetMenuFolder = "";
         ByteChunk chunk;
         EXPECT_TRUE(WriteStateChunk(host, chunk));
-        EXPECT_TRUE(chunk == OldChunk(0x10200, TailOf(host), 5, 12, 0.37)) << "with folder " << withFolder;
+        EXPECT_TRUE(chunk == ChunkOf(0x10200, host)) << "with folder " << withFolder;
     }
 }
 
@@ -222,7 +171,6 @@ TEST(StateChunkRead, EmptyTextsAndNoMenuLeaveWhatIsShown)
 // exponential curve from -12 dB at the bottom to 0 dB at the top, cut towards 0 dB.
 TEST(StateChunkRead, PageMemoryAndAttenuatorFollowTheirLaws)
 {
-    const Tail tail = MakeTail();
     const struct
     {
         std::int32_t page;
@@ -240,10 +188,12 @@ TEST(StateChunkRead, PageMemoryAndAttenuatorFollowTheirLaws)
     for (const auto& r : rows)
     {
         SCOPED_TRACE(::testing::Message() << "page " << r.page << ", attenuator " << r.stored);
-        FakeStateHost host;
+        FakeStateHost source, host;
+        source.mFields.mLastPage = r.page;
+        source.mFields.mInputAttenuator = r.stored;
         host.mFields.mPageMemory = 15;
         host.mFields.mInputAttenuator = 0.2;
-        ReadStateChunk(host, OldChunk(0x10200, tail, 0, r.page, r.stored), 0);
+        ReadStateChunk(host, ChunkOf(0x10200, source), 0);
         EXPECT_EQ(host.mFields.mPageMemory, r.memory);
         EXPECT_EQ(host.mFields.mLastPage, r.page);
         EXPECT_EQ(host.mFields.mInputAttenuator, r.position);
@@ -258,8 +208,12 @@ TEST(StateChunkRead, PageMemoryAndAttenuatorFollowTheirLaws)
 // rest is read from every version.
 TEST(StateChunkRead, EachVersionReadsTheFieldsItHas)
 {
-    Tail tail = MakeTail("Old");
-    tail.values[kFeedback1] = 12.0;
+    FakeStateHost source;
+    source.Set(kFeedback1, 12.0);
+    source.mFields.mPresetName = "Old";
+    source.mFields.mColorSet = 7;
+    source.mFields.mLastPage = 11;
+    source.mFields.mInputAttenuator = 0.5;
     for (std::int32_t version : {0x100, 0x832, 0x833, 0x10100, 0x10101, 0x1015B, 0x1015C, 0x10200, 0x10201})
     {
         SCOPED_TRACE(::testing::Message() << std::hex << version);
@@ -270,7 +224,7 @@ TEST(StateChunkRead, EachVersionReadsTheFieldsItHas)
         f.mLastPage = 6;
         f.mPresetName = "Kept";
         f.mInputAttenuator = 0.1;
-        const ByteChunk chunk = OldChunk(version, tail, 7, 11, 0.5);
+        const ByteChunk chunk = ChunkOf(version, source);
         const int end = ReadStateChunk(host, chunk, 0);
         EXPECT_EQ(f.mMigrationMarker, 0);
         if (version < 0x833 || version > 0x10200)
@@ -336,11 +290,10 @@ TEST(StateChunkMigration, EffectIndicesShiftWhereTheListsGrew)
                 {0x10200, stored}};
     for (const auto& r : rows)
     {
-        Tail tail = MakeTail();
+        FakeStateHost source, host;
         for (std::size_t k = 0; k < stored.size(); ++k)
-            tail.values[ids[k]] = stored[k];
-        FakeStateHost host;
-        ReadStateChunk(host, OldChunk(r.version, tail), 0);
+            source.Set(ids[k], stored[k]);
+        ReadStateChunk(host, ChunkOf(r.version, source), 0);
         for (std::size_t k = 0; k < stored.size(); ++k)
             EXPECT_EQ(host.Value(ids[k]), r.read[k])
                 << std::hex << r.version << std::dec << ", id " << ids[k];
@@ -361,15 +314,11 @@ TEST(StateChunkMigration, TappedMixLosesThirtyPercentFeedbackInTheFirstSuchSlotO
                 {0x10200, {kTapped, kTapped, 0}, {kMix, kMix, kMix}, {50, 50, 50}}};
     for (const auto& r : rows)
     {
-        Tail tail = MakeTail();
+        FakeStateHost source, host;
         for (int s = 0; s < 3; ++s)
-        {
-            tail.values[kDelayMode1 + s] = r.mode[s];
-            tail.values[kDelayRoute1 + s] = r.route[s];
-            tail.values[kFeedback1 + s] = 50.0;
-        }
-        FakeStateHost host;
-        ReadStateChunk(host, OldChunk(r.version, tail), 0);
+            source.Set(
+                {{kDelayMode1 + s, r.mode[s]}, {kDelayRoute1 + s, r.route[s]}, {kFeedback1 + s, 50.0}});
+        ReadStateChunk(host, ChunkOf(r.version, source), 0);
         for (int s = 0; s < 3; ++s)
         {
             SCOPED_TRACE(::testing::Message() << std::hex << r.version << std::dec << ", slot " << s + 1);

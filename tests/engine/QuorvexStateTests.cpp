@@ -20,10 +20,13 @@ ByteChunk StateOf(Quorvex& plug)
     return chunk;
 }
 
-// Dry kill, restored from a state, holds the dry gain at 0 whatever "Dry Level" is turned to.
+// A fresh instance holds every default. Dry kill, restored from a state, holds the dry gain at 0
+// whatever "Dry Level" is turned to.
 TEST(Quorvex, DryLevelFollowsTheKnobUnlessDryKillIsOn)
 {
     Engine source;
+    for (int id = 0; id < kNumParams; ++id)
+        ASSERT_EQ(source.Get(id), source.Plug().GetParam(id)->defaultValue) << id;
     source.Plug().SetParameterFromGUI(kDryLevel, 0.4);
     EXPECT_NEAR(source.Plug().Fields().mDryLevel, 0.4, 1e-12);
     source.Plug().Fields().mDryKill = true;

@@ -74,39 +74,34 @@ TEST(PresetFile, RandomPatchesComeBackAsThirtyTwoBitFloatsWithTheirMasks)
     }
 }
 
-TEST(PresetFile, FreshPluginWritesTheLayoutAndNoParameterLine)
-{
-    FakeStateHost fresh;
-    fresh.Fields().mTapOnMask[3] = 5;
-    fresh.Fields().mStepModMask[1][0] = 7; // row 1 follows all of row 0
-    EXPECT_EQ(PresetFileText(fresh), "Quorvex V. 1.2.0r14 PresetFile!\n"
-                                     "PresetVersion: 14\n"
-                                     "\n"
-                                     "ADDPARAMS:\n"
-                                     "\n"
-                                     "DelayTaps\n"
-                                     "65535 65535 65535 5 65535 65535 65535 65535 \n"
-                                     "LastPage\n"
-                                     "2\n"
-                                     "StepFX\n"
-                                     "0 0 0 0 \n"
-                                     "StepMod\n"
-                                     "0 0 0 0 7 0 0 0 \n"
-                                     "\n"
-                                     "EParams:\n");
-}
-
-TEST(PresetFile, ValuesAreWrittenInIdOrderWithSixDigitsWhenTheyDifferAsFloats)
+// The sections in their order, step mod row 1 after all of row 0; then in id order the values that
+// differ from their defaults as floats, with six significant digits.
+TEST(PresetFile, LayoutAndValuesThatDifferFromTheirDefaults)
 {
     FakeStateHost host;
+    host.Fields().mTapOnMask[3] = 5;
+    host.Fields().mStepModMask[1][0] = 7;
     host.Set(kLevel2, 1.0 / 3.0);      // 0.333333
     host.Set(kFeedback1, 50.000001);   // the default 50 as a float: not written
     host.Set(kDelayTimeL1, 1234.5678); // 1234.57
     host.Set(kSlotOn1, 0.0);           // default 1
     host.Set(kDelayMode2, 3.0);
-    const std::string text = PresetFileText(host);
-    const std::string params = text.substr(text.find("EParams:\n") + 9);
-    EXPECT_EQ(params, "SlotOn1 0\nLevel2 0.333333\nDelayMode2 3\nDelayTimeL1 1234.57\n");
+    EXPECT_EQ(PresetFileText(host), "Quorvex V. 1.2.0r14 PresetFile!\n"
+                                    "PresetVersion: 14\n"
+                                    "\n"
+                                    "ADDPARAMS:\n"
+                                    "\n"
+                                    "DelayTaps\n"
+                                    "65535 65535 65535 5 65535 65535 65535 65535 \n"
+                                    "LastPage\n"
+                                    "2\n"
+                                    "StepFX\n"
+                                    "0 0 0 0 \n"
+                                    "StepMod\n"
+                                    "0 0 0 0 7 0 0 0 \n"
+                                    "\n"
+                                    "EParams:\n"
+                                    "SlotOn1 0\nLevel2 0.333333\nDelayMode2 3\nDelayTimeL1 1234.57\n");
 }
 
 TEST(PresetFile, HeaderOnlyFileGivesDefaultsAndClearsStepMasksButKeepsTapMasks)

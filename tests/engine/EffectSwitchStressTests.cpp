@@ -1,32 +1,23 @@
 #include <gtest/gtest.h>
 
-#include <array>
 #include <atomic>
-#include <chrono>
 #include <cmath>
-#include <memory>
 #include <random>
 #include <thread>
-#include <vector>
 
-#include "QuorvexProbe.h"
+#include "EngineRig.h"
 #include "delay/DelayMode.h"
-#include "engine/Quorvex.h"
 #include "fx/EffectTable.h"
-#include "params/IParamRecord.h"
-#include "params/ParamIds.h"
+
+using namespace engine_rig;
 
 // One thread switches the types of all twelve positions through the parameter records while
 // another processes; the sanitizer builds check this for races and use after free.
 TEST(EffectRackStress, TypeSwitchingWhileProcessing)
 {
-    std::unique_ptr<Quorvex, void (*)(Quorvex*)> plug(new Quorvex(), [](Quorvex* q) { q->release(); });
-    plug->SetSampleRate(48000.0);
-    const auto set = [&](int id, double v)
-    {
-        plug->GetParam(id)->value = v;
-        plug->OnParamChange(id);
-    };
+    Engine e;
+    Quorvex* plug = &e.Plug();
+    const auto set = [&e](int id, double v) { e.Set(id, v); };
     for (int s = 0; s < 4; ++s)
     {
         set(kSlotOn1 + s, 1);
@@ -45,19 +36,10 @@ TEST(EffectRackStress, TypeSwitchingWhileProcessing)
     std::thread audio(
         [&]
         {
-            std::vector<double> inL(256), inR(256), outL(256), outR(256), sc(256, 0.0);
             std::minstd_rand rng(7);
-            std::uniform_real_distribution<double> noise(-0.5, 0.5);
-            while (!stop.load())
+            for (std::uint32_t seed = 1; !stop.load(); ++seed)
             {
-                for (int i = 0; i < 256; ++i)
-                {
-                    inL[static_cast<std::size_t>(i)] = noise(rng);
-                    inR[static_cast<std::size_t>(i)] = noise(rng);
-                }
-                double* in[4] = {inL.data(), inR.data(), sc.data(), sc.data()};
-                double* out[2] = {outL.data(), outR.data()};
-                plug->ProcessDoubleReplacing(in, out, 256);
+                Stream(*plug, Noise(256, 0.5, seed), 256);
                 // Automation of slot 4's PRE and FB types: built by the rack's worker.
                 const long done = blocks.fetch_add(8);
                 if (done % 64 == 0)
@@ -71,7 +53,6 @@ TEST(EffectRackStress, TypeSwitchingWhileProcessing)
 
     std::minstd_rand rng(3);
     const int menuSizes[3] = {23, 14, 23};
-    int switches = 0;
     for (int round = 0; round < 250; ++round)
     {
         for (int position = 0; position < 12; ++position)
@@ -83,14 +64,12 @@ TEST(EffectRackStress, TypeSwitchingWhileProcessing)
                 static_cast<int>(rng() % static_cast<unsigned>(round % 25 == 0 ? menuSizes[kind] : 4));
             set(kFX1PR + position, menu);
             set(kFXParam1PR1 + position, static_cast<double>(rng() % 101));
-            ++switches;
         }
         if (round % 2 == 0) QuorvexProbe::Effects(*plug).ServicePending();
     }
     stop.store(true);
     audio.join();
     QuorvexProbe::Effects(*plug).ServicePending();
-    EXPECT_EQ(switches, 2500);
     EXPECT_GT(blocks.load(), 0);
     // Every position ended on the type its record names.
     for (int position = 0; position < 12; ++position)

@@ -1,12 +1,14 @@
 #pragma once
-// A whole plug-in at 48 kHz driven in host calls of one internal block each, so a test can look
-// at a slot's stages or at a modulator's buffer between blocks; with slot 1 alone sounding, its
-// delay off and unity gains, the wet sum is slot 1's output stage. Shared by the engine tests.
+// A whole plug-in driven through ProcessDoubleReplacing in host calls of any size, and the few
+// measurements the engine tests make on its output. Shared by the engine tests.
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <functional>
+#include <initializer_list>
 #include <memory>
+#include <numbers>
 #include <vector>
 
 #include "QuorvexProbe.h"
@@ -17,20 +19,17 @@
 
 namespace engine_rig
 {
-constexpr int kBlock = 32;
+constexpr int kBlock = 32; // the engine's internal block
 constexpr double kRate = 48000.0;
 constexpr int kMs = 48; // 1 ms at 48 kHz
-
-struct Releaser
-{
-    void operator()(Quorvex* plug) const { plug->release(); }
-};
 
 struct Stereo
 {
     std::vector<double> l, r;
     explicit Stereo(std::size_t n = 0) : l(n, 0.0), r(n, 0.0) {}
     int Size() const { return static_cast<int>(l.size()); }
+    const std::vector<double>& Side(int side) const { return side == 0 ? l : r; }
+    bool operator==(const Stereo&) const = default;
 };
 
 inline Stereo Noise(int n, double amplitude, std::uint32_t seed)
@@ -45,7 +44,28 @@ inline Stereo Noise(int n, double amplitude, std::uint32_t seed)
     return s;
 }
 
-inline double Peak(const Stereo& s, int from)
+// n samples of a sine of `hz` at 48 kHz on both sides.
+inline Stereo Sine(int n, double hz, double amplitude)
+{
+    Stereo s(static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i)
+        s.l[i] = s.r[i] = amplitude * std::sin(2.0 * std::numbers::pi * hz * i / kRate);
+    return s;
+}
+
+// Index of the largest magnitude in x[from, to), both cut to the signal.
+inline int PeakIndex(const std::vector<double>& x, int from, int to)
+{
+    from = std::clamp(from, 0, static_cast<int>(x.size()) - 1);
+    to = std::min(to, static_cast<int>(x.size()));
+    int best = from;
+    for (int i = from; i < to; ++i)
+        if (std::abs(x[i]) > std::abs(x[best])) best = i;
+    return best;
+}
+
+// Largest magnitude of either side from `from` on.
+inline double Peak(const Stereo& s, int from = 0)
 {
     double peak = 0.0;
     for (int i = from; i < s.Size(); ++i)
@@ -53,21 +73,69 @@ inline double Peak(const Stereo& s, int from)
     return peak;
 }
 
-inline int PeakIndex(const std::vector<double>& x, int from, int to)
+struct Releaser
 {
-    int best = from;
-    for (int i = from; i < to; ++i)
-        if (std::abs(x[i]) > std::abs(x[best])) best = i;
-    return best;
+    void operator()(Quorvex* plug) const { plug->release(); }
+};
+using QuorvexPtr = std::unique_ptr<Quorvex, Releaser>;
+
+// Runs `in` through the plug in host calls of `chunk` frames (the last may be shorter), with
+// `sidechain` (mono, on both sidechain inputs) when given. With `zeroCalls` a call of zero frames
+// goes before every call; `after` (when given) is called after each call with its first frame.
+inline Stereo Stream(Quorvex& plug, const Stereo& in, int chunk, bool zeroCalls = false,
+                     const std::vector<double>* sidechain = nullptr,
+                     const std::function<void(int)>& after = {})
+{
+    Stereo out(static_cast<std::size_t>(in.Size()));
+    std::vector<double> silence(static_cast<std::size_t>(chunk), 0.0);
+    for (int done = 0; done < in.Size(); done += chunk)
+    {
+        const int n = std::min(chunk, in.Size() - done);
+        double* side = sidechain != nullptr ? const_cast<double*>(sidechain->data()) + done : silence.data();
+        double* inputs[4] = {const_cast<double*>(in.l.data()) + done, const_cast<double*>(in.r.data()) + done,
+                             side, side};
+        double* outputs[2] = {out.l.data() + done, out.r.data() + done};
+        if (zeroCalls) plug.ProcessDoubleReplacing(inputs, outputs, 0);
+        plug.ProcessDoubleReplacing(inputs, outputs, n);
+        if (after) after(done);
+    }
+    return out;
 }
 
-// Slot 1 alone, its delay off (the stage passes straight through), unity gains, no dry.
-class Rig
+// One plug-in at a host rate, its parameters set as the host sets them.
+class Engine
 {
   public:
-    Rig() : mPlug(new Quorvex())
+    explicit Engine(double rate = kRate) : mPlug(new Quorvex()) { mPlug->SetSampleRate(rate); }
+
+    void Set(int id, double value)
     {
-        mPlug->SetSampleRate(kRate);
+        mPlug->GetParam(id)->value = value;
+        mPlug->OnParamChange(id);
+    }
+    // A table of settings, applied in order.
+    void Set(std::initializer_list<std::pair<int, double>> settings)
+    {
+        for (const auto& [id, value] : settings)
+            Set(id, value);
+    }
+    double Get(int id) { return mPlug->GetParam(id)->value; }
+    Stereo Run(const Stereo& in, int chunk = kBlock) { return Stream(*mPlug, in, chunk); }
+    double* Source(int index) { return QuorvexProbe::SourceBuffer(*mPlug, index); }
+    Quorvex& Plug() { return *mPlug; }
+
+  private:
+    QuorvexPtr mPlug;
+};
+
+// Slot 1 alone, its delay off (the stage passes straight through), unity gains, no dry, at 48 kHz:
+// the wet sum is slot 1's output stage, and it leaves the plug-in 32 samples (the output ring)
+// plus 1 ms later.
+class Rig : public Engine
+{
+  public:
+    Rig()
+    {
         for (int s = 1; s < 4; ++s)
             Set(kSlotOn1 + s, 0.0);
         Set(kDelayOn1, 0.0);
@@ -77,39 +145,8 @@ class Rig
         Set(kDryLevel, 0.0);
         Set(kWetLevel, 100.0);
     }
-
-    void Set(int id, double value)
-    {
-        mPlug->GetParam(id)->value = value;
-        mPlug->OnParamChange(id);
-    }
-
-    // Runs `in` in calls of one block; `stage` (when given) collects slot 1's output stage.
-    Stereo Run(const Stereo& in, Stereo* stage = nullptr)
-    {
-        Stereo out(static_cast<std::size_t>(in.Size()));
-        if (stage != nullptr) *stage = Stereo(static_cast<std::size_t>(in.Size()));
-        double silence[kBlock] = {};
-        for (int done = 0; done + kBlock <= in.Size(); done += kBlock)
-        {
-            double* inputs[4] = {const_cast<double*>(in.l.data()) + done,
-                                 const_cast<double*>(in.r.data()) + done, silence, silence};
-            double* outputs[2] = {out.l.data() + done, out.r.data() + done};
-            mPlug->ProcessDoubleReplacing(inputs, outputs, kBlock);
-            if (stage == nullptr) continue;
-            Slot& slot = QuorvexProbe::SlotAt(*mPlug, 0);
-            std::copy_n(slot.StageL(Slot::kStageOut), kBlock, stage->l.begin() + done);
-            std::copy_n(slot.StageR(Slot::kStageOut), kBlock, stage->r.begin() + done);
-        }
-        return out;
-    }
-
-    double* Source(int index) { return QuorvexProbe::SourceBuffer(*mPlug, index); }
-    Quorvex& Plug() { return *mPlug; }
-
-  private:
-    std::unique_ptr<Quorvex, Releaser> mPlug;
 };
+
 // LFO `lfo` (0..3) held at depth x +1: the first half of a square (HALFPULSE, bipolar) at the
 // slowest rate, which moves a couple of table points in a test's length. Any rig with Set(id, v).
 template <typename AnyRig> void HoldLfo(AnyRig& rig, int lfo, double depthPercent)

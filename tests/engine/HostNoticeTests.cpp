@@ -7,6 +7,7 @@
 
 #include "common/HostDoubles.h"
 #include "engine/Quorvex.h"
+#include "fx/EffectTable.h"
 #include "host/PlugInstance.h"
 #include "modulators/StepPresets.h"
 #include "params/ParamIds.h"
@@ -56,12 +57,18 @@ TEST(HostNotices, WindowGesturesThatWriteOtherParametersTellTheHost)
     Plug p;
     Quorvex& q = p.Engine();
 
+    // A ramp over five steps, snapped to the "GATE Steps" grid, written through the parameters.
+    for (const auto& [id, value] : {std::pair{kGate1Length, 5.0}, {kGATESteps1, 0.0}})
+    {
+        q.GetParam(id)->value = value;
+        q.OnParamChange(id);
+    }
     p.handler.Clear();
     q.ApplyGateStepPreset(0, kStepPresetRamp);
     auto told = p.Told();
-    const int length = static_cast<int>(q.GetParam(kGate1Length)->value);
-    for (int i = 0; i < length; ++i)
+    for (int i = 0; i < 5; ++i)
     {
+        EXPECT_NEAR(q.GetParam(kGate1Step1 + i)->value, 25.0 * i, 1e-9) << "step " << i + 1;
         ASSERT_EQ(told.count(kGate1Step1 + i), 1u) << "step " << i + 1;
         EXPECT_EQ(told[kGate1Step1 + i], q.GetParam(kGate1Step1 + i)->GetNormalized());
     }
@@ -80,7 +87,9 @@ TEST(HostNotices, WindowGesturesThatWriteOtherParametersTellTheHost)
         const ParamID id = kFXParam1PR1 + p5 * (kFXParam2PR1 - kFXParam1PR1);
         ASSERT_EQ(told.count(id), 1u) << "knob " << p5 + 1;
         EXPECT_EQ(told[id], q.GetParam(static_cast<int>(id))->GetNormalized());
-        EXPECT_NE(told[id], 0.123) << "knob " << p5 + 1 << " kept the old value";
+        EXPECT_NEAR(q.GetParam(static_cast<int>(id))->value,
+                    FindFxType(FxTypeFromMenu(kFxMenuPre, 3))->defaults[p5] * 100.0, 1e-9)
+            << "knob " << p5 + 1;
     }
 }
 } // namespace

@@ -2,22 +2,20 @@
 // as silence, so the run is the run with the burst zeroed, sample for sample. A burst of absurd
 // finite values (1e300) is bounded: every output sample stays finite, and once the patch's tail has
 // passed the output is that of the zeroed run again. Patches: the default, every delay mode with
-// echoes, feedback at 160 %, every FB effect type, every master effect, at 44.1 and 96 kHz.
+// echoes, feedback at 160 % with the limiter off, every FB effect type, every master effect, at
+// 44.1 and 96 kHz.
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <limits>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "common/Noise.h"
-#include "engine/Quorvex.h"
-#include "params/IParamRecord.h"
-#include "params/ParamCatalogue.h"
+#include "EngineRig.h"
 #include "params/ValueLists.h"
+
+using namespace engine_rig;
 
 namespace
 {
@@ -25,90 +23,63 @@ constexpr int kHostBlock = 128;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-struct Releaser
-{
-    void operator()(Quorvex* plug) const { plug->release(); }
-};
-using Plug = std::unique_ptr<Quorvex, Releaser>;
-
-int FindParam(std::string_view name)
-{
-    for (int id = 0; id < kNumParams; ++id)
-        if (ParamName(id) == name) return id;
-    return -1;
-}
-
-// "Name=value", value a display text or a number in the parameter's unit.
-void Apply(Quorvex& plug, const std::string& setting)
-{
-    const std::size_t eq = setting.find('=');
-    ASSERT_NE(eq, std::string::npos) << setting;
-    const int id = FindParam(setting.substr(0, eq));
-    ASSERT_GE(id, 0) << setting;
-    IParamRecord* param = plug.GetParam(id);
-    const std::string text = setting.substr(eq + 1);
-    double value = 0.0;
-    if (!param->GetValueFromDisplayText(text, value)) value = std::strtod(text.c_str(), nullptr);
-    param->value = value;
-    plug.OnParamChange(id);
-}
+using Settings = std::vector<std::pair<int, double>>;
 
 struct Patch
 {
     std::string name;
-    std::vector<std::string> settings;
+    Settings settings;
     // The patch forgets a burst within the test's length (no sustaining feedback or reverb).
     bool tailEnds = true;
 };
 
 std::vector<Patch> Patches()
 {
-    const std::vector<std::string> echoes = {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=60",
-                                             "Delay TimeL 1=120", "Delay TimeR 1=170"};
-    std::vector<Patch> patches;
-    patches.push_back({"default", {}});
-    for (const char* mode : kDelayModeList)
+    const Settings echoes = {{kTimebase1, 0.0},
+                             {kDirectIn1, 50.0},
+                             {kFeedback1, 60.0},
+                             {kDelayTimeL1, 120.0},
+                             {kDelayTimeR1, 170.0}};
+    const auto withEchoes = [&](const std::string& name, const Settings& more)
     {
-        Patch p{std::string("mode ") + mode, echoes, false};
-        p.settings.push_back(std::string("Delay Mode 1=") + mode);
-        patches.push_back(p);
-    }
-    patches.push_back(
-        {"feedback 160",
-         {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=160", "Delay TimeL 1=10", "Delay TimeR 1=15"},
-         false});
-    for (const char* type : kFxFeedbackTypeList)
-    {
-        if (std::string(type).empty() || std::string(type) == "OFF") continue;
-        Patch p{std::string("FB ") + type, echoes, false};
-        for (const char* s : {"FXOn FB 1=ON", "FXParam1 1 FB=60", "FXParam2 1 FB=70", "FXParam3 1 FB=40"})
-            p.settings.push_back(s);
-        p.settings.push_back(std::string("FX1 FB=") + type);
-        patches.push_back(p);
-    }
-    for (const char* type : kMasterFxTypeList)
-    {
-        if (std::string(type) == "OFF") continue;
-        Patch p{std::string("master ") + type, echoes, false};
-        for (const char* s : {"MasterFX P1=60", "MasterFX P2=70", "MasterFX P4=50", "MasterFX Level=100"})
-            p.settings.push_back(s);
-        p.settings.push_back(std::string("MasterFX=") + type);
-        patches.push_back(p);
-    }
+        Patch p{name, echoes, false};
+        p.settings.insert(p.settings.end(), more.begin(), more.end());
+        return p;
+    };
+    std::vector<Patch> patches = {{"default", {}},
+                                  {"feedback 160",
+                                   {{kTimebase1, 0.0},
+                                    {kDirectIn1, 50.0},
+                                    {kFeedback1, 160.0},
+                                    {kDelayTimeL1, 10.0},
+                                    {kDelayTimeR1, 15.0},
+                                    {kLimiterOn, 0.0}},
+                                   false}};
+    for (int m = 0; m < static_cast<int>(kDelayModeList.size()); ++m)
+        patches.push_back(withEchoes(std::string("mode ") + kDelayModeList[m], {{kDelayMode1, m}}));
+    for (int t = 0; t < static_cast<int>(kFxFeedbackTypeList.size()); ++t)
+        if (std::string_view(kFxFeedbackTypeList[t]) != "" &&
+            std::string_view(kFxFeedbackTypeList[t]) != "OFF")
+            patches.push_back(withEchoes(std::string("FB ") + kFxFeedbackTypeList[t], {{kFXOnFB1, 1.0},
+                                                                                       {kFXParam1FB1, 60.0},
+                                                                                       {kFXParam2FB1, 70.0},
+                                                                                       {kFXParam3FB1, 40.0},
+                                                                                       {kFX1FB, t}}));
+    for (int t = 1; t < static_cast<int>(kMasterFxTypeList.size()); ++t) // after OFF
+        patches.push_back(withEchoes(std::string("master ") + kMasterFxTypeList[t], {{kMasterFXP1, 60.0},
+                                                                                     {kMasterFXP2, 70.0},
+                                                                                     {kMasterFXP4, 50.0},
+                                                                                     {kMasterFXLevel, 100.0},
+                                                                                     {kMasterFX, t}}));
     return patches;
 }
-
-struct Stereo
-{
-    std::vector<double> l, r;
-};
 
 // Noise at -10 dBFS for the first half, then silence: the patch is busy when the burst comes and
 // shows its tail afterwards. The burst (64 samples at 0.25 s) is filled by `burst(i)`.
 template <typename Burst> Stereo Input(double rate, double seconds, Burst burst)
 {
     const auto n = static_cast<std::size_t>(seconds * rate);
-    Stereo in{std::vector<double>(n, 0.0), std::vector<double>(n, 0.0)};
+    Stereo in(n);
     testnoise::NoiseSource noise{777u};
     for (std::size_t i = 0; i < n / 2; ++i)
     {
@@ -126,37 +97,30 @@ template <typename Burst> Stereo Input(double rate, double seconds, Burst burst)
 
 Stereo Render(const Patch& patch, double rate, const Stereo& in)
 {
-    Plug plug(new Quorvex());
-    plug->SetSampleRate(rate);
-    for (const std::string& s : patch.settings)
-        Apply(*plug, s);
-    Stereo out{std::vector<double>(in.l.size()), std::vector<double>(in.r.size())};
-    std::vector<double> sidechain(kHostBlock, 0.0);
-    for (std::size_t done = 0; done < in.l.size(); done += kHostBlock)
-    {
-        const int n = static_cast<int>(std::min<std::size_t>(kHostBlock, in.l.size() - done));
-        double* ins[4] = {const_cast<double*>(in.l.data() + done), const_cast<double*>(in.r.data() + done),
-                          sidechain.data(), sidechain.data()};
-        double* outs[2] = {out.l.data() + done, out.r.data() + done};
-        plug->ProcessDoubleReplacing(ins, outs, n);
-    }
-    return out;
+    Engine e(rate);
+    for (const auto& [id, value] : patch.settings)
+        e.Set(id, value);
+    return e.Run(in, kHostBlock);
 }
 
 // Index of the first sample that is not finite, or -1.
 int FirstNonFinite(const Stereo& s)
 {
-    for (std::size_t i = 0; i < s.l.size(); ++i)
-        if (!std::isfinite(s.l[i]) || !std::isfinite(s.r[i])) return static_cast<int>(i);
+    for (int i = 0; i < s.Size(); ++i)
+        if (!std::isfinite(s.l[i]) || !std::isfinite(s.r[i])) return i;
     return -1;
 }
 
+// The largest difference between a and b from `from` on.
 double MaxDifference(const Stereo& a, const Stereo& b, std::size_t from)
 {
-    double worst = 0.0;
-    for (std::size_t i = from; i < a.l.size(); ++i)
-        worst = std::max({worst, std::abs(a.l[i] - b.l[i]), std::abs(a.r[i] - b.r[i])});
-    return worst;
+    Stereo d = a;
+    for (std::size_t i = 0; i < d.l.size(); ++i)
+    {
+        d.l[i] -= b.l[i];
+        d.r[i] -= b.r[i];
+    }
+    return Peak(d, static_cast<int>(from));
 }
 
 class InputHygiene : public ::testing::TestWithParam<double>
@@ -203,9 +167,12 @@ TEST_P(InputHygiene, AbsurdFiniteBurstStaysFiniteAndPasses)
 TEST_P(InputHygiene, AbsurdBurstDecaysOutOfTheEchoes)
 {
     const double rate = GetParam();
-    const Patch patch{
-        "echoes",
-        {"Timebase 1=MS", "Direct In 1=50", "Feedback 1=30", "Delay TimeL 1=20", "Delay TimeR 1=30"}};
+    const Patch patch{"echoes",
+                      {{kTimebase1, 0.0},
+                       {kDirectIn1, 50.0},
+                       {kFeedback1, 30.0},
+                       {kDelayTimeL1, 20.0},
+                       {kDelayTimeR1, 30.0}}};
     const Stereo zeroed = Input(rate, 2.0, [](std::size_t) { return 0.0; });
     const Stereo huge = Input(rate, 2.0, [](std::size_t) { return 1e300; });
     const Stereo got = Render(patch, rate, huge);
@@ -216,22 +183,6 @@ TEST_P(InputHygiene, AbsurdBurstDecaysOutOfTheEchoes)
     EXPECT_GT(early, 10.0);
     EXPECT_LE(early, 4000.0);
     EXPECT_LT(MaxDifference(got, expected, static_cast<std::size_t>(1.2 * rate)), 1e-9);
-}
-
-// Feedback at 160 % with 1 ms echoes and the limiter off: nothing in the loop overflows.
-TEST_P(InputHygiene, RunawayFeedbackStaysFinite)
-{
-    const double rate = GetParam();
-    const Patch patch{"runaway",
-                      {"Timebase 1=MS", "Direct In 1=100", "Feedback 1=160", "Delay TimeL 1=1",
-                       "Delay TimeR 1=1", "Limiter On=OFF"}};
-    const Stereo loud = Input(rate, 3.0, [](std::size_t) { return 1000.0; });
-    const Stereo got = Render(patch, rate, loud);
-    ASSERT_EQ(FirstNonFinite(got), -1);
-    double peak = 0.0;
-    for (std::size_t i = got.l.size() - 1000; i < got.l.size(); ++i)
-        peak = std::max({peak, std::abs(got.l[i]), std::abs(got.r[i])});
-    EXPECT_GT(peak, 0.1); // still sounding long after the input stopped
 }
 
 INSTANTIATE_TEST_SUITE_P(Rates, InputHygiene, ::testing::Values(44100.0, 96000.0));

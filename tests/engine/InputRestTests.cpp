@@ -13,14 +13,6 @@ namespace
 {
 using namespace engine_rig;
 
-Stereo Sine(int n, double hz, double amplitude)
-{
-    Stereo s(static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i)
-        s.l[i] = s.r[i] = amplitude * std::sin(2.0 * std::numbers::pi * hz * i / kRate);
-    return s;
-}
-
 Stereo Constant(int n, double value)
 {
     Stereo s(static_cast<std::size_t>(n));

@@ -1,25 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <functional>
-#include <memory>
-#include <numbers>
-#include <vector>
-
 #include "EngineRig.h"
-#include "QuorvexProbe.h"
-#include "engine/Quorvex.h"
-#include "params/IParamRecord.h"
 #include "params/ModRouting.h"
-#include "params/ParamIds.h"
 
 // The modulation routing of the delay times as the whole plug-in runs it (the master section's laws
-// are tested in the core suite, its wiring by the golden summaries). Host calls of 32
-// samples each end with exactly one internal block, so a test can look at a slot's stages or write
-// a modulator's buffer between blocks. With one slot sounding, the wet sum is that slot's output
-// stage, and it leaves the plug-in 32 samples (the output ring) plus 1 ms later.
+// are tested in the core suite, its wiring by the golden summaries).
 
 using namespace engine_rig;
 
@@ -41,19 +26,19 @@ TEST(ModWiring, RoutedSourcesMoveTheEchoes)
         Rig rig;
         rig.Set(kDelayOn1, 1.0);
         rig.Set(kDirectIn1, 100.0); // echoes only
-        rig.Set(kFeedback1, 0.0);
-        rig.Set(kModulation1, 0.0);
-        rig.Set(kDelayLopass1, 20000.0);
-        rig.Set(kDelayHipass1, 20.0);
-        rig.Set(kTimebase1, 0.0);
-        rig.Set(kDelayTimeL1, 100.0);
-        rig.Set(kDelayTimeR1, 100.0);
+        rig.Set({{kFeedback1, 0.0},
+                 {kModulation1, 0.0},
+                 {kDelayLopass1, 20000.0},
+                 {kDelayHipass1, 20.0},
+                 {kTimebase1, 0.0},
+                 {kDelayTimeL1, 100.0},
+                 {kDelayTimeR1, 100.0}});
         if (routed == 1)
         {
-            rig.Set(kDelayTimeLModSource1, kModSourceLFO1);
-            rig.Set(kDelayTimeLModDepth1, 100.0);
-            rig.Set(kDelayTimeRModSource1, kModSourceLFO1);
-            rig.Set(kDelayTimeRModDepth1, 100.0);
+            rig.Set({{kDelayTimeLModSource1, kModSourceLFO1},
+                     {kDelayTimeLModDepth1, 100.0},
+                     {kDelayTimeRModSource1, kModSourceLFO1},
+                     {kDelayTimeRModDepth1, 100.0}});
             rig.Set(kDelaySpreadModSource1, kModSourceLFO1 + 1);
             rig.Set(kDelayModDepth1, 100.0);
             // Two LFOs that hold still: the first half of a square at the slowest rate.

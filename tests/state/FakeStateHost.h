@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -71,6 +72,11 @@ class FakeStateHost : public IStateHost
 
     double Value(int id) { return mParams[id]->value; }
     void Set(int id, double v) { mParams[id]->value = v; }
+    void Set(std::initializer_list<std::pair<int, double>> values)
+    {
+        for (const auto& [id, v] : values)
+            Set(id, v);
+    }
 
     std::vector<std::unique_ptr<IParamRecord>> mParams;
     StateFields mFields;

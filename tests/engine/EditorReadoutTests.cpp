@@ -300,3 +300,30 @@ TEST(EditorTapPlaying, EachTapLightsWhereItsEchoSounds)
     editor->OnTimerTick();
     EXPECT_EQ(editor->Delay().PlayingTap(0), -1);
 }
+
+// The gate page marks the step each gate plays: one column per gate, of that gate, and gate 1's
+// mark on the step the engine plays, moving along as it plays.
+TEST(EditorGateSteps, ThePlayingStepIsMarked)
+{
+    Rig rig;
+    auto* editor = dynamic_cast<QuorvexEditor*>(rig.Plug().GetGUI());
+    ASSERT_NE(editor, nullptr);
+    IPlugBase& base = rig.Plug();
+    rig.Set(kGate1On, 1.0);
+    base.OnGUIOpen();
+    std::vector<int> seen;
+    for (int frame = 0; frame < 60; ++frame)
+    {
+        rig.Run(Stereo(kFrameSamples));
+        editor->OnTimerTick();
+        std::vector<int> lit;
+        for (int idx : editor->ListControls(kListGates))
+            if (auto* f = dynamic_cast<IStepFaderControl*>(editor->GetControl(idx)))
+                if (f->Playing()) lit.push_back(f->ParamIdx());
+        ASSERT_EQ(lit.size(), 4u);
+        EXPECT_EQ(lit[0], kGate1Step1 + editor->PlayingStep(0));
+        if (seen.empty() || seen.back() != lit[0]) seen.push_back(lit[0]);
+    }
+    EXPECT_GT(seen.size(), 2u);
+    base.OnGUIClose();
+}

@@ -124,6 +124,41 @@ TEST(ModulatorEngine, SidechainEnvelopeWithNegativeDepthDucksTheEcho)
     EXPECT_GT(after, 0.5 * before);
 }
 
+// The gate opens in the tick that ends block n: block n's output stage is still silent, block n+1
+// already sounds. Modulators run after the audio of a block, so a source reaches its destination
+// one block late, never in the block that made it.
+TEST(ModulatorEngine, ASourceReachesItsDestinationOneBlockLate)
+{
+    Rig rig;
+    rig.Set({{kLevel1, -60.0},
+             {kLevelModSource1, kModSourceGate1},
+             {kLevelModDepth1, 100.0},
+             {kGate1On, 1.0},
+             {kGate1Sync, 1.0},
+             {kGate1Timebase, 1.0},
+             {kGate1Length, 2.0},
+             {kGate1Step1, 0.0},
+             {kGate1Step1 + 1, 100.0}});
+    Stereo level(kBlock);
+    std::fill(level.l.begin(), level.l.end(), 0.5);
+    std::fill(level.r.begin(), level.r.end(), 0.5);
+    const double* gate = rig.Source(kModSourceGate1);
+    const double* stage = QuorvexProbe::SlotAt(rig.Plug(), 0).StageL(Slot::kStageOut);
+    int opened = -1;
+    for (int b = 0; b < 2000 && opened < 0; ++b)
+    {
+        const double before = gate[0];
+        rig.Run(level);
+        if (before != 0.0 || gate[0] != 1.0) continue;
+        opened = b;
+        for (int i = 0; i < kBlock; ++i)
+            ASSERT_EQ(stage[i], 0.0) << "block " << b << " sample " << i;
+        rig.Run(level);
+        EXPECT_GT(stage[kBlock - 1], 0.0);
+    }
+    EXPECT_GT(opened, 300); // after the first, shut eighth (375 blocks)
+}
+
 // Switching an LFO between free and synced rewrites "LFO Rate" in the other unit, and its text
 // follows: free 2 Hz at 120 bpm becomes the note index below it (log2(960 * 2 / 120) = 4: "1/4"),
 // and back the rate heard (120 bpm x 2^0 / 60 = 2 Hz, x 1.5 as a triplet).

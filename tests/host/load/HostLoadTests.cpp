@@ -7,11 +7,9 @@
 
 #include "pluginterfaces/vst/vstspeaker.h"
 
-#include <atomic>
 #include <filesystem>
 #include <limits>
 #include <set>
-#include <thread>
 
 using namespace bundlerig;
 
@@ -111,64 +109,45 @@ TEST(HostLoad, OneObjectServesEverySide)
     EXPECT_EQ(bare.controller->getParameterCount(), 0);
 }
 
-TEST(HostLoad, BusesAreConsistentAndCanBeSwitched)
+// Two stereo inputs, main and aux, and a stereo output. The channel pairs are 2-2, 3-2 and 4-2
+// with a sidechain of up to two channels: the host gets what it asks for within them, and a
+// refusal changes nothing.
+TEST(HostLoad, BusesAndArrangementsIncludingTheSidechain)
 {
     Instance plug;
     IComponent* c = plug.component;
+    IAudioProcessor* p = plug.processor;
     ASSERT_EQ(c->getBusCount(kAudio, kInput), 2);
     ASSERT_EQ(c->getBusCount(kAudio, kOutput), 1);
     EXPECT_EQ(c->getBusCount(kEvent, kInput), 0);
-    EXPECT_EQ(c->getBusCount(kEvent, kOutput), 0);
-    const struct
+    const auto busOf = [&](BusDirection dir, int32 index)
     {
-        BusDirection dir;
-        int32 index;
-        const char16_t* name;
-        BusType type;
-    } expected[] = {
-        {kInput, 0, u"Main Input", kMain}, {kInput, 1, u"Aux Input", kAux}, {kOutput, 0, u"Output", kMain}};
-    for (const auto& e : expected)
-    {
-        SCOPED_TRACE(std::string(e.name, e.name + std::char_traits<char16_t>::length(e.name)));
         BusInfo info{};
-        ASSERT_EQ(c->getBusInfo(kAudio, e.dir, e.index, info), kResultTrue);
-        EXPECT_EQ(Text(info.name), e.name);
-        EXPECT_EQ(info.busType, e.type);
-        EXPECT_EQ(info.direction, e.dir);
         SpeakerArrangement arr = 0;
-        ASSERT_EQ(plug.processor->getBusArrangement(e.dir, e.index, arr), kResultTrue);
-        EXPECT_EQ(arr, SpeakerArr::kStereo);
-        EXPECT_EQ(info.channelCount, 2);
-        EXPECT_EQ(c->activateBus(kAudio, e.dir, e.index, false), kResultTrue);
-        EXPECT_EQ(c->activateBus(kAudio, e.dir, e.index, true), kResultTrue);
-    }
+        EXPECT_EQ(c->getBusInfo(kAudio, dir, index, info), kResultTrue);
+        EXPECT_EQ(p->getBusArrangement(dir, index, arr), kResultTrue);
+        EXPECT_EQ(info.channelCount, SpeakerArr::getChannelCount(arr));
+        EXPECT_EQ(info.direction, dir);
+        EXPECT_EQ(info.busType, dir == kInput && index == 1 ? kAux : kMain);
+        return std::make_pair(Text(info.name), arr);
+    };
+    const auto bus = [](const char16_t* name, SpeakerArrangement arr)
+    { return std::make_pair(std::u16string(name), arr); };
+    EXPECT_EQ(busOf(kInput, 0), bus(u"Main Input", SpeakerArr::kStereo));
+    EXPECT_EQ(busOf(kInput, 1), bus(u"Aux Input", SpeakerArr::kStereo));
+    EXPECT_EQ(busOf(kOutput, 0), bus(u"Output", SpeakerArr::kStereo));
+    EXPECT_EQ(c->activateBus(kAudio, kInput, 1, false), kResultTrue);
     BusInfo info{};
+    SpeakerArrangement arr = 0;
     EXPECT_NE(c->getBusInfo(kAudio, kInput, 2, info), kResultTrue);
     EXPECT_NE(c->getBusInfo(kAudio, kInput, -1, info), kResultTrue);
     EXPECT_NE(c->getBusInfo(kAudio, kOutput, 1, info), kResultTrue);
     EXPECT_NE(c->getBusInfo(kEvent, kInput, 0, info), kResultTrue);
     EXPECT_NE(c->activateBus(kAudio, kInput, 5, true), kResultTrue);
     EXPECT_NE(c->activateBus(kEvent, kOutput, 0, true), kResultTrue);
-    SpeakerArrangement arr = 0;
-    EXPECT_NE(plug.processor->getBusArrangement(kOutput, 3, arr), kResultTrue);
-    EXPECT_NE(plug.processor->getBusArrangement(kInput, -1, arr), kResultTrue);
-}
+    EXPECT_NE(p->getBusArrangement(kOutput, 3, arr), kResultTrue);
+    EXPECT_NE(p->getBusArrangement(kInput, -1, arr), kResultTrue);
 
-// The channel pairs are 2-2, 3-2 and 4-2 with a sidechain of up to two channels: the host gets
-// what it asks for within them, and a refusal changes nothing.
-TEST(HostLoad, ArrangementsIncludingTheSidechain)
-{
-    Instance plug;
-    IAudioProcessor* p = plug.processor;
-    const auto busOf = [&](BusDirection dir, int32 index)
-    {
-        BusInfo info{};
-        SpeakerArrangement arr = 0;
-        EXPECT_EQ(plug.component->getBusInfo(kAudio, dir, index, info), kResultTrue);
-        EXPECT_EQ(p->getBusArrangement(dir, index, arr), kResultTrue);
-        EXPECT_EQ(info.channelCount, SpeakerArr::getChannelCount(arr));
-        return std::make_pair(Text(info.name), arr);
-    };
     // The channel table's arrangements for three and four channels.
     constexpr SpeakerArrangement kThree = 0x103;
     constexpr SpeakerArrangement kFour = 0xF00000;
@@ -179,8 +158,8 @@ TEST(HostLoad, ArrangementsIncludingTheSidechain)
     // Three main channels and a mono sidechain: both buses are rebuilt under their new names.
     SpeakerArrangement wide[2] = {kThree, SpeakerArr::kMono};
     EXPECT_EQ(p->setBusArrangements(wide, 2, out, 1), kResultTrue);
-    EXPECT_EQ(busOf(kInput, 0), std::make_pair(std::u16string(u"Input"), kThree));
-    EXPECT_EQ(busOf(kInput, 1), std::make_pair(std::u16string(u"Sidechain Input"), SpeakerArr::kMono));
+    EXPECT_EQ(busOf(kInput, 0), bus(u"Input", kThree));
+    EXPECT_EQ(busOf(kInput, 1), bus(u"Sidechain Input", SpeakerArr::kMono));
     // Mono out is not one of the pairs: refused, and nothing changes.
     SpeakerArrangement monoOut[1] = {SpeakerArr::kMono};
     EXPECT_EQ(p->setBusArrangements(wide, 1, monoOut, 1), kResultFalse);
@@ -191,7 +170,6 @@ TEST(HostLoad, ArrangementsIncludingTheSidechain)
     EXPECT_EQ(p->setBusArrangements(quad, 1, out, 1), kResultFalse);
     EXPECT_EQ(busOf(kInput, 0).second, kFour);
     EXPECT_EQ(p->setBusArrangements(nullptr, 1, out, 1), kInvalidArgument);
-
     // Back to stereo, and the processor runs with the sidechain that was set.
     EXPECT_EQ(p->setBusArrangements(in, 2, out, 1), kResultTrue);
     EXPECT_EQ(busOf(kInput, 1).second, SpeakerArr::kStereo);
@@ -271,12 +249,10 @@ TEST(HostLoad, ParametersUnitsAndProgramsAsTheHostScansThem)
     UnitInfo unit{};
     ASSERT_EQ(u->getUnitInfo(0, unit), kResultTrue);
     EXPECT_EQ(unit.id, kRootUnitId);
-    EXPECT_EQ(unit.parentUnitId, kNoParentUnitId);
     EXPECT_EQ(Text(unit.name), u"Root Unit");
     ASSERT_EQ(u->getUnitInfo(1, unit), kResultTrue);
     EXPECT_EQ(unit.id, 1);
     EXPECT_EQ(unit.parentUnitId, kRootUnitId);
-    EXPECT_EQ(unit.programListId, kNoProgramListId);
     EXPECT_EQ(Text(unit.name), u"lfo_rate");
     EXPECT_NE(u->getUnitInfo(2, unit), kResultTrue);
     ASSERT_EQ(u->getProgramListCount(), 1);
@@ -290,9 +266,6 @@ TEST(HostLoad, ParametersUnitsAndProgramsAsTheHostScansThem)
     EXPECT_EQ(Text(name), u"user preset 1");
     EXPECT_NE(u->getProgramName(list.id, 1, name), kResultTrue);
     EXPECT_NE(u->getProgramName(12, 0, name), kResultTrue);
-    EXPECT_NE(u->getProgramListInfo(1, list), kResultTrue);
-    EXPECT_EQ(u->selectUnit(1), kResultTrue);
-    EXPECT_EQ(u->getSelectedUnit(), 1);
 }
 
 TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
@@ -426,11 +399,14 @@ TEST(HostLoad, TheLastPointOfEachQueueIsApplied)
     changes.Add(kFeedback1, 511, 0.375);
     changes.Add(kLimiterOn, 3, 1.0);
     changes.Add(kLimiterOn, 300, 0.34);
+    changes.Add(kBypassId, 0, 1.0);
+    changes.Add(kBypassId, 200, 0.5);
     std::mt19937 rng(3);
     EXPECT_TRUE(ProcessNoise<float>(plug, 512, rng, &changes));
     EXPECT_NEAR(plug.Plain(kFeedback1), 60.0, 1e-9);
     // An integer parameter snaps to its step: 0.34 of 0..3 is 1.
     EXPECT_NEAR(plug.controller->getParamNormalized(kLimiterOn), 1.0 / 3.0, 1e-12);
+    EXPECT_EQ(plug.controller->getParamNormalized(kBypassId), 0.0) << "bypass needs more than one half";
 
     // Parameters only, no audio, as hosts send while the transport is stopped; a point out of range
     // is cut to it, one that is not a number is dropped.
@@ -438,6 +414,7 @@ TEST(HostLoad, TheLastPointOfEachQueueIsApplied)
     changes.Add(kDryLevel, 0, 0.1);
     changes.Add(kFeedback1, 0, 7.0);
     changes.Add(kLimiterOn, 0, kQuietNaN);
+    changes.Add(kBypassId, 0, 0.51);
     ProcessData flush;
     flush.symbolicSampleSize = kSample32;
     flush.inputParameterChanges = &changes;
@@ -445,6 +422,7 @@ TEST(HostLoad, TheLastPointOfEachQueueIsApplied)
     EXPECT_NEAR(plug.controller->getParamNormalized(kDryLevel), 0.1, 1e-12);
     EXPECT_NEAR(plug.Plain(kFeedback1), 160.0, 1e-9);
     EXPECT_NEAR(plug.controller->getParamNormalized(kLimiterOn), 1.0 / 3.0, 1e-12);
+    EXPECT_EQ(plug.controller->getParamNormalized(kBypassId), 1.0);
     plug.Stop();
 }
 
@@ -682,41 +660,4 @@ TEST(HostLoad, SuspendResumeAndReinitialiseCycles)
     EXPECT_EQ(plug.controller->getParameterCount(), kNumParams + 2);
 }
 
-TEST(HostLoad, ProcessingOnAnotherThreadWhileTheHostWorksTheController)
-{
-    Instance plug;
-    plug.Start(44100.0, 512, kSample32);
-    std::atomic<bool> clean{true};
-    std::atomic<bool> done{false};
-    std::thread audio(
-        [&]
-        {
-            std::mt19937 rng(31);
-            ParameterChanges changes;
-            for (int block = 0; block < 200; ++block)
-            {
-                changes.Clear();
-                changes.Add(static_cast<ParamID>(rng() % kNumParams), 0,
-                            std::uniform_real_distribution<double>(0, 1)(rng));
-                if (!ProcessNoise<float>(plug, 256, rng, &changes)) clean = false;
-            }
-            done = true;
-        });
-    const auto state = plug.ComponentState();
-    String128 text{};
-    for (int k = 0; !done && k < 100000; ++k)
-    {
-        plug.controller->setParamNormalized(kFeedback1, (k % 100) / 100.0);
-        plug.controller->getParamStringByValue(kLfoRate1, 0.5, text);
-        plug.controller->getParamNormalized(static_cast<ParamID>(k % kNumParams));
-        if (k % 50 == 0)
-        {
-            plug.LoadState(state);
-            plug.ComponentState();
-        }
-    }
-    audio.join();
-    EXPECT_TRUE(clean);
-    plug.Stop();
-}
 } // namespace

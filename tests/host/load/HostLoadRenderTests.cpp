@@ -370,38 +370,6 @@ TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
     fresh.Stop();
 }
 
-// Values the plug-in writes by itself (a time base switch rewrites both delay times) reach the
-// host on its next call from the UI thread, with no editor open and no output queue; where the
-// host set such a value in the same call, the host's value stands and is what the saved state
-// holds, in either order of the queues.
-TEST(HostLoad, ValuesThePlugInWritesReachTheHostAndTheHostsOwnWin)
-{
-    for (bool timeFirst : {false, true})
-    {
-        SCOPED_TRACE(timeFirst ? "time queue first" : "time base queue first");
-        Instance plug;
-        plug.Start(48000.0, 256, kSample64);
-        plug.handler.Clear();
-        ParameterChanges changes;
-        const double time = plug.controller->plainParamToNormalized(kDelayTimeL1, 500.0);
-        if (timeFirst) changes.Add(kDelayTimeL1, 0, time);
-        changes.Add(kTimebase1, 0, plug.controller->plainParamToNormalized(kTimebase1, 0.0 /* MS */));
-        if (!timeFirst) changes.Add(kDelayTimeL1, 0, time);
-        Render(plug, Silence(256), 256, &changes);
-        const double right = plug.controller->getParamNormalized(kDelayTimeR1); // a UI-thread call
-        const auto edits = plug.handler.Edits();
-        EXPECT_TRUE(std::any_of(edits.begin(), edits.end(),
-                                [&](const ComponentHandler::Edit& e)
-                                { return e.kind == 'p' && e.id == kDelayTimeR1 && e.value == right; }));
-        // 500 up to the normalised round trip of the host's own value (far below 499.99998).
-        EXPECT_NEAR(plug.Plain(kDelayTimeL1), 500.0, 1e-9);
-        const auto state = plug.ComponentState();
-        EXPECT_NEAR(SavedValue(state, kDelayTimeL1), 500.0, 1e-9);
-        EXPECT_EQ(SavedValue(state, kDelayTimeR1), plug.Plain(kDelayTimeR1));
-        plug.Stop();
-    }
-}
-
 // The last value of each queue a plug-in wrote into a host's output changes, by id.
 std::map<ParamID, ParamValue> Written(ParameterChanges& out)
 {
@@ -417,23 +385,30 @@ std::map<ParamID, ParamValue> Written(ParameterChanges& out)
     return values;
 }
 
-// One call of silence carrying plain values, with an output queue as a host that reads it gives.
-std::map<ParamID, ParamValue> ProcessTelling(Instance& plug, PlainValues values)
+// One call of silence carrying `in`, with an output queue as a host that reads it gives, or none.
+std::map<ParamID, ParamValue> ProcessTelling(Instance& plug, ParameterChanges& in, bool hostReads = true)
 {
     AudioRig<double> rig(256, {2, 2}, {2});
-    ParameterChanges in, out;
-    AddPlain(plug, in, values);
+    ParameterChanges out;
     out.Prepare(static_cast<ParamID>(kNumParams));
     rig.data.inputParameterChanges = &in;
-    rig.data.outputParameterChanges = &out;
+    rig.data.outputParameterChanges = hostReads ? &out : nullptr;
     EXPECT_EQ(plug.processor->process(rig.data), kResultOk);
     return Written(out);
+}
+std::map<ParamID, ParamValue> ProcessTelling(Instance& plug, PlainValues values)
+{
+    ParameterChanges in;
+    AddPlain(plug, in, values);
+    return ProcessTelling(plug, in);
 }
 
 // Values the plug-in writes itself come back in the very process call that made them, through the
 // output changes of a host that offers them (no editor, no UI-thread call needed), each once: a
-// later UI-thread call doesn't tell the host again.
-TEST(HostLoad, ValuesThePlugInWritesComeBackInTheProcessCall)
+// later UI-thread call doesn't tell the host again. A host that offers none hears of them on its
+// next UI-thread call. Where the host set such a value in the same call, the host's value stands
+// and is what the saved state holds, in either order of the queues.
+TEST(HostLoad, ValuesThePlugInWritesReachTheHostAndTheHostsOwnWin)
 {
     constexpr ParamID kLink1 = 760;
     constexpr ParamID kLfoSync1 = 844;
@@ -447,20 +422,43 @@ TEST(HostLoad, ValuesThePlugInWritesComeBackInTheProcessCall)
         for (const auto& edit : plug.handler.Edits())
             EXPECT_EQ(written.count(edit.id), 0u) << "told twice: " << edit.id;
     };
-    // The time base switch: a synced slot set free plays its synced times: four eighths (the
-    // factors' default) at 120 bpm, 1000 ms.
-    ProcessTelling(
-        plug,
-        {{kTimebase1, plug.ListValue(kTimebase1, u"1/8")}, {kDelayTimeL1, 200.0}, {kDelayTimeR1, 300.0}});
-    auto written = ProcessTelling(plug, {{kTimebase1, 0.0}});
-    ASSERT_EQ(written.count(kDelayTimeL1) + written.count(kDelayTimeR1), 2u);
-    EXPECT_NEAR(plug.controller->normalizedParamToPlain(kDelayTimeL1, written[kDelayTimeL1]), 1000.0, 1e-9);
-    EXPECT_NEAR(plug.controller->normalizedParamToPlain(kDelayTimeR1, written[kDelayTimeR1]), 1000.0, 1e-9);
-    EXPECT_EQ(written.count(kTimebase1), 0u) << "the host's own change isn't echoed";
-    toldOnlyThere(written);
+    // The time base switch: a synced slot set free plays its synced times, four eighths (the
+    // factors' default) at 120 bpm: 1000 ms, unless the host sets the time in the same call.
+    for (bool hostReads : {true, false})
+    {
+        SCOPED_TRACE(hostReads ? "time base queue first, output queue read" : "time queue first, none read");
+        ProcessTelling(
+            plug,
+            {{kTimebase1, plug.ListValue(kTimebase1, u"1/8")}, {kDelayTimeL1, 200.0}, {kDelayTimeR1, 300.0}});
+        ParameterChanges in;
+        const double time = plug.controller->plainParamToNormalized(kDelayTimeL1, 500.0);
+        if (!hostReads) in.Add(kDelayTimeL1, 0, time);
+        in.Add(kTimebase1, 0, plug.controller->plainParamToNormalized(kTimebase1, 0.0));
+        if (hostReads) in.Add(kDelayTimeL1, 0, time);
+        plug.handler.Clear();
+        auto written = ProcessTelling(plug, in, hostReads);
+        EXPECT_EQ(written.count(kTimebase1), 0u) << "the host's own change isn't echoed";
+        if (hostReads)
+        {
+            ASSERT_EQ(written.count(kDelayTimeR1), 1u);
+            EXPECT_NEAR(plug.controller->normalizedParamToPlain(kDelayTimeR1, written[kDelayTimeR1]), 1000.0,
+                        1e-9);
+            toldOnlyThere(written);
+        }
+        const double right = plug.controller->getParamNormalized(kDelayTimeR1); // a UI-thread call
+        const auto edits = plug.handler.Edits();
+        EXPECT_EQ(hostReads,
+                  std::none_of(edits.begin(), edits.end(),
+                               [&](const ComponentHandler::Edit& e)
+                               { return e.kind == 'p' && e.id == kDelayTimeR1 && e.value == right; }));
+        EXPECT_NEAR(plug.Plain(kDelayTimeR1), 1000.0, 1e-9);
+        // 500 up to the normalised round trip of the host's own value (far below 499.99998).
+        EXPECT_NEAR(plug.Plain(kDelayTimeL1), 500.0, 1e-9);
+        EXPECT_NEAR(SavedValue(plug.ComponentState(), kDelayTimeL1), 500.0, 1e-9);
+    }
     // The link: the right time follows the left.
     ProcessTelling(plug, {{kLink1, 1.0}});
-    written = ProcessTelling(plug, {{kDelayTimeL1, 250.0}});
+    auto written = ProcessTelling(plug, {{kDelayTimeL1, 250.0}});
     ASSERT_EQ(written.count(kDelayTimeR1), 1u);
     EXPECT_NEAR(plug.controller->normalizedParamToPlain(kDelayTimeR1, written[kDelayTimeR1]), 250.0, 1e-9);
     toldOnlyThere(written);

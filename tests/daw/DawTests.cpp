@@ -98,12 +98,11 @@ struct Stereo
     const sf_count_t got = sf_readf_float(f, interleaved.data(), info.frames);
     sf_close(f);
     if (got != info.frames) return ::testing::AssertionFailure() << "short read of " << path;
-    out.l.resize(static_cast<size_t>(got));
-    out.r.resize(static_cast<size_t>(got));
-    for (size_t i = 0; i < static_cast<size_t>(got); ++i)
+    out = Stereo{};
+    for (size_t i = 0; i < interleaved.size(); i += 2)
     {
-        out.l[i] = interleaved[2 * i];
-        out.r[i] = interleaved[2 * i + 1];
+        out.l.push_back(interleaved[i]);
+        out.r.push_back(interleaved[i + 1]);
     }
     return ::testing::AssertionSuccess();
 }
@@ -124,21 +123,16 @@ struct Stereo
     return ::testing::AssertionSuccess();
 }
 
-// Bit identity of two exports, with the first differing sample named.
+// Bit identity of two exports, with the first differing frame named.
 ::testing::AssertionResult BitIdentical(const Stereo& a, const Stereo& b)
 {
     if (a.Frames() != b.Frames())
         return ::testing::AssertionFailure() << a.Frames() << " frames against " << b.Frames();
     for (size_t i = 0; i < a.Frames(); ++i)
-        for (int ch = 0; ch < 2; ++ch)
-        {
-            const float x = ch == 0 ? a.l[i] : a.r[i];
-            const float y = ch == 0 ? b.l[i] : b.r[i];
-            if (std::memcmp(&x, &y, sizeof x) != 0)
-                return ::testing::AssertionFailure()
-                       << "first difference at frame " << i << " (" << (ch == 0 ? "L" : "R") << "): " << x
-                       << " against " << y;
-        }
+        if (std::memcmp(&a.l[i], &b.l[i], sizeof(float)) != 0 ||
+            std::memcmp(&a.r[i], &b.r[i], sizeof(float)) != 0)
+            return ::testing::AssertionFailure() << "first difference at frame " << i << ": " << a.l[i] << " "
+                                                 << a.r[i] << " against " << b.l[i] << " " << b.r[i];
     return ::testing::AssertionSuccess();
 }
 

@@ -17,7 +17,7 @@ export TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1"
 # on one thread (bad buffers, tails, random automation, offline type changes, tap masks). Every
 # test that loads, saves or switches while audio runs stays here.
 declare -A filters=([quorvex_engine_tests]="-*InputHygiene*:*RealtimeProcess*:EffectsEndToEnd.*:SlotPath.*:Editor*:EngineFrame.*"
-  [quorvex_host_load_tests]="-HostLoad.ABadBufferDoesNotPoisonTheOutput:HostLoad.TheReportedTailHoldsTheEchoesAndTheHall:HostLoad.NoiseUnderRandomAutomationStaysClean:HostLoad.OfflineEffectTypeChangesTakeEffectWhereTheyArrive:HostLoad.TapMasksSwitchEachTapPerSide")
+  [quorvex_host_load_tests]="-HostLoad.TheReportedTailHoldsTheEchoesAndTheHall:HostLoad.OfflineEffectTypeChangesTakeEffectWhereTheyArrive:HostLoad.TapMasksSwitchEachTapPerSide")
 for suite in "${suites[@]}"; do
   echo "tsan: $suite"
   binary="build/tsan/tests/$suite"

@@ -8,41 +8,38 @@
 
 namespace
 {
-std::u16string Read(const Steinberg::char16* s)
+TEST(HostText, WidensWhatFitsWholeAndReplacesWhatIsMalformed)
 {
-    return std::u16string(reinterpret_cast<const char16_t*>(s));
+    const struct
+    {
+        const char* utf8;
+        int capacity;
+        std::u16string wide;
+    } rows[] = {
+        {"a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80z", 32, u"a\u00E4\u20AC\U0001F600z"}, // a ä € 😀 z
+        {"abcdef", 4, u"abc"},
+        // Two units left, the emoji needs two plus the terminator: it is left out whole.
+        {"ab\xF0\x9F\x98\x80", 4, u"ab"},
+        {"anything", 1, u""},
+        {"x\xC3", 16, u"x\uFFFD"}, // lead byte without its continuation
+        {"\xFFy", 16, u"\uFFFDy"},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.utf8);
+        Steinberg::char16 out[32];
+        WidenText(row.utf8, out, row.capacity);
+        EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(out)), row.wide);
+    }
 }
 
-TEST(HostText, WidensOneTwoThreeAndFourByteCharacters)
+TEST(HostText, NarrowsBackStoppingAtTheUnitLimitAndReplacingLoneSurrogates)
 {
     Steinberg::char16 out[32];
-    WidenText("a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80z", out, 32); // a ä € 😀 z
-    EXPECT_EQ(Read(out), u"a\u00E4\u20AC\U0001F600z");
+    WidenText("a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80z", out, 32);
     EXPECT_EQ(NarrowText(out, 32), "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80z");
-}
-
-TEST(HostText, CutsAtCapacityWithoutSplittingACharacter)
-{
-    Steinberg::char16 out[4];
-    WidenText("abcdef", out, 4);
-    EXPECT_EQ(Read(out), u"abc");
-    // Two units left, the emoji needs two plus the terminator: it is left out whole.
-    WidenText("ab\xF0\x9F\x98\x80", out, 4);
-    EXPECT_EQ(Read(out), u"ab");
-    WidenText("anything", out, 1);
-    EXPECT_EQ(out[0], 0);
-    // NarrowText stops at its unit limit as well as at the terminator.
     Steinberg::char16 wide[] = u"hello";
     EXPECT_EQ(NarrowText(wide, 3), "hel");
-}
-
-TEST(HostText, MalformedInputBecomesReplacementCharacters)
-{
-    Steinberg::char16 out[16];
-    WidenText("x\xC3", out, 16); // lead byte without its continuation
-    EXPECT_EQ(Read(out), u"x\uFFFD");
-    WidenText("\xFFy", out, 16);
-    EXPECT_EQ(Read(out), u"\uFFFDy");
     Steinberg::char16 lone[] = {0xD800, u'q', 0};
     EXPECT_EQ(NarrowText(lone, 8), "\xEF\xBF\xBDq");
 }

@@ -4,27 +4,20 @@
 
 #include <gtest/gtest.h>
 
-#include <sndfile.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <map>
 #include <set>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "params/ParamCatalogue.h"
 #include "state/FakeStateHost.h"
 #include "state/PresetFile.h"
+#include "tools/ToolRun.h"
 
 namespace
 {
-namespace fs = std::filesystem;
+using namespace tooltest;
 
 constexpr double kDemoSeconds = 6.0; // two bars and a ringing bar at 120 BPM
 constexpr double kMaxTailSeconds = 30.0;
@@ -38,22 +31,6 @@ std::vector<fs::path> FactoryFiles()
         if (entry.is_regular_file()) files.push_back(entry.path());
     std::sort(files.begin(), files.end());
     return files;
-}
-
-std::string Slurp(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-std::string Quote(const std::string& s)
-{
-    std::string q = "'";
-    for (char c : s)
-        q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return q + "'";
 }
 
 std::string Relative(const fs::path& file)
@@ -125,33 +102,23 @@ Render RenderPreset(const fs::path& file, const fs::path& scratch)
     Render r;
     r.name = Relative(file);
     const fs::path wav = scratch / "render.wav";
-    const std::string command = Quote(QUORVEX_RENDER_TOOL) + " --preset " + Quote(file.string()) +
-                                " --demo " + Quote(wav.string()) + " >" +
-                                Quote((scratch / "log.txt").string()) + " 2>&1";
-    const int status = std::system(command.c_str());
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << r.name << "\n"
-                                                               << Slurp(scratch / "log.txt");
-    EXPECT_EQ(Slurp(scratch / "log.txt").find("warning"), std::string::npos) << r.name;
-
-    SF_INFO info{};
-    SNDFILE* sf = sf_open(wav.string().c_str(), SFM_READ, &info);
-    EXPECT_NE(sf, nullptr) << r.name;
-    if (sf == nullptr) return r;
-    std::vector<double> samples(static_cast<std::size_t>(info.frames * info.channels));
-    sf_readf_double(sf, samples.data(), info.frames);
-    sf_close(sf);
-    r.seconds = static_cast<double>(info.frames) / info.samplerate;
-
-    const auto window = static_cast<std::size_t>(kEnvelopeSeconds * info.samplerate) * 2;
+    const ToolRun run = RunTool({"--preset", file.string(), "--demo", wav.string()}, scratch);
+    EXPECT_EQ(run.code, 0) << r.name << "\n" << run.err;
+    EXPECT_EQ((run.out + run.err).find("warning"), std::string::npos) << r.name;
+    const Audio audio = ReadAudio(wav);
+    EXPECT_EQ(audio.channels, 2) << r.name;
+    if (audio.channels == 0) return r;
+    r.seconds = static_cast<double>(audio.Frames()) / audio.rate;
+    const auto window = static_cast<std::size_t>(kEnvelopeSeconds * audio.rate) * 2;
     double peak = 0.0;
-    for (std::size_t start = 0; start < samples.size(); start += window)
+    for (std::size_t start = 0; start < audio.samples.size(); start += window)
     {
         double sum = 0.0;
-        const std::size_t end = std::min(samples.size(), start + window);
+        const std::size_t end = std::min(audio.samples.size(), start + window);
         for (std::size_t i = start; i < end; ++i)
         {
-            sum += samples[i] * samples[i];
-            peak = std::max(peak, std::abs(samples[i]));
+            sum += audio.samples[i] * audio.samples[i];
+            peak = std::max(peak, std::abs(audio.samples[i]));
         }
         r.envelopeDb.push_back(10.0 * std::log10(sum / static_cast<double>(end - start) + 1e-12));
     }

@@ -1,0 +1,86 @@
+#pragma once
+// quorvex-render run as a user runs it, from a shell with its output and errors captured, and the
+// audio files it reads and writes, through libsndfile.
+
+#include <sndfile.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace tooltest
+{
+namespace fs = std::filesystem;
+
+inline std::string Slurp(const fs::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+struct ToolRun
+{
+    int code = -1;
+    std::string out;
+    std::string err;
+};
+
+// Runs the tool on `args` with no input, its output and errors caught in files of `scratch`.
+inline ToolRun RunTool(const std::vector<std::string>& args, const fs::path& scratch)
+{
+    const auto quote = [](const std::string& s)
+    {
+        std::string q = "'";
+        for (char c : s)
+            q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        return q + "'";
+    };
+    std::string command = quote(QUORVEX_RENDER_TOOL);
+    for (const auto& a : args)
+        command += " " + quote(a);
+    command +=
+        " >" + quote((scratch / "stdout.txt").string()) + " 2>" + quote((scratch / "stderr.txt").string());
+    const int status = std::system((command + " </dev/null").c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Slurp(scratch / "stdout.txt"),
+            Slurp(scratch / "stderr.txt")};
+}
+
+struct Audio
+{
+    int rate = 0;
+    int channels = 0;
+    int format = 0;
+    std::vector<double> samples; // interleaved
+
+    std::size_t Frames() const
+    {
+        return channels > 0 ? samples.size() / static_cast<std::size_t>(channels) : 0;
+    }
+    double At(std::size_t frame, int ch) const
+    {
+        return samples[frame * static_cast<std::size_t>(channels) + static_cast<std::size_t>(ch)];
+    }
+};
+
+// The file's samples as doubles; an empty Audio when it can't be read.
+inline Audio ReadAudio(const fs::path& path)
+{
+    SF_INFO info{};
+    Audio audio;
+    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    if (!file) return audio;
+    audio.rate = info.samplerate;
+    audio.channels = info.channels;
+    audio.format = info.format;
+    audio.samples.resize(static_cast<std::size_t>(info.frames * info.channels));
+    sf_readf_double(file, audio.samples.data(), info.frames);
+    sf_close(file);
+    return audio;
+}
+} // namespace tooltest

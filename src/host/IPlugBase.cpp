@@ -384,6 +384,11 @@ void IPlugBase::AdoptLatency()
     const int wanted = std::min(static_cast<int>(latency), latencyDelay.mCapacity);
     if (wanted == latencyDelay.mLength) return;
     latencyDelay.mLength = wanted;
+    RestartBypassDelay();
+}
+
+void IPlugBase::RestartBypassDelay()
+{
     latencyDelay.mPos = 0;
     std::fill(latencyDelay.mRing.begin(), latencyDelay.mRing.end(), 0.0);
 }

@@ -196,6 +196,8 @@ class IPlugBase : public IEngineHost
     // Bypass: inputs to outputs delayed by the latency (plain copy at latency 0).
     void PassThroughBuffers(double, int nFrames) QUORVEX_NONBLOCKING;
     void PassThroughBuffers(float, int nFrames) QUORVEX_NONBLOCKING;
+    // Empties the bypass delay, so that a new run does not play the end of the one before.
+    void RestartBypassDelay();
 
     // ---- Plain accessors -----------------------------------------------------------------------
     double GetSampleRate() const { return sampleRate; }

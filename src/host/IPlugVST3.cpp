@@ -223,6 +223,8 @@ tresult PLUGIN_API IPlugVST3::setActive(TBool state)
     return Guarded(
         [&]() -> tresult
         {
+            // Processing is off here, so the audio thread does not hold the bypass delay.
+            if (state != 0) RestartBypassDelay();
             OnActivate(state != 0);
             return kResultOk;
         });

@@ -215,8 +215,7 @@ TEST(QuorvexPresets, LoadingWhileAudioRunsOnAnotherThreadKeepsEverySampleFinite)
 }
 
 // A session's preset-menu selection is taken over only where this machine's menu holds its folder;
-// otherwise the selection stays as it was (a fresh instance's "none" included: HostLoad's
-// AMenuSelectionNoMenuHoldsIsNotEchoed).
+// otherwise the selection stays as it was, a fresh instance's "none" included.
 TEST(QuorvexPresets, AStatesMenuSelectionIsTakenOnlyWhereTheMenuHoldsItsFolder)
 {
     PresetRig rig;
@@ -241,6 +240,10 @@ TEST(QuorvexPresets, AStatesMenuSelectionIsTakenOnlyWhereTheMenuHoldsItsFolder)
     EXPECT_EQ(target->Fields().mPresetMenuIndex, index);
     target->UnserializeState(foreign, 0);
     EXPECT_EQ(target->SelectedPresetPath(), "/User Presets/Mine/B");
+    auto fresh = rig.Make();
+    fresh->UnserializeState(foreign, 0);
+    EXPECT_EQ(fresh->Fields().mPresetMenuFolder, "");
+    EXPECT_EQ(fresh->Fields().mPresetMenuIndex, -1);
     EXPECT_EQ(target->Fields().mPresetMenuFolder, "/User Presets/Mine/");
     EXPECT_EQ(target->Fields().mPresetMenuIndex, index);
 }

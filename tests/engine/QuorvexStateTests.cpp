@@ -1,13 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
 
 #include "EngineRig.h"
 #include "state/ByteChunk.h"
 
 // The state chunk as the whole plug-in reads it: old chunks pass the plug-in's own migration, newer
-// ones are refused, dry kill holds. The chunk's layout, version gates and round trip are tested in
-// the state suite, the plug-in's bytes and damaged values with the loaded bundle.
+// ones are refused, damaged values are cut to their ranges, dry kill holds. The chunk's layout,
+// version gates and round trip are tested in the state suite, the plug-in's bytes with the loaded
+// bundle.
 
 using namespace engine_rig;
 
@@ -84,4 +86,40 @@ TEST(Quorvex, ChunksOfOtherVersionsMigrateOrAreRefused)
     EXPECT_EQ(refusing.Get(kFeedback2), 12);
 }
 
+// An infinity in a chunk still says which end of the range was meant: it is cut to the range like
+// a finite value. A NaN says nothing and counts as 0, cut to the range.
+TEST(Quorvex, InfinitiesInAChunkAreCutToTheRange)
+{
+    Engine source;
+    ByteChunk chunk = StateOf(source.Plug());
+    const double inf = std::numeric_limits<double>::infinity(),
+                 nan = std::numeric_limits<double>::quiet_NaN();
+    struct Row
+    {
+        int id;
+        double stored, read;
+    };
+    const Row rows[] = {{kDelayLopass1, inf, 20000.0}, {kDelayLopass2, -inf, 200.0}, {kFeedback1, inf, 160.0},
+                        {kDelayTimeL1, -inf, 1.0},     {kDelayLopass3, nan, 200.0},  {kLevel1, nan, 0.0}};
+    for (const Row& row : rows)
+    {
+        const int at = chunk.Size() - (kNumParams - row.id) * static_cast<int>(sizeof(double));
+        std::memcpy(chunk.Data() + at, &row.stored, sizeof row.stored);
+    }
+    Engine target;
+    target.Plug().UnserializeState(chunk, 0);
+    for (const Row& row : rows)
+        EXPECT_EQ(target.Get(row.id), row.read) << row.id;
+}
+
+// The host's one user preset records the state once, under its name; there is no second one.
+TEST(Quorvex, UserPresetRecordsTheStateChunkOnce)
+{
+    Engine e;
+    EXPECT_TRUE(e.Plug().RestorePreset(0));
+    EXPECT_EQ(e.Plug().GetPreset(0)->name, "user preset 1");
+    EXPECT_TRUE(e.Plug().GetPreset(0)->chunk == StateOf(e.Plug()));
+    EXPECT_FALSE(e.Plug().RestorePreset(0));
+    EXPECT_FALSE(e.Plug().RestorePreset(1));
+}
 } // namespace

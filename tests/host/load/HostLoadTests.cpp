@@ -437,35 +437,47 @@ TEST(HostLoad, TheLastPointOfEachQueueIsApplied)
 template <typename Sample> void CheckBypassDelaysByTheLatency(double rate)
 {
     Instance plug;
-    plug.Start(rate, 1000, sizeof(Sample) == 8 ? kSample64 : kSample32);
+    const int32 size = sizeof(Sample) == 8 ? kSample64 : kSample32;
+    plug.Start(rate, 1000, size);
     ParameterChanges bypassOn;
     bypassOn.Add(kBypassId, 0, 1.0);
     std::mt19937 rng(5);
     std::uniform_real_distribution<double> noise(-1.0, 1.0);
-    std::vector<Sample> in[2], out[2];
-    // Calls shorter and longer than the latency: the delay's ring wraps within calls and across them.
-    for (int n : {1, 32, 511, 1000, 77, 300})
+    // The second run follows a restart, still bypassed: the delay starts empty again rather than
+    // playing the end of the run before.
+    for (int run = 0; run < 2; ++run)
     {
-        AudioRig<Sample> rig(n, {2, 2}, {2});
-        rig.data.inputParameterChanges = in[0].empty() ? &bypassOn : nullptr;
-        for (int ch = 0; ch < 2; ++ch)
-            for (auto& v : rig.In(0, ch))
-                v = static_cast<Sample>(noise(rng));
-        ASSERT_EQ(plug.processor->process(rig.data), kResultOk);
-        for (int ch = 0; ch < 2; ++ch)
+        SCOPED_TRACE(run == 0 ? "first run" : "after a restart");
+        if (run == 1)
         {
-            in[ch].insert(in[ch].end(), rig.In(0, ch).begin(), rig.In(0, ch).end());
-            out[ch].insert(out[ch].end(), rig.Out(0, ch).begin(), rig.Out(0, ch).end());
+            plug.Stop();
+            plug.Start(rate, 1000, size);
         }
+        std::vector<Sample> in[2], out[2];
+        // Calls shorter and longer than the latency: the ring wraps within calls and across them.
+        for (int n : {1, 32, 511, 1000, 77, 300})
+        {
+            AudioRig<Sample> rig(n, {2, 2}, {2});
+            rig.data.inputParameterChanges = in[0].empty() && run == 0 ? &bypassOn : nullptr;
+            for (int ch = 0; ch < 2; ++ch)
+                for (auto& v : rig.In(0, ch))
+                    v = static_cast<Sample>(noise(rng));
+            ASSERT_EQ(plug.processor->process(rig.data), kResultOk);
+            for (int ch = 0; ch < 2; ++ch)
+            {
+                in[ch].insert(in[ch].end(), rig.In(0, ch).begin(), rig.In(0, ch).end());
+                out[ch].insert(out[ch].end(), rig.Out(0, ch).begin(), rig.Out(0, ch).end());
+            }
+        }
+        const auto latency = static_cast<std::size_t>(plug.processor->getLatencySamples());
+        ASSERT_GT(latency, 0u);
+        ASSERT_LT(latency, 1000u);
+        for (int ch = 0; ch < 2; ++ch)
+            for (std::size_t i = 0; i < in[ch].size(); ++i)
+                ASSERT_EQ(out[ch][i], i < latency ? Sample(0) : in[ch][i - latency])
+                    << "channel " << ch << ", sample " << i << ", latency " << latency;
+        EXPECT_EQ(plug.controller->getParamNormalized(kBypassId), 1.0);
     }
-    const auto latency = static_cast<std::size_t>(plug.processor->getLatencySamples());
-    ASSERT_GT(latency, 0u);
-    ASSERT_LT(latency, 1000u);
-    for (int ch = 0; ch < 2; ++ch)
-        for (std::size_t i = 0; i < in[ch].size(); ++i)
-            ASSERT_EQ(out[ch][i], i < latency ? Sample(0) : in[ch][i - latency])
-                << "channel " << ch << ", sample " << i << ", latency " << latency;
-    EXPECT_EQ(plug.controller->getParamNormalized(kBypassId), 1.0);
     plug.Stop();
 }
 

@@ -1,21 +1,8 @@
 // Colour sets as the editor applies them to its role slots.
 #include <gtest/gtest.h>
 
-#include <set>
-#include <string>
-
 #include "editor/ColorSets.h"
 #include "editor/IGraphics.h"
-
-TEST(ColorSetTest, TableHasElevenDistinctNamedSets)
-{
-    std::set<std::string> names;
-    for (const ColorSetRow& row : kColorSets)
-        names.insert(row.mName);
-    EXPECT_EQ(names.size(), 11u);
-    EXPECT_STREQ(kColorSets[0].mName, "DEFAULT");
-    EXPECT_STREQ(kColorSets[10].mName, "PURPLE");
-}
 
 TEST(ColorSetTest, ApplyingFillsTheSlotsControlsPointAt)
 {

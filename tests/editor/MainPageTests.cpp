@@ -87,6 +87,12 @@ TEST_F(MainPage, MasterEffectPopupPicksATypeAndTheKnobNamesFollow)
     EXPECT_EQ(names, (std::vector<std::string>{"SIZE", "PREDELAY", "HIPASS", "DAMP"}));
     // The frame of the selector strip names the type.
     EXPECT_EQ(dynamic_cast<IBitmapControl*>(popup)->CurrentFrame(), 3);
+    // A click beside an open list picks nothing.
+    ClickAt(r.L + 5, r.T + 5);
+    ASSERT_NE(editor.ModalOverlay(), nullptr);
+    ClickAt(5, 600);
+    EXPECT_EQ(editor.ModalOverlay(), nullptr);
+    EXPECT_EQ(plug.GetParam(kMasterFX)->value, 2.0);
 }
 
 TEST_F(MainPage, PageTabsAndTheOptionsButton)

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "EditorDoubles.h"
+#include "editor/IMyControls.h"
 
 using namespace editortest;
 
@@ -264,21 +265,6 @@ TEST_F(Fixture, LongMenusScrollAndSubMenusCascade)
     EXPECT_EQ(index, 3);
 }
 
-TEST_F(Fixture, TheAddressControlOpensItsAddress)
-{
-    std::string opened;
-    graphics.SetURLOpener(
-        [&](const std::string& url)
-        {
-            opened = url;
-            return true;
-        });
-    Attach(new IURLControl(&plug, IRECT(200, 0, 250, 20), "https://qelmar-audio.example"));
-    graphics.OnMouseDown(210, 5, Left());
-    EXPECT_EQ(opened, "https://qelmar-audio.example");
-    EXPECT_TRUE(plug.mLog.empty());
-}
-
 TEST_F(Fixture, TooltipAfterAShortHover)
 {
     RecordingControl* c = Add(IRECT(100, 100, 150, 150));
@@ -317,4 +303,25 @@ TEST(KnobArcTest, UnipolarFromTheStopBipolarFromTheTop)
         EXPECT_EQ(lit(23, 50), leftLit);
         EXPECT_EQ(lit(77, 50), rightLit);
     }
+}
+
+TEST(MyTextTest, FormatsThroughFormatAndUnit)
+{
+    const std::tuple<const char*, const char*, double, const char*> cases[] = {
+        {"%.1f", " ms", 12.345, "12.3 ms"},
+        {"%.0f", " %", 49.6, "50 %"},
+        {"%.f", "", 2.7, "3"},
+        {"%.1f", " : 1", 4.0, "4.0 : 1"},
+        {"%d", " ST", -6.6, "-7 ST"},
+        {"%5.2f", "", 3.14159, " 3.14"},
+        {"%+.1f", " dB", 1.25, "+1.2 dB"},
+        // A list text format and unusable ones show the plain number.
+        {"%s", "", 1.5, "1.5"},
+        {"%.1f %f", "", 1.0, "1"},
+        {"%n", "", 2.0, "2"},
+        {"%", " ms", 3.0, "3 ms"},
+        {"%.1f%%", "", 50.0, "50.0%"},
+    };
+    for (const auto& [format, unit, value, text] : cases)
+        EXPECT_EQ(IMyTextControl::FormatValue(format, unit, value), text) << format;
 }

@@ -217,11 +217,9 @@ TEST_F(DelayEditor, AFaderDragIsOneGestureOnItsStep)
 
 TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
 {
-    std::vector<std::tuple<int, int, bool, bool>> taps;
     std::vector<std::tuple<int, int, bool>> fx;
     std::vector<std::tuple<int, int, int, bool>> mods;
-    editor.SetStepMaskActions({[&](int s, int t, bool l, bool r) { taps.emplace_back(s, t, l, r); },
-                               [&](int s, int t, bool on) { fx.emplace_back(s, t, on); },
+    editor.SetStepMaskActions({nullptr, [&](int s, int t, bool on) { fx.emplace_back(s, t, on); },
                                [&](int s, int row, int t, bool on) { mods.emplace_back(s, row, t, on); }});
     editor.ShowPage(kPageLargeSteps + 1, false);
     // A fresh slot has every step effect off: both faders gray and take no mouse.
@@ -248,16 +246,8 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     EXPECT_FALSE(Step(1, "FX P2", 0)->IsGrayed());
     EXPECT_TRUE(Step(1, "FX P2", 1)->IsGrayed());
 
-    // Tap buttons report both channels of the tap.
     editor.ShowPage(kPageLargeLevels + 1, false);
     EXPECT_FALSE(Step(1, "LEVEL", 1)->IsGrayed());
-    Click(Step(1, "TAP R", 0));
-    Click(Step(1, "TAP L", 0));
-    EXPECT_EQ(taps, (std::vector<std::tuple<int, int, bool, bool>>{{1, 0, false, true}, {1, 0, true, true}}));
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 0), 1u);
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 1), 1u);
-    EXPECT_TRUE(Lit(1, "TAP L", 0));
-    EXPECT_FALSE(Lit(1, "TAP L", 1));
     EXPECT_EQ(plug.Gestures(), ""); // no parameter moved
 }
 
@@ -269,7 +259,7 @@ TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOn)
     editor.Delay().SetTapOnMask(1, 0, 0xFFFF);
     editor.Delay().SetTapOnMask(1, 1, 0xFFFF);
     IControl* number = Large(1, layout::StepColumnNumber(2));
-    // Opens the menu, checks its entries and returns the checked one; picks `mark` when given.
+    // Opens the menu, checks its entries, picks `mark` and returns the entry that was checked.
     auto menu = [&](const std::string& mark)
     {
         Click(number);
@@ -279,7 +269,7 @@ TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOn)
         for (int i = 0; items && i < items->NItems(); ++i)
         {
             texts += items->GetItem(i)->mText + "|";
-            if (items->GetItem(i)->Checked()) checked += items->GetItem(i)->mText;
+            if (items->GetItem(i)->Checked()) checked = items->GetItem(i)->mText;
         }
         EXPECT_EQ(texts, "--|L|R|L+R|");
         for (int i = 0; items && i < items->NItems(); ++i)
@@ -288,8 +278,8 @@ TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOn)
                 const IRECT r = popup->ItemRect(0, i);
                 editor.OnMouseOver(r.L + 5, r.T + 5, IMouseMod());
                 ClickAt(r.L + 5, r.T + 5);
+                break;
             }
-        if (editor.ModalOverlay()) editor.OnKeyDown(0, 0, kKeyEscape);
         return checked;
     };
     EXPECT_EQ(menu("R"), "L+R");
@@ -364,7 +354,6 @@ TEST_F(DelayEditor, ARowPresetWritesTheTapsInUseOneGestureEach)
     // The row's name opens its menu.
     Click(Large(1, layout::StepRowName(StepRowOf("LEVEL"))));
     EXPECT_NE(editor.ModalOverlay(), nullptr);
-
     plug.mLog.clear();
     editor.Delay().ApplyStepPreset(1, StepRowOf("LEVEL"), 2); // RAMP
     for (int i = 0; i < 5; ++i)

@@ -233,25 +233,9 @@ TEST_F(ModPages, AGateStepTakesTheHeightItIsPressedAtAndFollowsTheDrag)
     EXPECT_EQ(plug.Gestures(), OneGesture(kGate2Step5));
 }
 
-TEST_F(ModPages, GateStepsRunInOrderAcrossTheirPanel)
-{
-    for (int g = 0; g < 4; ++g)
-    {
-        const int first = kGate1Step1 + 16 * g;
-        const IRECT r0 = ControlOn(kListGates, first)->GetRECT();
-        const int pitch = ControlOn(kListGates, first + 1)->GetRECT().L - r0.L;
-        EXPECT_GT(pitch, r0.W()) << g;
-        for (int s = 1; s < 16; ++s)
-        {
-            const IRECT r = ControlOn(kListGates, first + s)->GetRECT();
-            EXPECT_EQ(r.T, r0.T) << g << " " << s;
-            EXPECT_EQ(r.L, r0.L + s * pitch) << g << " " << s;
-        }
-    }
-}
-
-// The colour set, the attenuator and the dry kill are the editor's own: no parameter moves.
-TEST_F(ModPages, TheOptionsControlsAreTheEditorsOwn)
+// The colour set is the editor's own: a pick recolours at once, tells the plug-in and moves no
+// parameter.
+TEST_F(ModPages, TheColourSetFieldAppliesAPickAndTellsThePlugIn)
 {
     std::vector<int> told;
     editor.SetColorSetHandler([&](int set) { told.push_back(set); });
@@ -270,33 +254,7 @@ TEST_F(ModPages, TheOptionsControlsAreTheEditorsOwn)
     EXPECT_EQ(editor.Colors().Current(), 5);
     EXPECT_STREQ(field->SetName(), "ICE");
 
-    IControl* att = editor.ControlOfPageRow(kListOptions, kOptionsAttenuatorRow);
-    IControl* dryKill = editor.ControlOfPageRow(kListOptions, kOptionsDryKillRow);
-    auto* readout = dynamic_cast<ITextControl*>(editor.ControlOfPageRow(kListOptions, kOptionsReadoutRow));
-    ASSERT_TRUE(att && dryKill && readout);
-    // A fresh attenuator sits at 0 dB, the top of its travel, and says so.
-    EXPECT_EQ(att->GetValue(), 1.0);
-    EXPECT_EQ(readout->GetText(), "0 dB");
-    DragUp(att, -27);
-    EXPECT_NEAR(att->GetValue(), 0.75, 0.01);
-    Click(dryKill);
-    EXPECT_EQ(dryKill->GetValue(), 1.0);
-    EXPECT_EQ(att->ParamIdx(), -1);
-    EXPECT_EQ(dryKill->ParamIdx(), -1);
     EXPECT_TRUE(plug.mLog.empty()) << plug.Gestures();
-}
-
-TEST(ModPagesTest, MatrixKnobsAreNamedAfterTheSlotTheyFeed)
-{
-    int knobs = 0;
-    for (const LayoutRow& row : kLogicLayout)
-        if (row.mParam >= kSlot1FB1 && row.mParam <= kSlot4FB4)
-        {
-            ++knobs;
-            const std::string expected = "FB SLOT " + std::to_string((row.mParam - kSlot1FB1) % 4 + 1);
-            EXPECT_EQ(row.mLabel, expected) << row.mParam;
-        }
-    EXPECT_EQ(knobs, 16);
 }
 
 TEST_F(ModPages, WaveArrowsStepThroughTheWavesAndWrap)

@@ -265,20 +265,6 @@ TEST_F(Fixture, LongMenusScrollAndSubMenusCascade)
     EXPECT_EQ(index, 3);
 }
 
-TEST_F(Fixture, TooltipAfterAShortHover)
-{
-    RecordingControl* c = Add(IRECT(100, 100, 150, 150));
-    c->SetTooltip("Output level");
-    graphics.OnMouseOver(110, 110, IMouseMod());
-    for (int i = 0; i < IGraphics::kTooltipDelayTicks - 1; ++i)
-        graphics.OnTimerTick();
-    EXPECT_EQ(graphics.Tooltip(), nullptr);
-    graphics.OnTimerTick();
-    ASSERT_NE(graphics.Tooltip(), nullptr);
-    graphics.OnMouseOver(500, 500, IMouseMod());
-    EXPECT_EQ(graphics.Tooltip(), nullptr);
-}
-
 TEST(KnobArcTest, UnipolarFromTheStopBipolarFromTheTop)
 {
     // At the middle value a unipolar arc covers the left of the track and a bipolar one nothing.

@@ -1,30 +1,16 @@
 // The wave the LFO page draws: one cycle of a function or a table, turned by polarity, phase,
-// reverse and swap as the LFO turns it, and drawn in the half its polarity gives.
+// reverse and swap as the LFO turns it, and laid across its rectangle. (That each display follows
+// its LFO's wave and polarity is the engine suite's EditorLfoWaves test.)
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <tuple>
 
-#include "EditorDoubles.h"
 #include "editor/WaveDraw.h"
-
-using namespace editortest;
 
 namespace
 {
 constexpr IColor kRed(255, 255, 0, 0);
-
-struct Screen : Window<300, 200>
-{
-    // Rows of column x in y0..y1 whose red is above half.
-    std::vector<int> RedRows(int x, int y0, int y1)
-    {
-        std::vector<int> rows;
-        for (int y = y0; y < y1; ++y)
-            if (Red(x, y) > 128) rows.push_back(y);
-        return rows;
-    }
-};
 } // namespace
 
 TEST(WaveDrawTest, PolarityPhaseReverseAndSwapOfOneCycle)
@@ -99,19 +85,4 @@ TEST(WaveDrawTest, TableIsReadAsTheLFOReadsIt)
     }
     wave.SetTable(nullptr, 0);
     EXPECT_FALSE(wave.HasWave());
-}
-
-TEST_F(Screen, WaveIsDrawnInTheHalfItsPolarityGives)
-{
-    auto* wave = Attach(new WaveDraw(&plug, IRECT(0, 0, 100, 54), &kRed));
-    wave->SetFunction([](double p) { return std::sin(2.0 * M_PI * p); });
-    wave->SetPolarity(WaveDraw::kNeg);
-    graphics.OnTimerTick();
-    EXPECT_FALSE(RedRows(25, 45, 54).empty()); // the peak turned down to the bottom
-    EXPECT_FALSE(RedRows(75, 25, 30).empty()); // and the trough to the middle
-    EXPECT_TRUE(RedRows(25, 0, 10).empty());
-    // Nothing to draw without a wave, and no crash.
-    wave->SetFunction({});
-    graphics.OnTimerTick();
-    EXPECT_EQ(RedPixels(IRECT(0, 0, 100, 54)), 0);
 }

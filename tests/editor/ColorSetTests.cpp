@@ -29,18 +29,3 @@ TEST(ColorSetTest, ApplyingFillsTheSlotsControlsPointAt)
     for (int role = 0; role < kNumColorRoles; ++role)
         EXPECT_EQ(*roles.Role(role), IColor(255, 255, 255, 255));
 }
-
-TEST(ColorSetTest, AnEditorRecoloursEverythingAtTheNextTick)
-{
-    IGraphics graphics(nullptr, 100, 50, 25);
-    IPanelControl* panel = new IPanelControl(nullptr, IRECT(10, 10, 20, 20), graphics.Colors().Role(5));
-    graphics.AttachControl(panel);
-    graphics.OnTimerTick();
-    EXPECT_TRUE(graphics.OnTimerTick().Empty());
-    const std::uint32_t before = graphics.Raster().Pixels()[15 * graphics.Raster().Stride() / 4 + 15];
-    EXPECT_EQ(graphics.SetColorSet(4), 4);
-    EXPECT_EQ(graphics.OnTimerTick(), IRECT(0, 0, 100, 50));
-    const std::uint32_t after = graphics.Raster().Pixels()[15 * graphics.Raster().Stride() / 4 + 15];
-    EXPECT_EQ(before, 0xFFFB1352u);
-    EXPECT_EQ(after, 0xFFFC2216u);
-}

@@ -1,6 +1,4 @@
-// The cairo raster: bitmap strips and their 2x twins, the blend modes, and the fonts that
-// fontconfig gives for the editor's font names.
-#include <fontconfig/fontconfig.h>
+// The cairo raster: bitmap strips and their 2x twins, and the blend that grays a control.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -46,21 +44,6 @@ struct ImageDir
     }
 };
 
-std::string MatchFile(const char* family)
-{
-    FcPattern* pattern = FcNameParse(reinterpret_cast<const FcChar8*>(family));
-    FcConfigSubstitute(nullptr, pattern, FcMatchPattern);
-    FcDefaultSubstitute(pattern);
-    FcResult result;
-    FcPattern* match = FcFontMatch(nullptr, pattern, &result);
-    std::string file;
-    FcChar8* path = nullptr;
-    if (match && FcPatternGetString(match, FC_FILE, 0, &path) == FcResultMatch)
-        file = reinterpret_cast<const char*>(path);
-    if (match) FcPatternDestroy(match);
-    FcPatternDestroy(pattern);
-    return file;
-}
 } // namespace
 
 TEST(RasterTest, BitmapFramesTwinsAndBlendModes)
@@ -111,16 +94,5 @@ TEST(RasterTest, BitmapFramesTwinsAndBlendModes)
         graphics.FillIRect(IColor(255, 60, 60, 60), IRECT(20, 20, 30, 30));
         graphics.DrawBitmap(grey, IRECT(20, 20, 24, 24), 1, &c.blend);
         EXPECT_NEAR(At(raster, 21, 21).r, c.expected, 1) << c.blend.mMode << " " << c.blend.mWeight;
-    }
-}
-
-TEST(RasterTest, FontNamesMapToTheInstalledStandIns)
-{
-    const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"Futura", "BetecknaGS", "beteckna"}, {"Arial", "Liberation Sans", "LiberationSans"}};
-    for (const auto& [name, family, fileFragment] : cases)
-    {
-        EXPECT_STREQ(FontFamilyFor(name), family);
-        EXPECT_NE(MatchFile(family).find(fileFragment), std::string::npos) << MatchFile(family);
     }
 }

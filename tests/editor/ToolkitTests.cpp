@@ -27,24 +27,6 @@ struct Fixture : Window<1240, 620>
 };
 } // namespace
 
-TEST(IRECTTest, UnionAndIntersection)
-{
-    const std::tuple<IRECT, IRECT, IRECT, IRECT> cases[] = {
-        {IRECT(0, 0, 10, 10), IRECT(5, 5, 20, 20), IRECT(0, 0, 20, 20), IRECT(5, 5, 10, 10)},
-        {IRECT(0, 0, 10, 10), IRECT(10, 0, 20, 10), IRECT(0, 0, 20, 10), IRECT()},
-        {IRECT(), IRECT(3, 4, 5, 6), IRECT(3, 4, 5, 6), IRECT()}, // the empty one adds nothing
-    };
-    for (const auto& [a, b, uni, inter] : cases)
-    {
-        SCOPED_TRACE(::testing::Message() << a.L << "," << a.T << " with " << b.L << "," << b.T);
-        EXPECT_EQ(a.Union(b), uni);
-        EXPECT_EQ(a.Intersect(b), inter);
-        EXPECT_EQ(a.Intersects(b), !inter.Empty());
-    }
-    EXPECT_TRUE(IRECT(0, 0, 10, 10).Contains(9, 9));
-    EXPECT_FALSE(IRECT(0, 0, 10, 10).Contains(10, 5));
-}
-
 TEST_F(Fixture, DrawsInAttachOrderHitsFromTheLastAndSkipsHiddenAndGrayed)
 {
     RecordingControl* under = Add(IRECT(0, 0, 100, 100), -1, 1);

@@ -17,7 +17,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -739,87 +738,6 @@ TEST_F(EditorHost, AHostWithoutARunLoopGetsNoWindow)
     EXPECT_EQ(n, 0u);
     view->release();
     view = nullptr;
-}
-
-namespace
-{
-// A preset folder of the test's own, set before the plug-in is made (it reads it then).
-struct PresetEditorHost : EditorHost
-{
-    std::filesystem::path presets;
-
-    void SetUp() override
-    {
-        presets =
-            std::filesystem::temp_directory_path() / ("quorvex-editor-host-" + std::to_string(getpid()));
-        std::filesystem::remove_all(presets);
-        std::filesystem::create_directories(presets / "User Presets");
-        std::filesystem::create_directories(presets / "Factory Presets" / "Basics");
-        WritePreset("Factory Presets/Basics/One.txt", 11);
-        WritePreset("Factory Presets/Basics/Two.txt", 22);
-        setenv("QUORVEX_PRESET_DIR", presets.c_str(), 1);
-        EditorHost::SetUp();
-    }
-    void TearDown() override
-    {
-        EditorHost::TearDown();
-        unsetenv("QUORVEX_PRESET_DIR");
-        std::filesystem::remove_all(presets);
-    }
-    void WritePreset(const std::string& relative, int feedback)
-    {
-        std::ofstream(presets / relative)
-            << "Quorvex V. 1.0.0r14 PresetFile!\nPresetVersion: 14\n\nADDPARAMS:\n\n"
-               "LastPage\n2\n\nEParams:\nFeedback1 "
-            << feedback << "\n";
-    }
-    double Feedback1()
-    {
-        return controller->normalizedParamToPlain(kFeedback1, controller->getParamNormalized(kFeedback1));
-    }
-    IRECT MainRow(ELayoutKind kind)
-    {
-        for (const LayoutRow& row : kMainLayout)
-            if (row.mKind == kind) return row.mRect;
-        return IRECT();
-    }
-};
-
-} // namespace
-
-// The top row as a producer uses it: the preset menu with its folder sub-menu, previous and next,
-// and saving through the prompt. (The alert's texts and the meters' response to the audio are the
-// engine suite's QuorvexPresets and EditorReadouts tests.)
-TEST_F(PresetEditorHost, PresetRow)
-{
-    Open(1.0);
-    const IRECT name = MainRow(ELayoutKind::kPresetName);
-    Click(name.L + 40, name.T + 10);
-    // Root: the user header, the factory header, then the "Basics" folder with its sub-menu.
-    const int rowY = name.B + IPopupOverlay::kPad + 2 * IPopupOverlay::kRowH;
-    Move(name.L + 40, rowY + IPopupOverlay::kRowH / 2);
-    Grab("editor-preset-menu.png");
-    const int subL = name.R - 2 + 20, subY = rowY - IPopupOverlay::kPad + IPopupOverlay::kPad;
-    Move(subL, subY + IPopupOverlay::kRowH / 2);
-    Click(subL, subY + IPopupOverlay::kRowH / 2); // "One"
-    EXPECT_NEAR(Feedback1(), 11.0, 1e-6);
-
-    const IRECT next = MainRow(ELayoutKind::kPresetNext), prev = MainRow(ELayoutKind::kPresetPrev);
-    Click(next.L + 10, next.T + 10);
-    EXPECT_NEAR(Feedback1(), 22.0, 1e-6);
-    Click(prev.L + 10, prev.T + 10);
-    EXPECT_NEAR(Feedback1(), 11.0, 1e-6);
-
-    // Save: the prompt opens over the user folder with the name selected; typing replaces it.
-    const IRECT save = MainRow(ELayoutKind::kPresetSave);
-    Click(save.L + 10, save.T + 10);
-    Grab("editor-save.png");
-    for (KeySym k : {XK_m, XK_i, XK_n, XK_e})
-        Key(k);
-    Key(XK_Return);
-    EXPECT_TRUE(std::filesystem::exists(presets / "User Presets" / "mine.txt"));
-
-    Close();
 }
 
 // Every page through its tab (the options page through its button): the page's own controls show

@@ -504,7 +504,6 @@ TEST_F(DelayEditor, ThePlayingTapsNumberLights)
     { return dynamic_cast<DelayTextButton*>(Large(slot, layout::StepColumnNumber(column))); };
     editor.Delay().SetPlayingTap(1, 3);
     EXPECT_TRUE(number(1, 3)->IsLit());
-    EXPECT_FALSE(number(1, 2)->IsLit());
     EXPECT_FALSE(number(0, 3)->IsLit());
     editor.OnTimerTick();
     EXPECT_FALSE(number(1, 4)->PeekDirty());

@@ -112,7 +112,7 @@ inline IMouseMod Right()
     return m;
 }
 
-// The recording plug-in behind a window of W x H layout pixels, with its raster read back.
+// The recording plug-in behind a window of W x H layout pixels.
 template <int W, int H> struct Window : ::testing::Test
 {
     RecordingPlug plug;
@@ -133,21 +133,6 @@ template <int W, int H> struct Window : ::testing::Test
     {
         graphics.OnTimerTick();
         plug.mLog.clear();
-    }
-    std::uint32_t Pixel(int x, int y)
-    {
-        IRaster& r = graphics.Raster();
-        return r.Pixels()[y * (r.Stride() / 4) + x];
-    }
-    int Red(int x, int y) { return static_cast<int>((Pixel(x, y) >> 16) & 0xFF); }
-    // Pixels of r whose red is above half.
-    int RedPixels(const IRECT& r)
-    {
-        int n = 0;
-        for (int y = r.T; y < r.B; ++y)
-            for (int x = r.L; x < r.R; ++x)
-                n += Red(x, y) > 128;
-        return n;
     }
 };
 } // namespace editortest

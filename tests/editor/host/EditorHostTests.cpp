@@ -555,14 +555,11 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         EXPECT_NEAR(log.Last(kWetLevel), typed, 1e-9) << tag;
         EXPECT_NEAR(controller->getParamNormalized(kWetLevel), typed, 1e-9) << tag;
 
-        // The picture: not blank, and a colour set change reaches the accent pixels of an arc.
+        // A colour set change reaches the accent pixels of an arc.
         Move(5, 610);
         loop.Pump(200);
         const auto shot = Grab(Cat({"editor-", tag, ".png"}));
         ASSERT_FALSE(shot.empty());
-        std::vector<std::uint32_t> colours(shot.begin(), shot.end());
-        std::sort(colours.begin(), colours.end());
-        EXPECT_GT(std::unique(colours.begin(), colours.end()) - colours.begin(), 200) << tag;
         const IRECT width = RowRect(ELayoutKind::kKnob, kGlobalWidth); // at 100 %: its arc crosses the top
         const std::uint32_t before = PixelAt(shot, (width.L + width.R) / 2, width.T + 2);
         SetColorSetThroughState(4);

@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <regex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -505,6 +506,7 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         log.Clear();
         Open(s);
         const std::string tag = s > 1.5 ? "200" : "100";
+        SCOPED_TRACE(tag);
 
         // Drag a knob: one gesture, the value up by the drag.
         const IRECT dry = RowRect(ELayoutKind::kKnob, kDryLevel);
@@ -514,24 +516,19 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         for (int i = 1; i <= 12; ++i)
             Move(dry.L + 26, dry.T + 26 - 2 * i);
         Button(1, false);
-        const std::string gesture = log.Of(kDryLevel);
-        ASSERT_GE(gesture.size(), 3u) << tag;
-        EXPECT_EQ(gesture.front(), 'B') << tag;
-        EXPECT_EQ(gesture.back(), 'E') << tag;
-        EXPECT_EQ(gesture.find_first_not_of('P', 1), gesture.size() - 1) << tag;
+        EXPECT_TRUE(std::regex_match(log.Of(kDryLevel), std::regex("BP+E"))) << log.Of(kDryLevel);
         // 24 pixels of a 52-pixel knob at gearing 3, cut at the top.
         EXPECT_NEAR(controller->getParamNormalized(kDryLevel), std::min(1.0, dryBefore + 24.0 / (3 * 52)),
-                    0.03)
-            << tag;
-        EXPECT_DOUBLE_EQ(log.Last(kDryLevel), controller->getParamNormalized(kDryLevel)) << tag;
+                    0.03);
+        EXPECT_DOUBLE_EQ(log.Last(kDryLevel), controller->getParamNormalized(kDryLevel));
         loop.Pump(450);
 
         // Click a switch.
         const IRECT bypass = RowRect(ELayoutKind::kSwitch, kMasterFXBypass);
         const double bypassBefore = controller->getParamNormalized(kMasterFXBypass);
         Click(bypass.L + 10, bypass.T + 8);
-        EXPECT_EQ(log.Of(kMasterFXBypass), "BPE") << tag;
-        EXPECT_DOUBLE_EQ(controller->getParamNormalized(kMasterFXBypass), 1.0 - bypassBefore) << tag;
+        EXPECT_EQ(log.Of(kMasterFXBypass), "BPE");
+        EXPECT_DOUBLE_EQ(controller->getParamNormalized(kMasterFXBypass), 1.0 - bypassBefore);
 
         // Open the master effect's list and pick "ROOM" (then "REVERB").
         const int item = s == 1.0 ? 3 : 2;
@@ -541,8 +538,8 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         if (s == 1.0) Grab(Cat({"editor-popup-", tag, ".png"}));
         Move(fx.L + 40, itemY);
         Click(fx.L + 40, itemY);
-        EXPECT_NEAR(log.Last(kMasterFX), item / 7.0, 1e-9) << tag;
-        EXPECT_NEAR(controller->getParamNormalized(kMasterFX), item / 7.0, 1e-9) << tag;
+        EXPECT_NEAR(log.Last(kMasterFX), item / 7.0, 1e-9);
+        EXPECT_NEAR(controller->getParamNormalized(kMasterFX), item / 7.0, 1e-9);
 
         // Type a value into a knob's text box (right button).
         const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
@@ -552,8 +549,8 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         Key(digit);
         Key(XK_Return);
         const double typed = s == 1.0 ? 0.33 : 0.44;
-        EXPECT_NEAR(log.Last(kWetLevel), typed, 1e-9) << tag;
-        EXPECT_NEAR(controller->getParamNormalized(kWetLevel), typed, 1e-9) << tag;
+        EXPECT_NEAR(log.Last(kWetLevel), typed, 1e-9);
+        EXPECT_NEAR(controller->getParamNormalized(kWetLevel), typed, 1e-9);
 
         // A colour set change reaches the accent pixels of an arc.
         Move(5, 610);
@@ -565,9 +562,9 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         SetColorSetThroughState(4);
         loop.Pump(200);
         const std::uint32_t after = PixelAt(Grab(), (width.L + width.R) / 2, width.T + 2);
-        EXPECT_NE(before, after) << tag;
-        EXPECT_GT(before & 0xFF, before >> 16) << tag; // the default set's blue
-        EXPECT_GT(after >> 16, after & 0xFF) << tag;   // "FIRE": red over blue
+        EXPECT_NE(before, after);
+        EXPECT_GT(before & 0xFF, before >> 16); // the default set's blue
+        EXPECT_GT(after >> 16, after & 0xFF);   // "FIRE": red over blue
         SetColorSetThroughState(0);
         Close();
     }

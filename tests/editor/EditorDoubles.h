@@ -1,6 +1,9 @@
 #pragma once
 // A plug-in base with four parameters that records what the host would hear (begin, perform,
-// end), and a control that records its draws, for the toolkit's tests without a display.
+// end), a control that records its draws, and a window of a given size on that plug-in, for the
+// toolkit's tests without a display.
+
+#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
@@ -35,24 +38,13 @@ class RecordingPlug : public IPlugBase
         GetParam(kMix)->InitDouble("Mix", 50.0, 0.0, 100.0, 0.1, "%");
     }
     void BeginInformHostOfParamChange(int id) override { Log('B', id); }
-    void InformHostOfParamChange(int id, double normalized) override
-    {
-        Log('P', id);
-        mLastPerformed = normalized;
-    }
+    void InformHostOfParamChange(int id, double) override { Log('P', id); }
     void EndInformHostOfParamChange(int id) override { Log('E', id); }
     void Log(char what, int id)
     {
         std::string entry(1, what);
         entry.append(std::to_string(id));
         mLog.push_back(entry);
-    }
-    void OnParamChange(int id) override { ++mChanges; }
-    bool PopupHostContextMenuForParam(int id, int x, int y, std::function<void()> ownEntry) override
-    {
-        mMenuAt = {x, y};
-        mOwnEntry = std::move(ownEntry);
-        return mHostMenu;
     }
 
     // The log without repeated performs: "B0 P0 E0" for any number of moves in one gesture.
@@ -71,11 +63,6 @@ class RecordingPlug : public IPlugBase
     }
 
     std::vector<std::string> mLog;
-    double mLastPerformed = -1.0;
-    int mChanges = 0;
-    bool mHostMenu = false;
-    std::pair<int, int> mMenuAt{-1, -1};
-    std::function<void()> mOwnEntry;
 };
 
 // Draws nothing but remembers the order of draws in a shared list.
@@ -124,4 +111,28 @@ inline IMouseMod Right()
     m.R = true;
     return m;
 }
+
+// The recording plug-in behind a window of W x H layout pixels.
+template <int W, int H> struct Window : ::testing::Test
+{
+    RecordingPlug plug;
+    IGraphics graphics{&plug, W, H, 25};
+
+    template <typename C> C* Attach(C* c)
+    {
+        graphics.AttachControl(c);
+        return c;
+    }
+    void Click(int x, int y, const IMouseMod& mod = Left())
+    {
+        graphics.OnMouseDown(x, y, mod);
+        graphics.OnMouseUp(x, y, mod);
+    }
+    // Draws what is pending and forgets what the host heard so far.
+    void Settle()
+    {
+        graphics.OnTimerTick();
+        plug.mLog.clear();
+    }
+};
 } // namespace editortest

@@ -1,24 +1,8 @@
-// The page switch rules without a display: what each page shows, the last page kept for the
-// session, the remembered large delay view and the options page's way back.
+// The page switch rules without a display: the last page kept for the session, the remembered
+// large delay view and the options page's way back.
 #include <gtest/gtest.h>
 
 #include "editor/EditorPages.h"
-
-TEST(PageState, EveryPageShowsItsOwnList)
-{
-    const EPageList expected[kNumPages] = {
-        kListRouting, kListPreFx,    kListDelay,  kListFeedbackFx, kListPostFx, kListLfo,
-        kListGates,   kListEnvelope, kListLogic,  kListOptions,    kListLarge1, kListLarge2,
-        kListLarge3,  kListLarge4,   kListLarge1, kListLarge2,     kListLarge3, kListLarge4};
-    for (int page = 0; page < kNumPages; ++page)
-    {
-        PageState pages;
-        EXPECT_EQ(pages.Show(page, false), page) << page;
-        EXPECT_EQ(ListOfPage(pages.Shown()), expected[page]) << page;
-        EXPECT_EQ(pages.LastPage(), page) << page;
-        EXPECT_EQ(PageState::ShowsStepView(page), page == kPageDelay || page >= kPageLargeLevels) << page;
-    }
-}
 
 TEST(PageState, TheDelayTabReopensTheRememberedLargeView)
 {

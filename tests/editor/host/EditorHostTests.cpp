@@ -17,8 +17,8 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
+#include <regex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -33,7 +33,6 @@
 #include "pluginterfaces/base/ibstream.h"
 #include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/gui/iplugviewcontentscalesupport.h"
-#include "pluginterfaces/vst/ivstaudioprocessor.h"
 #include "pluginterfaces/vst/ivstcomponent.h"
 #include "pluginterfaces/vst/ivstcontextmenu.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
@@ -123,14 +122,7 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
     }
     tresult PLUGIN_API unregisterEventHandler(Linux::IEventHandler* handler) override
     {
-        for (size_t i = 0; i < mHandlers.size(); ++i)
-            if (mHandlers[i].handler == handler)
-            {
-                mHandlers.erase(mHandlers.begin() + static_cast<long>(i));
-                handler->release();
-                return kResultOk;
-            }
-        return kInvalidArgument;
+        return Unregister(mHandlers, handler);
     }
     tresult PLUGIN_API registerTimer(Linux::ITimerHandler* handler, Linux::TimerInterval ms) override
     {
@@ -140,14 +132,7 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
     }
     tresult PLUGIN_API unregisterTimer(Linux::ITimerHandler* handler) override
     {
-        for (size_t i = 0; i < mTimers.size(); ++i)
-            if (mTimers[i].handler == handler)
-            {
-                mTimers.erase(mTimers.begin() + static_cast<long>(i));
-                handler->release();
-                return kResultOk;
-            }
-        return kInvalidArgument;
+        return Unregister(mTimers, handler);
     }
 
     // Runs the loop for ms milliseconds: descriptors that can be read, then timers that are due.
@@ -189,43 +174,38 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
         std::chrono::milliseconds interval;
         Clock::time_point next;
     };
+    template <typename Entries, typename H> static tresult Unregister(Entries& entries, H* handler)
+    {
+        for (size_t i = 0; i < entries.size(); ++i)
+            if (entries[i].handler == handler)
+            {
+                entries.erase(entries.begin() + static_cast<long>(i));
+                handler->release();
+                return kResultOk;
+            }
+        return kInvalidArgument;
+    }
     std::vector<Handler> mHandlers;
     std::vector<Timer> mTimers;
 };
 
-class Frame : public IPlugFrame
+// The host's frame, which also hands out the run loop when it has one.
+class Frame : public hostdoubles::PlugFrame
 {
   public:
     explicit Frame(RunLoop* loop) : mLoop(loop) {}
     tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
     {
-        if (mLoop && FUnknownPrivate::iidEqual(iid, Linux::IRunLoop::iid))
-        {
-            *obj = static_cast<Linux::IRunLoop*>(mLoop);
-            return kResultOk;
-        }
-        if (FUnknownPrivate::iidEqual(iid, IPlugFrame::iid) || FUnknownPrivate::iidEqual(iid, FUnknown::iid))
-        {
-            *obj = static_cast<IPlugFrame*>(this);
-            return kResultOk;
-        }
-        *obj = nullptr;
-        return kNoInterface;
+        if (!mLoop || !FUnknownPrivate::iidEqual(iid, Linux::IRunLoop::iid))
+            return PlugFrame::queryInterface(iid, obj);
+        *obj = static_cast<Linux::IRunLoop*>(mLoop);
+        return kResultOk;
     }
-    uint32 PLUGIN_API addRef() override { return 1; }
-    uint32 PLUGIN_API release() override { return 1; }
-    tresult PLUGIN_API resizeView(IPlugView* view, ViewRect* rect) override
-    {
-        ++mResizes;
-        return view->onSize(rect);
-    }
-    int mResizes = 0;
 
   private:
     RunLoop* mLoop;
 };
 
-// Records every edit the plug-in reports, in order.
 // The host's record of edits, read per parameter as a gesture string ("BPPPE").
 class EditLog : public hostdoubles::ComponentHandler
 {
@@ -255,14 +235,9 @@ class MenuHost : public EditLog
     class Menu : public StackUnknown<IContextMenu>
     {
       public:
+        // The test reads mItems itself.
         int32 PLUGIN_API getItemCount() override { return static_cast<int32>(mItems.size()); }
-        tresult PLUGIN_API getItem(int32 index, Item& item, IContextMenuTarget** target) override
-        {
-            if (index < 0 || index >= getItemCount()) return kInvalidArgument;
-            item = mItems[static_cast<size_t>(index)].first;
-            if (target) *target = mItems[static_cast<size_t>(index)].second;
-            return kResultOk;
-        }
+        tresult PLUGIN_API getItem(int32, Item&, IContextMenuTarget**) override { return kNotImplemented; }
         tresult PLUGIN_API addItem(const Item& item, IContextMenuTarget* target) override
         {
             if (target) target->addRef();
@@ -270,10 +245,10 @@ class MenuHost : public EditLog
             return kResultOk;
         }
         tresult PLUGIN_API removeItem(const Item&, IContextMenuTarget*) override { return kNotImplemented; }
+        // "Shows" by remembering where.
         tresult PLUGIN_API popup(UCoord x, UCoord y) override
         {
-            mX = x;
-            mY = y;
+            mAt = {x, y};
             return kResultOk;
         }
         void Clear()
@@ -284,7 +259,7 @@ class MenuHost : public EditLog
         }
         ~Menu() { Clear(); }
         std::vector<std::pair<Item, IContextMenuTarget*>> mItems;
-        UCoord mX = -1, mY = -1;
+        std::pair<UCoord, UCoord> mAt{-1, -1};
     };
     class Handler3 : public StackUnknown<IComponentHandler3>
     {
@@ -531,6 +506,7 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         log.Clear();
         Open(s);
         const std::string tag = s > 1.5 ? "200" : "100";
+        SCOPED_TRACE(tag);
 
         // Drag a knob: one gesture, the value up by the drag.
         const IRECT dry = RowRect(ELayoutKind::kKnob, kDryLevel);
@@ -540,24 +516,19 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         for (int i = 1; i <= 12; ++i)
             Move(dry.L + 26, dry.T + 26 - 2 * i);
         Button(1, false);
-        const std::string gesture = log.Of(kDryLevel);
-        ASSERT_GE(gesture.size(), 3u) << tag;
-        EXPECT_EQ(gesture.front(), 'B') << tag;
-        EXPECT_EQ(gesture.back(), 'E') << tag;
-        EXPECT_EQ(gesture.find_first_not_of('P', 1), gesture.size() - 1) << tag;
+        EXPECT_TRUE(std::regex_match(log.Of(kDryLevel), std::regex("BP+E"))) << log.Of(kDryLevel);
         // 24 pixels of a 52-pixel knob at gearing 3, cut at the top.
         EXPECT_NEAR(controller->getParamNormalized(kDryLevel), std::min(1.0, dryBefore + 24.0 / (3 * 52)),
-                    0.03)
-            << tag;
-        EXPECT_DOUBLE_EQ(log.Last(kDryLevel), controller->getParamNormalized(kDryLevel)) << tag;
+                    0.03);
+        EXPECT_DOUBLE_EQ(log.Last(kDryLevel), controller->getParamNormalized(kDryLevel));
         loop.Pump(450);
 
         // Click a switch.
         const IRECT bypass = RowRect(ELayoutKind::kSwitch, kMasterFXBypass);
         const double bypassBefore = controller->getParamNormalized(kMasterFXBypass);
         Click(bypass.L + 10, bypass.T + 8);
-        EXPECT_EQ(log.Of(kMasterFXBypass), "BPE") << tag;
-        EXPECT_DOUBLE_EQ(controller->getParamNormalized(kMasterFXBypass), 1.0 - bypassBefore) << tag;
+        EXPECT_EQ(log.Of(kMasterFXBypass), "BPE");
+        EXPECT_DOUBLE_EQ(controller->getParamNormalized(kMasterFXBypass), 1.0 - bypassBefore);
 
         // Open the master effect's list and pick "ROOM" (then "REVERB").
         const int item = s == 1.0 ? 3 : 2;
@@ -567,8 +538,8 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         if (s == 1.0) Grab(Cat({"editor-popup-", tag, ".png"}));
         Move(fx.L + 40, itemY);
         Click(fx.L + 40, itemY);
-        EXPECT_NEAR(log.Last(kMasterFX), item / 7.0, 1e-9) << tag;
-        EXPECT_NEAR(controller->getParamNormalized(kMasterFX), item / 7.0, 1e-9) << tag;
+        EXPECT_NEAR(log.Last(kMasterFX), item / 7.0, 1e-9);
+        EXPECT_NEAR(controller->getParamNormalized(kMasterFX), item / 7.0, 1e-9);
 
         // Type a value into a knob's text box (right button).
         const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
@@ -578,45 +549,29 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         Key(digit);
         Key(XK_Return);
         const double typed = s == 1.0 ? 0.33 : 0.44;
-        EXPECT_NEAR(log.Last(kWetLevel), typed, 1e-9) << tag;
-        EXPECT_NEAR(controller->getParamNormalized(kWetLevel), typed, 1e-9) << tag;
+        EXPECT_NEAR(log.Last(kWetLevel), typed, 1e-9);
+        EXPECT_NEAR(controller->getParamNormalized(kWetLevel), typed, 1e-9);
 
-        // The picture: not blank, and a colour set change reaches the accent pixels of an arc.
+        // A colour set change reaches the accent pixels of an arc.
         Move(5, 610);
         loop.Pump(200);
         const auto shot = Grab(Cat({"editor-", tag, ".png"}));
         ASSERT_FALSE(shot.empty());
-        std::vector<std::uint32_t> colours(shot.begin(), shot.end());
-        std::sort(colours.begin(), colours.end());
-        EXPECT_GT(std::unique(colours.begin(), colours.end()) - colours.begin(), 200) << tag;
         const IRECT width = RowRect(ELayoutKind::kKnob, kGlobalWidth); // at 100 %: its arc crosses the top
         const std::uint32_t before = PixelAt(shot, (width.L + width.R) / 2, width.T + 2);
         SetColorSetThroughState(4);
         loop.Pump(200);
         const std::uint32_t after = PixelAt(Grab(), (width.L + width.R) / 2, width.T + 2);
-        EXPECT_NE(before, after) << tag;
-        EXPECT_GT(before & 0xFF, before >> 16) << tag; // the default set's blue
-        EXPECT_GT(after >> 16, after & 0xFF) << tag;   // "FIRE": red over blue
+        EXPECT_NE(before, after);
+        EXPECT_GT(before & 0xFF, before >> 16); // the default set's blue
+        EXPECT_GT(after >> 16, after & 0xFF);   // "FIRE": red over blue
         SetColorSetThroughState(0);
         Close();
     }
 }
 
-TEST_F(EditorHost, AttachAndDetachManyTimes)
-{
-    for (int i = 0; i < 10; ++i)
-    {
-        Open(i % 2 ? 1.5 : 1.0);
-        Close();
-    }
-    // Still working after all that.
-    Open(1.0);
-    const IRECT bypass = RowRect(ELayoutKind::kSwitch, kMasterFXBypass);
-    Click(bypass.L + 10, bypass.T + 8);
-    EXPECT_EQ(log.Of(kMasterFXBypass), "BPE");
-}
-
-TEST_F(EditorHost, WheelStepsAndDoubleClickToDefault)
+// The wheel, a double click and keys the host forwards through the view, on one knob.
+TEST_F(EditorHost, WheelDoubleClickAndForwardedKeys)
 {
     Open(1.0);
     const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
@@ -637,15 +592,11 @@ TEST_F(EditorHost, WheelStepsAndDoubleClickToDefault)
     Button(1, true);
     Button(1, false);
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before, 1e-9);
-}
 
-TEST_F(EditorHost, KeysForwardedThroughTheViewTypeAValue)
-{
-    Open(1.0);
-    const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
+    log.Clear();
     Click(wet.L + 26, wet.T + 26, 3);
-    EXPECT_EQ(view->onKeyDown(u'2', 0, 0), kResultTrue);
-    EXPECT_EQ(view->onKeyDown(u'5', 0, 0), kResultTrue);
+    for (char16 c : {u'5', char16(0), u'2'}) // 0: the left arrow, as a virtual key
+        EXPECT_EQ(view->onKeyDown(c, c ? 0 : 11, 0), kResultTrue);
     EXPECT_EQ(view->onKeyDown(0, 4, 0), kResultTrue); // return
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), 0.25, 1e-9);
     EXPECT_EQ(log.Of(kWetLevel), "BPE");
@@ -662,12 +613,10 @@ TEST_F(EditorHost, TheHostsContextMenuCarriesOurValueEntry)
     const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
     Click(wet.L + 26, wet.T + 26, 3);
     EXPECT_EQ(host.mMenuParam, kWetLevel);
-    EXPECT_NEAR(host.mMenu.mX, 2 * (wet.L + 26), 2);
-    EXPECT_NEAR(host.mMenu.mY, 2 * (wet.T + 26), 2);
-    ASSERT_EQ(host.mMenu.getItemCount(), 1);
-    IContextMenuItem item{};
-    IContextMenuTarget* target = nullptr;
-    ASSERT_EQ(host.mMenu.getItem(0, item, &target), kResultOk);
+    EXPECT_NEAR(host.mMenu.mAt.first, 2 * (wet.L + 26), 2);
+    EXPECT_NEAR(host.mMenu.mAt.second, 2 * (wet.T + 26), 2);
+    ASSERT_EQ(host.mMenu.mItems.size(), 1u);
+    const auto& [item, target] = host.mMenu.mItems[0];
     std::string name;
     for (int i = 0; item.name[i]; ++i)
         name += static_cast<char>(item.name[i]);
@@ -687,21 +636,18 @@ TEST_F(EditorHost, TheHostsContextMenuCarriesOurValueEntry)
 TEST_F(EditorHost, ResizingKeepsTheAspectAndTheRange)
 {
     Open(1.0);
-    struct Case
+    // {asked width, width and height given}
+    const int cases[][3] = {{1860, 1860, 930}, {400, 930, 465}, {5000, 2480, 1240}, {1240, 1240, 620}};
+    for (const auto& [askW, wantW, wantH] : cases)
     {
-        int askW, wantW, wantH;
-    };
-    const Case cases[] = {{1860, 1860, 930}, {400, 930, 465}, {5000, 2480, 1240}, {1240, 1240, 620}};
-    for (const Case& c : cases)
-    {
-        ViewRect r(0, 0, c.askW, 300);
+        ViewRect r(0, 0, askW, 300);
         ASSERT_EQ(view->checkSizeConstraint(&r), kResultTrue);
-        EXPECT_EQ(r.getWidth(), c.wantW);
-        EXPECT_EQ(r.getHeight(), c.wantH);
+        EXPECT_EQ(r.getWidth(), wantW);
+        EXPECT_EQ(r.getHeight(), wantH);
         EXPECT_EQ(view->onSize(&r), kResultOk);
         ViewRect now;
         view->getSize(&now);
-        EXPECT_EQ(now.getWidth(), c.wantW);
+        EXPECT_EQ(now.getWidth(), wantW);
     }
 }
 
@@ -781,167 +727,8 @@ TEST_F(EditorHost, AHostWithoutARunLoopGetsNoWindow)
     view = nullptr;
 }
 
-namespace
-{
-// A preset folder of the test's own, set before the plug-in is made (it reads it then).
-struct PresetEditorHost : EditorHost
-{
-    std::filesystem::path presets;
-
-    void SetUp() override
-    {
-        presets =
-            std::filesystem::temp_directory_path() / ("quorvex-editor-host-" + std::to_string(getpid()));
-        std::filesystem::remove_all(presets);
-        std::filesystem::create_directories(presets / "User Presets");
-        std::filesystem::create_directories(presets / "Factory Presets" / "Basics");
-        WritePreset("Factory Presets/Basics/One.txt", 11);
-        WritePreset("Factory Presets/Basics/Two.txt", 22);
-        setenv("QUORVEX_PRESET_DIR", presets.c_str(), 1);
-        EditorHost::SetUp();
-    }
-    void TearDown() override
-    {
-        EditorHost::TearDown();
-        unsetenv("QUORVEX_PRESET_DIR");
-        std::filesystem::remove_all(presets);
-    }
-    void WritePreset(const std::string& relative, int feedback)
-    {
-        std::ofstream(presets / relative)
-            << "Quorvex V. 1.0.0r14 PresetFile!\nPresetVersion: 14\n\nADDPARAMS:\n\n"
-               "LastPage\n2\n\nEParams:\nFeedback1 "
-            << feedback << "\n";
-    }
-    double Feedback1()
-    {
-        return controller->normalizedParamToPlain(kFeedback1, controller->getParamNormalized(kFeedback1));
-    }
-    IRECT MainRow(ELayoutKind kind)
-    {
-        for (const LayoutRow& row : kMainLayout)
-            if (row.mKind == kind) return row.mRect;
-        return IRECT();
-    }
-    // Pixels of a layout rectangle, from a full grab.
-    std::vector<std::uint32_t> Region(const std::vector<std::uint32_t>& shot, const IRECT& r)
-    {
-        std::vector<std::uint32_t> out;
-        for (int y = r.T; y < r.B; ++y)
-            for (int x = r.L; x < r.R; ++x)
-                out.push_back(PixelAt(shot, x, y));
-        return out;
-    }
-};
-
-// Audio through the plug-in while the test's run loop turns: a steady 0.5 sine or silence.
-struct Playback
-{
-    IAudioProcessor* processor = nullptr;
-    hostdoubles::AudioRig<float> rig{512, {2, 2}, {2}};
-    double phase = 0.0;
-
-    explicit Playback(IComponent* component)
-    {
-        component->queryInterface(IAudioProcessor::iid, reinterpret_cast<void**>(&processor));
-        ProcessSetup setup{kRealtime, kSample32, 512, 48000.0};
-        processor->setupProcessing(setup);
-        component->setActive(true);
-        processor->setProcessing(true);
-    }
-    void Blocks(int n, float amplitude)
-    {
-        for (int b = 0; b < n; ++b)
-        {
-            for (int i = 0; i < 512; ++i)
-            {
-                const float v = amplitude * static_cast<float>(std::sin(phase));
-                phase += 2.0 * M_PI * 1000.0 / 48000.0;
-                rig.In(0, 0)[static_cast<size_t>(i)] = v;
-                rig.In(0, 1)[static_cast<size_t>(i)] = v;
-            }
-            processor->process(rig.data);
-        }
-    }
-    void Stop(IComponent* component)
-    {
-        processor->setProcessing(false);
-        component->setActive(false);
-        processor->release();
-    }
-};
-} // namespace
-
-// The top row and the alert as a producer uses them: the preset menu with its folder sub-menu,
-// previous and next, saving through the prompt, an alert that comes and goes, and meters that move
-// with the audio and rest in silence.
-TEST_F(PresetEditorHost, PresetRowAlertAndMeters)
-{
-    Open(1.0);
-    const IRECT name = MainRow(ELayoutKind::kPresetName);
-    Click(name.L + 40, name.T + 10);
-    // Root: the user header, the factory header, then the "Basics" folder with its sub-menu.
-    const int rowY = name.B + IPopupOverlay::kPad + 2 * IPopupOverlay::kRowH;
-    Move(name.L + 40, rowY + IPopupOverlay::kRowH / 2);
-    Grab("editor-preset-menu.png");
-    const int subL = name.R - 2 + 20, subY = rowY - IPopupOverlay::kPad + IPopupOverlay::kPad;
-    Move(subL, subY + IPopupOverlay::kRowH / 2);
-    Click(subL, subY + IPopupOverlay::kRowH / 2); // "One"
-    EXPECT_NEAR(Feedback1(), 11.0, 1e-6);
-
-    const IRECT next = MainRow(ELayoutKind::kPresetNext), prev = MainRow(ELayoutKind::kPresetPrev);
-    Click(next.L + 10, next.T + 10);
-    EXPECT_NEAR(Feedback1(), 22.0, 1e-6);
-    Click(prev.L + 10, prev.T + 10);
-    EXPECT_NEAR(Feedback1(), 11.0, 1e-6);
-
-    // Save: the prompt opens over the user folder with the name selected; typing replaces it.
-    const IRECT save = MainRow(ELayoutKind::kPresetSave);
-    Click(save.L + 10, save.T + 10);
-    Grab("editor-save.png");
-    for (KeySym k : {XK_m, XK_i, XK_n, XK_e})
-        Key(k);
-    Key(XK_Return);
-    EXPECT_TRUE(std::filesystem::exists(presets / "User Presets" / "mine.txt"));
-
-    // An alert (a session from a newer version) shows over the window until it is acknowledged.
-    Move(5, 610);
-    const IRECT middle(420, 250, 820, 360);
-    const auto before = Region(Grab(), middle);
-    hostdoubles::MemoryStream out;
-    ASSERT_EQ(component->getState(&out), kResultOk);
-    std::vector<std::uint8_t> bytes = out.Bytes();
-    const std::int32_t future = 1 << 20;
-    std::memcpy(bytes.data(), &future, 4);
-    hostdoubles::MemoryStream in(bytes);
-    component->setState(&in);
-    loop.Pump(200);
-    EXPECT_NE(Region(Grab("editor-alert.png"), middle), before);
-    Key(XK_Return);
-    EXPECT_EQ(Region(Grab(), middle), before);
-
-    // Meters: they rise with the audio and fall back to their resting picture in silence.
-    const IRECT vu(1004, 132, 1028, 282);
-    const auto resting = Region(Grab(), vu);
-    Playback play(component);
-    for (int i = 0; i < 20; ++i)
-    {
-        play.Blocks(4, 0.5f);
-        loop.Pump(40);
-    }
-    EXPECT_NE(Region(Grab(), vu), resting);
-    for (int i = 0; i < 60; ++i)
-    {
-        play.Blocks(4, 0.0f);
-        loop.Pump(40);
-    }
-    EXPECT_EQ(Region(Grab(), vu), resting);
-    play.Stop(component);
-    Close();
-}
-
-// Every page through its tab (the options page through its button): the page's own controls show
-// and take the mouse, and a change reaches the host as one gesture.
+// Every page through its tab: the page's own controls show and take the mouse, and a change
+// reaches the host as one gesture. (The options button is the main page tests'.)
 TEST_F(EditorHost, EveryPageTakesTheMouse)
 {
     Open(1.0);
@@ -951,16 +738,10 @@ TEST_F(EditorHost, EveryPageTakesTheMouse)
     ASSERT_NE(tabs, nullptr);
     const int tabW = kBitmapRows[tabs->mBitmap].mW;
     int pagesWithControls = 0;
-    for (int page = 0; page <= kPageOptions; ++page)
+    for (int page = 0; page < kPageOptions; ++page)
     {
-        if (page == kPageOptions)
-        {
-            const IRECT options = RowRect(ELayoutKind::kPageButton, kPageOptions);
-            Click(options.L + 10, options.T + 10);
-        }
-        else
-            Click(tabs->mRect.L + (tabs->mRect.W() - tabW) * page / (kNumSelectablePages - 1) + tabW / 2,
-                  tabs->mRect.T + 10);
+        Click(tabs->mRect.L + (tabs->mRect.W() - tabW) * page / (kNumSelectablePages - 1) + tabW / 2,
+              tabs->mRect.T + 10);
         // The page's first switch (else its first knob).
         const LayoutRow* target = nullptr;
         int param = -1;
@@ -980,22 +761,17 @@ TEST_F(EditorHost, EveryPageTakesTheMouse)
         ++pagesWithControls;
         log.Clear();
         const double before = controller->getParamNormalized(static_cast<ParamID>(param));
+        // A switch is pressed; a knob turns one notch of the wheel, towards the middle.
         const IRECT r = target->mRect;
         if (target->mKind == ELayoutKind::kSwitch)
             Click((r.L + r.R) / 2, (r.T + r.B) / 2);
         else
         {
             Move((r.L + r.R) / 2, (r.T + r.B) / 2);
-            Button(1, true);
-            for (int i = 1; i <= 6; ++i)
-                Move((r.L + r.R) / 2, (r.T + r.B) / 2 - 3 * i);
-            Button(1, false);
-            loop.Pump(450);
+            Button(before < 0.5 ? 4 : 5, true);
+            Button(before < 0.5 ? 4 : 5, false);
         }
-        const std::string gesture = log.Of(static_cast<ParamID>(param));
-        ASSERT_GE(gesture.size(), 3u) << "page " << page;
-        EXPECT_EQ(gesture.front(), 'B') << "page " << page;
-        EXPECT_EQ(gesture.back(), 'E') << "page " << page;
+        EXPECT_EQ(log.Of(static_cast<ParamID>(param)), "BPE") << "page " << page;
         EXPECT_NE(controller->getParamNormalized(static_cast<ParamID>(param)), before) << "page " << page;
         Grab(Cat({"page-", std::to_string(page), ".png"}));
     }

@@ -1,0 +1,91 @@
+#pragma once
+// The plug-in's editor on the real parameter catalogue behind a base that records what the host
+// hears, with the few gestures the page tests make on it.
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "EditorDoubles.h"
+#include "editor/QuorvexEditor.h"
+#include "params/IParamRecord.h"
+#include "params/ParamCatalogue.h"
+#include "params/ParamIds.h"
+
+namespace editortest
+{
+inline constexpr const char* kCatalogueWaves[] = {"SINE", "TRIANGLE", "SAW"};
+
+class CataloguePlug : public RecordingPlug
+{
+  public:
+    CataloguePlug() { InitParams(params, kCatalogueWaves); }
+};
+
+struct CatalogueEditor : ::testing::Test
+{
+    CataloguePlug plug;
+    QuorvexEditor editor{&plug, QUORVEX_ART_DIR};
+    CatalogueEditor()
+    {
+        plug.AttachGraphics(&editor);
+        editor.OnTimerTick();
+        plug.mLog.clear();
+    }
+    ~CatalogueEditor() override { plug.AttachGraphics(nullptr); }
+
+    // A list parameter set to entry `index` as the host would.
+    void SetIndex(int param, int index)
+    {
+        IParamRecord* p = plug.GetParam(param);
+        p->value = index;
+        editor.SetParameterFromPlug(param, p->GetNormalized(), true);
+    }
+    void ClickAt(int x, int y, const IMouseMod& mod = Left())
+    {
+        editor.OnMouseDown(x, y, mod);
+        editor.OnMouseUp(x, y, mod);
+    }
+    // A click in the middle of a control, which must be the one the mouse finds there.
+    void Click(IControl* c, const IMouseMod& mod = Left())
+    {
+        const IRECT r = c->GetRECT();
+        const int x = (r.L + r.R) / 2, y = (r.T + r.B) / 2;
+        ASSERT_EQ(editor.GetControl(editor.HitTest(x, y)), c);
+        ClickAt(x, y, mod);
+    }
+    // Drags a control up by `pixels` (down when negative) from its middle, one pixel at a time.
+    void DragUp(IControl* c, int pixels)
+    {
+        const IRECT r = c->GetRECT();
+        const int x = (r.L + r.R) / 2, y = (r.T + r.B) / 2;
+        const int step = pixels < 0 ? -1 : 1;
+        editor.OnMouseDown(x, y, Left());
+        for (int i = step; i != pixels + step; i += step)
+            editor.OnMouseDrag(x, y - i, Left());
+        editor.OnMouseUp(x, y - pixels, Left());
+    }
+    // Opens a list with a click and picks the entry `downs` rows below the current one by keys.
+    void PickByKeys(IControl* c, int downs)
+    {
+        Click(c);
+        ASSERT_NE(editor.ModalOverlay(), nullptr);
+        for (int i = 0; i < downs; ++i)
+            editor.OnKeyDown(0, 0, kKeyDown);
+        editor.OnKeyDown(0, 0, kKeyEnter);
+    }
+    static std::string OneGesture(int param)
+    {
+        const std::string id = std::to_string(param);
+        return "B" + id + " P" + id + " E" + id;
+    }
+    // A value picked from a list: the press that opened it may bracket nothing, the pick itself is
+    // the one begin, perform, end of the parameter.
+    bool PickIsOneGesture(int param) const
+    {
+        const std::string g = plug.Gestures();
+        const std::string pick = OneGesture(param);
+        return g.ends_with(pick) && g.find(" P") == g.rfind(" P");
+    }
+};
+} // namespace editortest

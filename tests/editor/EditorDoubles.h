@@ -38,7 +38,11 @@ class RecordingPlug : public IPlugBase
         GetParam(kMix)->InitDouble("Mix", 50.0, 0.0, 100.0, 0.1, "%");
     }
     void BeginInformHostOfParamChange(int id) override { Log('B', id); }
-    void InformHostOfParamChange(int id, double) override { Log('P', id); }
+    void InformHostOfParamChange(int id, double normalized) override
+    {
+        Log('P', id);
+        mLastPerformed = normalized;
+    }
     void EndInformHostOfParamChange(int id) override { Log('E', id); }
     void Log(char what, int id)
     {
@@ -63,6 +67,7 @@ class RecordingPlug : public IPlugBase
     }
 
     std::vector<std::string> mLog;
+    double mLastPerformed = -1.0;
 };
 
 // Draws nothing but remembers the order of draws in a shared list.
@@ -134,5 +139,11 @@ template <int W, int H> struct Window : ::testing::Test
         graphics.OnTimerTick();
         plug.mLog.clear();
     }
+    std::uint32_t Pixel(int x, int y)
+    {
+        IRaster& r = graphics.Raster();
+        return r.Pixels()[y * (r.Stride() / 4) + x];
+    }
+    int Red(int x, int y) { return static_cast<int>((Pixel(x, y) >> 16) & 0xFF); }
 };
 } // namespace editortest

@@ -1,0 +1,169 @@
+// Custom controls that choose through the editor's popup overlay: the list field bound to a
+// parameter, the parameter's display texts on a button, the field with its own menu, the
+// invisible menu area and the colour set chooser. Picks are made by clicking the overlay's rows.
+#include <gtest/gtest.h>
+
+#include "EditorDoubles.h"
+#include "editor/IColorPanel.h"
+#include "editor/MenuControls.h"
+
+using namespace editortest;
+
+namespace
+{
+struct Menus : Window<600, 400>
+{
+    IText style;
+
+    IPopupOverlay* Popup() { return dynamic_cast<IPopupOverlay*>(graphics.ModalOverlay()); }
+    // Number of rows the open popup shows at its first level.
+    int Rows()
+    {
+        int n = 0;
+        while (Popup() && !Popup()->ItemRect(0, n).Empty())
+            ++n;
+        return n;
+    }
+    void Pick(int index)
+    {
+        ASSERT_NE(Popup(), nullptr);
+        const IRECT r = Popup()->ItemRect(0, index);
+        ASSERT_FALSE(r.Empty());
+        graphics.OnMouseOver(r.L + 5, r.T + 5, IMouseMod());
+        Click(r.L + 5, r.T + 5);
+    }
+};
+} // namespace
+
+TEST_F(Menus, TextPopupChoosesTheParameterValueAndShowsIt)
+{
+    auto* field = Attach(new ITextPopupMenu(&plug, IRECT(100, 100, 200, 120), kMode, {"SOFT", "HARD", "FOLD"},
+                                            style, graphics.Colors().Role(2)));
+    graphics.SetParameterFromPlug(kMode, 0.5, true);
+    EXPECT_EQ(field->Text(), "HARD");
+    graphics.OnTimerTick();
+    plug.mLog.clear();
+    Click(150, 110);
+    ASSERT_NE(Popup(), nullptr);
+    EXPECT_EQ(Rows(), 3);
+    EXPECT_EQ(plug.Gestures(), "B1 E1"); // the press; the pick is a gesture of its own
+    plug.mLog.clear();
+    Pick(2);
+    EXPECT_EQ(graphics.ModalOverlay(), nullptr);
+    EXPECT_EQ(field->GetValue(), 1.0);
+    EXPECT_EQ(field->Text(), "FOLD");
+    EXPECT_EQ(plug.GetParam(kMode)->value, 2.0);
+    EXPECT_EQ(plug.Gestures(), "B1 P1 E1");
+
+    // Dismissed with a click elsewhere: nothing chosen.
+    plug.mLog.clear();
+    Click(150, 110);
+    plug.mLog.clear();
+    Click(5, 5);
+    EXPECT_EQ(plug.GetParam(kMode)->value, 2.0);
+    EXPECT_TRUE(plug.mLog.empty());
+
+    // Without a parameter the pick runs the action; a one-entry list doesn't divide by zero.
+    int picked = -1;
+    auto* single = Attach(new ITextPopupMenu(&plug, IRECT(300, 100, 400, 120), -1, {"ONLY"}, style, nullptr));
+    single->SetAction([&](IControl& c) { picked = static_cast<ITextPopupMenu&>(c).Index(); });
+    Click(350, 110);
+    Pick(0);
+    EXPECT_EQ(picked, 0);
+    EXPECT_EQ(single->GetValue(), 0.0);
+    // An empty list opens nothing.
+    single->SetItems({});
+    Click(350, 110);
+    EXPECT_EQ(graphics.ModalOverlay(), nullptr);
+    EXPECT_EQ(single->Text(), "");
+}
+
+TEST_F(Menus, ParamPopupLeavesBlankEntriesOut)
+{
+    IParamRecord* mode = plug.GetParam(kMode);
+    mode->InitEnum("Mode", 0, 4, "", "", true);
+    mode->SetDisplayText(0, "SOFT");
+    mode->SetDisplayText(1, "");
+    mode->SetDisplayText(2, "FOLD");
+    mode->SetDisplayText(3, "WRAP");
+    auto* button =
+        Attach(new IParamPopupMenu(&plug, IRECT(100, 100, 160, 120), kMode, FakeStrip(60, 20, 4), &style));
+    graphics.OnTimerTick();
+    plug.mLog.clear();
+    Click(120, 110);
+    ASSERT_NE(Popup(), nullptr);
+    EXPECT_EQ(Rows(), 3);
+    plug.mLog.clear();
+    Pick(1); // the second row shown is the third value
+    EXPECT_EQ(mode->value, 2.0);
+    EXPECT_DOUBLE_EQ(button->GetValue(), 2.0 / 3.0);
+    EXPECT_EQ(button->ValueText(), "FOLD");
+    EXPECT_EQ(plug.Gestures(), "B1 P1 E1");
+}
+
+TEST_F(Menus, SimpleMenuAndEmptyAreaHandTheirPickToTheCallback)
+{
+    auto menu = std::make_shared<IPopupMenu>();
+    for (const char* item : {"ALL OFF", "ALL ON", "RAMP"})
+        menu->AddItem(item);
+    std::vector<int> picks;
+    auto* simple = Attach(new ISimpleMenu(
+        &plug, IRECT(100, 100, 200, 120), menu,
+        [&](IPopupMenu* m, int i) { picks.push_back(m == menu.get() ? i : -9); }, style, "PRESETS"));
+    simple->SetCheckChoice(true);
+    Click(150, 110);
+    EXPECT_EQ(Rows(), 3);
+    Pick(2);
+    EXPECT_EQ(picks, (std::vector<int>{2}));
+    EXPECT_TRUE(menu->GetItem(2)->Checked());
+    Click(150, 110);
+    Pick(1);
+    EXPECT_FALSE(menu->GetItem(2)->Checked());
+    EXPECT_TRUE(menu->GetItem(1)->Checked());
+    Click(150, 110);
+    Click(5, 5); // dismissed
+    EXPECT_EQ(picks, (std::vector<int>{2, 1}));
+
+    auto other = std::make_shared<IPopupMenu>();
+    other->AddItem("COPY");
+    other->AddItem("PASTE");
+    std::vector<int> areaPicks;
+    auto* area = Attach(new IEmptyPopupMenu(&plug, IRECT(300, 100, 340, 120), other,
+                                            [&](IPopupMenu*, int i) { areaPicks.push_back(i); }));
+    graphics.OnTimerTick();
+    const std::uint32_t before = graphics.Raster().Pixels()[110 * (graphics.Raster().Stride() / 4) + 320];
+    area->SetDirty(false);
+    graphics.OnTimerTick();
+    EXPECT_EQ(graphics.Raster().Pixels()[110 * (graphics.Raster().Stride() / 4) + 320],
+              before); // draws nothing
+    Click(320, 110);
+    Pick(1);
+    EXPECT_EQ(areaPicks, (std::vector<int>{1}));
+    EXPECT_EQ(area->GetValue(), 0.0);
+    EXPECT_TRUE(plug.mLog.empty()); // neither has a parameter
+}
+
+TEST_F(Menus, ColourPanelListsTheSetsAndReportsThePick)
+{
+    std::vector<int> chosen;
+    auto* panel =
+        Attach(new IColorPanel(&plug, IRECT(100, 100, 260, 122), style, [&](int i) { chosen.push_back(i); }));
+    EXPECT_STREQ(panel->Name(), "DEFAULT");
+    Click(150, 110);
+    EXPECT_EQ(Rows(), kNumColorSets);
+    Pick(4);
+    EXPECT_EQ(chosen, (std::vector<int>{4}));
+    EXPECT_EQ(panel->Selection(), 4);
+    EXPECT_STREQ(panel->Name(), "FIRE");
+    // The plug-in moves the selection after a state load; a stored index outside the table
+    // shows the default.
+    panel->SetSelection(10);
+    EXPECT_STREQ(panel->Name(), "PURPLE");
+    panel->SetSelection(99);
+    EXPECT_STREQ(panel->Name(), "DEFAULT");
+    EXPECT_EQ(chosen.size(), 1u);
+    Click(150, 110);
+    Click(5, 5);
+    EXPECT_EQ(chosen.size(), 1u);
+    EXPECT_TRUE(plug.mLog.empty());
+}

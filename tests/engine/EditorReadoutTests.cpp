@@ -15,6 +15,7 @@
 #include "editor/ModPageControls.h"
 #include "editor/QuorvexEditor.h"
 #include "editor/TimeHighlightControl.h"
+#include "editor/WaveDraw.h"
 #include "state/InputAttenuator.h"
 
 using namespace engine_rig;
@@ -326,4 +327,72 @@ TEST(EditorGateSteps, ThePlayingStepIsMarked)
     }
     EXPECT_GT(seen.size(), 2u);
     base.OnGUIClose();
+}
+
+// Each LFO's wave display draws the wave its choice names, as the LFO plays it.
+TEST(EditorLfoWaves, TheDisplayFollowsTheWaveAndItsPolarity)
+{
+    Rig rig;
+    auto* editor = dynamic_cast<QuorvexEditor*>(rig.Plug().GetGUI());
+    ASSERT_NE(editor, nullptr);
+    std::vector<WaveDraw*> waves;
+    for (int idx : editor->ListControls(kListLfo))
+        if (auto* w = dynamic_cast<WaveDraw*>(editor->GetControl(idx))) waves.push_back(w);
+    ASSERT_EQ(waves.size(), 4u);
+    editor->OnTimerTick();
+    for (WaveDraw* w : waves)
+        EXPECT_TRUE(w->HasWave());
+    // LFO 2 on "SIN1" against "TRIANGLE": the shapes differ at an eighth of the cycle.
+    const double sine = waves[1]->ValueAt(0.125);
+    IParamRecord* wave = rig.Plug().GetParam(kLFOWave2);
+    double triangle = -1;
+    ASSERT_TRUE(wave->GetValueFromDisplayText("TRIANGLE", triangle));
+    rig.Set(kLFOWave2, triangle);
+    editor->OnTimerTick();
+    EXPECT_GT(std::abs(waves[1]->ValueAt(0.125) - sine), 0.05);
+    // Negative polarity draws the wave upside down.
+    const double up = waves[1]->ValueAt(0.125);
+    rig.Set(kLFOPol2, 1.0);
+    editor->OnTimerTick();
+    EXPECT_NE(waves[1]->ValueAt(0.125), up);
+    EXPECT_EQ(waves[0]->ValueAt(0.125), waves[2]->ValueAt(0.125)); // the others untouched, alike
+}
+
+// The large view's tap buttons show the masks the engine plays and write them back.
+TEST(EditorStepMasks, TapButtonsShowAndWriteTheMasks)
+{
+    Rig rig;
+    Quorvex& plug = rig.Plug();
+    auto* editor = dynamic_cast<QuorvexEditor*>(plug.GetGUI());
+    ASSERT_NE(editor, nullptr);
+    rig.Set(kDelayTaps1, 7.0); // eight taps
+    editor->ShowPage(kPageLargeLevels, false);
+    editor->OnTimerTick();
+    // A fresh instance plays every tap, and its buttons say so.
+    EXPECT_EQ(editor->Delay().TapOnMask(0, 0), 0xFFFF);
+    EXPECT_EQ(editor->Delay().TapOnMask(0, 1), 0xFFFF);
+
+    // Tap 3's left button.
+    IControl* button = nullptr;
+    int row = 0;
+    for (const LayoutRow& r : kLargeDelayLayout)
+    {
+        if (r.mKind == ELayoutKind::kStepMaskButton && r.mIndex == kMaskTapOnL * 16 + 2)
+            button = editor->ControlOfPageRow(kListLarge1, row);
+        ++row;
+    }
+    ASSERT_NE(button, nullptr);
+    ASSERT_FALSE(button->IsHidden());
+    const IRECT b = button->GetRECT();
+    IMouseMod left;
+    left.L = true;
+    editor->OnMouseDown((b.L + b.R) / 2, (b.T + b.B) / 2, left);
+    editor->OnMouseUp((b.L + b.R) / 2, (b.T + b.B) / 2, left);
+    EXPECT_EQ(plug.Fields().mTapOnMask[0], 0xFFFF & ~(1 << 2));
+    EXPECT_EQ(plug.Fields().mTapOnMask[1], 0xFFFF);
+
+    // A loaded state's masks reach the buttons.
+    plug.Fields().mTapOnMask[3] = 0x00F0;
+    editor->OnTimerTick();
+    EXPECT_EQ(editor->Delay().TapOnMask(1, 1), 0x00F0);
 }

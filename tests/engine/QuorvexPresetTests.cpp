@@ -9,48 +9,16 @@
 #include <thread>
 
 #include "EngineRig.h"
+#include "PresetRig.h"
 #include "state/ByteChunk.h"
-#include "state/PresetFixtures.h"
 
-// Presets as the whole plug-in loads, rewrites, saves and steps through them (the file format and
-// the menu are tested in the state suite, the preset row and the save prompt with the editor host).
+// Presets as the whole plug-in loads, rewrites and saves them (the file format and the menu are
+// tested in the state suite, the preset row, the steps and the save prompt in PresetRowTests).
 
 using namespace engine_rig;
-using preset_test::TempFolder;
 
 namespace
 {
-// A preset folder of the test's own; instances made while it lives use it.
-class PresetRig
-{
-  public:
-    PresetRig() { setenv("QUORVEX_PRESET_DIR", mDir.Path().c_str(), 1); }
-    QuorvexPtr Make() const
-    {
-        QuorvexPtr plug(new Quorvex());
-        plug->SetSampleRate(kRate);
-        return plug;
-    }
-    const TempFolder& Dir() const { return mDir; }
-    std::string Read(const std::string& relative) const
-    {
-        std::ifstream file(mDir.Path() + relative, std::ios::binary);
-        std::ostringstream text;
-        text << file.rdbuf();
-        return text.str();
-    }
-
-  private:
-    TempFolder mDir;
-};
-
-std::string File(int version, const std::string& body)
-{
-    return "Quorvex V. 1.0.0r" + std::to_string(version) +
-           " PresetFile!\nPresetVersion: " + std::to_string(version) +
-           "\n\nADDPARAMS:\n\nLastPage\n12\n\nEParams:\n" + body;
-}
-
 TEST(QuorvexPresets, MissingOrForeignFilesLeaveEveryParameterAsItWas)
 {
     PresetRig rig;

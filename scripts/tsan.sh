@@ -14,8 +14,8 @@ export TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1"
 # every block size and rate, end-to-end effect renders, the slot paths, the engine frame, the
 # editor readouts) meet no second thread but the idle effect worker and take most of the time under
 # TSan; they run in the release, asan and rtsan stages, and so do the loaded bundle's long renders
-# on one thread (tails, offline type changes, tap masks). Every
-# test that loads, saves or switches while audio runs stays here.
+# on one thread (tails, offline type changes, tap masks). Every test that loads, saves or switches
+# while audio runs stays here.
 declare -A filters=([quorvex_engine_tests]="-*InputHygiene*:*RealtimeProcess*:EffectsEndToEnd.*:SlotPath.*:Editor*:EngineFrame.*"
   [quorvex_host_load_tests]="-HostLoad.TheReportedTailHoldsTheEchoesAndTheHall:HostLoad.OfflineEffectTypeChangesTakeEffectWhereTheyArrive:HostLoad.TapMasksSwitchEachTapPerSide")
 for suite in "${suites[@]}"; do

@@ -32,10 +32,11 @@ inline constexpr int kRows = 13 + kNumColorRoles;
 constexpr std::array<LayoutRow, kRows> Make()
 {
     Rows<kRows> rows;
-    // The page holds little: its panels stand together in the middle of the stage.
+    // The page holds little: its panels start at the top of the stage, as every page's do, so
+    // that switching pages does not move the eye.
     const int leftR = kArea.L + 470;
     const int displayH = 112, inputH = 112;
-    const int top = kArea.T + (kArea.H() - displayH - kGap - inputH) / 2;
+    const int top = kArea.T;
     const IRECT display(kArea.L, top, leftR, top + displayH);
     rows.Panel(display, "DISPLAY", kRoleOptions);
     const int fy = display.T + 40;

@@ -293,3 +293,20 @@ TEST(MyTextTest, FormatsThroughFormatAndUnit)
     for (const auto& [format, unit, value, text] : cases)
         EXPECT_EQ(IMyTextControl::FormatValue(format, unit, value), text) << format;
 }
+
+// A link opens its fixed address through the window's opener on a press, and tells the host
+// nothing.
+TEST_F(Fixture, ALinkOpensItsAddress)
+{
+    std::string opened;
+    graphics.SetURLOpener(
+        [&](const std::string& url)
+        {
+            opened = url;
+            return true;
+        });
+    graphics.AttachControl(new IURLControl(&plug, IRECT(200, 0, 250, 20), "https://example.org/quorvex"));
+    Click(210, 5);
+    EXPECT_EQ(opened, "https://example.org/quorvex");
+    EXPECT_TRUE(plug.mLog.empty());
+}

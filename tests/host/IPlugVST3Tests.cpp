@@ -292,6 +292,20 @@ TEST_F(PlugVST3Test, RecordFlagsGroupsAndNegatedTexts)
     EXPECT_NEAR(normalized, 0.5, 1e-12);
 }
 
+// The controller's own setter changes what the host reads back, but the engine never hears of it:
+// its values arrive through the process call's queues, on the audio thread. Unknown ids are
+// refused, and the bypass set there does not bypass.
+TEST_F(PlugVST3Test, TheControllersSetterDoesNotReachTheEngine)
+{
+    mPlug->mChanged.clear();
+    EXPECT_EQ(Controller()->setParamNormalized(kGain, 0.75), kResultOk);
+    EXPECT_NEAR(Controller()->getParamNormalized(kGain), 0.75, 1e-12);
+    EXPECT_TRUE(mPlug->mChanged.empty());
+    EXPECT_NE(Controller()->setParamNormalized(kNumProbeParams, 0.5), kResultOk);
+    EXPECT_EQ(Controller()->setParamNormalized(IPlugVST3::kBypassParamId, 1.0), kResultOk);
+    EXPECT_FALSE(mPlug->IsBypassed());
+}
+
 TEST_F(PlugVST3Test, ControllerStateCarriesTheBypassWordBehindAChunkOfAnyLength)
 {
     ParameterChanges changes;

@@ -1,3 +1,4 @@
+#include "TimePerItem.h"
 #include "dsp/MSVRAP1ModDelayLine.h"
 #include "dsp/MSinOsc.h"
 
@@ -36,9 +37,7 @@ void BM_ModDelayLineProcess(benchmark::State& state)
         benchmark::DoNotOptimize(line.mLast);
     }
     state.SetItemsProcessed(state.iterations() * kSamples);
-    // Inverted rate: seconds per sample, printed with its unit (e.g. "5.2ns").
-    state.counters["per_sample"] = benchmark::Counter(
-        double(kSamples), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_sample"] = TimePerItem(double(kSamples));
 }
 BENCHMARK(BM_ModDelayLineProcess);
 } // namespace

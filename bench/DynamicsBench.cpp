@@ -1,3 +1,4 @@
+#include "TimePerItem.h"
 #include "dsp/Compressor.h"
 #include "dsp/MasterLimiter.h"
 #include "dsp/ModDelayBuffer.h"
@@ -17,8 +18,7 @@ constexpr int kN = 32;
 void CountSamples(benchmark::State& state)
 {
     state.SetItemsProcessed(state.iterations() * kN);
-    state.counters["per_sample"] = benchmark::Counter(
-        double(kN), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_sample"] = TimePerItem(double(kN));
 }
 
 void FillSine(double* x, int n, double amp, double step, double& phase)

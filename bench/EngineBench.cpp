@@ -1,5 +1,6 @@
 #include "BenchPatches.h"
 #include "EngineDriver.h"
+#include "TimePerItem.h"
 #include "dsp/SignalGuard.h"
 
 #include <benchmark/benchmark.h>
@@ -34,8 +35,7 @@ void BM_Engine(benchmark::State& state, Patch patch)
     }
 
     // Inverted rate: CPU seconds per stereo frame, printed with its unit (e.g. "53ns").
-    state.counters["per_frame"] = benchmark::Counter(
-        kHostBlock, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_frame"] = TimePerItem(kHostBlock);
     // Seconds of audio per second of CPU time: the console shows this ratio with a "/s" suffix.
     state.counters["x_realtime"] =
         benchmark::Counter(kHostBlock / kRate, benchmark::Counter::kIsIterationInvariantRate);
@@ -73,8 +73,7 @@ template <bool kGuarded> void BM_EntryGuard(benchmark::State& state)
         benchmark::DoNotOptimize(ringSC);
         benchmark::ClobberMemory();
     }
-    state.counters["per_frame"] = benchmark::Counter(
-        kHostBlock, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_frame"] = TimePerItem(kHostBlock);
 }
 BENCHMARK_TEMPLATE(BM_EntryGuard, false)->Name("BM_EntryGuard/Plain");
 BENCHMARK_TEMPLATE(BM_EntryGuard, true)->Name("BM_EntryGuard/Guarded");

@@ -1,3 +1,4 @@
+#include "TimePerItem.h"
 #include "core/ModulatorBank.h"
 #include "dsp/TimeBase.h"
 #include "modulators/LogicModule.h"
@@ -81,10 +82,8 @@ void BM_ModulatorTick(benchmark::State& state)
         benchmark::DoNotOptimize(bank->SourceBuffer(kModSourceLogic1));
         benchmark::ClobberMemory();
     }
-    state.counters["per_block"] =
-        benchmark::Counter(1.0, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-    state.counters["per_frame"] = benchmark::Counter(
-        double(gBlockLen), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_block"] = TimePerItem(1.0);
+    state.counters["per_frame"] = TimePerItem(double(gBlockLen));
 }
 } // namespace
 

@@ -1,3 +1,4 @@
+#include "TimePerItem.h"
 #include "delay/QLMMultiDelay.h"
 #include "dsp/TimeBase.h"
 
@@ -44,9 +45,7 @@ void BM_MultiDelay(benchmark::State& state)
     }
     const double samples = double(kBlocks * gBlockLen);
     state.SetItemsProcessed(state.iterations() * int64_t(samples));
-    // Inverted rate: seconds per sample, printed with its unit (e.g. "5.2ns").
-    state.counters["per_sample"] = benchmark::Counter(samples, benchmark::Counter::kIsIterationInvariantRate |
-                                                                   benchmark::Counter::kInvert);
+    state.counters["per_sample"] = TimePerItem(samples);
     SetTimeBase(44100.0);
 }
 BENCHMARK(BM_MultiDelay)

@@ -1,6 +1,7 @@
 #include "BenchNoise.h"
 #include "BenchPatches.h"
 #include "BundleRunner.h"
+#include "TimePerItem.h"
 
 #include <benchmark/benchmark.h>
 
@@ -63,8 +64,7 @@ void BM_Bundle(benchmark::State& state, Patch patch)
         benchmark::DoNotOptimize(outR.data());
         benchmark::ClobberMemory();
     }
-    state.counters["per_frame"] = benchmark::Counter(
-        kHostBlock, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_frame"] = TimePerItem(kHostBlock);
 }
 
 const bool kRegistered = []

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
+#include "dsp/LanePair.h"
 #include "dsp/Vec.h"
 
 namespace
@@ -592,14 +592,12 @@ void Slot::RouteFeedback(int route)
 void Slot::SoftLimit(double* x) const
 {
     // Mostly nothing is above 1: a pass two samples at a time finds that out.
-    using Pair = double __attribute__((vector_size(16)));
     using Mask = long long __attribute__((vector_size(16)));
     static_assert(N % 2 == 0);
     Mask outside = {0, 0};
     for (int i = 0; i < N; i += 2)
     {
-        Pair v;
-        std::memcpy(&v, x + i, sizeof(Pair));
+        const LanePair v = LoadPair(x + i);
         outside |= (v > 1.0) | (v < -1.0);
     }
     if ((outside[0] | outside[1]) == 0) return;
@@ -628,16 +626,13 @@ void Slot::PanLevelWidth(const SlotBlockContext& ctx)
     const double cross = mCross;
     // The pan law min(1 -+ p, 1) times the level, two samples to a vector; the select is
     // std::min's own (1 < x ? 1 : x).
-    using Pair = double __attribute__((vector_size(16)));
-    const Pair one = {1.0, 1.0};
+    const LanePair one = {1.0, 1.0};
     static_assert(N % 2 == 0);
-    const auto gains = [&](int i, Pair& gl, Pair& gr)
+    const auto gains = [&](int i, LanePair& gl, LanePair& gr)
     {
-        Pair pv, lvv;
-        std::memcpy(&pv, p + i, sizeof(Pair));
-        std::memcpy(&lvv, lv + i, sizeof(Pair));
-        const Pair l = one - pv;
-        const Pair r = one + pv;
+        const LanePair pv = LoadPair(p + i), lvv = LoadPair(lv + i);
+        const LanePair l = one - pv;
+        const LanePair r = one + pv;
         gl = (one < l ? one : l) * lvv;
         gr = (one < r ? one : r) * lvv;
     };
@@ -646,23 +641,19 @@ void Slot::PanLevelWidth(const SlotBlockContext& ctx)
         // Full width: the gains go straight onto the post stage, in one pass.
         for (int i = 0; i < N; i += 2)
         {
-            Pair gl, gr, a, b;
+            LanePair gl, gr;
             gains(i, gl, gr);
-            std::memcpy(&a, postL + i, sizeof(Pair));
-            std::memcpy(&b, postR + i, sizeof(Pair));
-            a *= gl;
-            b *= gr;
-            std::memcpy(outL + i, &a, sizeof(Pair));
-            std::memcpy(outR + i, &b, sizeof(Pair));
+            StorePair(outL + i, LoadPair(postL + i) * gl);
+            StorePair(outR + i, LoadPair(postR + i) * gr);
         }
         return;
     }
     for (int i = 0; i < N; i += 2)
     {
-        Pair gl, gr;
+        LanePair gl, gr;
         gains(i, gl, gr);
-        std::memcpy(mGainL + i, &gl, sizeof(Pair));
-        std::memcpy(mGainR + i, &gr, sizeof(Pair));
+        StorePair(mGainL + i, gl);
+        StorePair(mGainR + i, gr);
     }
     const auto width = [&](const double* l, const double* r)
     {

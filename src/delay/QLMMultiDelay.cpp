@@ -1,6 +1,7 @@
 #include "delay/QLMMultiDelay.h"
 
 #include "dsp/Denormals.h"
+#include "dsp/LanePair.h"
 #include "dsp/Vec.h"
 
 #include <algorithm>
@@ -23,8 +24,6 @@ inline double AllpassCoef(double frac)
 {
     return (1.0 - frac) / (1.0 + frac);
 }
-
-using Pair = double __attribute__((vector_size(16)));
 
 // The first-order all-pass read of a block, s = (buf[p] * c + buf[q]) - s * c, a delay of frac
 // samples at low frequencies and flat in level: its coefficients c and the terms u that do not
@@ -111,31 +110,31 @@ void AllpassTerms(const QLMMultiDelay& d, const float* delays, double* u, double
 // IirRun runs them: per lane the operations of the separate passes, in the same order. in[k]
 // keeps what filter k took (its history), out what the last one gave.
 template <int K>
-void ReadAndFilter(const double* uL, const double* cL, const double* uR, const double* cR, Pair& s,
+void ReadAndFilter(const double* uL, const double* cL, const double* uR, const double* cR, LanePair& s,
                    IirSingleSection* secL, IirSingleSection* secR, double (*inL)[gBlockLen],
                    double (*inR)[gBlockLen], double* outL, double* outR)
 {
-    Pair b0[K + 1], b1[K + 1], b2[K + 1], a1[K + 1], a2[K + 1], z1[K + 1], z2[K + 1];
+    LanePair b0[K + 1], b1[K + 1], b2[K + 1], a1[K + 1], a2[K + 1], z1[K + 1], z2[K + 1];
     for (int k = 0; k < K; ++k)
     {
-        b0[k] = Pair{secL[k].b0, secR[k].b0};
-        b1[k] = Pair{secL[k].b1, secR[k].b1};
-        b2[k] = Pair{secL[k].b2, secR[k].b2};
-        a1[k] = Pair{secL[k].a1, secR[k].a1};
-        a2[k] = Pair{secL[k].a2, secR[k].a2};
-        z1[k] = Pair{secL[k].z[0], secR[k].z[0]};
-        z2[k] = Pair{secL[k].z[1], secR[k].z[1]};
+        b0[k] = LanePair{secL[k].b0, secR[k].b0};
+        b1[k] = LanePair{secL[k].b1, secR[k].b1};
+        b2[k] = LanePair{secL[k].b2, secR[k].b2};
+        a1[k] = LanePair{secL[k].a1, secR[k].a1};
+        a2[k] = LanePair{secL[k].a2, secR[k].a2};
+        z1[k] = LanePair{secL[k].z[0], secR[k].z[0]};
+        z2[k] = LanePair{secL[k].z[1], secR[k].z[1]};
     }
-    Pair a = s;
+    LanePair a = s;
     for (int i = 0; i < gBlockLen; ++i)
     {
-        a = Pair{uL[i], uR[i]} - a * Pair{cL[i], cR[i]};
-        Pair x = a;
+        a = LanePair{uL[i], uR[i]} - a * LanePair{cL[i], cR[i]};
+        LanePair x = a;
         for (int k = 0; k < K; ++k)
         {
             inL[k][i] = x[0];
             inR[k][i] = x[1];
-            const Pair y = b0[k] * x + z1[k];
+            const LanePair y = b0[k] * x + z1[k];
             z1[k] = b1[k] * x - a1[k] * y + z2[k];
             z2[k] = b2[k] * x - a2[k] * y;
             x = y;
@@ -412,7 +411,7 @@ void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, f
                      stagesR[k]->mBlockLen == gBlockLen && stagesL[k]->SingleSection(secL[k]) &&
                      stagesR[k]->SingleSection(secR[k]);
         }
-        Pair s = Pair{left.mApState[0], right.mApState[0]};
+        LanePair s = LanePair{left.mApState[0], right.mApState[0]};
         double inL[2][gBlockLen], inR[2][gBlockLen];
         if (single && stages == 2)
             ReadAndFilter<2>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
@@ -436,7 +435,7 @@ void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, f
         return;
     }
 
-    Pair s = Pair{left.mApState[0], right.mApState[0]};
+    LanePair s = LanePair{left.mApState[0], right.mApState[0]};
     ReadAndFilter<0>(uL, cL, uR, cR, s, nullptr, nullptr, nullptr, nullptr, outL, outR);
     left.mApState[0] = s[0];
     right.mApState[0] = s[1];
@@ -482,7 +481,7 @@ void QLMMultiDelay::ReadTapPair(QLMMultiDelay& left, QLMMultiDelay& right, float
     }
     double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
     tap = PrepareTermsPair(left, right, delayL, delayR, tap, uL, cL, uR, cR);
-    Pair s = Pair{left.mApState[tap], right.mApState[tap]};
+    LanePair s = LanePair{left.mApState[tap], right.mApState[tap]};
     ReadAndFilter<0>(uL, cL, uR, cR, s, nullptr, nullptr, nullptr, nullptr, left.mMixOut, right.mMixOut);
     left.mApState[tap] = s[0];
     right.mApState[tap] = s[1];

@@ -25,6 +25,7 @@
 
 #include "dsp/Iir.h"
 #include "dsp/IirSections.h"
+#include "dsp/LanePair.h"
 
 #include <cmath>
 #include <cstdint>
@@ -289,7 +290,6 @@ void IirRunI(double* srcDst, int n, IirState* state)
 
 namespace
 {
-using Pair = double __attribute__((vector_size(16)));
 
 // Every section of both filters in one pass. The sections run as a wavefront: in step t section s
 // works on sample t - s, so within a step no section waits for another (each takes what the
@@ -298,25 +298,25 @@ using Pair = double __attribute__((vector_size(16)));
 // order.
 template <int S> void RunPairSections(double* left, double* right, int n, IirState* stL, IirState* stR)
 {
-    Pair b0[S], b1[S], b2[S], a1[S], a2[S], z1[S], z2[S];
+    LanePair b0[S], b1[S], b2[S], a1[S], a2[S], z1[S], z2[S];
     for (int s = 0; s < S; ++s)
     {
         const Section& l = stL->mSec[s];
         const Section& r = stR->mSec[s];
-        b0[s] = Pair{l.b0, r.b0};
-        b1[s] = Pair{l.b1, r.b1};
-        b2[s] = Pair{l.b2, r.b2};
-        a1[s] = Pair{l.a1, r.a1};
-        a2[s] = Pair{l.a2, r.a2};
-        z1[s] = Pair{stL->mZ[2 * s], stR->mZ[2 * s]};
-        z2[s] = Pair{stL->mZ[2 * s + 1], stR->mZ[2 * s + 1]};
+        b0[s] = LanePair{l.b0, r.b0};
+        b1[s] = LanePair{l.b1, r.b1};
+        b2[s] = LanePair{l.b2, r.b2};
+        a1[s] = LanePair{l.a1, r.a1};
+        a2[s] = LanePair{l.a2, r.a2};
+        z1[s] = LanePair{stL->mZ[2 * s], stR->mZ[2 * s]};
+        z2[s] = LanePair{stL->mZ[2 * s + 1], stR->mZ[2 * s + 1]};
     }
     // carry[s]: the sample section s takes next, from section s - 1 in the previous step.
-    Pair carry[S] = {};
+    LanePair carry[S] = {};
     const auto section = [&](int s, int t)
     {
-        const Pair x = s == 0 ? Pair{left[t], right[t]} : carry[s];
-        const Pair y = b0[s] * x + z1[s];
+        const LanePair x = s == 0 ? LanePair{left[t], right[t]} : carry[s];
+        const LanePair y = b0[s] * x + z1[s];
         z1[s] = b1[s] * x - a1[s] * y + z2[s];
         z2[s] = b2[s] * x - a2[s] * y;
         if (s + 1 < S)

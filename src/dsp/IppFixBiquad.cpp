@@ -21,7 +21,7 @@ IppFixBiquad::~IppFixBiquad()
 void IppFixBiquad::Design(int order, double relFreq)
 {
     mOrder = std::clamp(order, 1, kIirMaxOrder);
-    VecZero(mDelay, 2 * kIirMaxOrder);
+    ClearMemory();
     IirDesignLowpass(relFreq, 0.0, mOrder, mTaps, 0, mWork);
     IirInit(&mState, mTaps, mOrder, mDelay, mWork);
 }

@@ -4,6 +4,8 @@
 // and one add per four samples instead of per sample; the results agree with the plain recursion
 // to rounding. `n` must be a multiple of 4. Any thread; no allocation.
 
+#include "dsp/LanePair.h"
+
 inline double OnePoleBlock(double* x, int n, double a, double b, double guard, double y)
 {
     const double a2 = a * a, a3 = a2 * a, a4 = a2 * a2;
@@ -31,21 +33,20 @@ inline double OnePoleBlock(double* x, int n, double a, double b, double guard, d
 inline void OnePoleBlockPair(double* x0, double* x1, int n, double a0, double b0, double a1, double b1,
                              double guard, double& y0, double& y1)
 {
-    using Pair = double __attribute__((vector_size(16)));
-    const Pair a = {a0, a1}, b = {b0, b1}, g = {guard, guard};
-    const Pair a2 = a * a, a3 = a2 * a, a4 = a2 * a2;
-    Pair y = {y0, y1};
+    const LanePair a = {a0, a1}, b = {b0, b1}, g = {guard, guard};
+    const LanePair a2 = a * a, a3 = a2 * a, a4 = a2 * a2;
+    LanePair y = {y0, y1};
     for (int k = 0; k < n; k += 4)
     {
-        const Pair u1 = b * Pair{x0[k], x1[k]} + g;
-        const Pair u2 = b * Pair{x0[k + 1], x1[k + 1]} + g;
-        const Pair u3 = b * Pair{x0[k + 2], x1[k + 2]} + g;
-        const Pair u4 = b * Pair{x0[k + 3], x1[k + 3]} + g;
-        const Pair r1 = a * y + u1;
-        const Pair r2 = a2 * y + (a * u1 + u2);
-        const Pair r3 = a3 * y + (a2 * u1 + a * u2 + u3);
+        const LanePair u1 = b * LanePair{x0[k], x1[k]} + g;
+        const LanePair u2 = b * LanePair{x0[k + 1], x1[k + 1]} + g;
+        const LanePair u3 = b * LanePair{x0[k + 2], x1[k + 2]} + g;
+        const LanePair u4 = b * LanePair{x0[k + 3], x1[k + 3]} + g;
+        const LanePair r1 = a * y + u1;
+        const LanePair r2 = a2 * y + (a * u1 + u2);
+        const LanePair r3 = a3 * y + (a2 * u1 + a * u2 + u3);
         y = a4 * y + (a3 * u1 + a2 * u2 + a * u3 + u4);
-        const Pair out[4] = {r1 - g, r2 - g, r3 - g, y - g};
+        const LanePair out[4] = {r1 - g, r2 - g, r3 - g, y - g};
         for (int j = 0; j < 4; ++j)
         {
             x0[k + j] = out[j][0];

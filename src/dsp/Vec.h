@@ -8,7 +8,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
+
+#include "dsp/LanePair.h"
 
 using Vec64 = double*;
 using Vec32 = float*;
@@ -23,14 +24,13 @@ void VecFree(void* p);
 // short block into a string store (rep stos), whose start-up costs more than the block itself.
 inline void VecZero(double* dst, int n)
 {
-    using Pair = double __attribute__((vector_size(16)));
-    Pair zero = {0.0, 0.0};
+    LanePair zero = {0.0, 0.0};
 #if defined(__SSE2__)
     __asm__("" : "+x"(zero));
 #endif
     int i = 0;
     for (; i + 2 <= n; i += 2)
-        std::memcpy(dst + i, &zero, sizeof(Pair));
+        StorePair(dst + i, zero);
     for (; i < n; ++i)
         dst[i] = 0.0;
 }

@@ -4,6 +4,7 @@
 // the state chunk the tests read and write.
 
 #include "common/HostDoubles.h"
+#include "common/Measure.h"
 
 #include "pluginterfaces/vst/ivstunits.h"
 
@@ -26,6 +27,7 @@
 namespace bundlerig
 {
 using namespace hostdoubles;
+using testmeasure::Peak;
 
 constexpr ParamID kBypassId = 0x62706173; // "bpas"
 constexpr ParamID kPresetId = 0x70727374; // "prst"
@@ -325,15 +327,6 @@ inline long FirstNonFinite(const Take& t)
     for (std::size_t i = 0; i < t.Size(); ++i)
         if (!std::isfinite(t.l[i]) || !std::isfinite(t.r[i])) return static_cast<long>(i);
     return -1;
-}
-
-// The largest magnitude in x[from, to).
-inline double Peak(const std::vector<double>& x, std::size_t from = 0, std::size_t to = SIZE_MAX)
-{
-    double peak = 0.0;
-    for (std::size_t i = from; i < std::min(to, x.size()); ++i)
-        peak = std::max(peak, std::abs(x[i]));
-    return peak;
 }
 
 // Sample for sample the same render, or where the two first part.

@@ -1,7 +1,6 @@
 #include "common/FilterMeasure.h"
 #include "fx/DCRemover.h"
 #include "fx/EQ_M.h"
-#include "fx/EQ_ST.h"
 #include "fx/FxRig.h"
 #include "fx/PhaseFilter.h"
 
@@ -75,7 +74,7 @@ TEST(PhaseFilter, StagesCoefficientFeedbackAndSpread)
 
 // Each layout with its four knobs (gain knobs as amplitudes 10^(dB / 40) for shelves, as 0..1
 // fractions of +-18 dB for peaks): a shelf of D dB has D at its far end and D / 2 at its corner,
-// a peak 18 (2v - 1) dB at its centre. EQ_ST runs the same layout on the right pair of buffers.
+// a peak 18 (2v - 1) dB at its centre.
 TEST(EqM, LayoutsGiveTheirBandGains)
 {
     struct Row
@@ -105,24 +104,6 @@ TEST(EqM, LayoutsGiveTheirBandGains)
             eq.SetParam(p, r.knobs[p]);
         EXPECT_NEAR(EqDb(eq, r.hz), r.dB, r.tolerance) << "layout " << r.layout << " at " << r.hz << " Hz";
     }
-    // The right channel of the stereo equaliser, driven through mIn2 / mOut2.
-    EQ_ST eq(kEqTwoBand);
-    for (int p = 0; p < 4; ++p)
-        eq.SetParam(p, rows[7].knobs[p]);
-    std::vector<double> x(40 * 1024), y(x.size());
-    const double w = 2.0 * M_PI * 8000.0 / gSampleRate;
-    for (size_t n = 0; n < x.size(); ++n)
-        x[n] = std::sin(w * double(n));
-    double left[gBlockLen];
-    for (size_t b = 0; b < x.size() / gBlockLen; ++b)
-    {
-        eq.mIn1 = gNoSignal;
-        eq.mOut1 = left;
-        eq.mIn2 = x.data() + b * gBlockLen;
-        eq.mOut2 = y.data() + b * gBlockLen;
-        eq.Process();
-    }
-    EXPECT_NEAR(FitTone(y, w, 20 * 1024, 20 * 1024, 1.0).dB(), -18.0, 0.1);
 }
 
 // A constant input steps the output to 1, which then decays as 0.9999^n: 1/e after 10000 samples.

@@ -153,7 +153,7 @@ TEST(FxFactory, MasterTypesStayFiniteAtKnobCorners)
 TEST(FxFactory, MasterEqualiserKnobsGiveTheirGains)
 {
     // The knob laws and the equalisers agree on units: a gain knob at 100 % lifts its band by
-    // 18 dB, at 0 % cuts it by 18 dB, at 50 % leaves it flat.
+    // 18 dB, at 0 % cuts it by 18 dB, at 50 % leaves it flat. Both channels carry the same tone.
     struct Row
     {
         int type;
@@ -163,7 +163,6 @@ TEST(FxFactory, MasterEqualiserKnobsGiveTheirGains)
     const Row rows[] = {
         {42, {100.0, 50.0, 50.0, 50.0}, 30.0, 18.0, 0.1},
         {42, {50.0, 50.0, 50.0, 0.0}, 16000.0, -18.0, 0.1},
-        {42, {50.0, 50.0, 50.0, 50.0}, 1000.0, 0.0, 0.01},
         {42, {50.0, 50.0, 100.0, 50.0}, 2750.0, 18.0, 0.05},
         {43, {0.0, 5.0, 50.0, 50.0}, 1047.5, -18.0, 0.05},
     };
@@ -172,13 +171,7 @@ TEST(FxFactory, MasterEqualiserKnobsGiveTheirGains)
         const double w = 2.0 * std::numbers::pi * r.hz / gSampleRate;
         const auto sine = [w](int n, double& l, double& r) { l = r = 0.25 * std::sin(w * n); };
         const std::vector<double> y = RunMaster(r.type, r.knobs, 2.0, sine);
-        // Left halves of the second second against the input's power, 0.25^2 / 2.
-        double power = 0.0;
-        const size_t from = y.size() / 2;
-        for (size_t i = from; i < y.size(); i += 2 * gBlockLen)
-            for (int k = 0; k < gBlockLen; ++k)
-                power += y[i + k] * y[i + k];
-        const double dB = 10.0 * std::log10(power / (double(y.size() - from) / 2.0) / (0.25 * 0.25 / 2.0));
+        const double dB = testmeasure::Db(testmeasure::Rms(y, y.size() / 2) / (0.25 / std::sqrt(2.0)));
         EXPECT_NEAR(dB, r.dB, r.tolerance) << r.type << " at " << r.hz << " Hz";
     }
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cmath>
 #include <random>
 #include <thread>
 
@@ -20,15 +19,14 @@ TEST(EffectRackStress, TypeSwitchingWhileProcessing)
     const auto set = [&e](int id, double v) { e.Set(id, v); };
     for (int s = 0; s < 4; ++s)
     {
-        set(kSlotOn1 + s, 1);
-        set(kFXOnPR1 + s, 1);
-        set(kFXOnFB1 + s, 1);
-        set(kFXOnPO1 + s, 1);
-        set(kTapFXParam1_1 + s, 1);
+        e.Set({{kSlotOn1 + s, 1},
+               {kFXOnPR1 + s, 1},
+               {kFXOnFB1 + s, 1},
+               {kFXOnPO1 + s, 1},
+               {kTapFXParam1_1 + s, 1}});
         plug->Fields().mStepFxMask[s] = 0xFFFF;
     }
-    set(kDelayMode1 + 1, DelayTapped);
-    set(kDelayMode1 + 3, DelayTapped);
+    e.Set({{kDelayMode1 + 1, DelayTapped}, {kDelayMode1 + 3, DelayTapped}});
     plug->SyncTapFxMasks();
 
     std::atomic<bool> stop{false};

@@ -75,7 +75,6 @@ TEST(PresetRow, ThePresetRowOpensTheMenuStepsAndShowsTheName)
 {
     IMouseMod left;
     left.L = true;
-    auto Left = [&] { return left; };
     PresetRig rig;
     rig.Dir().Write("/User Presets/Mine.txt", File(14, "Feedback1 11\n"));
     rig.Dir().Write("/Factory Presets/Basics/Clean.txt", File(14, "Feedback1 22\n"));
@@ -89,23 +88,21 @@ TEST(PresetRow, ThePresetRowOpensTheMenuStepsAndShowsTheName)
         const IRECT r = menu->ItemRect(level, index);
         ASSERT_FALSE(r.Empty());
         editor->OnMouseOver(r.L + 10, r.T + 5, {});
-        editor->OnMouseDown(r.L + 10, r.T + 5, Left());
-        editor->OnMouseUp(r.L + 10, r.T + 5, Left());
+        editor->OnMouseDown(r.L + 10, r.T + 5, left);
+        editor->OnMouseUp(r.L + 10, r.T + 5, left);
     };
 
     const IRECT name = editor->PresetName()->GetRECT();
-    editor->OnMouseDown(name.L + 20, name.T + 5, Left());
-    editor->OnMouseUp(name.L + 20, name.T + 5, Left());
-    auto* menu = dynamic_cast<IPopupOverlay*>(editor->ModalOverlay());
-    ASSERT_NE(menu, nullptr);
+    editor->OnMouseDown(name.L + 20, name.T + 5, left);
+    editor->OnMouseUp(name.L + 20, name.T + 5, left);
     clickItem(0, 1); // "Mine"
     EXPECT_EQ(plug->GetParam(kFeedback1)->value, 11.0);
     editor->OnTimerTick();
     EXPECT_EQ(editor->PresetName()->Name(), "Mine");
 
     // Into the factory folder's sub-menu.
-    editor->OnMouseDown(name.L + 20, name.T + 5, Left());
-    menu = dynamic_cast<IPopupOverlay*>(editor->ModalOverlay());
+    editor->OnMouseDown(name.L + 20, name.T + 5, left);
+    auto* menu = dynamic_cast<IPopupOverlay*>(editor->ModalOverlay());
     ASSERT_NE(menu, nullptr);
     const IRECT basics = menu->ItemRect(0, 3);
     editor->OnMouseOver(basics.L + 10, basics.T + 5, {});
@@ -120,8 +117,8 @@ TEST(PresetRow, ThePresetRowOpensTheMenuStepsAndShowsTheName)
     IRECT next;
     for (const LayoutRow& row : kMainLayout)
         if (row.mKind == ELayoutKind::kPresetNext) next = row.mRect;
-    editor->OnMouseDown(next.L + 5, next.T + 5, Left());
-    editor->OnMouseUp(next.L + 5, next.T + 5, Left());
+    editor->OnMouseDown(next.L + 5, next.T + 5, left);
+    editor->OnMouseUp(next.L + 5, next.T + 5, left);
     EXPECT_EQ(plug->GetParam(kFeedback1)->value, 11.0);
 }
 
@@ -132,14 +129,12 @@ TEST(PresetRow, StepLoadsTheNeighboursAndWraps)
     rig.Dir().Write("/User Presets/B.txt", File(14, "Feedback1 2\n"));
     rig.Dir().Write("/Factory Presets/F/c.txt", File(14, "Feedback1 3\n"));
     auto plug = rig.Make();
-    const double expected[] = {1, 2, 3, 1};
-    for (double e : expected)
+    for (const auto& [forward, feedback] :
+         {std::pair{true, 1.0}, {true, 2.0}, {true, 3.0}, {true, 1.0}, {false, 3.0}})
     {
-        plug->StepPreset(true);
-        EXPECT_EQ(plug->GetParam(kFeedback1)->value, e);
+        plug->StepPreset(forward);
+        EXPECT_EQ(plug->GetParam(kFeedback1)->value, feedback);
     }
-    plug->StepPreset(false);
-    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 3.0);
     EXPECT_EQ(plug->Fields().mPresetFolderLabel, "F:F");
 
     // Picking from the menu loads the item and keeps the selection for the state chunk.

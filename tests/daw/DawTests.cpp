@@ -249,8 +249,12 @@ struct Session
         if (key == "param") out.titles.push_back(f.at(1));
         if (key != "source") continue;
         ++sources;
-        SF_INFO info{
-            .frames = 0, .samplerate = kRate, .channels = 1, .format = SF_FORMAT_WAV | SF_FORMAT_FLOAT};
+        SF_INFO info{.frames = 0,
+                     .samplerate = kRate,
+                     .channels = 1,
+                     .format = SF_FORMAT_WAV | SF_FORMAT_FLOAT,
+                     .sections = 0,
+                     .seekable = 0};
         SNDFILE* file = sf_open(f.at(1).c_str(), SFM_WRITE, &info);
         if (file == nullptr) return ::testing::AssertionFailure() << "cannot write " << f.at(1);
         const bool whole = sf_writef_float(file, signal.data(), kFrames) == static_cast<sf_count_t>(kFrames);
@@ -261,54 +265,20 @@ struct Session
     return ::testing::AssertionSuccess();
 }
 
-// A command file for session.lua; exports and value lists are named files in the rig's folder.
-class Commands
+// One line of a command file for session.lua, its fields split by tabs.
+std::string Line(std::initializer_list<std::string> fields)
 {
-  public:
-    explicit Commands(const ArdourRig& rig) : mRoot(rig.Root()) {}
-    Commands& Set(const std::string& title, double value)
-    {
-        return Line("set\t" + title + "\t" + Num(value));
-    }
-    Commands& Settle() { return Line("settle"); }
-    Commands& Automate(const std::string& title, const std::vector<std::pair<size_t, double>>& points)
-    {
-        std::string line = "automate\t" + title;
-        for (const auto& [at, v] : points)
-            line += "\t" + std::to_string(at) + "\t" + Num(v);
-        return Line(line);
-    }
-    Commands& Export(const std::string& name)
-    {
-        return Line("export\t" + (mRoot / (name + ".wav")).string() + "\t" + std::to_string(kFrames));
-    }
-    Commands& ValuesTo(const std::string& name)
-    {
-        return Line("values\t" + (mRoot / (name + ".values")).string());
-    }
-    Commands& Save() { return Line("save"); }
-    ::testing::AssertionResult RunIn(ArdourRig& rig, const Session& s, const std::string& tag) const
-    {
-        const fs::path file = mRoot / (tag + ".commands");
-        std::ofstream(file) << mText;
-        return rig.Lua({"run", s.dir, "session", file, kPresetId}, tag);
-    }
-
-  private:
-    static std::string Num(double v)
-    {
-        std::ostringstream text;
-        text << v;
-        return text.str();
-    }
-    Commands& Line(const std::string& line)
-    {
-        mText += line + "\n";
-        return *this;
-    }
-    fs::path mRoot;
-    std::string mText;
-};
+    std::string line;
+    for (const auto& f : fields)
+        line += (line.empty() ? "" : "\t") + f;
+    return line + "\n";
+}
+std::string Set(const std::string& title, double value)
+{
+    std::ostringstream v;
+    v << value;
+    return Line({"set", title, v.str()});
+}
 
 // Ardour's view of every parameter, by title (its control's value and what its plug-in object
 // reports), and the latency it uses.
@@ -351,8 +321,7 @@ size_t EchoAt(size_t click, double delayMs)
     return click + kDryOffset + Ms(delayMs) + kEchoFilterOffset;
 }
 
-// The peak and the energy within 5 ms of `at`: an echo that moved by a sample shows up as a wrong
-// position.
+// The peak within 5 ms of `at`: an echo that moved by a sample shows up as a wrong position.
 Peak Around(const std::vector<float>& x, size_t at)
 {
     Peak p{at - Ms(5), 0.0};
@@ -360,42 +329,14 @@ Peak Around(const std::vector<float>& x, size_t at)
         if (std::abs(x[i]) > p.level) p = {i, std::abs(static_cast<double>(x[i]))};
     return p;
 }
-double EnergyAround(const std::vector<float>& x, size_t at)
-{
-    double e = 0.0;
-    for (size_t i = at - Ms(5); i < std::min(at + Ms(5), x.size()); ++i)
-        e += static_cast<double>(x[i]) * x[i];
-    return e;
-}
-
-// The share of a 10 ms window's energy in its largest sample: 1 for a lone impulse, low for an
-// impulse a filter spread out.
-double Concentration(const std::vector<float>& x, size_t at)
-{
-    const double e = EnergyAround(x, at);
-    return e > 0.0 ? std::pow(Around(x, at).level, 2) / e : 0.0;
-}
-
-// One slot of plain echoes: free time (Timebase OFF), no delay-time wobble, the delay filters
-// wide open, half the input into the delay and the direct signal kept.
-Commands& PlainEchoes(Commands& c, double leftMs, double rightMs, double feedback)
-{
-    return c.Set("Timebase 1", 0)
-        .Set("Delay TimeL 1", leftMs)
-        .Set("Delay TimeR 1", rightMs)
-        .Set("Feedback 1", feedback)
-        .Set("Direct In 1", 50)
-        .Set("Modulation 1", 0)
-        .Set("Delay Lopass 1", 20000)
-        .Set("Delay Hipass 1", 20);
-}
-
 } // namespace
 
 // The whole path of a session through Ardour: scan, parameters set by title, echoes where the
-// settings put them, an effect, automation, values the plug-in writes by itself, two exports in
-// one process, save, and a new process that reopens the session and must hold the same values and
-// export the same samples.
+// settings put them, automation, values the plug-in writes by itself, two exports in one process,
+// save, and a new process that reopens the session and must hold the same values and export the
+// same samples. (How long the echoes ring and where each route sends them is measured in the
+// engine suite's slot paths; here what counts is that Ardour's settings, latency compensation and
+// automation reach the plug-in and come back out.)
 //
 // The values the plug-in writes: slot 1 synced at Ardour's default 120 bpm with "Timebase 1" at
 // 1/16 and both "DelayFactor" counts at 4 (4 x 1/16 = one beat = 500 ms), while the free times
@@ -403,122 +344,87 @@ Commands& PlainEchoes(Commands& c, double leftMs, double rightMs, double feedbac
 // it writes 500 ms into "Delay TimeL 1" and "Delay TimeR 1" itself. Ardour's view of those two
 // parameters must follow, or a save stores times that are not the ones playing and a reopened
 // session sounds different.
-TEST(ArdourSession, EchoesEffectAutomationWrittenTimesSaveAndReopen)
+TEST(ArdourSession, EchoesAutomationWrittenTimesSaveAndReopen)
 {
     ArdourRig rig;
     ASSERT_TRUE(rig.Prepare());
-    const size_t clickA = Ms(250);
-    const size_t clickB = Ms(2000);
+    const size_t clickA = Ms(250), clickB = Ms(2000);
     Session s;
     ASSERT_TRUE(CreateSession(rig, {clickA, clickB}, s));
     // Ardour took the plug-in from the scan of our link, not from some other installed copy.
     EXPECT_EQ(s.module, (rig.Root() / "home/.vst3/Quorvex.vst3/Contents/x86_64-linux/Quorvex.so").string());
-    for (const char* title :
-         {"Direct In 1", "Timebase 1", "Delay TimeL 1", "Delay TimeR 1", "Feedback 1", "FX1 PR", "FXOn PR 1",
-          "FXParam1 1 PR", "FXParam5 1 PR", "Modulation 1", "Delay Lopass 1"})
+    const auto file = [&](const std::string& name) { return (rig.Root() / name).string(); };
+    const auto exportTo = [&](const std::string& name) {
+        return Line({"export", file(name + ".wav"), std::to_string(kFrames)});
+    };
+    const auto run = [&](const std::string& commands, const std::string& tag)
+    {
+        std::ofstream(file(tag + ".commands")) << commands;
+        return rig.Lua({"run", s.dir, "session", file(tag + ".commands"), kPresetId}, tag);
+    };
+
+    // One slot of plain echoes, 200 ms left and 300 ms right: free time, no delay-time wobble, the
+    // delay filters wide open, half the input into the delay and the direct signal kept.
+    std::string commands;
+    for (const auto& [title, value] : {std::pair{"Timebase 1", 0.0},
+                                       {"Delay TimeL 1", 200.0},
+                                       {"Delay TimeR 1", 300.0},
+                                       {"Feedback 1", 50.0},
+                                       {"Direct In 1", 50.0},
+                                       {"Modulation 1", 0.0},
+                                       {"Delay Lopass 1", 20000.0},
+                                       {"Delay Hipass 1", 20.0}})
+    {
         EXPECT_NE(std::find(s.titles.begin(), s.titles.end(), title), s.titles.end())
             << "Ardour lists no parameter titled \"" << title << "\"";
-
-    Commands run(rig);
-    PlainEchoes(run, 200, 300, 50).Settle().Export("plain");
-    // "MULTI 12dB" (entry 15 of the effect list) as a low-pass in front of the delay. A new
-    // effect type makes the plug-in write its default values into the five effect parameters,
-    // so they are set after the type has arrived: Ardour and the plug-in then agree on them.
-    run.Set("FX1 PR", 15).Set("FXOn PR 1", 1).Settle();
-    run.Set("FXParam1 1 PR", 30)
-        .Set("FXParam2 1 PR", 30)
-        .Set("FXParam3 1 PR", 50)
-        .Set("FXParam4 1 PR", 0)
-        .Set("FXParam5 1 PR", 100)
-        .Settle()
-        .Export("fx");
+        commands += Set(title, value);
+    }
+    commands += Line({"settle"}) + exportTo("plain");
     // Direct In 1 in Play mode: 50 % up to 1 s, then closed within 10 ms, so click A is heard in
     // the delay and click B is not. The automation stays for the rest of the session.
-    run.Automate("Direct In 1", {{0, 50.0}, {Ms(1000), 50.0}, {Ms(1010), 0.0}}).Settle().Export("automated");
-    // Without the effect and the feedback: synced, then switched to free times.
-    run.Set("FXOn PR 1", 0)
-        .Set("Feedback 1", 0)
-        .Set("Timebase 1", 2)
-        .Set("DelayFactorL 1", 4)
-        .Set("DelayFactorR 1", 4)
-        .Settle()
-        .Export("synced")
-        .Set("Timebase 1", 0)
-        .Settle()
-        .ValuesTo("before")
-        .Export("free")
-        .Export("again")
-        .Save()
-        .Settle()
-        .Export("saved");
-    ASSERT_TRUE(run.RunIn(rig, s, "session-run"));
-    ASSERT_TRUE(Commands(rig).Settle().ValuesTo("after").Export("reopened").RunIn(rig, s, "session-reopen"));
+    commands += Line({"automate", "Direct In 1", "0", "50", std::to_string(Ms(1000)), "50",
+                      std::to_string(Ms(1010)), "0"}) +
+                Line({"settle"}) + exportTo("automated");
+    // Without the feedback: synced, then switched to free times.
+    commands += Set("Feedback 1", 0) + Set("Timebase 1", 2) + Set("DelayFactorL 1", 4) +
+                Set("DelayFactorR 1", 4) + Line({"settle"}) + exportTo("synced") + Set("Timebase 1", 0) +
+                Line({"settle"}) + Line({"values", file("before.values")}) + exportTo("free") +
+                exportTo("again") + Line({"save"}) + Line({"settle"}) + exportTo("saved");
+    ASSERT_TRUE(run(commands, "session-run"));
+    ASSERT_TRUE(
+        run(Line({"settle"}) + Line({"values", file("after.values")}) + exportTo("reopened"), "reopen"));
 
     Values before, after;
     ASSERT_TRUE(ReadValues(rig.Root() / "before.values", before));
     ASSERT_TRUE(ReadValues(rig.Root() / "after.values", after));
     EXPECT_EQ(before.latency, kReportedLatency);
     std::map<std::string, Stereo> wav;
-    for (const char* name : {"plain", "fx", "automated", "synced", "free", "again", "saved", "reopened"})
+    for (const char* name : {"plain", "automated", "synced", "free", "again", "saved", "reopened"})
         ASSERT_TRUE(ReadStereo(rig.Root() / (std::string(name) + ".wav"), wav[name]));
-    const Stereo &p = wav["plain"], &f = wav["fx"], &e = wav["automated"];
+    const Stereo &p = wav["plain"], &e = wav["automated"];
     ASSERT_EQ(p.Frames(), kFrames);
+    for (size_t click : {clickA, clickB})
     {
-        SCOPED_TRACE("plain echoes: 200 ms left, 300 ms right, feedback 50 %");
-        for (size_t click : {clickA, clickB})
-        {
-            EXPECT_EQ(Around(p.l, DryAt(click)).at, DryAt(click));
-            EXPECT_EQ(Around(p.r, DryAt(click)).at, DryAt(click));
-            EXPECT_GT(Around(p.l, DryAt(click)).level, 0.1);
-        }
-        // Each repeat one delay time after the one before, at half the level, less a trace of the
-        // 20 kHz low-pass; click B, 1.75 s later, repeats the pattern on top of click A's fading tail.
+        SCOPED_TRACE(click == clickA ? "plain echoes, click A" : "plain echoes, click B");
         for (const auto& [side, ms] : {std::pair{&p.l, 200.0}, std::pair{&p.r, 300.0}})
         {
-            const Peak first = Around(*side, EchoAt(clickA, ms));
-            EXPECT_GT(first.level, 0.05);
-            for (int repeat = 1; repeat * ms <= 600; ++repeat)
-            {
-                const Peak echo = Around(*side, EchoAt(clickA, repeat * ms));
-                EXPECT_EQ(echo.at, EchoAt(clickA, repeat * ms)) << ms << " ms, repeat " << repeat;
-                EXPECT_NEAR(echo.level / first.level, std::pow(0.5, repeat - 1), 0.01)
-                    << ms << " ms, repeat " << repeat;
-            }
-            EXPECT_EQ(Around(*side, EchoAt(clickB, ms)).at, EchoAt(clickB, ms));
-        }
-        // Dual routing: the left time is not heard on the right and the other way round.
-        EXPECT_LT(Around(p.r, EchoAt(clickA, 200)).level, 1e-3 * Around(p.r, EchoAt(clickA, 300)).level);
-        EXPECT_LT(Around(p.l, EchoAt(clickA, 300)).level, 1e-3 * Around(p.l, EchoAt(clickA, 200)).level);
-    }
-    {
-        SCOPED_TRACE("FX1 PR: a low-pass in front of the delay");
-        // The dry click keeps its place and nearly its level (only the slot's small direct share
-        // passes the effect); the echo passes it and comes out low-passed: far lower and spread
-        // out (its largest sample holds 36 % of the window's energy without the effect, 2 % with
-        // it), yet there.
-        EXPECT_EQ(Around(f.l, DryAt(clickA)).at, DryAt(clickA));
-        EXPECT_NEAR(Around(f.l, DryAt(clickA)).level, Around(p.l, DryAt(clickA)).level,
-                    0.02 * Around(p.l, DryAt(clickA)).level);
-        for (const auto& [fx, plain, ms] : {std::tuple{&f.l, &p.l, 200.0}, std::tuple{&f.r, &p.r, 300.0}})
-        {
-            const size_t at = EchoAt(clickA, ms);
-            EXPECT_LT(Concentration(*fx, at), 0.2 * Concentration(*plain, at));
-            EXPECT_LT(Around(*fx, at).level, 0.2 * Around(*plain, at).level);
-            EXPECT_GT(EnergyAround(*fx, at), 1e-3 * EnergyAround(*plain, at));
+            EXPECT_EQ(Around(*side, DryAt(click)).at, DryAt(click));
+            EXPECT_GT(Around(*side, DryAt(click)).level, 0.1);
+            EXPECT_EQ(Around(*side, EchoAt(click, ms)).at, EchoAt(click, ms)) << ms << " ms";
+            EXPECT_GT(Around(*side, EchoAt(click, ms)).level, 0.05) << ms << " ms";
         }
     }
     {
         SCOPED_TRACE("Direct In 1 automated from 50 % to 0 at 1 s");
         // Click A (before the change) still goes into the delay; click B (after it) is heard dry
-        // only: the window of its first echoes holds no more than click A's tail, which the export
-        // without the automation has there too.
+        // only: the window of its first echoes holds no more than a trace of click A's tail.
         EXPECT_EQ(Around(e.l, DryAt(clickB)).at, DryAt(clickB));
-        for (const auto& [with, without, ms] : {std::tuple{&e.l, &f.l, 200.0}, std::tuple{&e.r, &f.r, 300.0}})
+        for (const auto& [with, without, ms] : {std::tuple{&e.l, &p.l, 200.0}, std::tuple{&e.r, &p.r, 300.0}})
         {
             EXPECT_NEAR(Around(*with, EchoAt(clickA, ms)).level, Around(*without, EchoAt(clickA, ms)).level,
                         1e-6);
-            EXPECT_LT(EnergyAround(*with, EchoAt(clickB, ms)),
-                      1e-3 * EnergyAround(*without, EchoAt(clickB, ms)));
+            EXPECT_LT(Around(*with, EchoAt(clickB, ms)).level,
+                      0.03 * Around(*without, EchoAt(clickB, ms)).level);
         }
     }
     // Synced, then free after the switch, in this process, after the save and after the reopen:

@@ -31,6 +31,10 @@ TEST(PresetRow, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
             editor->OnKeyDown(0, 0, c);
     };
 
+    // A second instance, made before the save, finds the new file in its next menu.
+    auto other = rig.Make();
+    EXPECT_EQ(other->PresetMenu().FlatList(), std::vector<std::string>{});
+    plug->GetParam(kFeedback1)->value = 81.5;
     plug->SavePresetDialog();
     auto* prompt = dynamic_cast<IFilePromptOverlay*>(editor->ModalOverlay());
     ASSERT_NE(prompt, nullptr);
@@ -41,7 +45,14 @@ TEST(PresetRow, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
     type("Dub Echo");
     editor->OnKeyDown(0, 0, kKeyEnter);
     EXPECT_TRUE(std::filesystem::exists(rig.Dir().Path() + "/User Presets/Mine/Dub Echo.txt"));
+    // The saved preset becomes the current one, in the menu's selection too.
     EXPECT_EQ(plug->SelectedPresetPath(), "/User Presets/Mine/Dub Echo");
+    EXPECT_EQ(plug->Fields().mPresetName + " " + plug->Fields().mPresetFolderLabel, "Dub Echo U:Mine");
+    EXPECT_EQ(plug->Fields().mPresetMenuFolder, "/User Presets/Mine/");
+    EXPECT_EQ(plug->Fields().mPresetMenuIndex, 0);
+    EXPECT_EQ(other->PresetMenu().FlatList(), std::vector<std::string>{"/User Presets/Mine/Dub Echo"});
+    ASSERT_TRUE(other->LoadPreset("/User Presets/Mine/Dub Echo.txt"));
+    EXPECT_EQ(other->GetParam(kFeedback1)->value, 81.5);
     editor->OnTimerTick();
     EXPECT_EQ(editor->ModalOverlay(), nullptr); // nothing to say
 

@@ -7,8 +7,8 @@
 #include "PresetRig.h"
 #include "state/ByteChunk.h"
 
-// Presets as the whole plug-in loads, rewrites and saves them (the file format and the menu are
-// tested in the state suite, the preset row, the steps and the save prompt in PresetRowTests).
+// Presets as the whole plug-in loads and rewrites them (the file format and the menu are tested in
+// the state suite; the preset row, the steps and saving through the prompt in PresetRowTests).
 
 using namespace engine_rig;
 
@@ -82,30 +82,6 @@ TEST(QuorvexPresets, OldFilesAreRewrittenInThePresentFormatCurrentOnesAreNotTouc
     ASSERT_TRUE(plug->LoadPreset("/User Presets/Old.txt"));
     EXPECT_NEAR(plug->GetParam(kFeedback1)->value, 35.0, 1e-5);
     EXPECT_EQ(rig.Read("/User Presets/Old.txt"), rewritten);
-}
-
-TEST(QuorvexPresets, SavedPresetBecomesCurrentAndAppearsInAnotherInstancesNextMenu)
-{
-    PresetRig rig;
-    rig.Dir().Write("/User Presets/Existing.txt", File(14, ""));
-    auto one = rig.Make();
-    auto two = rig.Make();
-    EXPECT_EQ(two->PresetMenu().FlatList(), std::vector<std::string>{"/User Presets/Existing"});
-
-    one->GetParam(kFeedback1)->value = 81.5;
-    const std::string chosen = rig.Dir().Path() + "/User Presets/Mine/Dub Echo.txt";
-    std::filesystem::create_directories(rig.Dir().Path() + "/User Presets/Mine");
-    EXPECT_EQ(one->SavePresetAs(chosen), PresetSaveResult::kSaved);
-    EXPECT_EQ(one->Fields().mPresetName + " " + one->Fields().mPresetFolderLabel, "Dub Echo U:Mine");
-    EXPECT_EQ(one->SelectedPresetPath(), "/User Presets/Mine/Dub Echo");
-    EXPECT_EQ(one->Fields().mPresetMenuFolder, "/User Presets/Mine/");
-    EXPECT_EQ(one->Fields().mPresetMenuIndex, 0);
-    EXPECT_FALSE(one->Message().IsPending());
-
-    const std::vector<std::string> both{"/User Presets/Existing", "/User Presets/Mine/Dub Echo"};
-    EXPECT_EQ(two->PresetMenu().FlatList(), both);
-    ASSERT_TRUE(two->LoadPreset("/User Presets/Mine/Dub Echo.txt"));
-    EXPECT_EQ(two->GetParam(kFeedback1)->value, 81.5);
 }
 
 // A load cuts the old sound and starts the new one from silence with the squared 100 ms fade-in.

@@ -238,31 +238,6 @@ TEST(SlotPath, InputsFromEarlierSlotsArriveInTheSameBlock)
                 inputGain * (1.0 + inputGain), 1e-6);
 }
 
-// At their neutral ends the lines' filters are off at every rate: a step of DC comes back from the
-// delay as a step that holds, where even the gentlest 20 Hz high-pass would let it sink to nothing
-// within a tenth of a second.
-TEST(SlotPath, LineFiltersAtTheirNeutralEndsPassDc)
-{
-    for (double rate : {44100.0, 48000.0, 96000.0})
-    {
-        EchoRig rig(rate);
-        rig.Clean(100.0, 100.0).Set({{kDirectIn1, 100.0}, {kFeedback1, 0.0}}); // the delay alone
-        const double dc = 0.25;
-        Stereo in(static_cast<std::size_t>(1.5 * rig.Fs()));
-        in.l.assign(in.l.size(), dc);
-        in.r = in.l;
-        const Stereo out = rig.Run(in, 512);
-        const std::size_t early = static_cast<std::size_t>(0.6 * rig.Fs());
-        const std::size_t late = in.Size() - 1;
-        for (int side = 0; side < 2; ++side)
-        {
-            const std::vector<double>& y = out.Side(side);
-            EXPECT_GT(std::abs(y[late]), 0.5 * dc) << rate << " side " << side;
-            EXPECT_NEAR(y[late], y[early], 1e-6 * dc) << rate << " side " << side;
-        }
-    }
-}
-
 // The L/R link copies an edited time to the other side; leaving sync hands the synced times over
 // to the free-time controls as milliseconds at the present tempo (1/16 x 4 and x 3 at 120 BPM).
 TEST(SlotPath, LinkAndTimebaseSwitchWriteTheTwinControls)

@@ -48,7 +48,12 @@ void Write(const std::string& path, int rate, int channels, size_t frames,
                 held != 0.0 ? held : (ch == 0 ? 0.5 * std::sin(0.0731 * static_cast<double>(i)) : n);
             s.push_back(std::round(v / kLsb24) * kLsb24);
         }
-    SF_INFO info{.frames = 0, .samplerate = rate, .channels = channels, .format = format};
+    SF_INFO info{.frames = 0,
+                 .samplerate = rate,
+                 .channels = channels,
+                 .format = format,
+                 .sections = 0,
+                 .seekable = 0};
     SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
     EXPECT_NE(file, nullptr) << sf_strerror(nullptr);
     sf_writef_double(file, s.data(), static_cast<sf_count_t>(frames));
@@ -86,35 +91,31 @@ TEST_F(RenderTool, BypassedRendersAreTheInputDelayedByTheReportedLatency)
 {
     Write(Path("in.wav"), 44100, 2, 13000);
     Write(Path("mono.aiff"), 48000, 1, 5000, SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
-    const int wav24 = SF_FORMAT_WAV | SF_FORMAT_PCM_24;
-    const struct
+    // Each row: the arguments, ending in the input and the output file, the output format and
+    // the frames of tail.
+    const int wav24 = SF_FORMAT_WAV | SF_FORMAT_PCM_24, flac24 = SF_FORMAT_FLAC | SF_FORMAT_PCM_24;
+    for (const auto& [given, format, tailFrames] :
+         {std::tuple{std::vector<std::string>{"--set", "Bypass=on", "--block", "37", "--tail", "0.05",
+                                              "in.wav", "out.wav"},
+                     wav24, 2205u},
+          {{"--set", "Bypass=on", "--tail", "0.05", "in.wav", "out.wav"}, wav24, 2205u},
+          {{"--set", "Bypass=1", "--tail", "0", "mono.aiff", "out.flac"}, flac24, 0u}})
     {
-        std::vector<std::string> args;
-        std::string in, out;
-        int format;
-        std::size_t tailFrames;
-    } rows[] = {{{"--set", "Bypass=on", "--block", "37", "--tail", "0.05"}, "in.wav", "out.wav", wav24, 2205},
-                {{"--set", "Bypass=on", "--tail", "0.05"}, "in.wav", "out.wav", wav24, 2205},
-                {{"--set", "Bypass=1", "--tail", "0"},
-                 "mono.aiff",
-                 "out.flac",
-                 SF_FORMAT_FLAC | SF_FORMAT_PCM_24,
-                 0}};
-    for (const auto& row : rows)
-    {
-        std::vector<std::string> args = row.args;
-        args.insert(args.end(), {Path(row.in), Path(row.out)});
+        std::vector<std::string> args = given;
+        for (auto name = args.end() - 2; name != args.end(); ++name)
+            *name = Path(*name);
+        const std::string inPath = args.end()[-2], outPath = args.back();
         const ToolRun run = Tool(args);
         SCOPED_TRACE(run.out + run.err);
         ASSERT_EQ(run.code, 0);
         const auto latency = static_cast<std::size_t>(Reported(run.out, "latency"));
         ASSERT_GT(latency, 0u);
         ASSERT_LT(latency, 1000u);
-        const Audio in = ReadAudio(Path(row.in)), out = ReadAudio(Path(row.out));
-        EXPECT_EQ(out.format, row.format);
+        const Audio in = ReadAudio(inPath), out = ReadAudio(outPath);
+        EXPECT_EQ(out.format, format);
         ASSERT_EQ(out.channels, 2);
         ASSERT_EQ(out.rate, in.rate);
-        ASSERT_EQ(out.Frames(), in.Frames() + row.tailFrames);
+        ASSERT_EQ(out.Frames(), in.Frames() + tailFrames);
         for (int ch = 0; ch < 2; ++ch)
             for (size_t i = 0; i < out.Frames(); ++i)
             {
@@ -123,7 +124,7 @@ TEST_F(RenderTool, BypassedRendersAreTheInputDelayedByTheReportedLatency)
                 ASSERT_NEAR(out.At(i, ch), expected, 1.5 * kLsb24) << "channel " << ch << ", frame " << i;
             }
         // The summary names the file and measures what it holds.
-        EXPECT_NE(run.out.find("quorvex-render: wrote " + Path(row.out) + "\n"), std::string::npos);
+        EXPECT_NE(run.out.find("quorvex-render: wrote " + outPath + "\n"), std::string::npos);
         EXPECT_NEAR(Reported(run.out, "peak"), PeakDb(out), 0.01);
         EXPECT_LT(Reported(run.out, "RMS"), Reported(run.out, "peak"));
     }

@@ -139,35 +139,27 @@ TEST_F(EditorOnEngine, FocusPanelFollowsTheTouchedControlAndItsValue)
     ASSERT_NE(panel, nullptr);
     EXPECT_EQ(panel->Label(), "");
     editor->ShowPage(kPagePreFx, false);
-    const struct
+    // Each row: whether the knob is touched (else its value moves under the touched knob), the
+    // effect's type and its name, the knob and its parameter, the value, the label and the text.
+    for (const auto& [touch, type, typeName, knob, param, value, label, shown] :
+         {std::tuple{true, kFX1PR, "COMPRESSOR", 0, kFXParam1PR1, 62.5, "COMP THRESHOLD", "62.50 %"},
+          {false, kFX1PR, "COMPRESSOR", 0, kFXParam1PR1, 10.0, "COMP THRESHOLD", "10.00 %"},
+          {true, kFX2PR, "FREQ SHIFT", 1, kFXParam2PR2, 100.0, "FREQSHIFT SCALE", "x100"}})
     {
-        bool touch; // else the value moves under the touched knob
-        int type;
-        const char* typeName;
-        int knob, param;
-        double value;
-        const char* label;
-        const char* shown;
-    } cases[] = {{true, kFX1PR, "COMPRESSOR", 0, kFXParam1PR1, 62.5, "COMP THRESHOLD", "62.50 %"},
-                 {false, kFX1PR, "COMPRESSOR", 0, kFXParam1PR1, 10.0, "COMP THRESHOLD", "10.00 %"},
-                 {true, kFX2PR, "FREQ SHIFT", 1, kFXParam2PR2, 100.0, "FREQSHIFT SCALE", "x100"}};
-    for (const auto& c : cases)
-    {
-        SCOPED_TRACE(c.shown);
-        rig.Set(c.param, c.value);
-        if (c.touch)
+        SCOPED_TRACE(shown);
+        rig.Set(param, value);
+        if (touch)
         {
-            IParamRecord* type = plug.GetParam(c.type);
+            IParamRecord* record = plug.GetParam(type);
             double index = -1;
-            ASSERT_TRUE(type->GetValueFromDisplayText(c.typeName, index));
-            rig.Set(c.type, index);
-            rig.Set(c.param, c.value); // after the type's defaults
-            editor->SetParameterFromPlug(c.type, type->GetNormalized(), true);
-            Click(*editor, editor->ControlOfPageRow(kListPreFx, layout::FxKnobFirstRow(c.knob, c.knob)));
+            ASSERT_TRUE(record->GetValueFromDisplayText(typeName, index));
+            rig.Set({{type, index}, {param, value}}); // the value after the type's defaults
+            editor->SetParameterFromPlug(type, record->GetNormalized(), true);
+            Click(*editor, editor->ControlOfPageRow(kListPreFx, layout::FxKnobFirstRow(knob, knob)));
         }
         editor->OnTimerTick();
-        EXPECT_EQ(panel->Label(), c.label);
-        EXPECT_EQ(panel->Value(), c.shown);
+        EXPECT_EQ(panel->Label(), label);
+        EXPECT_EQ(panel->Value(), shown);
     }
     editor->ShowPage(kPageDelay, false);
     Click(*editor, MainControl(*editor, [](const LayoutRow& r)
@@ -209,6 +201,11 @@ TEST_F(EditorOnEngine, OptionsAttenuatorDryKillAndColourSetReachTheEngineAndBack
                      position);
     EXPECT_EQ(otherEditor->ControlOfPageRow(kListOptions, kOptionsDryKillRow)->GetValue(), 1.0);
     EXPECT_EQ(otherEditor->Colors().Current(), 4);
+    // Restored, dry kill holds the dry gain at 0 whatever "Dry Level" is turned to.
+    EXPECT_EQ(other.Plug().Fields().mDryLevel, 0.0);
+    other.Plug().SetParameterFromGUI(kDryLevel, 0.9);
+    EXPECT_EQ(other.Plug().Fields().mDryLevel, 0.0);
+    EXPECT_NEAR(other.Get(kDryLevel), 90.0, 1e-9);
 }
 
 // After a timebase change the slot's delay times blink for five seconds: hidden in the first half

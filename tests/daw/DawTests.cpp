@@ -9,130 +9,105 @@
 // its own scanner (ardour-vst3-scanner, the program Ardour's GUI runs for a scan) writes the cache
 // that ardour7-lua reads, since the Lua session tool only reads the cache and never scans.
 //
-// The Lua side lives next to this file: create_session.lua builds a session, run_commands.lua
-// opens one and runs a command file (set, settle, automate, export, values, save).
+// The Lua side, session.lua next to this file, has two modes:
+//   create <dir> <name> <frames> <report>: a session with one stereo track "Clicks" holding a
+//     silent region of <frames> (Ardour's Lua imports no files: the region is a bounce of the empty
+//     track, whose two mono files the driver then overwrites) and Quorvex first in its processor
+//     box. The report names the plug-in's module, the region's files and the parameter titles.
+//   run <dir> <name> <commands> <preset id>: opens the session and runs a command file, one command
+//     a line, fields split by tabs: set <title> <value>; settle (waits for process callbacks, the
+//     engine running in its own thread, and until Ardour's view of the latency has held for eight
+//     callbacks); automate <title> <sample> <value> ... (put in Play mode); export <file> <frames>
+//     (the master bus as float WAV); values <file> (each parameter as Ardour's control and its
+//     plug-in object hold it, and the latency); save.
+// Any failure there raises a Lua error, which makes ardour7-lua exit non-zero; a run that ends
+// prints "QUORVEX-DAW done".
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <signal.h>
 #include <sndfile.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <sstream>
-#include <string>
-#include <thread>
 #include <tuple>
-#include <vector>
-
-extern char** environ;
 
 namespace
 {
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
 
 constexpr int kRate = 48000;
-// Every Ardour process gets this long; a healthy one needs a few seconds even on a busy machine.
-constexpr auto kProcessTimeout = 180s;
+constexpr size_t kFrames = static_cast<size_t>(2.5 * kRate);
 // The export preset the rig installs: 32-bit float WAV at the session rate, so that the exports
 // can be compared bit for bit and no dither or conversion stands between the plug-in and the file.
+// Its format id is Ardour's "BWAV 32float".
 constexpr const char* kPresetId = "6d1c8f52-3c57-4f0e-9a51-51756f72d0b1";
-constexpr const char* kFloatFormatId = "20b4ab09-6452-4cb3-bd66-b921cdbd2942"; // Ardour's "BWAV 32float"
-
-std::string BundleDir()
-{
-    const char* installed = std::getenv("QUORVEX_BUNDLE");
-    return installed != nullptr && *installed != '\0' ? installed : QUORVEX_BUNDLE_DIR;
-}
 
 std::string Slurp(const fs::path& path)
 {
-    std::ifstream in(path);
     std::stringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path).rdbuf();
     return text.str();
 }
 
-std::vector<std::string> SplitTabs(const std::string& line)
+std::string Quote(const std::string& s)
 {
-    std::vector<std::string> fields;
-    std::stringstream in(line);
-    std::string field;
-    while (std::getline(in, field, '\t'))
-        fields.push_back(field);
-    return fields;
+    std::string q = "'";
+    for (char c : s)
+        q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return q + "'";
 }
 
-struct Stereo
+// Lines of tab-separated fields, by their first field.
+std::multimap<std::string, std::vector<std::string>> Fields(const fs::path& path)
 {
-    std::vector<float> l, r;
-    size_t Frames() const { return l.size(); }
-};
+    std::multimap<std::string, std::vector<std::string>> out;
+    std::ifstream in(path);
+    for (std::string line; std::getline(in, line);)
+    {
+        std::vector<std::string> f;
+        std::stringstream fields(line);
+        for (std::string field; std::getline(fields, field, '\t');)
+            f.push_back(field);
+        if (!f.empty()) out.emplace(f[0], std::vector<std::string>(f.begin() + 1, f.end()));
+    }
+    return out;
+}
+
+// An export: float stereo at 48 kHz, interleaved.
+using Stereo = std::vector<float>;
 
 ::testing::AssertionResult ReadStereo(const fs::path& path, Stereo& out)
 {
     SF_INFO info{};
     SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    if (f == nullptr)
-        return ::testing::AssertionFailure() << "cannot read " << path << ": " << sf_strerror(nullptr);
-    const bool floatWav = (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_FLOAT;
-    if (info.channels != 2 || info.samplerate != kRate || !floatWav)
-    {
-        sf_close(f);
-        return ::testing::AssertionFailure()
-               << path << ": " << info.channels << " channels at " << info.samplerate << " Hz, format 0x"
-               << std::hex << info.format << "; expected float stereo at 48 kHz";
-    }
-    std::vector<float> interleaved(static_cast<size_t>(info.frames) * 2);
-    const sf_count_t got = sf_readf_float(f, interleaved.data(), info.frames);
+    if (f == nullptr) return ::testing::AssertionFailure() << "cannot read " << path;
+    out.resize(static_cast<size_t>(info.frames) * 2);
+    const bool read = info.channels == 2 && info.samplerate == kRate &&
+                      (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_FLOAT &&
+                      sf_readf_float(f, out.data(), info.frames) == info.frames;
     sf_close(f);
-    if (got != info.frames) return ::testing::AssertionFailure() << "short read of " << path;
-    out = Stereo{};
-    for (size_t i = 0; i < interleaved.size(); i += 2)
-    {
-        out.l.push_back(interleaved[i]);
-        out.r.push_back(interleaved[i + 1]);
-    }
-    return ::testing::AssertionSuccess();
-}
-
-::testing::AssertionResult WriteMono(const fs::path& path, const std::vector<float>& x)
-{
-    SF_INFO info{};
-    info.samplerate = kRate;
-    info.channels = 1;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    SNDFILE* f = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (f == nullptr)
-        return ::testing::AssertionFailure() << "cannot write " << path << ": " << sf_strerror(nullptr);
-    const sf_count_t put = sf_writef_float(f, x.data(), static_cast<sf_count_t>(x.size()));
-    sf_close(f);
-    if (put != static_cast<sf_count_t>(x.size()))
-        return ::testing::AssertionFailure() << "short write to " << path;
-    return ::testing::AssertionSuccess();
+    if (read) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure()
+           << path << ": " << info.channels << " channels at " << info.samplerate << " Hz, format 0x"
+           << std::hex << info.format << "; expected float stereo at 48 kHz, read whole";
 }
 
 // Bit identity of two exports, with the first differing frame named.
 ::testing::AssertionResult BitIdentical(const Stereo& a, const Stereo& b)
 {
-    if (a.Frames() != b.Frames())
-        return ::testing::AssertionFailure() << a.Frames() << " frames against " << b.Frames();
-    for (size_t i = 0; i < a.Frames(); ++i)
-        if (std::memcmp(&a.l[i], &b.l[i], sizeof(float)) != 0 ||
-            std::memcmp(&a.r[i], &b.r[i], sizeof(float)) != 0)
-            return ::testing::AssertionFailure() << "first difference at frame " << i << ": " << a.l[i] << " "
-                                                 << a.r[i] << " against " << b.l[i] << " " << b.r[i];
+    if (a.size() != b.size())
+        return ::testing::AssertionFailure() << a.size() << " samples against " << b.size();
+    for (size_t i = 0; i < a.size(); i += 2)
+        if (std::memcmp(&a[i], &b[i], 2 * sizeof(float)) != 0)
+            return ::testing::AssertionFailure() << "first difference at frame " << i / 2 << ": " << a[i]
+                                                 << " " << a[i + 1] << " against " << b[i] << " " << b[i + 1];
     return ::testing::AssertionSuccess();
 }
 
@@ -142,50 +117,9 @@ struct Peak
     double level = 0.0;
 };
 
-// The largest magnitude in [from, to).
-Peak PeakIn(const std::vector<float>& x, size_t from, size_t to)
-{
-    Peak p{from, 0.0};
-    for (size_t i = from; i < std::min(to, x.size()); ++i)
-        if (std::abs(x[i]) > p.level) p = {i, std::abs(static_cast<double>(x[i]))};
-    return p;
-}
-
-double EnergyIn(const std::vector<float>& x, size_t from, size_t to)
-{
-    double e = 0.0;
-    for (size_t i = from; i < std::min(to, x.size()); ++i)
-        e += static_cast<double>(x[i]) * x[i];
-    return e;
-}
-
 size_t Ms(double ms)
 {
     return static_cast<size_t>(std::llround(ms * kRate / 1000.0));
-}
-
-// Ardour's view of every parameter: the control's value and what its plug-in object reports.
-struct Values
-{
-    int latency = -1;
-    std::map<std::string, std::pair<double, double>> byTitle;
-};
-
-::testing::AssertionResult ReadValues(const fs::path& path, Values& out)
-{
-    std::ifstream in(path);
-    if (!in) return ::testing::AssertionFailure() << "no value list " << path;
-    std::string line;
-    while (std::getline(in, line))
-    {
-        const auto f = SplitTabs(line);
-        if (f.size() == 2 && f[0] == "latency")
-            out.latency = std::stoi(f[1]);
-        else if (f.size() == 4 && f[0] == "value")
-            out.byTitle[f[1]] = {std::stod(f[2]), std::stod(f[3])};
-    }
-    if (out.latency < 0 || out.byTitle.empty()) return ::testing::AssertionFailure() << "incomplete " << path;
-    return ::testing::AssertionSuccess();
 }
 
 // A scratch folder with an isolated Ardour configuration and the bundle under test, removed
@@ -193,11 +127,11 @@ struct Values
 class ArdourRig
 {
   public:
-    explicit ArdourRig(const std::string& name)
+    ArdourRig() : mRoot(fs::temp_directory_path() / ("quorvex_daw_" + std::to_string(getpid())))
     {
-        mRoot = fs::temp_directory_path() / ("quorvex_daw_" + std::to_string(getpid()) + "_" + name);
         fs::remove_all(mRoot);
-        fs::create_directories(mRoot);
+        for (const char* dir : {"home/.vst3", "config/ardour7/export", "data", "cache"})
+            fs::create_directories(mRoot / dir);
     }
     ~ArdourRig()
     {
@@ -206,9 +140,6 @@ class ArdourRig
         else
             fs::remove_all(mRoot);
     }
-    ArdourRig(const ArdourRig&) = delete;
-    ArdourRig& operator=(const ArdourRig&) = delete;
-
     fs::path Root() const { return mRoot; }
 
     // Ardour's tools, the isolated home with the bundle linked into ~/.vst3, the export preset,
@@ -220,246 +151,142 @@ class ArdourRig
                 return ::testing::AssertionFailure()
                        << tool << " is missing: the DAW test needs Debian's Ardour 7 "
                        << "(run `bash scripts/setup.sh tests`, which installs the `ardour` package)";
-        const fs::path bundle = BundleDir();
+        const char* installed = std::getenv("QUORVEX_BUNDLE");
+        const fs::path bundle = installed != nullptr && *installed != '\0' ? installed : QUORVEX_BUNDLE_DIR;
         if (!fs::is_regular_file(bundle / "Contents/x86_64-linux/Quorvex.so"))
             return ::testing::AssertionFailure() << "no built bundle at " << bundle;
-
-        fs::create_directories(Home() / ".vst3");
-        fs::create_directories(ConfigHome() / "ardour7/export");
-        fs::create_directories(mRoot / "data");
-        fs::create_directories(mRoot / "cache");
-        fs::create_symlink(fs::absolute(bundle), LinkedBundle());
-        std::ofstream(ConfigHome() / "ardour7/export/quorvex-float.preset")
-            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-            << "<ExportPreset id=\"" << kPresetId << "\" name=\"Quorvex test float WAV\">\n"
-            << "  <ExportFormat id=\"" << kFloatFormatId << "\"/>\n"
-            << "  <ExportFilename>\n"
-            << "    <Folder relative=\"1\" path=\"export\"/>\n"
-            << "    <Field name=\"label\" enabled=\"0\"/>\n"
-            << "    <Field name=\"session\" enabled=\"0\"/>\n"
-            << "    <Field name=\"snapshot\" enabled=\"0\"/>\n"
-            << "    <Field name=\"timespan\" enabled=\"1\"/>\n"
-            << "    <Field name=\"revision\" enabled=\"0\"/>\n"
-            << "    <Field name=\"time\" enabled=\"0\" value=\"T_None\"/>\n"
-            << "    <Field name=\"date\" enabled=\"0\" value=\"D_None\"/>\n"
-            << "  </ExportFilename>\n"
-            << "</ExportPreset>\n";
-
-        const std::string scanner = QUORVEX_ARDOUR_VST3_SCANNER;
-        auto scan = Run({scanner, "-f", LinkedBundle().string()}, "scan",
-                        {"LD_LIBRARY_PATH=" + fs::path(scanner).parent_path().string()});
+        fs::create_symlink(fs::absolute(bundle), mRoot / "home/.vst3/Quorvex.vst3");
+        std::ofstream(mRoot / "config/ardour7/export/quorvex-float.preset")
+            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ExportPreset id=\"" << kPresetId
+            << "\" name=\"Quorvex test float WAV\"><ExportFormat "
+               "id=\"20b4ab09-6452-4cb3-bd66-b921cdbd2942\"/>"
+            << "<ExportFilename><Folder relative=\"1\" path=\"export\"/><Field name=\"label\" enabled=\"0\"/>"
+            << "<Field name=\"session\" enabled=\"0\"/><Field name=\"snapshot\" enabled=\"0\"/>"
+            << "<Field name=\"timespan\" enabled=\"1\"/><Field name=\"revision\" enabled=\"0\"/>"
+            << "<Field name=\"time\" enabled=\"0\" value=\"T_None\"/><Field name=\"date\" enabled=\"0\" "
+            << "value=\"D_None\"/></ExportFilename></ExportPreset>\n";
+        const fs::path scanner = QUORVEX_ARDOUR_VST3_SCANNER;
+        auto scan = Run("LD_LIBRARY_PATH=" + Quote(scanner.parent_path()) + " " + Quote(scanner) + " -f " +
+                            Quote(mRoot / "home/.vst3/Quorvex.vst3"),
+                        "scan");
         if (!scan) return scan;
-        bool cached = false;
         if (fs::is_directory(mRoot / "cache/ardour7/vst"))
             for (const auto& e : fs::directory_iterator(mRoot / "cache/ardour7/vst"))
-                cached = cached || e.path().extension() == ".v3i";
-        if (!cached)
-            return ::testing::AssertionFailure() << "Ardour's scan left no cache entry:\n" << mLastLog;
-        return ::testing::AssertionSuccess();
+                if (e.path().extension() == ".v3i") return ::testing::AssertionSuccess();
+        return ::testing::AssertionFailure() << "Ardour's scan left no cache entry:\n" << mLastLog;
     }
 
-    // One ardour7-lua process on a script of tests/daw; it must exit 0 and say it is done.
-    ::testing::AssertionResult Lua(const std::string& script, std::vector<std::string> args,
-                                   const std::string& tag)
+    // One ardour7-lua process on session.lua; it must exit 0 and say it is done.
+    ::testing::AssertionResult Lua(const std::vector<std::string>& args, const std::string& tag)
     {
-        std::vector<std::string> argv{QUORVEX_ARDOUR_LUA, Script(script), Script("daw_common.lua")};
-        argv.insert(argv.end(), args.begin(), args.end());
-        auto run = Run(argv, tag, {});
-        if (!run) return run;
-        if (mLastLog.find("QUORVEX-DAW done") == std::string::npos)
-            return ::testing::AssertionFailure() << script << " did not finish:\n" << mLastLog;
-        return ::testing::AssertionSuccess();
+        std::string command = Quote(QUORVEX_ARDOUR_LUA) + " " + Quote(QUORVEX_DAW_SCRIPTS "/session.lua");
+        for (const auto& a : args)
+            command += " " + Quote(a);
+        auto run = Run(command, tag);
+        if (run && mLastLog.find("QUORVEX-DAW done") == std::string::npos)
+            return ::testing::AssertionFailure() << tag << " did not finish:\n" << mLastLog;
+        return run;
     }
-
-    // Seconds spent in Ardour's processes so far.
-    double ArdourSeconds() const { return mSeconds; }
-    const std::string& LastLog() const { return mLastLog; }
 
   private:
-    fs::path Home() const { return mRoot / "home"; }
-    fs::path ConfigHome() const { return mRoot / "config"; }
-    fs::path LinkedBundle() const { return Home() / ".vst3/Quorvex.vst3"; }
-    static std::string Script(const std::string& name)
-    {
-        return (fs::path(QUORVEX_DAW_SCRIPTS) / name).string();
-    }
-
-    std::vector<std::string> Environment(const std::vector<std::string>& extra) const
-    {
-        std::vector<std::string> env;
-        const auto overridden = [&](const std::string& entry)
-        {
-            const std::string key = entry.substr(0, entry.find('=') + 1);
-            for (const char* k :
-                 {"HOME=", "XDG_CONFIG_HOME=", "XDG_DATA_HOME=", "XDG_CACHE_HOME=", "LD_LIBRARY_PATH="})
-                if (key == k) return true;
-            return false;
-        };
-        for (char** e = environ; *e != nullptr; ++e)
-            if (!overridden(*e)) env.emplace_back(*e);
-        env.push_back("HOME=" + Home().string());
-        env.push_back("XDG_CONFIG_HOME=" + ConfigHome().string());
-        env.push_back("XDG_DATA_HOME=" + (mRoot / "data").string());
-        env.push_back("XDG_CACHE_HOME=" + (mRoot / "cache").string());
-        env.insert(env.end(), extra.begin(), extra.end());
-        return env;
-    }
-
-    // Runs a program in its own process group with its output in a log; past the timeout the
-    // group is killed. The wait polls the child's exit, which is the condition itself.
-    ::testing::AssertionResult Run(const std::vector<std::string>& argv, const std::string& tag,
-                                   const std::vector<std::string>& extraEnv)
+    // Runs a command with the isolated home and XDG folders and its output in a log. Every Ardour
+    // process gets 180 s, after which its process group is killed; a healthy one needs a few
+    // seconds even on a busy machine.
+    ::testing::AssertionResult Run(const std::string& command, const std::string& tag)
     {
         const fs::path log = mRoot / (tag + ".log");
-        const auto env = Environment(extraEnv);
-        std::vector<char*> a, e;
-        for (const auto& s : argv)
-            a.push_back(const_cast<char*>(s.c_str()));
-        a.push_back(nullptr);
-        for (const auto& s : env)
-            e.push_back(const_cast<char*>(s.c_str()));
-        e.push_back(nullptr);
-
-        const auto start = std::chrono::steady_clock::now();
-        const pid_t pid = fork();
-        if (pid < 0) return ::testing::AssertionFailure() << "fork failed";
-        if (pid == 0)
-        {
-            setpgid(0, 0);
-            const int out = open(log.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            const int in = open("/dev/null", O_RDONLY);
-            if (out < 0 || in < 0) _exit(126);
-            dup2(in, 0);
-            dup2(out, 1);
-            dup2(out, 2);
-            execve(a[0], a.data(), e.data());
-            _exit(127);
-        }
-        setpgid(pid, pid);
-        int status = 0;
-        bool timedOut = false;
-        for (;;)
-        {
-            if (waitpid(pid, &status, WNOHANG) == pid) break;
-            if (std::chrono::steady_clock::now() - start > kProcessTimeout)
-            {
-                kill(-pid, SIGKILL);
-                waitpid(pid, &status, 0);
-                timedOut = true;
-                break;
-            }
-            std::this_thread::sleep_for(10ms);
-        }
-        mSeconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        const std::string env = "env -u LD_LIBRARY_PATH HOME=" + Quote(mRoot / "home") +
+                                " XDG_CONFIG_HOME=" + Quote(mRoot / "config") +
+                                " XDG_DATA_HOME=" + Quote(mRoot / "data") +
+                                " XDG_CACHE_HOME=" + Quote(mRoot / "cache");
+        const int status = std::system(
+            ("timeout -k 5 180 " + env + " " + command + " </dev/null >" + Quote(log) + " 2>&1").c_str());
         mLastLog = Slurp(log);
-        if (timedOut)
-            return ::testing::AssertionFailure() << argv[0] << " (" << tag << ") ran past "
-                                                 << kProcessTimeout.count() << " s and was killed:\n"
-                                                 << mLastLog;
         if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
             return ::testing::AssertionFailure()
-                   << argv[0] << " (" << tag << ") failed with status " << status << ":\n"
+                   << tag << " failed with status " << status
+                   << (WEXITSTATUS(status) == 124 ? " (killed after 180 s)" : "") << ":\n"
                    << mLastLog;
         return ::testing::AssertionSuccess();
     }
 
     fs::path mRoot;
     std::string mLastLog;
-    double mSeconds = 0.0;
 };
 
-// A session made by create_session.lua, with the click signal written into its region's files.
+// A session made by session.lua, with the click signal written into its region's files.
 struct Session
 {
     fs::path dir;
-    std::string name;
     std::vector<std::string> titles;
     std::string module;
 };
 
-constexpr size_t kFrames = static_cast<size_t>(2.5 * kRate);
-constexpr float kClick = 0.25f;
-
-::testing::AssertionResult CreateSession(ArdourRig& rig, const std::string& name,
-                                         const std::vector<size_t>& clicks, Session& out)
+::testing::AssertionResult CreateSession(ArdourRig& rig, const std::vector<size_t>& clicks, Session& out)
 {
-    out.dir = rig.Root() / name;
-    out.name = name;
-    const fs::path report = rig.Root() / (name + ".report");
-    auto made = rig.Lua("create_session.lua",
-                        {out.dir.string(), name, std::to_string(kFrames), report.string()}, name + "-create");
+    out.dir = rig.Root() / "session";
+    const fs::path report = rig.Root() / "session.report";
+    auto made = rig.Lua({"create", out.dir, "session", std::to_string(kFrames), report}, "create");
     if (!made) return made;
-    std::ifstream in(report);
-    std::string line;
-    std::vector<fs::path> sources;
-    while (std::getline(in, line))
-    {
-        const auto f = SplitTabs(line);
-        if (f.size() == 2 && f[0] == "module") out.module = f[1];
-        if (f.size() == 3 && f[0] == "source") sources.emplace_back(f[2]);
-        if (f.size() == 3 && f[0] == "param") out.titles.push_back(f[2]);
-    }
-    if (sources.size() != 2) return ::testing::AssertionFailure() << "the session has no stereo region";
     std::vector<float> signal(kFrames, 0.0f);
     for (size_t c : clicks)
-        signal[c] = kClick;
-    for (const auto& s : sources)
+        signal[c] = 0.25f;
+    int sources = 0;
+    for (const auto& [key, f] : Fields(report))
     {
-        auto written = WriteMono(s, signal);
-        if (!written) return written;
+        if (key == "module") out.module = f.at(0);
+        if (key == "param") out.titles.push_back(f.at(1));
+        if (key != "source") continue;
+        ++sources;
+        SF_INFO info{.frames = 0,
+                     .samplerate = kRate,
+                     .channels = 1,
+                     .format = SF_FORMAT_WAV | SF_FORMAT_FLOAT,
+                     .sections = 0,
+                     .seekable = 0};
+        SNDFILE* file = sf_open(f.at(1).c_str(), SFM_WRITE, &info);
+        if (file == nullptr) return ::testing::AssertionFailure() << "cannot write " << f.at(1);
+        const bool whole = sf_writef_float(file, signal.data(), kFrames) == static_cast<sf_count_t>(kFrames);
+        sf_close(file);
+        if (!whole) return ::testing::AssertionFailure() << "short write to " << f.at(1);
     }
+    if (sources != 2) return ::testing::AssertionFailure() << "the session has no stereo region";
     return ::testing::AssertionSuccess();
 }
 
-// A command file for run_commands.lua; exports and value lists are named files in the rig's folder.
-class Commands
+// One line of a command file for session.lua, its fields split by tabs.
+std::string Line(std::initializer_list<std::string> fields)
 {
-  public:
-    explicit Commands(const ArdourRig& rig) : mRoot(rig.Root()) {}
-    Commands& Set(const std::string& title, double value)
-    {
-        return Line("set\t" + title + "\t" + Num(value));
-    }
-    Commands& Settle() { return Line("settle"); }
-    Commands& Automate(const std::string& title, const std::vector<std::pair<size_t, double>>& points)
-    {
-        std::string line = "automate\t" + title;
-        for (const auto& [at, v] : points)
-            line += "\t" + std::to_string(at) + "\t" + Num(v);
-        return Line(line);
-    }
-    Commands& Export(const std::string& name)
-    {
-        return Line("export\t" + (mRoot / (name + ".wav")).string() + "\t" + std::to_string(kFrames));
-    }
-    Commands& ValuesTo(const std::string& name)
-    {
-        return Line("values\t" + (mRoot / (name + ".values")).string());
-    }
-    Commands& Save() { return Line("save"); }
+    std::string line;
+    for (const auto& f : fields)
+        line += (line.empty() ? "" : "\t") + f;
+    return line + "\n";
+}
+std::string Set(const std::string& title, double value)
+{
+    std::ostringstream v;
+    v << value;
+    return Line({"set", title, v.str()});
+}
 
-    ::testing::AssertionResult RunIn(ArdourRig& rig, const Session& s, const std::string& tag) const
-    {
-        const fs::path file = rig.Root() / (tag + ".commands");
-        std::ofstream(file) << mText;
-        return rig.Lua("run_commands.lua", {s.dir.string(), s.name, file.string(), kPresetId}, tag);
-    }
-
-  private:
-    static std::string Num(double v)
-    {
-        std::ostringstream text;
-        text << v;
-        return text.str();
-    }
-    Commands& Line(const std::string& line)
-    {
-        mText += line + "\n";
-        return *this;
-    }
-    fs::path mRoot;
-    std::string mText;
+// Ardour's view of every parameter, by title (its control's value and what its plug-in object
+// reports), and the latency it uses.
+struct Values
+{
+    int latency = -1;
+    std::map<std::string, std::pair<double, double>> byTitle;
 };
+
+::testing::AssertionResult ReadValues(const fs::path& path, Values& out)
+{
+    for (const auto& [key, f] : Fields(path))
+    {
+        if (key == "latency") out.latency = std::stoi(f.at(0));
+        if (key == "value") out.byTitle[f.at(0)] = {std::stod(f.at(1)), std::stod(f.at(2))};
+    }
+    if (out.latency < 0 || out.byTitle.empty()) return ::testing::AssertionFailure() << "incomplete " << path;
+    return ::testing::AssertionSuccess();
+}
 
 // Where the samples land. At 48 kHz the plug-in reports 80 samples of latency (48 of look-ahead
 // plus one 32-sample block of its framing). Its path delays the input by 112 samples
@@ -483,52 +310,23 @@ size_t EchoAt(size_t click, double delayMs)
     return click + kDryOffset + Ms(delayMs) + kEchoFilterOffset;
 }
 
-// The peak within 5 ms of `at`: an echo that moved by a sample shows up as a wrong position.
-Peak Around(const std::vector<float>& x, size_t at)
+// The peak of a side (0 left, 1 right) within 5 ms of frame `at`: an echo that moved by a sample
+// shows up as a wrong position.
+Peak Around(const Stereo& x, int side, size_t at)
 {
-    return PeakIn(x, at - Ms(5), at + Ms(5));
-}
-double EnergyAround(const std::vector<float>& x, size_t at)
-{
-    return EnergyIn(x, at - Ms(5), at + Ms(5));
-}
-
-// The share of a 10 ms window's energy in its largest sample: 1 for a lone impulse, low for an
-// impulse a filter spread out.
-double Concentration(const std::vector<float>& x, size_t at)
-{
-    const double e = EnergyAround(x, at);
-    return e > 0.0 ? Around(x, at).level * Around(x, at).level / e : 0.0;
-}
-
-// One slot of plain echoes: free time (Timebase OFF), no delay-time wobble, the delay filters
-// wide open, half the input into the delay and the direct signal kept.
-Commands& PlainEchoes(Commands& c, double leftMs, double rightMs, double feedback)
-{
-    return c.Set("Timebase 1", 0)
-        .Set("Delay TimeL 1", leftMs)
-        .Set("Delay TimeR 1", rightMs)
-        .Set("Feedback 1", feedback)
-        .Set("Direct In 1", 50)
-        .Set("Modulation 1", 0)
-        .Set("Delay Lopass 1", 20000)
-        .Set("Delay Hipass 1", 20);
-}
-
-// The exports a run left, by name.
-::testing::AssertionResult ReadExports(const ArdourRig& rig, std::initializer_list<const char*> names,
-                                       std::map<std::string, Stereo>& out)
-{
-    for (const char* name : names)
-        if (auto read = ReadStereo(rig.Root() / (std::string(name) + ".wav"), out[name]); !read) return read;
-    return ::testing::AssertionSuccess();
+    Peak p{at - Ms(5), 0.0};
+    for (size_t i = at - Ms(5); i < std::min(at + Ms(5), x.size() / 2); ++i)
+        if (std::abs(x[2 * i + side]) > p.level) p = {i, std::abs(static_cast<double>(x[2 * i + side]))};
+    return p;
 }
 } // namespace
 
 // The whole path of a session through Ardour: scan, parameters set by title, echoes where the
-// settings put them, an effect, automation, values the plug-in writes by itself, two exports in
-// one process, save, and a new process that reopens the session and must hold the same values and
-// export the same samples.
+// settings put them, automation, values the plug-in writes by itself, two exports in one process,
+// save, and a new process that reopens the session and must hold the same values and export the
+// same samples. (How long the echoes ring and where each route sends them is measured in the
+// engine suite's slot paths; here what counts is that Ardour's settings, latency compensation and
+// automation reach the plug-in and come back out.)
 //
 // The values the plug-in writes: slot 1 synced at Ardour's default 120 bpm with "Timebase 1" at
 // 1/16 and both "DelayFactor" counts at 4 (4 x 1/16 = one beat = 500 ms), while the free times
@@ -536,140 +334,98 @@ Commands& PlainEchoes(Commands& c, double leftMs, double rightMs, double feedbac
 // it writes 500 ms into "Delay TimeL 1" and "Delay TimeR 1" itself. Ardour's view of those two
 // parameters must follow, or a save stores times that are not the ones playing and a reopened
 // session sounds different.
-TEST(ArdourSession, EchoesEffectAutomationWrittenTimesSaveAndReopen)
+TEST(ArdourSession, EchoesAutomationWrittenTimesSaveAndReopen)
 {
-    ArdourRig rig("session");
+    ArdourRig rig;
     ASSERT_TRUE(rig.Prepare());
-    const size_t clickA = Ms(250);
-    const size_t clickB = Ms(2000);
+    const size_t clickA = Ms(250), clickB = Ms(2000);
     Session s;
-    ASSERT_TRUE(CreateSession(rig, "session", {clickA, clickB}, s));
+    ASSERT_TRUE(CreateSession(rig, {clickA, clickB}, s));
     // Ardour took the plug-in from the scan of our link, not from some other installed copy.
     EXPECT_EQ(s.module, (rig.Root() / "home/.vst3/Quorvex.vst3/Contents/x86_64-linux/Quorvex.so").string());
-    for (const char* title :
-         {"Direct In 1", "Timebase 1", "Delay TimeL 1", "Delay TimeR 1", "Feedback 1", "FX1 PR", "FXOn PR 1",
-          "FXParam1 1 PR", "FXParam5 1 PR", "Modulation 1", "Delay Lopass 1"})
+    const auto file = [&](const std::string& name) { return (rig.Root() / name).string(); };
+    const auto exportTo = [&](const std::string& name) {
+        return Line({"export", file(name + ".wav"), std::to_string(kFrames)});
+    };
+    const auto run = [&](const std::string& commands, const std::string& tag)
+    {
+        std::ofstream(file(tag + ".commands")) << commands;
+        return rig.Lua({"run", s.dir, "session", file(tag + ".commands"), kPresetId}, tag);
+    };
+
+    // One slot of plain echoes, 200 ms left and 300 ms right: free time, no delay-time wobble, the
+    // delay filters wide open, half the input into the delay and the direct signal kept.
+    std::string commands;
+    for (const auto& [title, value] : {std::pair{"Timebase 1", 0.0},
+                                       {"Delay TimeL 1", 200.0},
+                                       {"Delay TimeR 1", 300.0},
+                                       {"Feedback 1", 50.0},
+                                       {"Direct In 1", 50.0},
+                                       {"Modulation 1", 0.0},
+                                       {"Delay Lopass 1", 20000.0},
+                                       {"Delay Hipass 1", 20.0}})
+    {
         EXPECT_NE(std::find(s.titles.begin(), s.titles.end(), title), s.titles.end())
             << "Ardour lists no parameter titled \"" << title << "\"";
-
-    Commands run(rig);
-    PlainEchoes(run, 200, 300, 50).Settle().Export("plain");
-    // "MULTI 12dB" (entry 15 of the effect list) as a low-pass in front of the delay. A new
-    // effect type makes the plug-in write its default values into the five effect parameters,
-    // so they are set after the type has arrived: Ardour and the plug-in then agree on them.
-    run.Set("FX1 PR", 15).Set("FXOn PR 1", 1).Settle();
-    run.Set("FXParam1 1 PR", 30)
-        .Set("FXParam2 1 PR", 30)
-        .Set("FXParam3 1 PR", 50)
-        .Set("FXParam4 1 PR", 0)
-        .Set("FXParam5 1 PR", 100)
-        .Settle()
-        .Export("fx");
+        commands += Set(title, value);
+    }
+    commands += Line({"settle"}) + exportTo("plain");
     // Direct In 1 in Play mode: 50 % up to 1 s, then closed within 10 ms, so click A is heard in
     // the delay and click B is not. The automation stays for the rest of the session.
-    run.Automate("Direct In 1", {{0, 50.0}, {Ms(1000), 50.0}, {Ms(1010), 0.0}}).Settle().Export("automated");
-    // Without the effect and the feedback: synced, then switched to free times.
-    run.Set("FXOn PR 1", 0)
-        .Set("Feedback 1", 0)
-        .Set("Timebase 1", 2)
-        .Set("DelayFactorL 1", 4)
-        .Set("DelayFactorR 1", 4)
-        .Settle()
-        .Export("synced")
-        .Set("Timebase 1", 0)
-        .Settle()
-        .ValuesTo("before")
-        .Export("free")
-        .Export("again")
-        .Save()
-        .Settle()
-        .Export("saved");
-    ASSERT_TRUE(run.RunIn(rig, s, "session-run"));
-    ASSERT_TRUE(Commands(rig).Settle().ValuesTo("after").Export("reopened").RunIn(rig, s, "session-reopen"));
+    commands += Line({"automate", "Direct In 1", "0", "50", std::to_string(Ms(1000)), "50",
+                      std::to_string(Ms(1010)), "0"}) +
+                Line({"settle"}) + exportTo("automated");
+    // Without the feedback: synced, then switched to free times.
+    commands += Set("Feedback 1", 0) + Set("Timebase 1", 2) + Set("DelayFactorL 1", 4) +
+                Set("DelayFactorR 1", 4) + Line({"settle"}) + exportTo("synced") + Set("Timebase 1", 0) +
+                Line({"settle"}) + Line({"values", file("before.values")}) + exportTo("free") +
+                Line({"save"}) + Line({"settle"}) + exportTo("saved");
+    ASSERT_TRUE(run(commands, "session-run"));
+    ASSERT_TRUE(
+        run(Line({"settle"}) + Line({"values", file("after.values")}) + exportTo("reopened"), "reopen"));
 
     Values before, after;
     ASSERT_TRUE(ReadValues(rig.Root() / "before.values", before));
     ASSERT_TRUE(ReadValues(rig.Root() / "after.values", after));
     EXPECT_EQ(before.latency, kReportedLatency);
     std::map<std::string, Stereo> wav;
-    ASSERT_TRUE(
-        ReadExports(rig, {"plain", "fx", "automated", "synced", "free", "again", "saved", "reopened"}, wav));
-    const Stereo &p = wav["plain"], &f = wav["fx"], &e = wav["automated"];
-    ASSERT_EQ(p.Frames(), kFrames);
+    for (const char* name : {"plain", "automated", "synced", "free", "saved", "reopened"})
+        ASSERT_TRUE(ReadStereo(rig.Root() / (std::string(name) + ".wav"), wav[name]));
+    const Stereo &p = wav["plain"], &e = wav["automated"];
+    ASSERT_EQ(p.size(), 2 * kFrames);
+    for (size_t click : {clickA, clickB})
+        for (const auto& [side, ms] : {std::pair{0, 200.0}, {1, 300.0}})
+        {
+            SCOPED_TRACE(::testing::Message() << "plain echoes, click at " << click << ", side " << side);
+            EXPECT_EQ(Around(p, side, DryAt(click)).at, DryAt(click));
+            EXPECT_GT(Around(p, side, DryAt(click)).level, 0.1);
+            EXPECT_EQ(Around(p, side, EchoAt(click, ms)).at, EchoAt(click, ms));
+            EXPECT_GT(Around(p, side, EchoAt(click, ms)).level, 0.05);
+        }
+    // Direct In 1 automated from 50 % to 0 at 1 s: click A (before the change) still goes into the
+    // delay; click B (after it) is heard dry only: the window of its first echoes holds no more
+    // than a trace of click A's tail.
+    EXPECT_EQ(Around(e, 0, DryAt(clickB)).at, DryAt(clickB));
+    for (const auto& [side, ms] : {std::pair{0, 200.0}, {1, 300.0}})
     {
-        SCOPED_TRACE("plain echoes: 200 ms left, 300 ms right, feedback 50 %");
-        for (size_t click : {clickA, clickB})
-        {
-            EXPECT_EQ(Around(p.l, DryAt(click)).at, DryAt(click));
-            EXPECT_EQ(Around(p.r, DryAt(click)).at, DryAt(click));
-            EXPECT_GT(Around(p.l, DryAt(click)).level, 0.1);
-        }
-        // Each repeat one delay time after the one before, at half the level, less a trace of the
-        // 20 kHz low-pass; click B, 1.75 s later, repeats the pattern on top of click A's fading tail.
-        for (const auto& [side, ms] : {std::pair{&p.l, 200.0}, std::pair{&p.r, 300.0}})
-        {
-            const Peak first = Around(*side, EchoAt(clickA, ms));
-            EXPECT_GT(first.level, 0.05);
-            for (int repeat = 1; repeat * ms <= 600; ++repeat)
-            {
-                const Peak echo = Around(*side, EchoAt(clickA, repeat * ms));
-                EXPECT_EQ(echo.at, EchoAt(clickA, repeat * ms)) << ms << " ms, repeat " << repeat;
-                EXPECT_NEAR(echo.level / first.level, std::pow(0.5, repeat - 1), 0.01)
-                    << ms << " ms, repeat " << repeat;
-            }
-            EXPECT_EQ(Around(*side, EchoAt(clickB, ms)).at, EchoAt(clickB, ms));
-        }
-        // Dual routing: the left time is not heard on the right and the other way round.
-        EXPECT_LT(Around(p.r, EchoAt(clickA, 200)).level, 1e-3 * Around(p.r, EchoAt(clickA, 300)).level);
-        EXPECT_LT(Around(p.l, EchoAt(clickA, 300)).level, 1e-3 * Around(p.l, EchoAt(clickA, 200)).level);
-    }
-    {
-        SCOPED_TRACE("FX1 PR: a low-pass in front of the delay");
-        // The dry click keeps its place and nearly its level (only the slot's small direct share
-        // passes the effect); the echo passes it and comes out low-passed: far lower and spread
-        // out (its largest sample holds 36 % of the window's energy without the effect, 2 % with
-        // it), yet there.
-        EXPECT_EQ(Around(f.l, DryAt(clickA)).at, DryAt(clickA));
-        EXPECT_NEAR(Around(f.l, DryAt(clickA)).level, Around(p.l, DryAt(clickA)).level,
-                    0.02 * Around(p.l, DryAt(clickA)).level);
-        for (const auto& [fx, plain, ms] : {std::tuple{&f.l, &p.l, 200.0}, std::tuple{&f.r, &p.r, 300.0}})
-        {
-            const size_t at = EchoAt(clickA, ms);
-            EXPECT_LT(Concentration(*fx, at), 0.2 * Concentration(*plain, at));
-            EXPECT_LT(Around(*fx, at).level, 0.2 * Around(*plain, at).level);
-            EXPECT_GT(EnergyAround(*fx, at), 1e-3 * EnergyAround(*plain, at));
-        }
-    }
-    {
-        SCOPED_TRACE("Direct In 1 automated from 50 % to 0 at 1 s");
-        // Click A (before the change) still goes into the delay; click B (after it) is heard dry
-        // only: the window of its first echoes holds no more than click A's tail, which the export
-        // without the automation has there too.
-        EXPECT_EQ(Around(e.l, DryAt(clickB)).at, DryAt(clickB));
-        for (const auto& [with, without, ms] : {std::tuple{&e.l, &f.l, 200.0}, std::tuple{&e.r, &f.r, 300.0}})
-        {
-            EXPECT_NEAR(Around(*with, EchoAt(clickA, ms)).level, Around(*without, EchoAt(clickA, ms)).level,
-                        1e-6);
-            EXPECT_LT(EnergyAround(*with, EchoAt(clickB, ms)),
-                      1e-3 * EnergyAround(*without, EchoAt(clickB, ms)));
-        }
+        EXPECT_NEAR(Around(e, side, EchoAt(clickA, ms)).level, Around(p, side, EchoAt(clickA, ms)).level,
+                    1e-6);
+        EXPECT_LT(Around(e, side, EchoAt(clickB, ms)).level,
+                  0.03 * Around(p, side, EchoAt(clickB, ms)).level);
     }
     // Synced, then free after the switch, in this process, after the save and after the reopen:
     // one echo a side of click A (no feedback) at one beat, and none at the unheard free times.
-    for (const char* name : {"synced", "free", "again", "saved", "reopened"})
-    {
-        SCOPED_TRACE(name);
-        const Stereo& x = wav[name];
-        EXPECT_EQ(Around(x.l, DryAt(clickA)).at, DryAt(clickA));
-        EXPECT_EQ(Around(x.l, EchoAt(clickA, 500)).at, EchoAt(clickA, 500));
-        EXPECT_EQ(Around(x.r, EchoAt(clickA, 500)).at, EchoAt(clickA, 500));
-        EXPECT_GT(Around(x.l, EchoAt(clickA, 500)).level, 0.05);
-        for (double unheard : {200.0, 300.0})
+    for (const char* name : {"synced", "free", "saved", "reopened"})
+        for (int side : {0, 1})
         {
-            EXPECT_LT(Around(x.l, EchoAt(clickA, unheard)).level, 1e-4) << unheard << " ms";
-            EXPECT_LT(Around(x.r, EchoAt(clickA, unheard)).level, 1e-4) << unheard << " ms";
+            SCOPED_TRACE(::testing::Message() << name << ", side " << side);
+            const Stereo& x = wav[name];
+            EXPECT_EQ(Around(x, side, DryAt(clickA)).at, DryAt(clickA));
+            EXPECT_EQ(Around(x, side, EchoAt(clickA, 500)).at, EchoAt(clickA, 500));
+            EXPECT_GT(Around(x, side, EchoAt(clickA, 500)).level, 0.05);
+            for (double unheard : {200.0, 300.0})
+                EXPECT_LT(Around(x, side, EchoAt(clickA, unheard)).level, 1e-4) << unheard << " ms";
         }
-    }
     // Ardour's view of the times the plug-in wrote.
     for (const char* title : {"Delay TimeL 1", "Delay TimeR 1"})
     {
@@ -680,24 +436,15 @@ TEST(ArdourSession, EchoesEffectAutomationWrittenTimesSaveAndReopen)
     EXPECT_EQ(before.byTitle["Timebase 1"].first, 0.0);
 
     // Through the save and the reopen: Ardour's values and the plug-in's are the same, and so are
-    // the exports, to the bit; an export right after the save matches too, since saving asks the
-    // plug-in for its state and that must not change what it plays.
+    // the exports, to the bit; a second export in the same process, right after the save, matches
+    // too: exporting twice plays the same, and saving asks the plug-in for its state, which must
+    // not change what it plays.
     EXPECT_EQ(before.latency, after.latency);
     EXPECT_EQ(before.byTitle.size(), after.byTitle.size());
-    int differing = 0;
+    const std::pair<double, double> missing{NAN, NAN}; // equal to nothing
     for (const auto& [title, v] : before.byTitle)
-    {
-        const auto it = after.byTitle.find(title);
-        if (it == after.byTitle.end())
-            ADD_FAILURE() << "\"" << title << "\" is missing after the reopen";
-        else if (it->second != v && ++differing <= 20)
-            ADD_FAILURE() << "\"" << title << "\": Ardour held " << v.first << " (plug-in object " << v.second
-                          << ") before the save, " << it->second.first << " (" << it->second.second
-                          << ") after the reopen";
-    }
-    EXPECT_EQ(differing, 0) << "parameters whose value changed through save and reopen";
-    EXPECT_TRUE(BitIdentical(wav["free"], wav["again"])) << "two exports in one process";
-    EXPECT_TRUE(BitIdentical(wav["free"], wav["saved"])) << "an export after the save";
+        EXPECT_EQ(after.byTitle.contains(title) ? after.byTitle[title] : missing, v)
+            << "\"" << title << "\" as Ardour's control and plug-in object hold it, after the reopen";
+    EXPECT_TRUE(BitIdentical(wav["free"], wav["saved"])) << "a second export in the process, after the save";
     EXPECT_TRUE(BitIdentical(wav["free"], wav["reopened"])) << "after the reopen";
-    std::cout << "Ardour processes: " << rig.ArdourSeconds() << " s\n";
 }

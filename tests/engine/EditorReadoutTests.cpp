@@ -68,17 +68,29 @@ IBitmapControl* AddStrip(QuorvexEditor& editor, IPlugBase* plug, int meter)
     editor.AddMeterControl(meter, c);
     return c;
 }
+
+// Slot 1 alone (the engine rig) with its editor; the window is closed until Open().
+class EditorOnEngine : public ::testing::Test
+{
+  protected:
+    void SetUp() override { ASSERT_NE(editor, nullptr); }
+    void Open(bool open)
+    {
+        IPlugBase& base = plug;
+        open ? base.OnGUIOpen() : base.OnGUIClose();
+    }
+    Rig rig;
+    Quorvex& plug = rig.Plug();
+    QuorvexEditor* editor = dynamic_cast<QuorvexEditor*>(plug.GetGUI());
+};
 } // namespace
 
 // Meters and modulator positions reach the editor while its window is open.
-TEST(EditorReadouts, MetersFollowTheAudioWhileTheWindowIsOpenAndRestInSilence)
+TEST_F(EditorOnEngine, MetersFollowTheAudioWhileTheWindowIsOpenAndRestInSilence)
 {
-    Rig rig;
-    auto* editor = dynamic_cast<QuorvexEditor*>(rig.Plug().GetGUI());
-    ASSERT_NE(editor, nullptr);
-    IPlugBase& base = rig.Plug();
-    IControl* outL = OutputMeter(*editor, EditorReadouts::kOutL);
-    IControl* outR = OutputMeter(*editor, EditorReadouts::kOutR);
+    IPlugBase& base = plug;
+    auto* outL = dynamic_cast<IBitmapControl*>(OutputMeter(*editor, EditorReadouts::kOutL));
+    auto* outR = dynamic_cast<IBitmapControl*>(OutputMeter(*editor, EditorReadouts::kOutR));
     ASSERT_TRUE(outL && outR);
     IBitmapControl* slot1 = AddStrip(*editor, &base, EditorReadouts::kSlot1);
     IBitmapControl* slot2 = AddStrip(*editor, &base, EditorReadouts::kSlot1 + 1);
@@ -98,12 +110,12 @@ TEST(EditorReadouts, MetersFollowTheAudioWhileTheWindowIsOpenAndRestInSilence)
     EXPECT_EQ(outL->GetValue(), 0.0);
     EXPECT_EQ(slot1->GetValue(), 0.0);
 
-    base.OnGUIOpen();
+    Open(true);
     frames(30, 0.5);
     // Peaks of 0.5 (-6 dB) read 0.9 on the 60 dB scale once the needle has settled (30 frames
     // of a one-pole at exp(-2 pi / 40) per frame leave 1 %).
-    EXPECT_NEAR(outL->GetValue(), 0.9, 0.015);
-    EXPECT_NEAR(outR->GetValue(), 0.9, 0.015);
+    for (IBitmapControl* meter : {outL, outR})
+        EXPECT_NEAR(meter->GetValue(), 0.9, 0.015);
     // The slot's shaping saturates: 0.5 x 1.5 = 0.75 gives 3 / 3.25, about 0.92.
     EXPECT_NEAR(slot1->GetValue(), 0.923, 0.015);
     EXPECT_EQ(slot2->GetValue(), 0.0); // slot 2 is off
@@ -113,54 +125,41 @@ TEST(EditorReadouts, MetersFollowTheAudioWhileTheWindowIsOpenAndRestInSilence)
 
     // In silence every meter falls to its empty picture (and stops redrawing there).
     frames(100, 0.0);
-    EXPECT_EQ(dynamic_cast<IBitmapControl*>(outL)->CurrentFrame(), 1);
-    EXPECT_EQ(dynamic_cast<IBitmapControl*>(outR)->CurrentFrame(), 1);
-    EXPECT_EQ(slot1->CurrentFrame(), 1);
-    base.OnGUIClose();
+    for (IBitmapControl* meter : {outL, outR, slot1})
+        EXPECT_EQ(meter->CurrentFrame(), 1);
+    Open(false);
 }
 
 // The focus panel names a touched control the way the producer thinks of it: an effect knob by
 // its effect's name for it, anything else by its parameter; it follows the value however it
 // changes (automation here).
-TEST(EditorFocus, ThePanelFollowsTheTouchedControlAndItsValue)
+TEST_F(EditorOnEngine, FocusPanelFollowsTheTouchedControlAndItsValue)
 {
-    Rig rig;
-    Quorvex& plug = rig.Plug();
-    auto* editor = dynamic_cast<QuorvexEditor*>(plug.GetGUI());
-    ASSERT_NE(editor, nullptr);
     IFocusPanelControl* panel = editor->FocusPanel();
     ASSERT_NE(panel, nullptr);
     EXPECT_EQ(panel->Label(), "");
     editor->ShowPage(kPagePreFx, false);
-    const struct
+    // Each row: whether the knob is touched (else its value moves under the touched knob), the
+    // effect's type and its name, the knob and its parameter, the value, the label and the text.
+    for (const auto& [touch, type, typeName, knob, param, value, label, shown] :
+         {std::tuple{true, kFX1PR, "COMPRESSOR", 0, kFXParam1PR1, 62.5, "COMP THRESHOLD", "62.50 %"},
+          {false, kFX1PR, "COMPRESSOR", 0, kFXParam1PR1, 10.0, "COMP THRESHOLD", "10.00 %"},
+          {true, kFX2PR, "FREQ SHIFT", 1, kFXParam2PR2, 100.0, "FREQSHIFT SCALE", "x100"}})
     {
-        bool touch; // else the value moves under the touched knob
-        int type;
-        const char* typeName;
-        int knob, param;
-        double value;
-        const char* label;
-        const char* shown;
-    } cases[] = {{true, kFX1PR, "COMPRESSOR", 0, kFXParam1PR1, 62.5, "COMP THRESHOLD", "62.50 %"},
-                 {false, kFX1PR, "COMPRESSOR", 0, kFXParam1PR1, 10.0, "COMP THRESHOLD", "10.00 %"},
-                 {true, kFX2PR, "FREQ SHIFT", 1, kFXParam2PR2, 100.0, "FREQSHIFT SCALE", "x100"}};
-    for (const auto& c : cases)
-    {
-        SCOPED_TRACE(c.shown);
-        rig.Set(c.param, c.value);
-        if (c.touch)
+        SCOPED_TRACE(shown);
+        rig.Set(param, value);
+        if (touch)
         {
-            IParamRecord* type = plug.GetParam(c.type);
+            IParamRecord* record = plug.GetParam(type);
             double index = -1;
-            ASSERT_TRUE(type->GetValueFromDisplayText(c.typeName, index));
-            rig.Set(c.type, index);
-            rig.Set(c.param, c.value); // after the type's defaults
-            editor->SetParameterFromPlug(c.type, type->GetNormalized(), true);
-            Click(*editor, editor->ControlOfPageRow(kListPreFx, layout::FxKnobFirstRow(c.knob, c.knob)));
+            ASSERT_TRUE(record->GetValueFromDisplayText(typeName, index));
+            rig.Set({{type, index}, {param, value}}); // the value after the type's defaults
+            editor->SetParameterFromPlug(type, record->GetNormalized(), true);
+            Click(*editor, editor->ControlOfPageRow(kListPreFx, layout::FxKnobFirstRow(knob, knob)));
         }
         editor->OnTimerTick();
-        EXPECT_EQ(panel->Label(), c.label);
-        EXPECT_EQ(panel->Value(), c.shown);
+        EXPECT_EQ(panel->Label(), label);
+        EXPECT_EQ(panel->Value(), shown);
     }
     editor->ShowPage(kPageDelay, false);
     Click(*editor, MainControl(*editor, [](const LayoutRow& r)
@@ -171,12 +170,8 @@ TEST(EditorFocus, ThePanelFollowsTheTouchedControlAndItsValue)
 
 // The options page's own controls act on the engine, and a state saved with them shows the same
 // options in a fresh instance's editor.
-TEST(EditorOptions, AttenuatorDryKillAndColourSetReachTheEngineAndBack)
+TEST_F(EditorOnEngine, OptionsAttenuatorDryKillAndColourSetReachTheEngineAndBack)
 {
-    Rig rig;
-    Quorvex& plug = rig.Plug();
-    auto* editor = dynamic_cast<QuorvexEditor*>(plug.GetGUI());
-    ASSERT_NE(editor, nullptr);
     editor->ShowPage(kPageOptions, false);
     auto* readout = dynamic_cast<ITextControl*>(editor->ControlOfPageRow(kListOptions, kOptionsReadoutRow));
     ASSERT_NE(readout, nullptr);
@@ -206,15 +201,17 @@ TEST(EditorOptions, AttenuatorDryKillAndColourSetReachTheEngineAndBack)
                      position);
     EXPECT_EQ(otherEditor->ControlOfPageRow(kListOptions, kOptionsDryKillRow)->GetValue(), 1.0);
     EXPECT_EQ(otherEditor->Colors().Current(), 4);
+    // Restored, dry kill holds the dry gain at 0 whatever "Dry Level" is turned to.
+    EXPECT_EQ(other.Plug().Fields().mDryLevel, 0.0);
+    other.Plug().SetParameterFromGUI(kDryLevel, 0.9);
+    EXPECT_EQ(other.Plug().Fields().mDryLevel, 0.0);
+    EXPECT_NEAR(other.Get(kDryLevel), 90.0, 1e-9);
 }
 
 // After a timebase change the slot's delay times blink for five seconds: hidden in the first half
 // of each second, shown in the second half; a state or preset load is no such change.
-TEST(EditorTimeHighlight, BlinksFiveSecondsAfterATimebaseChange)
+TEST_F(EditorOnEngine, TimeHighlightBlinksFiveSecondsAfterATimebaseChange)
 {
-    Rig rig;
-    auto* editor = dynamic_cast<QuorvexEditor*>(rig.Plug().GetGUI());
-    ASSERT_NE(editor, nullptr);
     ITimeHighlightControl* h = editor->TimeHighlight(1);
     ASSERT_NE(h, nullptr);
     const int fps = editor->FPS();
@@ -237,8 +234,8 @@ TEST(EditorTimeHighlight, BlinksFiveSecondsAfterATimebaseChange)
 
     // A state restored is not a change the user made.
     ByteChunk chunk;
-    ASSERT_TRUE(rig.Plug().SerializeState(chunk));
-    rig.Plug().UnserializeState(chunk, 0);
+    ASSERT_TRUE(plug.SerializeState(chunk));
+    plug.UnserializeState(chunk, 0);
     editor->OnTimerTick();
     EXPECT_FALSE(h->Active());
 }
@@ -246,18 +243,11 @@ TEST(EditorTimeHighlight, BlinksFiveSecondsAfterATimebaseChange)
 // In TAPPED mode the slot's lines are read by the tap engine: four taps of 100 ms steps give
 // four echoes 100 ms apart and none after them. The large view's tap numbers light as the taps
 // sound: each in the block where its echo leaves the slot, and none once the echoes have passed.
-TEST(EditorTapPlaying, EachTapLightsWhereItsEchoSounds)
+TEST_F(EditorOnEngine, TapPlayingEachTapLightsWhereItsEchoSounds)
 {
-    Rig rig;
-    Quorvex& plug = rig.Plug();
-    auto* editor = dynamic_cast<QuorvexEditor*>(plug.GetGUI());
-    ASSERT_NE(editor, nullptr);
-    rig.Set(kDelayOn1, 1.0);
-    rig.Set(kDelayMode1, DelayTapped);
-    rig.Set(kDelayTaps1, 3.0); // four taps
+    rig.Set({{kDelayOn1, 1.0}, {kDelayMode1, DelayTapped}, {kDelayTaps1, 3.0}}); // four taps
     rig.Set({{kTimebase1, 0.0}, {kDelayTapsTime1, 100.0}, {kDirectIn1, 100.0}, {kFeedback1, 0.0}});
-    IPlugBase& base = plug;
-    base.OnGUIOpen();
+    Open(true);
 
     Stereo in(static_cast<std::size_t>(kRate)); // one second, a click after the fade-in
     const int clickAt = static_cast<int>(kRate / 4) / kBlock * kBlock;
@@ -296,7 +286,7 @@ TEST(EditorTapPlaying, EachTapLightsWhereItsEchoSounds)
     EXPECT_EQ(shown, -1) << "the echoes have passed";
 
     // Closed, the taps aren't watched.
-    base.OnGUIClose();
+    Open(false);
     rig.Run(in);
     editor->OnTimerTick();
     EXPECT_EQ(editor->Delay().PlayingTap(0), -1);
@@ -304,14 +294,10 @@ TEST(EditorTapPlaying, EachTapLightsWhereItsEchoSounds)
 
 // The gate page marks the step each gate plays: one column per gate, of that gate, and gate 1's
 // mark on the step the engine plays, moving along as it plays.
-TEST(EditorGateSteps, ThePlayingStepIsMarked)
+TEST_F(EditorOnEngine, GateStepsThePlayingStepIsMarked)
 {
-    Rig rig;
-    auto* editor = dynamic_cast<QuorvexEditor*>(rig.Plug().GetGUI());
-    ASSERT_NE(editor, nullptr);
-    IPlugBase& base = rig.Plug();
     rig.Set(kGate1On, 1.0);
-    base.OnGUIOpen();
+    Open(true);
     std::vector<int> seen;
     for (int frame = 0; frame < 60; ++frame)
     {
@@ -326,15 +312,12 @@ TEST(EditorGateSteps, ThePlayingStepIsMarked)
         if (seen.empty() || seen.back() != lit[0]) seen.push_back(lit[0]);
     }
     EXPECT_GT(seen.size(), 2u);
-    base.OnGUIClose();
+    Open(false);
 }
 
 // Each LFO's wave display draws the wave its choice names, as the LFO plays it.
-TEST(EditorLfoWaves, TheDisplayFollowsTheWaveAndItsPolarity)
+TEST_F(EditorOnEngine, LfoWaveDisplayFollowsTheWaveAndItsPolarity)
 {
-    Rig rig;
-    auto* editor = dynamic_cast<QuorvexEditor*>(rig.Plug().GetGUI());
-    ASSERT_NE(editor, nullptr);
     std::vector<WaveDraw*> waves;
     for (int idx : editor->ListControls(kListLfo))
         if (auto* w = dynamic_cast<WaveDraw*>(editor->GetControl(idx))) waves.push_back(w);
@@ -344,7 +327,7 @@ TEST(EditorLfoWaves, TheDisplayFollowsTheWaveAndItsPolarity)
         EXPECT_TRUE(w->HasWave());
     // LFO 2 on "SIN1" against "TRIANGLE": the shapes differ at an eighth of the cycle.
     const double sine = waves[1]->ValueAt(0.125);
-    IParamRecord* wave = rig.Plug().GetParam(kLFOWave2);
+    IParamRecord* wave = plug.GetParam(kLFOWave2);
     double triangle = -1;
     ASSERT_TRUE(wave->GetValueFromDisplayText("TRIANGLE", triangle));
     rig.Set(kLFOWave2, triangle);
@@ -359,18 +342,14 @@ TEST(EditorLfoWaves, TheDisplayFollowsTheWaveAndItsPolarity)
 }
 
 // The large view's tap buttons show the masks the engine plays and write them back.
-TEST(EditorStepMasks, TapButtonsShowAndWriteTheMasks)
+TEST_F(EditorOnEngine, StepMaskTapButtonsShowAndWriteTheMasks)
 {
-    Rig rig;
-    Quorvex& plug = rig.Plug();
-    auto* editor = dynamic_cast<QuorvexEditor*>(plug.GetGUI());
-    ASSERT_NE(editor, nullptr);
     rig.Set(kDelayTaps1, 7.0); // eight taps
     editor->ShowPage(kPageLargeLevels, false);
     editor->OnTimerTick();
     // A fresh instance plays every tap, and its buttons say so.
-    EXPECT_EQ(editor->Delay().TapOnMask(0, 0), 0xFFFF);
-    EXPECT_EQ(editor->Delay().TapOnMask(0, 1), 0xFFFF);
+    for (int side : {0, 1})
+        EXPECT_EQ(editor->Delay().TapOnMask(0, side), 0xFFFF);
 
     // Tap 3's left button.
     IControl* button = nullptr;
@@ -381,13 +360,7 @@ TEST(EditorStepMasks, TapButtonsShowAndWriteTheMasks)
             button = editor->ControlOfPageRow(kListLarge1, row);
         ++row;
     }
-    ASSERT_NE(button, nullptr);
-    ASSERT_FALSE(button->IsHidden());
-    const IRECT b = button->GetRECT();
-    IMouseMod left;
-    left.L = true;
-    editor->OnMouseDown((b.L + b.R) / 2, (b.T + b.B) / 2, left);
-    editor->OnMouseUp((b.L + b.R) / 2, (b.T + b.B) / 2, left);
+    Click(*editor, button);
     EXPECT_EQ(plug.Fields().mTapOnMask[0], 0xFFFF & ~(1 << 2));
     EXPECT_EQ(plug.Fields().mTapOnMask[1], 0xFFFF);
 

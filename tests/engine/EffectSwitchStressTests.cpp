@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cmath>
 #include <random>
 #include <thread>
 
@@ -17,18 +16,13 @@ TEST(EffectRackStress, TypeSwitchingWhileProcessing)
 {
     Engine e;
     Quorvex* plug = &e.Plug();
-    const auto set = [&e](int id, double v) { e.Set(id, v); };
     for (int s = 0; s < 4; ++s)
     {
-        set(kSlotOn1 + s, 1);
-        set(kFXOnPR1 + s, 1);
-        set(kFXOnFB1 + s, 1);
-        set(kFXOnPO1 + s, 1);
-        set(kTapFXParam1_1 + s, 1);
+        for (int id : {kSlotOn1, kFXOnPR1, kFXOnFB1, kFXOnPO1, kTapFXParam1_1})
+            e.Set(id + s, 1);
         plug->Fields().mStepFxMask[s] = 0xFFFF;
     }
-    set(kDelayMode1 + 1, DelayTapped);
-    set(kDelayMode1 + 3, DelayTapped);
+    e.Set({{kDelayMode1 + 1, DelayTapped}, {kDelayMode1 + 3, DelayTapped}});
     plug->SyncTapFxMasks();
 
     std::atomic<bool> stop{false};
@@ -46,7 +40,7 @@ TEST(EffectRackStress, TypeSwitchingWhileProcessing)
                 {
                     const int position = done % 128 == 0 ? 3 : 7;
                     const auto scope = QuorvexProbe::AsAudioThread(*plug);
-                    set(kFX1PR + position, static_cast<double>(rng() % 4));
+                    e.Set(kFX1PR + position, static_cast<double>(rng() % 4));
                 }
             }
         });
@@ -62,8 +56,7 @@ TEST(EffectRackStress, TypeSwitchingWhileProcessing)
             // Cheap types mostly, so that the sanitizer run stays short; now and then any type.
             const int menu =
                 static_cast<int>(rng() % static_cast<unsigned>(round % 25 == 0 ? menuSizes[kind] : 4));
-            set(kFX1PR + position, menu);
-            set(kFXParam1PR1 + position, static_cast<double>(rng() % 101));
+            e.Set({{kFX1PR + position, menu}, {kFXParam1PR1 + position, static_cast<double>(rng() % 101)}});
         }
         if (round % 2 == 0) QuorvexProbe::Effects(*plug).ServicePending();
     }

@@ -1,21 +1,28 @@
 #pragma once
-// A whole plug-in driven through ProcessDoubleReplacing in host calls of any size, and the few
-// measurements the engine tests make on its output. Shared by the engine tests.
+// A whole plug-in driven through ProcessDoubleReplacing in host calls of any size, the few
+// measurements the engine tests make on its output, and the engine's private state that no host
+// call shows. Shared by the engine tests.
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
 #include <functional>
-#include <initializer_list>
-#include <memory>
 #include <numbers>
-#include <vector>
 
-#include "QuorvexProbe.h"
 #include "common/Noise.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
 #include "params/ParamIds.h"
+
+class QuorvexProbe
+{
+  public:
+    static void SetConstructing(Quorvex& plug, bool on) { plug.mConstructing = on; }
+    static const double* WetBlockL(const Quorvex& plug) { return plug.mBlockL; }
+    static Slot& SlotAt(Quorvex& plug, int index) { return plug.mSlots[index]; }
+    // A modulator's buffer in the source bank, for tests that stand in for the modulator.
+    static double* SourceBuffer(Quorvex& plug, int index) { return plug.mModBank.Buffer(index); }
+    static EffectRack& Effects(Quorvex& plug) { return plug.mEffects; }
+    // Parameter changes made inside the returned scope count as the audio thread's.
+    static ThreadMark::Scope AsAudioThread(Quorvex& plug) { return ThreadMark::Scope(plug.ProcessThread()); }
+};
 
 namespace engine_rig
 {
@@ -57,18 +64,17 @@ inline Stereo Sine(int n, double hz, double amplitude)
 inline int PeakIndex(const std::vector<double>& x, int from, int to)
 {
     from = std::clamp(from, 0, static_cast<int>(x.size()) - 1);
-    to = std::min(to, static_cast<int>(x.size()));
     int best = from;
-    for (int i = from; i < to; ++i)
+    for (int i = from; i < std::min(to, static_cast<int>(x.size())); ++i)
         if (std::abs(x[i]) > std::abs(x[best])) best = i;
     return best;
 }
 
-// Largest magnitude of either side from `from` on.
-inline double Peak(const Stereo& s, int from = 0)
+// Largest magnitude of either side in [from, to).
+inline double Peak(const Stereo& s, int from = 0, int to = 1 << 30)
 {
     double peak = 0.0;
-    for (int i = from; i < s.Size(); ++i)
+    for (int i = from; i < std::min(to, s.Size()); ++i)
         peak = std::max({peak, std::abs(s.l[i]), std::abs(s.r[i])});
     return peak;
 }
@@ -107,7 +113,6 @@ class Engine
 {
   public:
     explicit Engine(double rate = kRate) : mPlug(new Quorvex()) { mPlug->SetSampleRate(rate); }
-
     void Set(int id, double value)
     {
         mPlug->GetParam(id)->value = value;
@@ -128,22 +133,16 @@ class Engine
     QuorvexPtr mPlug;
 };
 
-// Slot 1 alone, its delay off (the stage passes straight through), unity gains, no dry, at 48 kHz:
-// the wet sum is slot 1's output stage, and it leaves the plug-in 32 samples (the output ring)
-// plus 1 ms later.
+// Slot 1 alone, its delay off (the stage passes straight through), unity gains, no dry, at 48 kHz
+// (stereo input): the wet sum is slot 1's output stage, and it leaves the plug-in 32 samples (the
+// output ring) plus 1 ms later.
 class Rig : public Engine
 {
   public:
     Rig()
     {
-        for (int s = 1; s < 4; ++s)
-            Set(kSlotOn1 + s, 0.0);
-        Set(kDelayOn1, 0.0);
-        Set(kInput1, 3.0); // stereo
-        Set(kInputGain1, 0.0);
-        Set(kLevel1, 0.0);
-        Set(kDryLevel, 0.0);
-        Set(kWetLevel, 100.0);
+        Set({{kSlotOn2, 0.0}, {kSlotOn3, 0.0}, {kSlotOn4, 0.0}, {kDelayOn1, 0.0}, {kInput1, 3.0}});
+        Set({{kInputGain1, 0.0}, {kLevel1, 0.0}, {kDryLevel, 0.0}, {kWetLevel, 100.0}});
     }
 };
 
@@ -151,11 +150,12 @@ class Rig : public Engine
 // slowest rate, which moves a couple of table points in a test's length. Any rig with Set(id, v).
 template <typename AnyRig> void HoldLfo(AnyRig& rig, int lfo, double depthPercent)
 {
-    rig.Set(kLFOOn1 + lfo, 1.0);
-    rig.Set(kLFOWave1 + lfo, 18.0); // HALFPULSE
-    rig.Set(kLFOPol1 + lfo, 2.0);   // BI
-    rig.Set(kLFORate1 + lfo, 0.001);
-    rig.Set(kLFOGlide1 + lfo, 1.0);
-    rig.Set(kLFODepth1 + lfo, depthPercent);
+    for (const auto& [id, value] : {std::pair{kLFOOn1, 1.0},
+                                    {kLFOWave1, 18.0},
+                                    {kLFOPol1, 2.0},
+                                    {kLFORate1, 0.001},
+                                    {kLFOGlide1, 1.0},
+                                    {kLFODepth1, depthPercent}})
+        rig.Set(id + lfo, value);
 }
 } // namespace engine_rig

@@ -58,11 +58,10 @@ TEST(HostNotices, WindowGesturesThatWriteOtherParametersTellTheHost)
     Quorvex& q = p.Engine();
 
     // A ramp over five steps, snapped to the "GATE Steps" grid, written through the parameters.
-    for (const auto& [id, value] : {std::pair{kGate1Length, 5.0}, {kGATESteps1, 0.0}})
-    {
-        q.GetParam(id)->value = value;
-        q.OnParamChange(id);
-    }
+    q.GetParam(kGate1Length)->value = 5.0;
+    q.OnParamChange(kGate1Length);
+    q.GetParam(kGATESteps1)->value = 0.0;
+    q.OnParamChange(kGATESteps1);
     p.handler.Clear();
     q.ApplyGateStepPreset(0, kStepPresetRamp);
     auto told = p.Told();
@@ -74,22 +73,22 @@ TEST(HostNotices, WindowGesturesThatWriteOtherParametersTellTheHost)
     }
 
     // An effect type picked in the window starts from the type's knob defaults.
-    for (int p5 = 0; p5 < 5; ++p5)
-        q.SetParameterFromGUI(kFXParam1PR1 + p5 * (kFXParam2PR1 - kFXParam1PR1), 0.123);
+    const auto knob = [](int k) { return kFXParam1PR1 + k * (kFXParam2PR1 - kFXParam1PR1); };
+    for (int k = 0; k < 5; ++k)
+        q.SetParameterFromGUI(knob(k), 0.123);
     p.handler.Clear();
     q.BeginInformHostOfParamChange(kFX1PR); // the window's gesture around its pick
     q.SetParameterFromGUI(kFX1PR, q.GetParam(kFX1PR)->GetNormalized(3.0));
     q.EndInformHostOfParamChange(kFX1PR);
     told = p.Told();
     EXPECT_EQ(told.count(kFX1PR), 1u);
-    for (int p5 = 0; p5 < 5; ++p5)
+    for (int k = 0; k < 5; ++k)
     {
-        const ParamID id = kFXParam1PR1 + p5 * (kFXParam2PR1 - kFXParam1PR1);
-        ASSERT_EQ(told.count(id), 1u) << "knob " << p5 + 1;
-        EXPECT_EQ(told[id], q.GetParam(static_cast<int>(id))->GetNormalized());
-        EXPECT_NEAR(q.GetParam(static_cast<int>(id))->value,
-                    FindFxType(FxTypeFromMenu(kFxMenuPre, 3))->defaults[p5] * 100.0, 1e-9)
-            << "knob " << p5 + 1;
+        ASSERT_EQ(told.count(knob(k)), 1u) << "knob " << k + 1;
+        EXPECT_EQ(told[knob(k)], q.GetParam(knob(k))->GetNormalized());
+        EXPECT_NEAR(q.GetParam(knob(k))->value,
+                    FindFxType(FxTypeFromMenu(kFxMenuPre, 3))->defaults[k] * 100.0, 1e-9)
+            << "knob " << k + 1;
     }
 }
 } // namespace

@@ -1,16 +1,13 @@
 // A bad host buffer must cost one buffer at most. A burst of NaN or infinity in the input counts
 // as silence, so the run is the run with the burst zeroed, sample for sample. A burst of absurd
-// finite values (1e300) is bounded: every output sample stays finite, and once the patch's tail has
-// passed the output is that of the zeroed run again. Patches: the default, every delay mode with
-// echoes, feedback at 160 % with the limiter off, every FB effect type, every master effect, at
-// 44.1 and 96 kHz.
+// finite values (1e300) is bounded at +60 dBFS: every output sample stays finite, and once the
+// patch's tail has passed the output is that of the zeroed run again. Patches: the default, every delay mode
+// with echoes, feedback at 160 % with the limiter off, every FB effect type, every master effect, at 44.1 and
+// 96 kHz.
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
-#include <string>
-#include <vector>
 
 #include "EngineRig.h"
 #include "params/ValueLists.h"
@@ -19,66 +16,61 @@ using namespace engine_rig;
 
 namespace
 {
-constexpr int kHostBlock = 128;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
-
-using Settings = std::vector<std::pair<int, double>>;
 
 struct Patch
 {
     std::string name;
-    Settings settings;
-    // The patch forgets a burst within the test's length (no sustaining feedback or reverb).
-    bool tailEnds = true;
+    std::vector<std::pair<int, double>> settings;
+    // When the patch has forgotten a burst (0: not within the test's length).
+    double settledSeconds = 0.0;
 };
 
 std::vector<Patch> Patches()
 {
-    const Settings echoes = {{kTimebase1, 0.0},
-                             {kDirectIn1, 50.0},
-                             {kFeedback1, 60.0},
-                             {kDelayTimeL1, 120.0},
-                             {kDelayTimeR1, 170.0}};
-    const auto withEchoes = [&](const std::string& name, const Settings& more)
+    const auto echoes = [](const std::string& name, int delayL, int delayR, double feedback,
+                           std::vector<std::pair<int, double>> more, double settled = 0.0)
     {
-        Patch p{name, echoes, false};
+        Patch p{name,
+                {{kTimebase1, 0.0}, {kDirectIn1, 50.0}, {kFeedback1, feedback}, {kDelayTimeL1, delayL}},
+                settled};
+        p.settings.push_back({kDelayTimeR1, delayR});
         p.settings.insert(p.settings.end(), more.begin(), more.end());
         return p;
     };
-    std::vector<Patch> patches = {{"default", {}},
-                                  {"feedback 160",
-                                   {{kTimebase1, 0.0},
-                                    {kDirectIn1, 50.0},
-                                    {kFeedback1, 160.0},
-                                    {kDelayTimeL1, 10.0},
-                                    {kDelayTimeR1, 15.0},
-                                    {kLimiterOn, 0.0}},
-                                   false}};
+    // The default patch holds the burst only in its band limit and output delay: 50 ms is ample.
+    // Short echoes at 30 % feedback fall below -240 dB of the burst well within a second.
+    std::vector<Patch> patches = {{"default", {}, 0.3},
+                                  echoes("echoes", 20, 30, 30.0, {}, 1.2),
+                                  echoes("feedback 160", 10, 15, 160.0, {{kLimiterOn, 0.0}})};
     for (int m = 0; m < static_cast<int>(kDelayModeList.size()); ++m)
-        patches.push_back(withEchoes(std::string("mode ") + kDelayModeList[m], {{kDelayMode1, m}}));
+        patches.push_back(
+            echoes(std::string("mode ") + kDelayModeList[m], 120, 170, 60.0, {{kDelayMode1, m}}));
     for (int t = 0; t < static_cast<int>(kFxFeedbackTypeList.size()); ++t)
         if (std::string_view(kFxFeedbackTypeList[t]) != "" &&
             std::string_view(kFxFeedbackTypeList[t]) != "OFF")
-            patches.push_back(withEchoes(std::string("FB ") + kFxFeedbackTypeList[t], {{kFXOnFB1, 1.0},
-                                                                                       {kFXParam1FB1, 60.0},
-                                                                                       {kFXParam2FB1, 70.0},
-                                                                                       {kFXParam3FB1, 40.0},
-                                                                                       {kFX1FB, t}}));
+            patches.push_back(echoes(std::string("FB ") + kFxFeedbackTypeList[t], 120, 170, 60.0,
+                                     {{kFXOnFB1, 1.0},
+                                      {kFXParam1FB1, 60.0},
+                                      {kFXParam2FB1, 70.0},
+                                      {kFXParam3FB1, 40.0},
+                                      {kFX1FB, t}}));
     for (int t = 1; t < static_cast<int>(kMasterFxTypeList.size()); ++t) // after OFF
-        patches.push_back(withEchoes(std::string("master ") + kMasterFxTypeList[t], {{kMasterFXP1, 60.0},
-                                                                                     {kMasterFXP2, 70.0},
-                                                                                     {kMasterFXP4, 50.0},
-                                                                                     {kMasterFXLevel, 100.0},
-                                                                                     {kMasterFX, t}}));
+        patches.push_back(echoes(std::string("master ") + kMasterFxTypeList[t], 120, 170, 60.0,
+                                 {{kMasterFXP1, 60.0},
+                                  {kMasterFXP2, 70.0},
+                                  {kMasterFXP4, 50.0},
+                                  {kMasterFXLevel, 100.0},
+                                  {kMasterFX, t}}));
     return patches;
 }
 
-// Noise at -10 dBFS for the first half, then silence: the patch is busy when the burst comes and
-// shows its tail afterwards. The burst (64 samples at 0.25 s) is filled by `burst(i)`.
-template <typename Burst> Stereo Input(double rate, double seconds, Burst burst)
+// Noise at -10 dBFS for the first half of 1.5 s, then silence: the patch is busy when the burst
+// comes and shows its tail afterwards. The burst (64 samples at 0.25 s) is filled by `burst(k)`.
+template <typename Burst> Stereo Input(double rate, Burst burst)
 {
-    const auto n = static_cast<std::size_t>(seconds * rate);
+    const auto n = static_cast<std::size_t>(1.5 * rate);
     Stereo in(n);
     testnoise::NoiseSource noise{777u};
     for (std::size_t i = 0; i < n / 2; ++i)
@@ -100,89 +92,45 @@ Stereo Render(const Patch& patch, double rate, const Stereo& in)
     Engine e(rate);
     for (const auto& [id, value] : patch.settings)
         e.Set(id, value);
-    return e.Run(in, kHostBlock);
+    return e.Run(in, 128);
 }
 
-// Index of the first sample that is not finite, or -1.
-int FirstNonFinite(const Stereo& s)
-{
-    for (int i = 0; i < s.Size(); ++i)
-        if (!std::isfinite(s.l[i]) || !std::isfinite(s.r[i])) return i;
-    return -1;
-}
-
-// The largest difference between a and b from `from` on.
+// The largest difference between a and b from `from` on; infinite where either is not finite.
 double MaxDifference(const Stereo& a, const Stereo& b, std::size_t from)
 {
-    Stereo d = a;
-    for (std::size_t i = 0; i < d.l.size(); ++i)
-    {
-        d.l[i] -= b.l[i];
-        d.r[i] -= b.r[i];
-    }
-    return Peak(d, static_cast<int>(from));
+    double most = 0.0;
+    for (std::size_t i = from; i < a.l.size(); ++i)
+        for (double d : {a.l[i] - b.l[i], a.r[i] - b.r[i]})
+            most = std::isfinite(d) ? std::max(most, std::abs(d)) : kInf;
+    return most;
 }
 
 class InputHygiene : public ::testing::TestWithParam<double>
 {
 };
 
-TEST_P(InputHygiene, NonFiniteBurstIsSilenceInEveryPatch)
+TEST_P(InputHygiene, NonFiniteBurstIsSilenceAndAbsurdOnePassesInEveryPatch)
 {
     const double rate = GetParam();
-    const Stereo zeroed = Input(rate, 1.5, [](std::size_t) { return 0.0; });
-    // NaN, +inf and -inf in turn.
+    const Stereo zeroed = Input(rate, [](std::size_t) { return 0.0; });
+    // NaN, +inf and -inf in turn; then +-1e300.
     const Stereo bad =
-        Input(rate, 1.5, [](std::size_t k) { return k % 3 == 0 ? kNaN : (k % 3 == 1 ? kInf : -kInf); });
+        Input(rate, [](std::size_t k) { return k % 3 == 0 ? kNaN : (k % 3 == 1 ? kInf : -kInf); });
+    const Stereo huge = Input(rate, [](std::size_t k) { return k % 2 == 0 ? 1e300 : -1e300; });
     for (const Patch& patch : Patches())
     {
         SCOPED_TRACE(patch.name);
         const Stereo expected = Render(patch, rate, zeroed);
-        const Stereo got = Render(patch, rate, bad);
-        ASSERT_EQ(FirstNonFinite(got), -1);
-        ASSERT_EQ(got.l, expected.l);
-        ASSERT_EQ(got.r, expected.r);
-    }
-}
-
-TEST_P(InputHygiene, AbsurdFiniteBurstStaysFiniteAndPasses)
-{
-    const double rate = GetParam();
-    const Stereo zeroed = Input(rate, 1.5, [](std::size_t) { return 0.0; });
-    const Stereo huge = Input(rate, 1.5, [](std::size_t k) { return k % 2 == 0 ? 1e300 : -1e300; });
-    for (const Patch& patch : Patches())
-    {
-        SCOPED_TRACE(patch.name);
+        ASSERT_EQ(Render(patch, rate, bad), expected); // a NaN anywhere would differ
         const Stereo got = Render(patch, rate, huge);
-        ASSERT_EQ(FirstNonFinite(got), -1);
-        if (!patch.tailEnds) continue;
-        // The default patch holds the burst only in its band limit and output delay: 50 ms is ample.
-        const Stereo expected = Render(patch, rate, zeroed);
-        EXPECT_EQ(MaxDifference(got, expected, static_cast<std::size_t>(0.3 * rate)), 0.0);
+        ASSERT_LT(MaxDifference(got, expected, 0), kInf);
+        if (patch.settledSeconds == 0.0) continue;
+        // Right after the burst the difference is the burst itself, bounded at +60 dBFS.
+        const double early = MaxDifference(got, expected, static_cast<std::size_t>(0.25 * rate));
+        EXPECT_GT(early, 10.0);
+        EXPECT_LE(early, 4000.0);
+        EXPECT_LT(MaxDifference(got, expected, static_cast<std::size_t>(patch.settledSeconds * rate)), 1e-9);
     }
-}
-
-// Echoes with a long tail: the same burst is gone once the echoes have decayed below -240 dB of
-// the burst, and nothing was left non-finite on the way.
-TEST_P(InputHygiene, AbsurdBurstDecaysOutOfTheEchoes)
-{
-    const double rate = GetParam();
-    const Patch patch{"echoes",
-                      {{kTimebase1, 0.0},
-                       {kDirectIn1, 50.0},
-                       {kFeedback1, 30.0},
-                       {kDelayTimeL1, 20.0},
-                       {kDelayTimeR1, 30.0}}};
-    const Stereo zeroed = Input(rate, 2.0, [](std::size_t) { return 0.0; });
-    const Stereo huge = Input(rate, 2.0, [](std::size_t) { return 1e300; });
-    const Stereo got = Render(patch, rate, huge);
-    ASSERT_EQ(FirstNonFinite(got), -1);
-    const Stereo expected = Render(patch, rate, zeroed);
-    // Right after the burst the difference is the burst itself, bounded at +60 dBFS.
-    const double early = MaxDifference(got, expected, static_cast<std::size_t>(0.25 * rate));
-    EXPECT_GT(early, 10.0);
-    EXPECT_LE(early, 4000.0);
-    EXPECT_LT(MaxDifference(got, expected, static_cast<std::size_t>(1.2 * rate)), 1e-9);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rates, InputHygiene, ::testing::Values(44100.0, 96000.0));

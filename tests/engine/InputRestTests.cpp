@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <numbers>
-
 #include "EngineRig.h"
 #include "params/ModRouting.h"
 
@@ -16,8 +13,8 @@ using namespace engine_rig;
 Stereo Constant(int n, double value)
 {
     Stereo s(static_cast<std::size_t>(n));
-    std::fill(s.l.begin(), s.l.end(), value);
-    std::fill(s.r.begin(), s.r.end(), value);
+    s.l.assign(s.l.size(), value);
+    s.r = s.l;
     return s;
 }
 } // namespace
@@ -49,10 +46,10 @@ TEST(InputRest, AnEnvelopeOnTheInputHearsTheBandLimitWithEverySlotOff)
             const auto follow = [&](double hz)
             {
                 Rig rig;
-                rig.Set(kSlotOn1, slotOn ? 1.0 : 0.0);
-                rig.Set(kENV1On, 1.0);
-                rig.Set(kENV1Source, source);
-                rig.Set(kENV1Attack, 1.0);
+                rig.Set({{kSlotOn1, slotOn ? 1.0 : 0.0},
+                         {kENV1On, 1.0},
+                         {kENV1Source, source},
+                         {kENV1Attack, 1.0}});
                 rig.Run(Sine(300 * kMs, hz, 0.5));
                 return rig.Source(kModSourceEnv1)[kBlock - 1];
             };

@@ -18,29 +18,24 @@ TEST(ModWiring, RoutedSourcesMoveTheEchoes)
 {
     const int at = 19200 + 3;
     Stereo in(at + 9600);
-    in.l[at] = 1.0;
-    in.r[at] = 1.0;
+    in.l[at] = in.r[at] = 1.0;
     int peaks[2][2] = {};
     for (int routed = 0; routed < 2; ++routed)
     {
         Rig rig;
-        rig.Set(kDelayOn1, 1.0);
-        rig.Set(kDirectIn1, 100.0); // echoes only
-        rig.Set({{kFeedback1, 0.0},
+        // Echoes only.
+        rig.Set({{kDelayOn1, 1.0},
+                 {kDirectIn1, 100.0},
+                 {kFeedback1, 0.0},
                  {kModulation1, 0.0},
-                 {kDelayLopass1, 20000.0},
-                 {kDelayHipass1, 20.0},
-                 {kTimebase1, 0.0},
-                 {kDelayTimeL1, 100.0},
-                 {kDelayTimeR1, 100.0}});
+                 {kTimebase1, 0.0}});
+        rig.Set(
+            {{kDelayLopass1, 20000.0}, {kDelayHipass1, 20.0}, {kDelayTimeL1, 100.0}, {kDelayTimeR1, 100.0}});
         if (routed == 1)
         {
-            rig.Set({{kDelayTimeLModSource1, kModSourceLFO1},
-                     {kDelayTimeLModDepth1, 100.0},
-                     {kDelayTimeRModSource1, kModSourceLFO1},
-                     {kDelayTimeRModDepth1, 100.0}});
-            rig.Set(kDelaySpreadModSource1, kModSourceLFO1 + 1);
-            rig.Set(kDelayModDepth1, 100.0);
+            rig.Set({{kDelayTimeLModSource1, kModSourceLFO1}, {kDelayTimeLModDepth1, 100.0}});
+            rig.Set({{kDelayTimeRModSource1, kModSourceLFO1}, {kDelayTimeRModDepth1, 100.0}});
+            rig.Set({{kDelaySpreadModSource1, kModSourceLFO1 + 1}, {kDelayModDepth1, 100.0}});
             // Two LFOs that hold still: the first half of a square at the slowest rate.
             HoldLfo(rig, 0, 40.0);
             HoldLfo(rig, 1, 20.0);
@@ -50,8 +45,8 @@ TEST(ModWiring, RoutedSourcesMoveTheEchoes)
         peaks[routed][1] = PeakIndex(out.r, at, out.Size());
     }
     // Unrouted, both echoes sit 100 ms behind the impulse's way through the plug-in.
-    EXPECT_NEAR(peaks[0][0] - at, 4800 + 2 * kBlock + kMs, 3);
-    EXPECT_NEAR(peaks[0][1] - at, 4800 + 2 * kBlock + kMs, 3);
+    for (int side : {0, 1})
+        EXPECT_NEAR(peaks[0][side] - at, 4800 + 2 * kBlock + kMs, 3);
     EXPECT_NEAR(peaks[1][0] - peaks[0][0], 720, 1); // 15 ms
     EXPECT_NEAR(peaks[1][1] - peaks[0][1], 240, 1); // 5 ms
 }

@@ -31,6 +31,10 @@ TEST(PresetRow, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
             editor->OnKeyDown(0, 0, c);
     };
 
+    // A second instance, made before the save, finds the new file in its next menu.
+    auto other = rig.Make();
+    EXPECT_EQ(other->PresetMenu().FlatList(), std::vector<std::string>{});
+    plug->GetParam(kFeedback1)->value = 81.5;
     plug->SavePresetDialog();
     auto* prompt = dynamic_cast<IFilePromptOverlay*>(editor->ModalOverlay());
     ASSERT_NE(prompt, nullptr);
@@ -41,7 +45,14 @@ TEST(PresetRow, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
     type("Dub Echo");
     editor->OnKeyDown(0, 0, kKeyEnter);
     EXPECT_TRUE(std::filesystem::exists(rig.Dir().Path() + "/User Presets/Mine/Dub Echo.txt"));
+    // The saved preset becomes the current one, in the menu's selection too.
     EXPECT_EQ(plug->SelectedPresetPath(), "/User Presets/Mine/Dub Echo");
+    EXPECT_EQ(plug->Fields().mPresetName + " " + plug->Fields().mPresetFolderLabel, "Dub Echo U:Mine");
+    EXPECT_EQ(plug->Fields().mPresetMenuFolder, "/User Presets/Mine/");
+    EXPECT_EQ(plug->Fields().mPresetMenuIndex, 0);
+    EXPECT_EQ(other->PresetMenu().FlatList(), std::vector<std::string>{"/User Presets/Mine/Dub Echo"});
+    ASSERT_TRUE(other->LoadPreset("/User Presets/Mine/Dub Echo.txt"));
+    EXPECT_EQ(other->GetParam(kFeedback1)->value, 81.5);
     editor->OnTimerTick();
     EXPECT_EQ(editor->ModalOverlay(), nullptr); // nothing to say
 
@@ -75,7 +86,6 @@ TEST(PresetRow, ThePresetRowOpensTheMenuStepsAndShowsTheName)
 {
     IMouseMod left;
     left.L = true;
-    auto Left = [&] { return left; };
     PresetRig rig;
     rig.Dir().Write("/User Presets/Mine.txt", File(14, "Feedback1 11\n"));
     rig.Dir().Write("/Factory Presets/Basics/Clean.txt", File(14, "Feedback1 22\n"));
@@ -89,23 +99,21 @@ TEST(PresetRow, ThePresetRowOpensTheMenuStepsAndShowsTheName)
         const IRECT r = menu->ItemRect(level, index);
         ASSERT_FALSE(r.Empty());
         editor->OnMouseOver(r.L + 10, r.T + 5, {});
-        editor->OnMouseDown(r.L + 10, r.T + 5, Left());
-        editor->OnMouseUp(r.L + 10, r.T + 5, Left());
+        editor->OnMouseDown(r.L + 10, r.T + 5, left);
+        editor->OnMouseUp(r.L + 10, r.T + 5, left);
     };
 
     const IRECT name = editor->PresetName()->GetRECT();
-    editor->OnMouseDown(name.L + 20, name.T + 5, Left());
-    editor->OnMouseUp(name.L + 20, name.T + 5, Left());
-    auto* menu = dynamic_cast<IPopupOverlay*>(editor->ModalOverlay());
-    ASSERT_NE(menu, nullptr);
+    editor->OnMouseDown(name.L + 20, name.T + 5, left);
+    editor->OnMouseUp(name.L + 20, name.T + 5, left);
     clickItem(0, 1); // "Mine"
     EXPECT_EQ(plug->GetParam(kFeedback1)->value, 11.0);
     editor->OnTimerTick();
     EXPECT_EQ(editor->PresetName()->Name(), "Mine");
 
     // Into the factory folder's sub-menu.
-    editor->OnMouseDown(name.L + 20, name.T + 5, Left());
-    menu = dynamic_cast<IPopupOverlay*>(editor->ModalOverlay());
+    editor->OnMouseDown(name.L + 20, name.T + 5, left);
+    auto* menu = dynamic_cast<IPopupOverlay*>(editor->ModalOverlay());
     ASSERT_NE(menu, nullptr);
     const IRECT basics = menu->ItemRect(0, 3);
     editor->OnMouseOver(basics.L + 10, basics.T + 5, {});
@@ -120,8 +128,8 @@ TEST(PresetRow, ThePresetRowOpensTheMenuStepsAndShowsTheName)
     IRECT next;
     for (const LayoutRow& row : kMainLayout)
         if (row.mKind == ELayoutKind::kPresetNext) next = row.mRect;
-    editor->OnMouseDown(next.L + 5, next.T + 5, Left());
-    editor->OnMouseUp(next.L + 5, next.T + 5, Left());
+    editor->OnMouseDown(next.L + 5, next.T + 5, left);
+    editor->OnMouseUp(next.L + 5, next.T + 5, left);
     EXPECT_EQ(plug->GetParam(kFeedback1)->value, 11.0);
 }
 
@@ -132,14 +140,12 @@ TEST(PresetRow, StepLoadsTheNeighboursAndWraps)
     rig.Dir().Write("/User Presets/B.txt", File(14, "Feedback1 2\n"));
     rig.Dir().Write("/Factory Presets/F/c.txt", File(14, "Feedback1 3\n"));
     auto plug = rig.Make();
-    const double expected[] = {1, 2, 3, 1};
-    for (double e : expected)
+    for (const auto& [forward, feedback] :
+         {std::pair{true, 1.0}, {true, 2.0}, {true, 3.0}, {true, 1.0}, {false, 3.0}})
     {
-        plug->StepPreset(true);
-        EXPECT_EQ(plug->GetParam(kFeedback1)->value, e);
+        plug->StepPreset(forward);
+        EXPECT_EQ(plug->GetParam(kFeedback1)->value, feedback);
     }
-    plug->StepPreset(false);
-    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 3.0);
     EXPECT_EQ(plug->Fields().mPresetFolderLabel, "F:F");
 
     // Picking from the menu loads the item and keeps the selection for the state chunk.

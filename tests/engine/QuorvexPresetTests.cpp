@@ -1,19 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
-#include <cmath>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
-#include "EngineRig.h"
 #include "PresetRig.h"
 #include "state/ByteChunk.h"
 
-// Presets as the whole plug-in loads, rewrites and saves them (the file format and the menu are
-// tested in the state suite, the preset row, the steps and the save prompt in PresetRowTests).
+// Presets as the whole plug-in loads and rewrites them (the file format and the menu are tested in
+// the state suite; the preset row, the steps and saving through the prompt in PresetRowTests).
 
 using namespace engine_rig;
 
@@ -30,16 +25,12 @@ TEST(QuorvexPresets, MissingOrForeignFilesLeaveEveryParameterAsItWas)
     for (int id = 0; id < kNumParams; ++id)
         before.push_back(plug->GetParam(id)->value);
 
-    const struct
-    {
-        const char* path;
-        const char* shown;
-    } cases[] = {{"/User Presets/Nowhere.txt", "NO FILE"}, {"/User Presets/Foreign.txt", "WRONG FILE"}};
-    for (const auto& c : cases)
+    for (const auto& [path, shown] :
+         {std::pair{"/User Presets/Nowhere.txt", "NO FILE"}, {"/User Presets/Foreign.txt", "WRONG FILE"}})
     {
         const int generation = PresetListGeneration();
-        EXPECT_FALSE(plug->LoadPreset(c.path));
-        EXPECT_EQ(plug->Fields().mPresetName, c.shown);
+        EXPECT_FALSE(plug->LoadPreset(path));
+        EXPECT_EQ(plug->Fields().mPresetName, shown);
         EXPECT_FALSE(plug->PresetLoading());
         EXPECT_EQ(PresetListGeneration(), generation + 1) << "a failed load marks the list stale";
         for (int id = 0; id < kNumParams; ++id)
@@ -93,31 +84,6 @@ TEST(QuorvexPresets, OldFilesAreRewrittenInThePresentFormatCurrentOnesAreNotTouc
     EXPECT_EQ(rig.Read("/User Presets/Old.txt"), rewritten);
 }
 
-TEST(QuorvexPresets, SavedPresetBecomesCurrentAndAppearsInAnotherInstancesNextMenu)
-{
-    PresetRig rig;
-    rig.Dir().Write("/User Presets/Existing.txt", File(14, ""));
-    auto one = rig.Make();
-    auto two = rig.Make();
-    EXPECT_EQ(two->PresetMenu().FlatList(), std::vector<std::string>{"/User Presets/Existing"});
-
-    one->GetParam(kFeedback1)->value = 81.5;
-    const std::string chosen = rig.Dir().Path() + "/User Presets/Mine/Dub Echo.txt";
-    std::filesystem::create_directories(rig.Dir().Path() + "/User Presets/Mine");
-    EXPECT_EQ(one->SavePresetAs(chosen), PresetSaveResult::kSaved);
-    EXPECT_EQ(one->Fields().mPresetName, "Dub Echo");
-    EXPECT_EQ(one->Fields().mPresetFolderLabel, "U:Mine");
-    EXPECT_EQ(one->SelectedPresetPath(), "/User Presets/Mine/Dub Echo");
-    EXPECT_EQ(one->Fields().mPresetMenuFolder, "/User Presets/Mine/");
-    EXPECT_EQ(one->Fields().mPresetMenuIndex, 0);
-    EXPECT_FALSE(one->Message().IsPending());
-
-    const std::vector<std::string> both{"/User Presets/Existing", "/User Presets/Mine/Dub Echo"};
-    EXPECT_EQ(two->PresetMenu().FlatList(), both);
-    ASSERT_TRUE(two->LoadPreset("/User Presets/Mine/Dub Echo.txt"));
-    EXPECT_EQ(two->GetParam(kFeedback1)->value, 81.5);
-}
-
 // A load cuts the old sound and starts the new one from silence with the squared 100 ms fade-in.
 TEST(QuorvexPresets, TheAudioHearsALoadAsSilenceThenTheFadeIn)
 {
@@ -131,12 +97,7 @@ TEST(QuorvexPresets, TheAudioHearsALoadAsSilenceThenTheFadeIn)
 
     ASSERT_TRUE(plug->LoadPreset("/User Presets/Dry.txt"));
     const Stereo after = Stream(*plug, tone, 64);
-    const auto peak = [&](double fromMs, double toMs)
-    {
-        Stereo part(static_cast<std::size_t>((toMs - fromMs) * kMs));
-        std::copy_n(after.l.begin() + static_cast<long>(fromMs * kMs), part.Size(), part.l.begin());
-        return Peak(part);
-    };
+    const auto peak = [&](int fromMs, int toMs) { return Peak(after, fromMs * kMs, toMs * kMs); };
     EXPECT_LT(peak(0, 2), 0.01 * level);
     // A quarter of the way in the gain is about 1/16.
     EXPECT_LT(peak(20, 26), 0.12 * level);
@@ -156,8 +117,7 @@ TEST(QuorvexPresets, LoadingWhileAudioRunsOnAnotherThreadKeepsEverySampleFinite)
                     File(14, "DelayMode1 1\nFeedback1 40\nFX1PR 6\nFXOnPR1 1\nMasterFX 3\nSlotOn3 1\n"
                              "DelayRoute3 6\nGate1On 1\nLevelModSource3 5\nLevelModDepth3 100\n"));
     auto plug = rig.Make();
-    std::atomic<bool> done{false};
-    std::atomic<bool> finite{true};
+    std::atomic<bool> done{false}, finite{true};
     std::atomic<int> calls{0};
     std::thread audio(
         [&]
@@ -203,16 +163,15 @@ TEST(QuorvexPresets, AStatesMenuSelectionIsTakenOnlyWhereTheMenuHoldsItsFolder)
     // A folder the menu holds is selected and stored; a later foreign one leaves it so.
     auto target = rig.Make();
     target->UnserializeState(known, 0);
-    EXPECT_EQ(target->SelectedPresetPath(), "/User Presets/Mine/B");
-    EXPECT_EQ(target->Fields().mPresetMenuFolder, "/User Presets/Mine/");
-    EXPECT_EQ(target->Fields().mPresetMenuIndex, index);
-    target->UnserializeState(foreign, 0);
-    EXPECT_EQ(target->SelectedPresetPath(), "/User Presets/Mine/B");
     auto fresh = rig.Make();
     fresh->UnserializeState(foreign, 0);
     EXPECT_EQ(fresh->Fields().mPresetMenuFolder, "");
     EXPECT_EQ(fresh->Fields().mPresetMenuIndex, -1);
-    EXPECT_EQ(target->Fields().mPresetMenuFolder, "/User Presets/Mine/");
-    EXPECT_EQ(target->Fields().mPresetMenuIndex, index);
+    for (int pass = 0; pass < 2; ++pass, target->UnserializeState(foreign, 0))
+    {
+        EXPECT_EQ(target->SelectedPresetPath(), "/User Presets/Mine/B");
+        EXPECT_EQ(target->Fields().mPresetMenuFolder, "/User Presets/Mine/");
+        EXPECT_EQ(target->Fields().mPresetMenuIndex, index);
+    }
 }
 } // namespace

@@ -8,11 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdint>
-#include <memory>
 #include <random>
-#include <string>
 
 #include "common/HostDoubles.h"
 #include "host/IPlugVST3.h"
@@ -31,16 +27,20 @@ namespace
 {
 using namespace hostdoubles;
 
-struct Releaser
+// A plug-in set up for `block` frames of `Sample` at `rate`, buses `inputs` active, processing.
+template <typename Sample>
+IPlugVST3* Started(IPlugVST3* plug, HostApplication& host, double rate, int block, int inputs)
 {
-    void operator()(IPlugVST3* plug) const
-    {
-        plug->setProcessing(false);
-        plug->setActive(false);
-        plug->terminate();
-        plug->release();
-    }
-};
+    EXPECT_EQ(plug->initialize(&host), kResultOk);
+    for (int bus = 0; bus < inputs; ++bus)
+        plug->activateBus(kAudio, kInput, bus, true);
+    plug->activateBus(kAudio, kOutput, 0, true);
+    ProcessSetup setup{kRealtime, sizeof(Sample) == 8 ? kSample64 : kSample32, block, rate};
+    EXPECT_EQ(plug->setupProcessing(setup), kResultOk);
+    plug->setActive(true);
+    plug->setProcessing(true);
+    return plug;
+}
 
 template <typename Sample> void RunAutomated(double rate, int block, std::uint32_t seed)
 {
@@ -48,16 +48,16 @@ template <typename Sample> void RunAutomated(double rate, int block, std::uint32
                  << rate << " Hz, " << block << " frames, " << sizeof(Sample) * 8 << "-bit");
     HostApplication host;
     ComponentHandler handler;
-    std::unique_ptr<IPlugVST3, Releaser> plug(CreatePlugInstance());
-    ASSERT_EQ(plug->initialize(&host), kResultOk);
+    const auto release = [](IPlugVST3* p)
+    {
+        p->setProcessing(false);
+        p->setActive(false);
+        p->terminate();
+        p->release();
+    };
+    std::unique_ptr<IPlugVST3, decltype(release)> plug(
+        Started<Sample>(CreatePlugInstance(), host, rate, block, 2), release);
     plug->setComponentHandler(&handler);
-    plug->activateBus(kAudio, kInput, 0, true);
-    plug->activateBus(kAudio, kInput, 1, true);
-    plug->activateBus(kAudio, kOutput, 0, true);
-    ProcessSetup setup{kRealtime, sizeof(Sample) == 8 ? kSample64 : kSample32, block, rate};
-    ASSERT_EQ(plug->setupProcessing(setup), kResultOk);
-    plug->setActive(true);
-    plug->setProcessing(true);
     const int nParams = plug->NParams();
 
     AudioRig<Sample> rig(block, {2, 2}, {2});
@@ -127,10 +127,7 @@ TEST_P(RealtimeProcess, FullAutomationAtEveryHostBlockSize)
     std::uint32_t seed = static_cast<std::uint32_t>(rate);
     for (int block : {1, 32, 512, 4096})
     {
-        if (useDouble)
-            RunAutomated<double>(rate, block, ++seed);
-        else
-            RunAutomated<float>(rate, block, ++seed);
+        (useDouble ? RunAutomated<double> : RunAutomated<float>)(rate, block, ++seed);
         if (HasFatalFailure()) return;
         useDouble = !useDouble;
     }
@@ -156,13 +153,7 @@ TEST(RealtimeProcessDeathTest, AnAllocationInsideProcessIsReported)
     const auto run = []
     {
         HostApplication host;
-        auto* plug = new AllocatingPlug;
-        plug->initialize(&host);
-        plug->activateBus(kAudio, kInput, 0, true);
-        plug->activateBus(kAudio, kOutput, 0, true);
-        ProcessSetup setup{kRealtime, kSample64, 32, 48000.0};
-        plug->setupProcessing(setup);
-        plug->setActive(true);
+        IPlugVST3* plug = Started<double>(new AllocatingPlug, host, 48000.0, 32, 1);
         AudioRig<double> rig(32, {2}, {2});
         ParameterChanges changes;
         changes.Add(0, 0, 0.5);

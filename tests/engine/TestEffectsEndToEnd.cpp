@@ -1,10 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <vector>
-
 #include "EngineRig.h"
 #include "common/Measure.h"
 #include "delay/DelayMode.h"
@@ -24,13 +19,7 @@ constexpr int kMasterReverb = 2;     // "REVERB" in the MasterFX list (OFF first
 class FxRig : public Engine
 {
   public:
-    FxRig()
-    {
-        Set(kDryLevel, 0.0);
-        Set(kWetLevel, 100.0);
-        Set(kLevel1, 0.0);
-        Set(kModulation1, 0.0);
-    }
+    FxRig() { Set({{kDryLevel, 0.0}, {kWetLevel, 100.0}, {kLevel1, 0.0}, {kModulation1, 0.0}}); }
     // A type from a menu, built at once.
     void Type(int id, int menu)
     {
@@ -47,7 +36,7 @@ class FxRig : public Engine
     // The left output for `in` on both inputs.
     std::vector<double> Run(const std::vector<double>& in)
     {
-        Stereo both(in.size());
+        Stereo both;
         both.l = both.r = in;
         return Engine::Run(both, 512).l;
     }
@@ -89,45 +78,46 @@ double Energy(const std::vector<double>& x, double from, double to)
 // modulated by LFO 1 held at +1 adds depth^3 and is clamped to 0..1.
 TEST(EffectsEndToEnd, FrequencyShiftAtPreMovesItsMixOfTheSpectrum)
 {
-    constexpr double kUnrouted = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kUnrouted = NAN;
     FxRig rig;
     rig.Set(kDelayOn1, 0.0); // the slot passes its PRE stage straight on
     rig.Type(kFX1PR, kPreMenuFreqShift);
     ASSERT_EQ(QuorvexProbe::SlotAt(rig.Plug(), 0).mFxType[Slot::kFxPre], 1);
     rig.ShiftUp100(kFXParam1PR1);
     HoldLfo(rig, 0, 100.0);
-    const struct
-    {
-        bool on;
-        double mix, depth, shifted, tolerance;
-    } rows[] = {{false, 100, kUnrouted, 0.0, 0.001}, {true, 100, kUnrouted, 1.0, 0.01},
-                {true, 0, kUnrouted, 0.0, 0.001},    {true, 50, kUnrouted, 0.5, 0.03},
-                {true, 0, 100.0, 1.0, 0.02},         {true, 0, -100.0, 0.0, 0.02},
-                {true, 0, 50.0, 0.125, 0.02}};
     double level = 0.0; // of the sine as it passes with the effect off
-    for (const auto& r : rows)
+    // Each row: on, mix, depth, shifted share, tolerance.
+    for (const auto& [on, mix, depth, shifted, tolerance] : {std::tuple{false, 100.0, kUnrouted, 0.0, 0.001},
+                                                             {true, 100.0, kUnrouted, 1.0, 0.01},
+                                                             {true, 0.0, kUnrouted, 0.0, 0.001},
+                                                             {true, 50.0, kUnrouted, 0.5, 0.03},
+                                                             {true, 0.0, 100.0, 1.0, 0.02},
+                                                             {true, 0.0, -100.0, 0.0, 0.02},
+                                                             {true, 0.0, 50.0, 0.125, 0.02}})
     {
-        SCOPED_TRACE(::testing::Message() << "on " << r.on << ", mix " << r.mix << ", depth " << r.depth);
-        rig.Set(kFXOnPR1, r.on ? 1.0 : 0.0);
-        rig.Set(kFXParam5PR1, r.mix);
-        rig.Set(kFXParam5ModSourcePR1, std::isnan(r.depth) ? kModSourceOff : kModSourceLFO1);
-        rig.Set(kFXParam5ModDepthPR1, std::isnan(r.depth) ? 0.0 : r.depth);
+        SCOPED_TRACE(::testing::Message() << "on " << on << ", mix " << mix << ", depth " << depth);
+        rig.Set({{kFXOnPR1, on ? 1.0 : 0.0}, {kFXParam5PR1, mix}});
+        rig.Set(kFXParam5ModSourcePR1, std::isnan(depth) ? kModSourceOff : kModSourceLFO1);
+        rig.Set(kFXParam5ModDepthPR1, std::isnan(depth) ? 0.0 : depth);
         const std::vector<double> out = rig.Run(Tone(1000.0, 0.6));
         const double at1000 = Amplitude(out, 1000.0, 0.3, 0.6);
         const double at1100 = Amplitude(out, 1100.0, 0.3, 0.6);
-        if (!r.on) level = at1000;
+        if (!on) level = at1000;
         ASSERT_GT(level, 0.3);
         EXPECT_NEAR(at1000 + at1100, level, 0.03 * level) << "both lines add to the full level";
-        EXPECT_NEAR(at1100 / (at1000 + at1100), r.shifted, r.tolerance);
+        EXPECT_NEAR(at1100 / (at1000 + at1100), shifted, tolerance);
     }
 }
 
 // The same shifter in the feedback path: each repeat is shifted once more (1.1 kHz, then 1.2 kHz).
 TEST(EffectsEndToEnd, FrequencyShiftInFeedbackShiftsEachRepeat)
 {
-    FxRig rig;
-    rig.Set(kDirectIn1, 100.0); // delay only
-    rig.Set({{kTimebase1, 0.0}, {kDelayTimeL1, 200.0}, {kDelayTimeR1, 200.0}, {kFeedback1, 100.0}});
+    FxRig rig; // delay only
+    rig.Set({{kDirectIn1, 100.0},
+             {kTimebase1, 0.0},
+             {kDelayTimeL1, 200.0},
+             {kDelayTimeR1, 200.0},
+             {kFeedback1, 100.0}});
     rig.Type(kFX1FB, kPreMenuFreqShift); // "FREQ SHIFT" is entry 1 of the FB menu too
     rig.ShiftUp100(kFXParam1FB1);
     rig.Set(kFXOnFB1, 1.0);
@@ -142,9 +132,8 @@ TEST(EffectsEndToEnd, FrequencyShiftInFeedbackShiftsEachRepeat)
 TEST(EffectsEndToEnd, ModSourcesFollowTheStoredRoutes)
 {
     FxRig rig;
-    const int position = 8 + 2;                     // slot 3 POST
-    rig.Set(kFXParam2ModSourcePR1 + position, 1.0); // LFO1
-    rig.Set(kFXParam2ModDepthPR1 + position, 50.0);
+    const int position = 8 + 2; // slot 3 POST
+    rig.Set({{kFXParam2ModSourcePR1 + position, 1.0}, {kFXParam2ModDepthPR1 + position, 50.0}}); // LFO1
     const double* lfo1 = QuorvexProbe::SourceBuffer(rig.Plug(), 1);
     Slot& slot = QuorvexProbe::SlotAt(rig.Plug(), 2);
     for (int menu : {kPreMenuFreqShift, 2, -1})
@@ -176,9 +165,12 @@ TEST(EffectsEndToEnd, MasterReverbAddsADecayingTail)
     const std::vector<double> dry = rig.Run(click);
     EXPECT_LT(Energy(dry, 0.4, 0.6), 1e-12);
 
-    rig.Set(kMasterFX, kMasterReverb);
-    rig.Set(kMasterFXP1, 20.0); // (0.2)^2 x 29 + 1 = 2.16 s
-    rig.Set({{kMasterFXP2, 0.0}, {kMasterFXP3, 0.0}, {kMasterFXP4, 30.0}});
+    // P1 20 %: (0.2)^2 x 29 + 1 = 2.16 s.
+    rig.Set({{kMasterFX, kMasterReverb},
+             {kMasterFXP1, 20.0},
+             {kMasterFXP2, 0.0},
+             {kMasterFXP3, 0.0},
+             {kMasterFXP4, 30.0}});
     const std::vector<double> wet = rig.Run(click);
     const double early = Energy(wet, 0.4, 0.6);
     const double late = Energy(wet, 1.2, 1.4);

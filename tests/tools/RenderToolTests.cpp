@@ -24,37 +24,19 @@ constexpr double kLsb24 = 1.0 / 8388608.0;
 class RenderTool : public ::testing::Test
 {
   protected:
-    void SetUp() override
-    {
-        const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-        mDir =
-            fs::temp_directory_path() / ("quorvex_render_" + std::to_string(getpid()) + "_" + test->name());
-        fs::create_directories(mDir);
-    }
     void TearDown() override { fs::remove_all(mDir); }
-
     std::string Path(const std::string& name) const { return (mDir / name).string(); }
     ToolRun Tool(const std::vector<std::string>& args) const { return RunTool(args, mDir); }
-
-    fs::path mDir;
+    const fs::path mDir =
+        fs::temp_directory_path() / ("quorvex_render_" + std::to_string(getpid()) + "_" +
+                                     ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    const bool mMade = fs::create_directories(mDir);
 };
 
-void Write(const std::string& path, int rate, int channels, const std::vector<double>& samples,
-           int format = SF_FORMAT_WAV | SF_FORMAT_PCM_24)
-{
-    SF_INFO info{};
-    info.samplerate = rate;
-    info.channels = channels;
-    info.format = format;
-    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
-    ASSERT_NE(file, nullptr) << sf_strerror(nullptr);
-    sf_writef_double(file, samples.data(), static_cast<sf_count_t>(samples.size()) / channels);
-    sf_close(file);
-}
-
-// A signal that tells channels and positions apart: a tone on the left, fixed noise on the right,
-// quantised to 24 bits as the file holds it.
-std::vector<double> TestSignal(size_t frames, int channels)
+// A signal that tells channels and positions apart, quantised to 24 bits as the file holds it: a
+// tone on the left, fixed noise on the right; or a `held` level throughout. Written as `format`.
+void Write(const std::string& path, int rate, int channels, size_t frames,
+           int format = SF_FORMAT_WAV | SF_FORMAT_PCM_24, double held = 0.0)
 {
     std::vector<double> s;
     testnoise::NoiseSource noise{12345u};
@@ -62,18 +44,28 @@ std::vector<double> TestSignal(size_t frames, int channels)
         for (int ch = 0; ch < channels; ++ch)
         {
             const double n = noise.Next(0.4);
-            const double v = ch == 0 ? 0.5 * std::sin(0.0731 * static_cast<double>(i)) : n;
+            const double v =
+                held != 0.0 ? held : (ch == 0 ? 0.5 * std::sin(0.0731 * static_cast<double>(i)) : n);
             s.push_back(std::round(v / kLsb24) * kLsb24);
         }
-    return s;
+    SF_INFO info{.frames = 0,
+                 .samplerate = rate,
+                 .channels = channels,
+                 .format = format,
+                 .sections = 0,
+                 .seekable = 0};
+    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+    EXPECT_NE(file, nullptr) << sf_strerror(nullptr);
+    sf_writef_double(file, s.data(), static_cast<sf_count_t>(frames));
+    sf_close(file);
 }
 
 // The number in "quorvex-render: <what> <number>" of the tool's output, NaN when absent.
 double Reported(const std::string& out, const std::string& what)
 {
     std::smatch m;
-    const std::regex line("quorvex-render: " + what + " (-?[0-9.]+|-inf)");
-    if (!std::regex_search(out, m, line)) return std::nan("");
+    if (!std::regex_search(out, m, std::regex("quorvex-render: " + what + " (-?[0-9.]+|-inf)")))
+        return std::nan("");
     return m[1] == "-inf" ? -INFINITY : std::stod(m[1]);
 }
 
@@ -97,44 +89,32 @@ void ExpectPrefixed(const std::string& err)
 // one, a tail of silence or none: the output is the input delayed by the reported latency.
 TEST_F(RenderTool, BypassedRendersAreTheInputDelayedByTheReportedLatency)
 {
-    Write(Path("in.wav"), 44100, 2, TestSignal(13000, 2));
-    Write(Path("mono.aiff"), 48000, 1, TestSignal(5000, 1), SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
-    const struct
+    Write(Path("in.wav"), 44100, 2, 13000);
+    Write(Path("mono.aiff"), 48000, 1, 5000, SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
+    // Each row: the arguments, ending in the input and the output file, the output format and
+    // the frames of tail.
+    const int wav24 = SF_FORMAT_WAV | SF_FORMAT_PCM_24, flac24 = SF_FORMAT_FLAC | SF_FORMAT_PCM_24;
+    for (const auto& [given, format, tailFrames] :
+         {std::tuple{std::vector<std::string>{"--set", "Bypass=on", "--block", "37", "--tail", "0.05",
+                                              "in.wav", "out.wav"},
+                     wav24, 2205u},
+          {{"--set", "Bypass=1", "--tail", "0", "mono.aiff", "out.flac"}, flac24, 0u}})
     {
-        std::vector<std::string> args;
-        std::string in, out;
-        int format;
-        std::size_t tailFrames;
-    } rows[] = {
-        {{"--set", "Bypass=on", "--block", "37", "--tail", "0.05"},
-         "in.wav",
-         "out.wav",
-         SF_FORMAT_WAV | SF_FORMAT_PCM_24,
-         2205},
-        {{"--set", "Bypass=on", "--tail", "0.05"},
-         "in.wav",
-         "out.wav",
-         SF_FORMAT_WAV | SF_FORMAT_PCM_24,
-         2205},
-        {{"--set", "Bypass=1", "--tail", "0"}, "mono.aiff", "out.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 0},
-    };
-    for (const auto& row : rows)
-    {
-        std::vector<std::string> args = row.args;
-        args.push_back(Path(row.in));
-        args.push_back(Path(row.out));
+        std::vector<std::string> args = given;
+        for (auto name = args.end() - 2; name != args.end(); ++name)
+            *name = Path(*name);
+        const std::string inPath = args.end()[-2], outPath = args.back();
         const ToolRun run = Tool(args);
         SCOPED_TRACE(run.out + run.err);
         ASSERT_EQ(run.code, 0);
         const auto latency = static_cast<std::size_t>(Reported(run.out, "latency"));
         ASSERT_GT(latency, 0u);
         ASSERT_LT(latency, 1000u);
-        const Audio in = ReadAudio(Path(row.in));
-        const Audio out = ReadAudio(Path(row.out));
-        EXPECT_EQ(out.format, row.format);
+        const Audio in = ReadAudio(inPath), out = ReadAudio(outPath);
+        EXPECT_EQ(out.format, format);
         ASSERT_EQ(out.channels, 2);
         ASSERT_EQ(out.rate, in.rate);
-        ASSERT_EQ(out.Frames(), in.Frames() + row.tailFrames);
+        ASSERT_EQ(out.Frames(), in.Frames() + tailFrames);
         for (int ch = 0; ch < 2; ++ch)
             for (size_t i = 0; i < out.Frames(); ++i)
             {
@@ -143,7 +123,7 @@ TEST_F(RenderTool, BypassedRendersAreTheInputDelayedByTheReportedLatency)
                 ASSERT_NEAR(out.At(i, ch), expected, 1.5 * kLsb24) << "channel " << ch << ", frame " << i;
             }
         // The summary names the file and measures what it holds.
-        EXPECT_NE(run.out.find("quorvex-render: wrote " + Path(row.out) + "\n"), std::string::npos);
+        EXPECT_NE(run.out.find("quorvex-render: wrote " + outPath + "\n"), std::string::npos);
         EXPECT_NEAR(Reported(run.out, "peak"), PeakDb(out), 0.01);
         EXPECT_LT(Reported(run.out, "RMS"), Reported(run.out, "peak"));
     }
@@ -154,7 +134,7 @@ TEST_F(RenderTool, DefaultTailStopsAfterATenthOfASecondBelowMinus90Db)
     // A held level of -10 dBFS: loud to its last sample, so the quiet stretch starts exactly one
     // latency after the input ends.
     const size_t frames = 4800;
-    Write(Path("in.wav"), 48000, 2, std::vector<double>(2 * frames, 0.3162));
+    Write(Path("in.wav"), 48000, 2, frames, SF_FORMAT_WAV | SF_FORMAT_PCM_24, 0.3162);
     const ToolRun run = Tool({"--set", "Bypass=on", "--block", "64", Path("in.wav"), Path("out.wav")});
     ASSERT_EQ(run.code, 0) << run.err;
     const size_t quietFrom = frames + static_cast<size_t>(Reported(run.out, "latency"));
@@ -180,7 +160,7 @@ TEST_F(RenderTool, DemoPhraseIsAudibleAndTheSameEachTime)
 
 TEST_F(RenderTool, SettingsByNameAndKeyReachThePlugin)
 {
-    Write(Path("in.wav"), 48000, 2, TestSignal(2000, 2));
+    Write(Path("in.wav"), 48000, 2, 2000);
     const ToolRun run = Tool({"--set", "Feedback 1=40", "--set", "DryLevel=25", "--set", "LimiterOn=SLOW II",
                               "--set", "Output Level=-3.5", "--set", "SlotOn2=0", "--set", "limiter level=6",
                               "--set", "Wet Level=250", "--tail", "0", Path("in.wav"), Path("out.wav")});
@@ -201,11 +181,10 @@ TEST_F(RenderTool, SettingsByNameAndKeyReachThePlugin)
 
 TEST_F(RenderTool, ErrorsNameTheirCauseWithTheExitCode)
 {
-    Write(Path("in.wav"), 48000, 2, TestSignal(100, 2));
-    Write(Path("three.wav"), 48000, 3, TestSignal(100, 3));
+    Write(Path("in.wav"), 48000, 2, 100);
+    Write(Path("three.wav"), 48000, 3, 100);
     std::ofstream(Path("foreign.txt")) << "Something else entirely\n";
-    const std::string in = Path("in.wav");
-    const std::string out = Path("out.wav");
+    const std::string in = Path("in.wav"), out = Path("out.wav");
     const struct
     {
         std::vector<std::string> args;
@@ -215,7 +194,6 @@ TEST_F(RenderTool, ErrorsNameTheirCauseWithTheExitCode)
         {{Path("missing.wav"), out}, 1, {Path("missing.wav")}},
         {{Path("three.wav"), out}, 1, {Path("three.wav"), "3 channels"}},
         {{"--set", "Feedback9=10", in, out}, 2, {"unknown parameter", "Feedback9"}},
-        {{"--set", "Nonsense Knob=1", in, out}, 2, {"unknown parameter", "Nonsense Knob"}},
         {{"--set", "Feedback 1=lots", in, out}, 2, {"bad value", "lots", "Feedback 1"}},
         {{"--set", "LimiterOn=MEDIUM", in, out}, 2, {"bad value", "MEDIUM", "Limiter On"}},
         {{"--block", "0", in, out}, 2, {"--block"}},

@@ -18,17 +18,15 @@ namespace fs = std::filesystem;
 
 inline std::string Slurp(const fs::path& path)
 {
-    std::ifstream in(path, std::ios::binary);
     std::stringstream text;
-    text << in.rdbuf();
+    text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
 }
 
 struct ToolRun
 {
     int code = -1;
-    std::string out;
-    std::string err;
+    std::string out, err;
 };
 
 // Runs the tool on `args` with no input, its output and errors caught in files of `scratch`.
@@ -44,18 +42,15 @@ inline ToolRun RunTool(const std::vector<std::string>& args, const fs::path& scr
     std::string command = quote(QUORVEX_RENDER_TOOL);
     for (const auto& a : args)
         command += " " + quote(a);
-    command +=
-        " >" + quote((scratch / "stdout.txt").string()) + " 2>" + quote((scratch / "stderr.txt").string());
-    const int status = std::system((command + " </dev/null").c_str());
+    command += " >" + quote(scratch / "stdout.txt") + " 2>" + quote(scratch / "stderr.txt") + " </dev/null";
+    const int status = std::system(command.c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Slurp(scratch / "stdout.txt"),
             Slurp(scratch / "stderr.txt")};
 }
 
 struct Audio
 {
-    int rate = 0;
-    int channels = 0;
-    int format = 0;
+    int rate = 0, channels = 0, format = 0;
     std::vector<double> samples; // interleaved
 
     std::size_t Frames() const
@@ -64,7 +59,7 @@ struct Audio
     }
     double At(std::size_t frame, int ch) const
     {
-        return samples[frame * static_cast<std::size_t>(channels) + static_cast<std::size_t>(ch)];
+        return samples[frame * static_cast<std::size_t>(channels) + ch];
     }
 };
 
@@ -75,10 +70,7 @@ inline Audio ReadAudio(const fs::path& path)
     Audio audio;
     SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
     if (!file) return audio;
-    audio.rate = info.samplerate;
-    audio.channels = info.channels;
-    audio.format = info.format;
-    audio.samples.resize(static_cast<std::size_t>(info.frames * info.channels));
+    audio = {info.samplerate, info.channels, info.format, std::vector<double>(info.frames * info.channels)};
     sf_readf_double(file, audio.samples.data(), info.frames);
     sf_close(file);
     return audio;

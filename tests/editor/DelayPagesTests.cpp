@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sstream>
 #include <tuple>
 
 #include "CatalogueEditor.h"
@@ -14,6 +15,14 @@ using namespace editortest;
 
 namespace
 {
+// The arguments of a call-back in a row, for a log of calls.
+template <typename... A> std::string Cat(A... a)
+{
+    std::ostringstream out;
+    (out << ... << a) << ' ';
+    return out.str();
+}
+
 struct DelayEditor : CatalogueEditor
 {
     // The overview's shown control of a parameter, or null.
@@ -32,9 +41,9 @@ struct DelayEditor : CatalogueEditor
     {
         return Large(slot, layout::StepRowControl(StepRowOf(row), column));
     }
-    bool Lit(int slot, const char* row, int column)
+    bool Lit(int slot, const char* row, int col)
     {
-        return dynamic_cast<DelayTextButton*>(Step(slot, row, column))->IsLit();
+        return dynamic_cast<DelayTextButton*>(Step(slot, row, col))->IsLit();
     }
     static int StepRowOf(const char* name)
     {
@@ -47,21 +56,19 @@ struct DelayEditor : CatalogueEditor
 bool Interactive(ELayoutKind kind)
 {
     using enum ELayoutKind;
-    const ELayoutKind kinds[] = {kKnob,         kModeKnob,        kSwitch,          kValuePopup,
-                                 kSourceField,  kLargeViewButton, kLargeBackButton, kLargeViewSelect,
-                                 kTapStepFader, kStepMaskButton,  kTapNumber};
-    return std::find(std::begin(kinds), std::end(kinds), kind) != std::end(kinds);
+    for (ELayoutKind k : {kKnob, kModeKnob, kSwitch, kValuePopup, kSourceField, kLargeViewButton,
+                          kLargeBackButton, kLargeViewSelect, kTapStepFader, kStepMaskButton, kTapNumber})
+        if (k == kind) return true;
+    return false;
 }
 
 template <typename Rows, typename Rules> void ExpectFitsAndNoOverlap(const Rows& rows, const Rules& rules)
 {
     for (const LayoutRow& row : rows)
     {
-        EXPECT_TRUE(kStageRect.Intersect(row.mRect) == row.mRect) << row.mLabel << " " << row.mParam;
-        if (row.mKind == ELayoutKind::kKnob || row.mKind == ELayoutKind::kModeKnob)
-        {
-            EXPECT_TRUE(kStageRect.Intersect(KnobLabelRect(row.mRect)) == KnobLabelRect(row.mRect));
-        }
+        const bool knob = row.mKind == ELayoutKind::kKnob || row.mKind == ELayoutKind::kModeKnob;
+        const IRECT shown = knob ? row.mRect.Union(KnobLabelRect(row.mRect)) : row.mRect;
+        EXPECT_TRUE(kStageRect.Intersect(shown) == shown) << row.mLabel << " " << row.mParam;
     }
     // Two rows can show at once when some mode, time kind and view allows both.
     for (size_t i = 0; i < rows.size(); ++i)
@@ -69,10 +76,9 @@ template <typename Rows, typename Rules> void ExpectFitsAndNoOverlap(const Rows&
         {
             const bool together = (rules[i].mModes & rules[j].mModes) && (rules[i].mSync & rules[j].mSync) &&
                                   (rules[i].mViews & rules[j].mViews);
-            if (Interactive(rows[i].mKind) && Interactive(rows[j].mKind) && together)
-            {
-                EXPECT_FALSE(rows[i].mRect.Intersects(rows[j].mRect)) << i << " " << j;
-            }
+            EXPECT_FALSE(Interactive(rows[i].mKind) && Interactive(rows[j].mKind) && together &&
+                         rows[i].mRect.Intersects(rows[j].mRect))
+                << i << " " << j;
         }
 }
 } // namespace
@@ -127,16 +133,13 @@ TEST_F(DelayEditor, EverySlotShowsEachOfItsDelayParametersInTheModeThatUsesThem)
 TEST_F(DelayEditor, TimeKnobsInMillisecondsWhenFreeAndFactorsWhenSynced)
 {
     editor.ShowPage(kPageDelay, false);
-    SetIndex(kTimebase3, 0); // "MS"
-    EXPECT_NE(ShownOnOverview(kDelayTimeL3), nullptr);
-    EXPECT_NE(ShownOnOverview(kDelayTimeR3), nullptr);
-    EXPECT_EQ(ShownOnOverview(kDelayFactorL3), nullptr);
-    // The other slots keep their synced default.
-    EXPECT_NE(ShownOnOverview(kDelayFactorL2), nullptr);
-    EXPECT_EQ(ShownOnOverview(kDelayTimeL2), nullptr);
-    SetIndex(kTimebase3, 2);
-    EXPECT_EQ(ShownOnOverview(kDelayTimeL3), nullptr);
-    EXPECT_NE(ShownOnOverview(kDelayFactorR3), nullptr);
+    for (int timebase : {0, 2}) // "MS", then synced as the other slots are by default
+    {
+        SetIndex(kTimebase3, timebase);
+        EXPECT_EQ(ShownOnOverview(kDelayTimeL3) && ShownOnOverview(kDelayTimeR3), timebase == 0);
+        EXPECT_EQ(ShownOnOverview(kDelayFactorL3) && ShownOnOverview(kDelayFactorR3), timebase != 0);
+        EXPECT_TRUE(ShownOnOverview(kDelayFactorL2) && !ShownOnOverview(kDelayTimeL2));
+    }
 }
 
 TEST_F(DelayEditor, EachLargeViewIsOnItsSlotsSteps)
@@ -217,10 +220,9 @@ TEST_F(DelayEditor, AFaderDragIsOneGestureOnItsStep)
 
 TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
 {
-    std::vector<std::tuple<int, int, bool>> fx;
-    std::vector<std::tuple<int, int, int, bool>> mods;
-    editor.SetStepMaskActions({nullptr, [&](int s, int t, bool on) { fx.emplace_back(s, t, on); },
-                               [&](int s, int row, int t, bool on) { mods.emplace_back(s, row, t, on); }});
+    std::string told;
+    editor.SetStepMaskActions({nullptr, [&](int s, int t, bool on) { told += Cat("fx", s, t, on); },
+                               [&](int s, int row, int t, bool on) { told += Cat("mod", s, row, t, on); }});
     editor.ShowPage(kPageLargeSteps + 1, false);
     // A fresh slot has every step effect off: both faders gray and take no mouse.
     EXPECT_TRUE(Step(1, "FX P1", 2)->IsGrayed());
@@ -235,8 +237,7 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     // The step's effect off grays it again, its modulation bit kept.
     Click(Step(1, "FX ON", 2));
     EXPECT_TRUE(Step(1, "FX P1", 2)->IsGrayed());
-    EXPECT_EQ(fx, (std::vector<std::tuple<int, int, bool>>{{1, 2, true}, {1, 2, false}}));
-    EXPECT_EQ(mods, (std::vector<std::tuple<int, int, int, bool>>{{1, 0, 2, true}}));
+    EXPECT_EQ(told, "fx121 mod1021 fx120 ");
     // The right button leaves a mask alone.
     Click(Step(1, "FX ON", 5), Right());
     EXPECT_EQ(editor.Delay().StepFxMask(1), 0u);
@@ -253,47 +254,37 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
 
 TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOn)
 {
-    std::vector<std::tuple<int, int, bool, bool>> taps;
-    editor.SetStepMaskActions({[&](int s, int t, bool l, bool r) { taps.emplace_back(s, t, l, r); }, {}, {}});
+    std::string taps;
+    editor.SetStepMaskActions(
+        {[&](int s, int t, bool l, bool r) { taps += Cat("tap", s, t, l, r); }, {}, {}});
     editor.ShowPage(kPageLargeLevels + 1, false);
     editor.Delay().SetTapOnMask(1, 0, 0xFFFF);
     editor.Delay().SetTapOnMask(1, 1, 0xFFFF);
-    IControl* number = Large(1, layout::StepColumnNumber(2));
-    // Opens the menu, checks its entries, picks `mark` and returns the entry that was checked.
-    auto menu = [&](const std::string& mark)
+    // {entry picked, entry checked before, left and right on after}
+    const std::tuple<const char*, const char*, bool, bool> picks[] = {
+        {"R", "L+R", false, true}, {"--", "R", false, false}, {"L", "--", true, false}};
+    for (const auto& [mark, checked, left, right] : picks)
     {
-        Click(number);
-        auto* popup = dynamic_cast<IPopupOverlay*>(editor.ModalOverlay());
-        const IPopupMenu* items = popup ? popup->MenuAt(0) : nullptr;
-        std::string texts, checked;
-        for (int i = 0; items && i < items->NItems(); ++i)
+        Click(Large(1, layout::StepColumnNumber(2)));
+        const IPopupMenu* items = Popup()->MenuAt(0);
+        std::string texts, was;
+        int pick = -1;
+        for (int i = 0; i < items->NItems(); ++i)
         {
             texts += items->GetItem(i)->mText + "|";
-            if (items->GetItem(i)->Checked()) checked = items->GetItem(i)->mText;
+            was = items->GetItem(i)->Checked() ? items->GetItem(i)->mText : was;
+            pick = items->GetItem(i)->mText == mark ? i : pick;
         }
         EXPECT_EQ(texts, "--|L|R|L+R|");
-        for (int i = 0; items && i < items->NItems(); ++i)
-            if (items->GetItem(i)->mText == mark)
-            {
-                const IRECT r = popup->ItemRect(0, i);
-                editor.OnMouseOver(r.L + 5, r.T + 5, IMouseMod());
-                ClickAt(r.L + 5, r.T + 5);
-                break;
-            }
-        return checked;
-    };
-    EXPECT_EQ(menu("R"), "L+R");
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 0), 0xFFFFu & ~(1u << 2));
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 1), 0xFFFFu);
-    EXPECT_FALSE(Lit(1, "TAP L", 2));
-    EXPECT_TRUE(Lit(1, "TAP R", 2));
-    EXPECT_EQ(menu("--"), "R");
-    EXPECT_EQ(menu("L"), "--");
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 0), 0xFFFFu);
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 1), 0xFFFFu & ~(1u << 2));
+        EXPECT_EQ(was, checked);
+        PickRow(pick);
+        EXPECT_EQ(editor.Delay().TapOnMask(1, 0), left ? 0xFFFFu : 0xFFFBu) << mark;
+        EXPECT_EQ(editor.Delay().TapOnMask(1, 1), right ? 0xFFFFu : 0xFFFBu) << mark;
+        EXPECT_EQ(Lit(1, "TAP L", 2), left);
+        EXPECT_EQ(Lit(1, "TAP R", 2), right);
+    }
     // One report per pick, with both channels; no other tap and no parameter moved.
-    EXPECT_EQ(taps, (std::vector<std::tuple<int, int, bool, bool>>{
-                        {1, 2, false, true}, {1, 2, false, false}, {1, 2, true, false}}));
+    EXPECT_EQ(taps, "tap1201 tap1200 tap1210 ");
     EXPECT_EQ(plug.Gestures(), "");
 }
 
@@ -311,10 +302,9 @@ TEST_F(DelayEditor, NarrowSourceFieldsShowShortNamesAndOfferTheFullList)
         EXPECT_EQ(field->ShortText(), text) << source;
     }
     Click(field);
-    auto* popup = dynamic_cast<IPopupOverlay*>(editor.ModalOverlay());
-    ASSERT_NE(popup, nullptr);
-    EXPECT_EQ(popup->MenuAt(0)->NItems(), 15);
-    EXPECT_EQ(popup->MenuAt(0)->GetItem(14)->mText, "LOGIC4");
+    ASSERT_NE(Popup(), nullptr);
+    EXPECT_EQ(Popup()->MenuAt(0)->NItems(), 15);
+    EXPECT_EQ(Popup()->MenuAt(0)->GetItem(14)->mText, "LOGIC4");
 }
 
 TEST_F(DelayEditor, ButtonsMoveBetweenTheOverviewAndALargeView)
@@ -351,31 +341,28 @@ TEST_F(DelayEditor, ARowPresetWritesTheTapsInUseOneGestureEach)
     SetIndex(kDelayTaps2, 4); // five taps
     editor.ShowPage(kPageLargeLevels + 1, false);
     const double untouched = Step(1, "LEVEL", 5)->GetValue();
-    // The row's name opens its menu.
-    Click(Large(1, layout::StepRowName(StepRowOf("LEVEL"))));
+    Click(Large(1, layout::StepRowName(StepRowOf("LEVEL")))); // the row's name opens its menu
     EXPECT_NE(editor.ModalOverlay(), nullptr);
-    plug.mLog.clear();
-    editor.Delay().ApplyStepPreset(1, StepRowOf("LEVEL"), 2); // RAMP
-    for (int i = 0; i < 5; ++i)
-        EXPECT_NEAR(Step(1, "LEVEL", i)->GetValue(), i / 4.0, 1e-9) << i;
+    // {row, preset, the five steps after}: RAMP; with a grid of two steps it snaps to floor(3 v) / 2;
+    // pan presets run from full left to full right (RAMP DOWN).
+    const std::tuple<const char*, int, int, std::vector<double>> cases[] = {
+        {"LEVEL", 2, 0, {0.0, 0.25, 0.5, 0.75, 1.0}},
+        {"LEVEL", 2, 2, {0.0, 0.0, 0.5, 1.0, 1.0}},
+        {"PAN", 3, 0, {1.0, 0.75, 0.5, 0.25, 0.0}}};
+    for (const auto& [row, preset, grid, steps] : cases)
+    {
+        SetIndex(kTapLevelSteps2, grid);
+        plug.mLog.clear();
+        editor.Delay().ApplyStepPreset(1, StepRowOf(row), preset);
+        for (int i = 0; i < 5; ++i)
+            EXPECT_NEAR(Step(1, row, i)->GetValue(), steps[i], 1e-9) << row << " " << grid << " " << i;
+        // Levels start at full: the last step of the ramp is there already and is left out.
+        if (preset == 2 && !grid)
+            EXPECT_EQ(plug.Gestures(),
+                      OneGesture(kTapDelay2Step1Level) + " " + OneGesture(kTapDelay2Step2Level) + " " +
+                          OneGesture(kTapDelay2Step3Level) + " " + OneGesture(kTapDelay2Step4Level));
+    }
     EXPECT_EQ(Step(1, "LEVEL", 5)->GetValue(), untouched);
-    // Levels start at full: the last step of the ramp is there already and is left out.
-    std::string expected;
-    for (int i = 0; i < 4; ++i)
-        expected += (i ? " " : "") + OneGesture(kTapDelay2Step1Level + i);
-    EXPECT_EQ(plug.Gestures(), expected);
-
-    // With a grid of two steps the ramp snaps: floor(3 v) / 2.
-    SetIndex(kTapLevelSteps2, 2);
-    editor.Delay().ApplyStepPreset(1, StepRowOf("LEVEL"), 2);
-    const double snapped[] = {0.0, 0.0, 0.5, 1.0, 1.0};
-    for (int i = 0; i < 5; ++i)
-        EXPECT_NEAR(Step(1, "LEVEL", i)->GetValue(), snapped[i], 1e-9) << i;
-
-    // Pan presets run from full left to full right.
-    editor.Delay().ApplyStepPreset(1, StepRowOf("PAN"), 3); // RAMP DOWN
-    for (int i = 0; i < 5; ++i)
-        EXPECT_NEAR(Step(1, "PAN", i)->GetValue(), 1.0 - i / 4.0, 1e-9) << i;
     // RANDOMIZE fills all 16 steps, the hidden ones too.
     plug.mLog.clear();
     editor.Delay().ApplyStepPreset(1, StepRowOf("TIME"), 7);

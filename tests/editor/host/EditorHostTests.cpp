@@ -30,13 +30,11 @@
 #include "editor/MainLayout.h"
 #include "editor/PageLayouts.h"
 #include "params/ParamIds.h"
-#include "pluginterfaces/base/ibstream.h"
 #include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/gui/iplugviewcontentscalesupport.h"
 #include "pluginterfaces/vst/ivstcomponent.h"
 #include "pluginterfaces/vst/ivstcontextmenu.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
-#include "pluginterfaces/vst/ivsthostapplication.h"
 
 // Xlib last: its macros (None, Bool, Status) would break the headers above.
 #include <X11/Xlib.h>
@@ -138,8 +136,7 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
     // Runs the loop for ms milliseconds: descriptors that can be read, then timers that are due.
     void Pump(int ms)
     {
-        const auto end = Clock::now() + std::chrono::milliseconds(ms);
-        while (Clock::now() < end)
+        for (const auto end = Clock::now() + std::chrono::milliseconds(ms); Clock::now() < end;)
         {
             std::vector<pollfd> fds;
             for (const Handler& h : mHandlers)
@@ -149,12 +146,11 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
             for (size_t i = 0; i < fds.size() && i < handlers.size(); ++i)
                 if (fds[i].revents & POLLIN) handlers[i].handler->onFDIsSet(handlers[i].fd);
             const auto now = Clock::now();
-            const auto timers = mTimers;
-            for (const Timer& t : timers)
+            for (const Timer t : std::vector<Timer>(mTimers))
                 if (now >= t.next)
                 {
                     for (Timer& live : mTimers)
-                        if (live.handler == t.handler) live.next = now + live.interval;
+                        live.next = live.handler == t.handler ? now + live.interval : live.next;
                     t.handler->onTimer();
                 }
         }
@@ -210,19 +206,22 @@ class Frame : public hostdoubles::PlugFrame
 class EditLog : public hostdoubles::ComponentHandler
 {
   public:
-    std::string Of(ParamID id)
+    // The gesture string of `id`, and the last value performed for it (or -1).
+    std::string Of(ParamID id, ParamValue* last = nullptr)
     {
         std::string s;
         for (const Edit& e : Edits())
-            if (e.id == id) s += static_cast<char>(std::toupper(e.kind));
+            if (e.id == id)
+            {
+                s += static_cast<char>(std::toupper(e.kind));
+                if (last && e.kind == 'p') *last = e.value;
+            }
         return s;
     }
-    // The last value performed for `id`, or -1.
     ParamValue Last(ParamID id)
     {
         ParamValue v = -1;
-        for (const Edit& e : Edits())
-            if (e.id == id && e.kind == 'p') v = e.value;
+        Of(id, &v);
         return v;
     }
 };

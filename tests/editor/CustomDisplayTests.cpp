@@ -100,22 +100,16 @@ TEST_F(Screen, StepAndTapCellsLightWithoutTellingThePlugin)
     step->SetCurrent(false);
     tap->SetPlaying(false);
     EXPECT_FALSE(graphics.IsDirty(r)); // the idle code sets them every tick: no change, no redraw
-    const int dimFrame = Red(10, 25);
+    const int dimFrame = Red(10, 25), idle = Red(65, 14);
     step->SetCurrent(true);
-    EXPECT_TRUE(graphics.IsDirty(r));
-    graphics.Draw(r);
-    EXPECT_GT(Red(10, 25), dimFrame); // the frame is at full colour on the current step
-    EXPECT_EQ(step->Number(), 3);
-
-    const int idle = Red(65, 14);
     tap->SetPlaying(true);
     graphics.OnTimerTick();
-    EXPECT_GT(Red(65, 14), idle); // the playing tap glows
+    EXPECT_GT(Red(10, 25), dimFrame); // the frame is at full colour on the current step
+    EXPECT_GT(Red(65, 14), idle);     // the playing tap glows
     EXPECT_EQ(tap->Frame(), 1);
     Click(60, 20);
     EXPECT_TRUE(tap->IsSelected());
     EXPECT_EQ(tap->Frame(), 2);
-    EXPECT_EQ(selections, 1);
     tap->SetSelected(false);
     EXPECT_EQ(tap->Frame(), 1);
     EXPECT_EQ(selections, 1);
@@ -123,11 +117,11 @@ TEST_F(Screen, StepAndTapCellsLightWithoutTellingThePlugin)
     // Bound to a parameter, the tap follows its value.
     auto* bound = Attach(
         new TapSelector(&plug, IRECT(90, 10, 120, 40), kSwitch, FakeStrip(30, 30, 2), &kRed, style, 2));
-    graphics.SetParameterFromPlug(kSwitch, 1.0, true);
-    EXPECT_TRUE(bound->IsSelected());
-    graphics.SetParameterFromPlug(kSwitch, 0.0, true);
-    EXPECT_FALSE(bound->IsSelected());
-    EXPECT_EQ(bound->Frame(), 1);
+    for (double value : {1.0, 0.0})
+    {
+        graphics.SetParameterFromPlug(kSwitch, value, true);
+        EXPECT_EQ(bound->Frame(), 1 + static_cast<int>(value));
+    }
     // Cells don't take the mouse away from what lies below them.
     EXPECT_EQ(graphics.HitTest(20, 20), -1);
 }
@@ -137,14 +131,12 @@ TEST_F(Screen, BlendBitmapFadesItsColourByTheWeight)
     auto* faded = Attach(new IBlendBitmapControl(&plug, IRECT(10, 10, 30, 30), -1, IBitmap(), 0.5f, &kRed));
     graphics.OnTimerTick();
     const int bg = Red(100, 100);
-    EXPECT_NEAR(Red(20, 20), (255 + bg) / 2, 2);
-    faded->SetWeight(1.0f);
-    graphics.OnTimerTick();
-    EXPECT_EQ(Red(20, 20), 255);
-    faded->SetWeight(0.0f);
-    graphics.OnTimerTick();
-    EXPECT_EQ(Red(20, 20), bg);
-
+    for (const auto& [weight, red] : {std::pair{0.5f, (255 + bg) / 2}, {1.0f, 255}, {0.0f, bg}})
+    {
+        faded->SetWeight(weight);
+        graphics.OnTimerTick();
+        EXPECT_NEAR(Red(20, 20), red, 2) << weight;
+    }
     auto* round = Attach(new IBlendRoundSwitchControl(&plug, IRECT(100, 10, 120, 30), kSwitch,
                                                       FakeStrip(20, 20, 2), &kGreen, 3));
     EXPECT_EQ(round->GetRECT(), IRECT(97, 7, 123, 33));
@@ -152,7 +144,6 @@ TEST_F(Screen, BlendBitmapFadesItsColourByTheWeight)
     graphics.OnTimerTick();
     const int ringOff = Green(98, 20);
     Click(110, 20);
-    EXPECT_TRUE(round->IsOn());
     graphics.OnTimerTick();
     EXPECT_GT(Green(98, 20), ringOff);
     EXPECT_GT(Green(110, 20), 200); // the drawn face lights its centre
@@ -169,43 +160,32 @@ TEST(VoidFramesTest, FrameFormula)
 
 TEST_F(Screen, VoidControlsCallTheirFunctionsAndNoHost)
 {
-    std::vector<double> switched;
+    std::string calls;
     auto* sw = Attach(new IVoidSwitchControl(&plug, IRECT(0, 0, 20, 20), FakeStrip(20, 20, 2),
-                                             [&](double v) { switched.push_back(v); }));
-    int pressed = 0;
-    auto* contact = Attach(
-        new IVoidContactControl(&plug, IRECT(30, 0, 50, 20), FakeStrip(20, 20, 2), [&] { ++pressed; }));
-    int invPressed = 0;
-    auto* inv = Attach(new IVoidInvContactControl(&plug, IRECT(60, 0, 80, 20), [&] { ++invPressed; }));
-    std::vector<int> frames;
+                                             [&](double v) { calls += v > 0.5 ? "on " : "off "; }));
+    IControl* contacts[] = {
+        Attach(new IVoidContactControl(&plug, IRECT(30, 0, 50, 20), FakeStrip(20, 20, 2),
+                                       [&] { calls += "contact "; })),
+        Attach(new IVoidInvContactControl(&plug, IRECT(60, 0, 80, 20), [&] { calls += "inv "; }))};
     auto* pages = Attach(new IVoidFramesControl(&plug, IRECT(100, 0, 160, 20), FakeStrip(60, 20, 3),
-                                                [&](int f) { frames.push_back(f); }));
-
+                                                [&](int f) { calls += std::to_string(f) + " "; }));
     for (int i = 0; i < 3; ++i)
         Click(5, 5);
-    EXPECT_EQ(switched, (std::vector<double>{1.0, 0.0, 1.0}));
-    // The plug-in showing its state calls nothing back.
-    sw->SetValueFromPlug(0.0);
-    EXPECT_EQ(switched.size(), 3u);
-
-    graphics.OnMouseDown(35, 5, Left());
-    EXPECT_EQ(pressed, 1); // on the press, not the release
-    EXPECT_EQ(contact->GetValue(), 1.0);
-    graphics.OnMouseUp(35, 5, Left());
-    EXPECT_EQ(contact->GetValue(), 0.0);
-    graphics.OnMouseDown(65, 5, Left());
-    EXPECT_EQ(invPressed, 1);
-    EXPECT_EQ(inv->GetValue(), 1.0);
-    graphics.OnMouseUp(65, 5, Left());
-    EXPECT_EQ(inv->GetValue(), 0.0);
+    sw->SetValueFromPlug(0.0);  // the plug-in showing its state calls nothing back
+    for (int i = 0; i < 2; ++i) // on the press, not the release
+    {
+        graphics.OnMouseDown(35 + 30 * i, 5, Left());
+        EXPECT_EQ(contacts[i]->GetValue(), 1.0);
+        EXPECT_TRUE(calls.ends_with(i ? "inv " : "contact "));
+        graphics.OnMouseUp(35 + 30 * i, 5, Left());
+        EXPECT_EQ(contacts[i]->GetValue(), 0.0);
+    }
     graphics.OnMouseDblClick(65, 5, Left()); // the quick second press counts too
     graphics.OnMouseUp(65, 5, Left());
-    EXPECT_EQ(invPressed, 2);
-    EXPECT_EQ(inv->GetValue(), 0.0);
-
+    EXPECT_EQ(contacts[1]->GetValue(), 0.0);
     for (int i = 0; i < 4; ++i)
         Click(120, 5);
-    EXPECT_EQ(frames, (std::vector<int>{1, 2, 0, 1}));
+    EXPECT_EQ(calls, "on off on contact inv inv 1 2 0 1 ");
     EXPECT_EQ(pages->Frame(), 2);
     EXPECT_TRUE(plug.mLog.empty());
 }
@@ -228,12 +208,7 @@ TEST_F(Screen, DrawDummyTicksOncePerRedrawPass)
 {
     int ticks = 0;
     auto* meter = Attach(new RectMeter(&plug, IRECT(200, 100, 210, 200), &kRed));
-    auto* dummy = Attach(new DrawDummy(&plug,
-                                       [&]
-                                       {
-                                           ++ticks;
-                                           meter->SetValueFromPlug(ticks / 10.0);
-                                       }));
+    auto* dummy = Attach(new DrawDummy(&plug, [&] { meter->SetValueFromPlug(++ticks / 10.0); }));
     EXPECT_EQ(graphics.HitTest(0, 0), -1);
     for (int i = 1; i <= 5; ++i)
     {
@@ -264,7 +239,7 @@ TEST_F(Screen, NumberLabelRingOrFrameAndItsText)
     EXPECT_GT(Red(60, 25), 200);
     EXPECT_EQ(framed->GetText(), "8");
     IRECT r;
-    framed->SetNumber(8);
+    framed->SetNumber(8); // the same number again: no redraw
     EXPECT_FALSE(graphics.IsDirty(r));
     framed->SetText("12");
     EXPECT_TRUE(graphics.IsDirty(r));

@@ -3,6 +3,7 @@
 // follow the slot's tap count, whose faders drag their own step and whose masks gray them.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 #include <sstream>
 #include <tuple>
@@ -150,30 +151,37 @@ TEST_F(DelayEditor, EachLargeViewIsOnItsSlotsSteps)
                                                     {"FX P1", kTapDelay1Step1FXP1},
                                                     {"FX P2", kTapDelay1Step1FXP2}};
     for (int slot = 0; slot < 4; ++slot)
+    {
         for (const auto& [row, first] : families)
             for (int column = 0; column < 16; ++column)
                 EXPECT_EQ(Step(slot, row, column)->ParamIdx(), first + slot * 16 + column)
                     << row << " slot " << slot << " column " << column;
-    // The rows' settings under the faders are the slot's own, each on its view.
-    for (int slot = 0; slot < 4; ++slot)
+        // The rows' settings under the faders are the slot's own, each on its view.
         for (int view : {kPageLargeLevels, kPageLargeSteps})
         {
             editor.ShowPage(view + slot, false);
             std::set<int> shown;
             for (int row = 0; row < static_cast<int>(kLargeDelayLayout.size()); ++row)
-            {
-                const IControl* c = Large(slot, row);
-                if (c && !c->IsHidden() && c->ParamIdx() >= 0) shown.insert(c->ParamIdx());
-            }
+                if (const IControl* c = Large(slot, row); c && !c->IsHidden()) shown.insert(c->ParamIdx());
             for (const layout::StepBandItem& item : layout::kStepBand)
-            {
-                const bool mine = (item.views & (view == kPageLargeSteps ? 2 : 1)) != 0;
-                EXPECT_EQ(shown.count(item.param + slot), mine ? 1u : 0u) << item.label << " slot " << slot;
-            }
+                EXPECT_EQ(shown.count(item.param + slot),
+                          (item.views & (view == kPageLargeSteps ? 2 : 1)) ? 1u : 0u)
+                    << item.label << " slot " << slot;
         }
+    }
     // Pan faders fill from the middle; level faders from the bottom.
     EXPECT_TRUE(dynamic_cast<StepFaderControl*>(Step(0, "PAN", 0))->IsBipolar());
     EXPECT_FALSE(dynamic_cast<StepFaderControl*>(Step(0, "LEVEL", 0))->IsBipolar());
+    // No delay parameter is left without a control on the delay pages.
+    std::set<int> onPages;
+    for (int list : {kListDelay, kListLarge1, kListLarge2, kListLarge3, kListLarge4})
+        for (int idx : editor.ListControls(static_cast<EPageList>(list)))
+            onPages.insert(editor.GetControl(idx)->ParamIdx());
+    for (int id = kDelayMode1; id <= kReverseXFade4; ++id)
+        EXPECT_EQ(onPages.count(id), 1u) << plug.GetParam(id)->name;
+    for (int slot = 0; slot < 4; ++slot)
+        for (int first : {kFeedback1, kFeedbackModDepth1, kFeedbackModSource1, kDelayTapsSwing1})
+            EXPECT_EQ(onPages.count(first + slot), 1u) << plug.GetParam(first + slot)->name;
 }
 
 // Each view shows its own rows, in as many columns as the slot has taps; the other view's rows and
@@ -212,9 +220,8 @@ TEST_F(DelayEditor, AFaderDragIsOneGestureOnItsStep)
     editor.ShowPage(kPageLargeLevels + 3, false);
     IControl* fader = Step(3, "LEVEL", 6);
     const double before = fader->GetValue();
-    DragUp(fader, -24);
+    DragUp(fader, -24); // a quarter of the fader's height down takes a quarter of the range off
     EXPECT_EQ(plug.Gestures(), OneGesture(kTapDelay4Step7Level));
-    // Down by a quarter of the fader's height takes a quarter of the range off.
     EXPECT_NEAR(fader->GetValue(), before - 24.0 / fader->GetRECT().H(), 0.02);
 }
 
@@ -302,38 +309,35 @@ TEST_F(DelayEditor, NarrowSourceFieldsShowShortNamesAndOfferTheFullList)
         EXPECT_EQ(field->ShortText(), text) << source;
     }
     Click(field);
-    ASSERT_NE(Popup(), nullptr);
-    EXPECT_EQ(Popup()->MenuAt(0)->NItems(), 15);
+    ASSERT_EQ(Popup()->MenuAt(0)->NItems(), 15);
     EXPECT_EQ(Popup()->MenuAt(0)->GetItem(14)->mText, "LOGIC4");
 }
 
 TEST_F(DelayEditor, ButtonsMoveBetweenTheOverviewAndALargeView)
 {
     editor.ShowPage(kPageDelay, false);
-    // Slot 3's button opens slot 3's level taps.
     IControl* slot3 = editor.ControlOfPageRow(kListDelay, 2 * layout::kDelayRowsPerSlot + 1);
-    Click(slot3);
-    EXPECT_EQ(editor.Pages().Shown(), kPageLargeLevels + 2);
-    IControl* select = Large(2, layout::kLargeViewSelectRow);
-    Click(select);
-    EXPECT_EQ(editor.Pages().Shown(), kPageLargeLevels + 2); // the middle lies between the two
-    const IRECT r = select->GetRECT();
-    ClickAt(r.R - 4, (r.T + r.B) / 2);
-    EXPECT_EQ(editor.Pages().Shown(), kPageLargeSteps + 2);
-    Click(Large(2, layout::kLargeBackRow));
-    EXPECT_EQ(editor.Pages().Shown(), kPageDelay);
-    // The slot's view is remembered: its button opens the effect steps now.
-    Click(slot3);
-    EXPECT_EQ(editor.Pages().Shown(), kPageLargeSteps + 2);
-
+    const IRECT r = Large(2, layout::kLargeViewSelectRow)->GetRECT();
+    // Slot 3's button opens slot 3's level taps; the selector's middle lies between its two halves;
+    // the slot's view is remembered, so its button opens the effect steps after the way back.
+    const std::pair<std::function<void()>, int> steps[] = {
+        {[&] { Click(slot3); }, kPageLargeLevels + 2},
+        {[&] { Click(Large(2, layout::kLargeViewSelectRow)); }, kPageLargeLevels + 2},
+        {[&] { ClickAt(r.R - 4, (r.T + r.B) / 2); }, kPageLargeSteps + 2},
+        {[&] { Click(Large(2, layout::kLargeBackRow)); }, kPageDelay},
+        {[&] { Click(slot3); }, kPageLargeSteps + 2}};
+    for (const auto& [act, shown] : steps)
+    {
+        act();
+        EXPECT_EQ(editor.Pages().Shown(), shown);
+    }
     // With page actions set, the buttons ask the plug-in instead.
-    std::vector<std::string> asked;
-    editor.SetPageActions({[&](int page) { asked.push_back("show " + std::to_string(page)); }, nullptr,
-                           [&]
-                           { asked.push_back("toggle " + std::to_string(editor.Pages().SelectedSlot())); }});
+    std::string asked;
+    editor.SetPageActions({[&](int page) { asked += Cat("show", page); }, nullptr,
+                           [&] { asked += Cat("toggle", editor.Pages().SelectedSlot()); }});
     ClickAt(r.L + 4, (r.T + r.B) / 2);
     Click(Large(2, layout::kLargeBackRow));
-    EXPECT_EQ(asked, (std::vector<std::string>{"show 12", "toggle 2"}));
+    EXPECT_EQ(asked, "show12 toggle2 ");
 }
 
 TEST_F(DelayEditor, ARowPresetWritesTheTapsInUseOneGestureEach)
@@ -377,18 +381,14 @@ TEST_F(DelayEditor, TapPatternsSetBothChannelsOfEveryTap)
     editor.SetStepMaskActions({[&](int slot, int, bool, bool) { reports += slot == 3; }, nullptr, nullptr});
     editor.ShowPage(kPageLargeLevels + 3, false);
     EXPECT_FALSE(Large(3, layout::kTapPatternRow)->IsHidden());
-    const struct
+    // PING PONG, LEFT and SYNCOPED (every third tap): {pattern, left, right}
+    const std::tuple<int, unsigned, unsigned> cases[] = {
+        {4, 0x5555, 0xAAAA}, {2, 0xFFFF, 0}, {5, 0x9249, 0x9249}};
+    for (const auto& [pattern, left, right] : cases)
     {
-        int pattern;
-        std::uint16_t left, right;
-    } cases[] = {{4, 0x5555, 0xAAAA},  // PING PONG
-                 {2, 0xFFFF, 0},       // LEFT
-                 {5, 0x9249, 0x9249}}; // SYNCOPED: every third tap
-    for (const auto& c : cases)
-    {
-        editor.Delay().ApplyTapPattern(3, c.pattern);
-        EXPECT_EQ(editor.Delay().TapOnMask(3, 0), c.left) << c.pattern;
-        EXPECT_EQ(editor.Delay().TapOnMask(3, 1), c.right) << c.pattern;
+        editor.Delay().ApplyTapPattern(3, pattern);
+        EXPECT_EQ(editor.Delay().TapOnMask(3, 0), left) << pattern;
+        EXPECT_EQ(editor.Delay().TapOnMask(3, 1), right) << pattern;
     }
     EXPECT_EQ(reports, 48);
     EXPECT_TRUE(Lit(3, "TAP R", 3));
@@ -403,19 +403,17 @@ TEST_F(DelayEditor, ARowMovesAroundTheTapsInUse)
 {
     SetIndex(kDelayTaps1, 3); // four taps
     editor.ShowPage(kPageLargeLevels, false);
-    const double values[] = {0.1, 0.2, 0.3, 0.4};
-    for (int i = 0; i < 4; ++i)
+    const double values[] = {0.1, 0.2, 0.3, 0.4, 0.9};
+    for (int i = 0; i < 5; ++i)
         Step(0, "TIME", i)->SetValueFromPlug(values[i]);
-    Step(0, "TIME", 4)->SetValueFromPlug(0.9);
-    // The move buttons sit under the row's name: the right one first.
-    Click(Large(0, layout::kLargeMoveRows + 1));
-    for (int i = 0; i < 4; ++i)
-        EXPECT_DOUBLE_EQ(Step(0, "TIME", i)->GetValue(), values[(i + 3) % 4]) << i;
-    EXPECT_DOUBLE_EQ(Step(0, "TIME", 4)->GetValue(), 0.9); // beyond the taps in use
-    Click(Large(0, layout::kLargeMoveRows + 0));
-    for (int i = 0; i < 4; ++i)
-        EXPECT_DOUBLE_EQ(Step(0, "TIME", i)->GetValue(), values[i]) << i;
-    // The other rows stay.
+    // The move buttons sit under the row's name: the right one first. The fifth step is beyond the
+    // taps in use, and the other rows stay.
+    for (const auto& [button, shift] : {std::pair{1, 3}, {0, 0}})
+    {
+        Click(Large(0, layout::kLargeMoveRows + button));
+        for (int i = 0; i < 5; ++i)
+            EXPECT_DOUBLE_EQ(Step(0, "TIME", i)->GetValue(), values[i < 4 ? (i + shift) % 4 : 4]) << i;
+    }
     EXPECT_DOUBLE_EQ(Step(0, "LEVEL", 0)->GetValue(), plug.GetParam(kTapDelay1Step1Level)->GetNormalized());
 }
 
@@ -442,12 +440,11 @@ TEST_F(DelayEditor, ASlotsStepsAndMasksPasteOntoAnotherAndTheTitleTellsForAMomen
     Click(Large(0, layout::kCopyRow));
     EXPECT_TRUE(editor.Delay().HasCopy());
     EXPECT_EQ(title(0), "SLOT 1  -  COPIED");
-    const int ticks = editor.FPS() * 3 / 2; // a second and a half
-    for (int i = 0; i < ticks - 1; ++i)
+    for (int i = 1; i <= editor.FPS() * 3 / 2; ++i) // a second and a half
+    {
         editor.TickTimedLabels();
-    EXPECT_EQ(title(0), "SLOT 1  -  COPIED");
-    editor.TickTimedLabels();
-    EXPECT_EQ(title(0), "SLOT 1  -  TAP STEPS");
+        EXPECT_EQ(title(0), i < editor.FPS() * 3 / 2 ? "SLOT 1  -  COPIED" : "SLOT 1  -  TAP STEPS");
+    }
 
     editor.ShowPage(kPageLargeSteps + 2, false);
     plug.mLog.clear();
@@ -468,35 +465,17 @@ TEST_F(DelayEditor, ASlotsStepsAndMasksPasteOntoAnotherAndTheTitleTellsForAMomen
     EXPECT_EQ(title(2), "SLOT 3  -  TAP STEPS");
 }
 
-TEST_F(DelayEditor, EveryDelayParameterHasAControlOnTheDelayPages)
-{
-    std::set<int> onPages;
-    for (int list : {kListDelay, kListLarge1, kListLarge2, kListLarge3, kListLarge4})
-        for (int idx : editor.ListControls(static_cast<EPageList>(list)))
-            onPages.insert(editor.GetControl(idx)->ParamIdx());
-    std::vector<int> wanted;
-    for (int id = kDelayMode1; id <= kReverseXFade4; ++id)
-        wanted.push_back(id);
-    for (int slot = 0; slot < 4; ++slot)
-        for (int first : {kFeedback1, kFeedbackModDepth1, kFeedbackModSource1, kDelayTapsSwing1})
-            wanted.push_back(first + slot);
-    for (int id : wanted)
-        EXPECT_EQ(onPages.count(id), 1u) << plug.GetParam(id)->name;
-}
-
 // The playing tap's number lights; when the next tap plays, both numbers are drawn again. (That
 // the light follows the echoes is the engine suite's EditorTapPlaying test.)
 TEST_F(DelayEditor, ThePlayingTapsNumberLightsAndTheOneBeforeGoesOut)
 {
     editor.ShowPage(kPageLargeLevels + 1, false);
-    auto number = [&](int column)
-    { return dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(column))); };
+    auto* three = dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(3)));
+    auto* four = dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(4)));
     editor.Delay().SetPlayingTap(1, 3);
     editor.OnTimerTick();
-    EXPECT_FALSE(number(4)->PeekDirty());
+    EXPECT_FALSE(four->PeekDirty());
     editor.Delay().SetPlayingTap(1, 4);
-    EXPECT_FALSE(number(3)->IsLit());
-    EXPECT_TRUE(number(4)->IsLit());
-    EXPECT_TRUE(number(3)->PeekDirty());
-    EXPECT_TRUE(number(4)->PeekDirty());
+    EXPECT_TRUE(!three->IsLit() && four->IsLit());
+    EXPECT_TRUE(three->PeekDirty() && four->PeekDirty());
 }

@@ -126,18 +126,3 @@ TEST_F(EffectPages, ARowWithoutItsKnobShowsThePlainPanel)
     for (int k = 0; k < 5; ++k)
         EXPECT_TRUE(rowIsPlain(k)) << "knob " << k + 1;
 }
-
-TEST(EffectLayout, PanelsFitTheStageAndControlsDoNotOverlap)
-{
-    std::vector<IRECT> interactive;
-    for (const LayoutRow& row : kEffectsLayout)
-    {
-        EXPECT_TRUE(kStageRect.Intersect(row.mRect) == row.mRect) << row.mLabel;
-        if (row.mKind == ELayoutKind::kKnob || row.mKind == ELayoutKind::kSwitch ||
-            row.mKind == ELayoutKind::kValuePopup)
-            interactive.push_back(row.mRect);
-    }
-    for (size_t i = 0; i < interactive.size(); ++i)
-        for (size_t j = i + 1; j < interactive.size(); ++j)
-            EXPECT_FALSE(interactive[i].Intersects(interactive[j])) << i << " " << j;
-}

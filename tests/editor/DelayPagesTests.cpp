@@ -235,8 +235,7 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
                                [&](int s, int row, int t, bool on) { told += Cat("mod", s, row, t, on); }});
     editor.ShowPage(kPageLargeSteps + 1, false);
     // A fresh slot has every step effect off: both faders gray and take no mouse.
-    EXPECT_TRUE(Step(1, "FX P1", 2)->IsGrayed());
-    EXPECT_TRUE(Step(1, "FX P2", 2)->IsGrayed());
+    EXPECT_TRUE(Step(1, "FX P1", 2)->IsGrayed() && Step(1, "FX P2", 2)->IsGrayed());
     Click(Step(1, "FX ON", 2));
     Click(Step(1, "MOD P1", 2));
     EXPECT_FALSE(Step(1, "FX P1", 2)->IsGrayed());
@@ -254,8 +253,7 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     // Masks from the plug-in gray the faders too; level taps are never grayed by them.
     editor.Delay().SetStepFxMask(1, 0xFFFF);
     editor.Delay().SetStepModMask(1, 1, 0x0001);
-    EXPECT_FALSE(Step(1, "FX P2", 0)->IsGrayed());
-    EXPECT_TRUE(Step(1, "FX P2", 1)->IsGrayed());
+    EXPECT_TRUE(!Step(1, "FX P2", 0)->IsGrayed() && Step(1, "FX P2", 1)->IsGrayed());
 
     editor.ShowPage(kPageLargeLevels + 1, false);
     EXPECT_FALSE(Step(1, "LEVEL", 1)->IsGrayed());
@@ -290,8 +288,7 @@ TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOn)
         PickRow(pick);
         EXPECT_EQ(editor.Delay().TapOnMask(1, 0), left ? 0xFFFFu : 0xFFFBu) << mark;
         EXPECT_EQ(editor.Delay().TapOnMask(1, 1), right ? 0xFFFFu : 0xFFFBu) << mark;
-        EXPECT_EQ(Lit(1, "TAP L", 2), left);
-        EXPECT_EQ(Lit(1, "TAP R", 2), right);
+        EXPECT_TRUE(Lit(1, "TAP L", 2) == left && Lit(1, "TAP R", 2) == right) << mark;
     }
     // One report per pick, with both channels; no other tap and no parameter moved.
     EXPECT_EQ(taps, "tap1201 tap1200 tap1210 ");
@@ -394,8 +391,7 @@ TEST_F(DelayEditor, TapPatternsSetBothChannelsOfEveryTap)
         EXPECT_EQ(editor.Delay().TapOnMask(3, 1), right) << pattern;
     }
     EXPECT_EQ(reports, 48);
-    EXPECT_TRUE(Lit(3, "TAP R", 3));
-    EXPECT_FALSE(Lit(3, "TAP R", 4));
+    EXPECT_TRUE(Lit(3, "TAP R", 3) && !Lit(3, "TAP R", 4));
     // The other slots keep theirs; the pattern menu belongs to the level taps view.
     EXPECT_EQ(editor.Delay().TapOnMask(2, 0), 0u);
     editor.ShowPage(kPageLargeSteps + 3, false);
@@ -452,8 +448,7 @@ TEST_F(DelayEditor, ASlotsStepsAndMasksPasteOntoAnotherAndTheTitleTellsForAMomen
     editor.ShowPage(kPageLargeSteps + 2, false);
     plug.mLog.clear();
     Click(Large(2, layout::kPasteRow));
-    EXPECT_DOUBLE_EQ(Step(2, "FX P2", 9)->GetValue(), 0.75);
-    EXPECT_DOUBLE_EQ(Step(2, "PAN", 15)->GetValue(), 0.0);
+    EXPECT_TRUE(Step(2, "FX P2", 9)->GetValue() == 0.75 && Step(2, "PAN", 15)->GetValue() == 0.0);
     EXPECT_EQ(editor.Delay().StepFxMask(2), 0x0F0Fu);
     EXPECT_EQ(editor.Delay().TapOnMask(2, 1), 0x00F0u);
     EXPECT_EQ(fxReports, 16);

@@ -29,8 +29,7 @@ struct Fixture : Window<1240, 620>
 
 TEST_F(Fixture, DrawsInAttachOrderHitsFromTheLastAndSkipsHiddenAndGrayed)
 {
-    RecordingControl* under = Add(IRECT(0, 0, 100, 100), -1, 1);
-    RecordingControl* over = Add(IRECT(50, 50, 150, 150), -1, 2);
+    RecordingControl *under = Add(IRECT(0, 0, 100, 100), -1, 1), *over = Add(IRECT(50, 50, 150, 150), -1, 2);
     Add(IRECT(400, 400, 420, 420), -1, 3);
     IRECT r;
     ASSERT_TRUE(graphics.IsDirty(r));
@@ -43,8 +42,7 @@ TEST_F(Fixture, DrawsInAttachOrderHitsFromTheLastAndSkipsHiddenAndGrayed)
 
     over->Hide(true);
     Click(60, 60);
-    EXPECT_EQ(under->mDowns, 1);
-    EXPECT_EQ(over->mDowns, 0);
+    EXPECT_TRUE(under->mDowns == 1 && over->mDowns == 0);
     ASSERT_TRUE(graphics.IsDirty(r)); // the area it left is painted over
     graphics.Draw(r);
     EXPECT_EQ(drawn, (std::vector<int>{1}));
@@ -92,15 +90,13 @@ TEST_F(Fixture, RedrawsTheUnionOfDirtyControlsOnly)
 
 TEST_F(Fixture, CaptureSendsDragsAndUpToThePressedControl)
 {
-    RecordingControl* a = Add(IRECT(0, 0, 50, 50), kGain, 1);
-    RecordingControl* b = Add(IRECT(60, 0, 110, 50), kMix, 2);
+    RecordingControl *a = Add(IRECT(0, 0, 50, 50), kGain, 1), *b = Add(IRECT(60, 0, 110, 50), kMix, 2);
     Settle();
     graphics.OnMouseDown(10, 10, Left());
     graphics.OnMouseDrag(70, 10, Left()); // over b now
     graphics.OnMouseDrag(80, 20, Left());
     graphics.OnMouseUp(80, 20, Left());
-    EXPECT_EQ(a->mDrags, 2);
-    EXPECT_EQ(a->mUps, 1);
+    EXPECT_TRUE(a->mDrags == 2 && a->mUps == 1);
     EXPECT_EQ(b->mDowns + b->mDrags + b->mUps, 0);
     EXPECT_EQ(plug.Gestures(), "B0 E0");
 }
@@ -115,15 +111,11 @@ TEST(BitmapControlTest, FrameOfAValue)
 
 TEST_F(Fixture, PlugValuesFanOutToEveryControlOfTheParameterAndLinkedOnesAreWritten)
 {
-    RecordingControl* a = Add(IRECT(0, 0, 10, 10), kMix);
-    RecordingControl* b = Add(IRECT(20, 0, 30, 10), kMix);
-    RecordingControl* other = Add(IRECT(40, 0, 50, 10), kGain);
-    RecordingControl* linked = Add(IRECT(60, 0, 70, 10), kGain);
+    RecordingControl *a = Add(IRECT(0, 0, 10, 10), kMix), *b = Add(IRECT(20, 0, 30, 10), kMix);
+    RecordingControl *other = Add(IRECT(40, 0, 50, 10), kGain), *linked = Add(IRECT(60, 0, 70, 10), kGain);
     linked->AddAuxParam(kMix);
     graphics.SetParameterFromPlug(kMix, 0.25, true);
-    EXPECT_EQ(a->GetValue(), 0.25);
-    EXPECT_EQ(b->GetValue(), 0.25);
-    EXPECT_EQ(other->GetValue(), 0.0);
+    EXPECT_TRUE(a->GetValue() == 0.25 && b->GetValue() == 0.25 && other->GetValue() == 0.0);
     EXPECT_EQ(linked->AuxParams()[0].mValue, 0.25);
     // The first value from the plug-in is the default; a plain value is normalised first.
     EXPECT_EQ(a->GetDefaultValue(), 0.25);

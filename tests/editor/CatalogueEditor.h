@@ -7,6 +7,7 @@
 #include <string>
 
 #include "EditorDoubles.h"
+#include "editor/IOverlay.h"
 #include "editor/QuorvexEditor.h"
 #include "params/IParamRecord.h"
 #include "params/ParamCatalogue.h"
@@ -53,6 +54,15 @@ struct CatalogueEditor : ::testing::Test
         const int x = (r.L + r.R) / 2, y = (r.T + r.B) / 2;
         ASSERT_EQ(editor.GetControl(editor.HitTest(x, y)), c);
         ClickAt(x, y, mod);
+    }
+    IPopupOverlay* Popup() { return dynamic_cast<IPopupOverlay*>(editor.ModalOverlay()); }
+    // Picks row `i` of the open list's first level with the mouse, as a user does.
+    void PickRow(int i)
+    {
+        ASSERT_NE(Popup(), nullptr);
+        const IRECT r = Popup()->ItemRect(0, i);
+        editor.OnMouseOver(r.L + 4, r.T + 4, IMouseMod());
+        ClickAt(r.L + 4, r.T + 4);
     }
     // Drags a control up by `pixels` (down when negative) from its middle, one pixel at a time.
     void DragUp(IControl* c, int pixels)

@@ -3,7 +3,9 @@
 // follow the slot's tap count, whose faders drag their own step and whose masks gray them.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
+#include <sstream>
 #include <tuple>
 
 #include "CatalogueEditor.h"
@@ -14,6 +16,14 @@ using namespace editortest;
 
 namespace
 {
+// The arguments of a call-back in a row, for a log of calls.
+template <typename... A> std::string Cat(A... a)
+{
+    std::ostringstream out;
+    (out << ... << a) << ' ';
+    return out.str();
+}
+
 struct DelayEditor : CatalogueEditor
 {
     // The overview's shown control of a parameter, or null.
@@ -32,9 +42,9 @@ struct DelayEditor : CatalogueEditor
     {
         return Large(slot, layout::StepRowControl(StepRowOf(row), column));
     }
-    bool Lit(int slot, const char* row, int column)
+    bool Lit(int slot, const char* row, int col)
     {
-        return dynamic_cast<DelayTextButton*>(Step(slot, row, column))->IsLit();
+        return dynamic_cast<DelayTextButton*>(Step(slot, row, col))->IsLit();
     }
     static int StepRowOf(const char* name)
     {
@@ -47,40 +57,40 @@ struct DelayEditor : CatalogueEditor
 bool Interactive(ELayoutKind kind)
 {
     using enum ELayoutKind;
-    const ELayoutKind kinds[] = {kKnob,         kModeKnob,        kSwitch,          kValuePopup,
-                                 kSourceField,  kLargeViewButton, kLargeBackButton, kLargeViewSelect,
-                                 kTapStepFader, kStepMaskButton,  kTapNumber};
-    return std::find(std::begin(kinds), std::end(kinds), kind) != std::end(kinds);
+    for (ELayoutKind k : {kKnob, kModeKnob, kSwitch, kValuePopup, kSourceField, kLargeViewButton,
+                          kLargeBackButton, kLargeViewSelect, kTapStepFader, kStepMaskButton, kTapNumber})
+        if (k == kind) return true;
+    return false;
 }
 
-template <typename Rows, typename Rules> void ExpectFitsAndNoOverlap(const Rows& rows, const Rules& rules)
+// Without rules every row may show with every other.
+template <typename Rows, typename Rules> void ExpectFitsAndNoOverlap(const Rows& rows, const Rules* rules)
 {
     for (const LayoutRow& row : rows)
     {
-        EXPECT_TRUE(kStageRect.Intersect(row.mRect) == row.mRect) << row.mLabel << " " << row.mParam;
-        if (row.mKind == ELayoutKind::kKnob || row.mKind == ELayoutKind::kModeKnob)
-        {
-            EXPECT_TRUE(kStageRect.Intersect(KnobLabelRect(row.mRect)) == KnobLabelRect(row.mRect));
-        }
+        const bool knob = row.mKind == ELayoutKind::kKnob || row.mKind == ELayoutKind::kModeKnob;
+        const IRECT shown = knob ? row.mRect.Union(KnobLabelRect(row.mRect)) : row.mRect;
+        EXPECT_TRUE(kStageRect.Intersect(shown) == shown) << row.mLabel << " " << row.mParam;
     }
     // Two rows can show at once when some mode, time kind and view allows both.
     for (size_t i = 0; i < rows.size(); ++i)
         for (size_t j = i + 1; j < rows.size(); ++j)
         {
-            const bool together = (rules[i].mModes & rules[j].mModes) && (rules[i].mSync & rules[j].mSync) &&
-                                  (rules[i].mViews & rules[j].mViews);
-            if (Interactive(rows[i].mKind) && Interactive(rows[j].mKind) && together)
-            {
-                EXPECT_FALSE(rows[i].mRect.Intersects(rows[j].mRect)) << i << " " << j;
-            }
+            const bool together = !rules || ((*rules)[i].mModes & (*rules)[j].mModes) &&
+                                                ((*rules)[i].mSync & (*rules)[j].mSync) &&
+                                                ((*rules)[i].mViews & (*rules)[j].mViews);
+            EXPECT_FALSE(Interactive(rows[i].mKind) && Interactive(rows[j].mKind) && together &&
+                         rows[i].mRect.Intersects(rows[j].mRect))
+                << i << " " << j;
         }
 }
 } // namespace
 
-TEST(DelayLayout, BothPagesFitTheStageAndControlsShownTogetherDoNotOverlap)
+TEST(DelayLayout, DelayAndEffectPagesFitTheStageAndControlsShownTogetherDoNotOverlap)
 {
-    ExpectFitsAndNoOverlap(kDelayLayout, kDelayRules);
-    ExpectFitsAndNoOverlap(kLargeDelayLayout, kLargeDelayRules);
+    ExpectFitsAndNoOverlap(kDelayLayout, &kDelayRules);
+    ExpectFitsAndNoOverlap(kLargeDelayLayout, &kLargeDelayRules);
+    ExpectFitsAndNoOverlap(kEffectsLayout, static_cast<const decltype(kDelayRules)*>(nullptr));
     // Every row of a slot lies inside that slot's panel.
     for (int row = 0; row < static_cast<int>(kDelayLayout.size()); ++row)
     {
@@ -127,16 +137,13 @@ TEST_F(DelayEditor, EverySlotShowsEachOfItsDelayParametersInTheModeThatUsesThem)
 TEST_F(DelayEditor, TimeKnobsInMillisecondsWhenFreeAndFactorsWhenSynced)
 {
     editor.ShowPage(kPageDelay, false);
-    SetIndex(kTimebase3, 0); // "MS"
-    EXPECT_NE(ShownOnOverview(kDelayTimeL3), nullptr);
-    EXPECT_NE(ShownOnOverview(kDelayTimeR3), nullptr);
-    EXPECT_EQ(ShownOnOverview(kDelayFactorL3), nullptr);
-    // The other slots keep their synced default.
-    EXPECT_NE(ShownOnOverview(kDelayFactorL2), nullptr);
-    EXPECT_EQ(ShownOnOverview(kDelayTimeL2), nullptr);
-    SetIndex(kTimebase3, 2);
-    EXPECT_EQ(ShownOnOverview(kDelayTimeL3), nullptr);
-    EXPECT_NE(ShownOnOverview(kDelayFactorR3), nullptr);
+    for (int timebase : {0, 2}) // "MS", then synced as the other slots are by default
+    {
+        SetIndex(kTimebase3, timebase);
+        EXPECT_EQ(ShownOnOverview(kDelayTimeL3) && ShownOnOverview(kDelayTimeR3), timebase == 0);
+        EXPECT_EQ(ShownOnOverview(kDelayFactorL3) && ShownOnOverview(kDelayFactorR3), timebase != 0);
+        EXPECT_TRUE(ShownOnOverview(kDelayFactorL2) && !ShownOnOverview(kDelayTimeL2));
+    }
 }
 
 TEST_F(DelayEditor, EachLargeViewIsOnItsSlotsSteps)
@@ -147,30 +154,37 @@ TEST_F(DelayEditor, EachLargeViewIsOnItsSlotsSteps)
                                                     {"FX P1", kTapDelay1Step1FXP1},
                                                     {"FX P2", kTapDelay1Step1FXP2}};
     for (int slot = 0; slot < 4; ++slot)
+    {
         for (const auto& [row, first] : families)
             for (int column = 0; column < 16; ++column)
                 EXPECT_EQ(Step(slot, row, column)->ParamIdx(), first + slot * 16 + column)
                     << row << " slot " << slot << " column " << column;
-    // The rows' settings under the faders are the slot's own, each on its view.
-    for (int slot = 0; slot < 4; ++slot)
+        // The rows' settings under the faders are the slot's own, each on its view.
         for (int view : {kPageLargeLevels, kPageLargeSteps})
         {
             editor.ShowPage(view + slot, false);
             std::set<int> shown;
             for (int row = 0; row < static_cast<int>(kLargeDelayLayout.size()); ++row)
-            {
-                const IControl* c = Large(slot, row);
-                if (c && !c->IsHidden() && c->ParamIdx() >= 0) shown.insert(c->ParamIdx());
-            }
+                if (const IControl* c = Large(slot, row); c && !c->IsHidden()) shown.insert(c->ParamIdx());
             for (const layout::StepBandItem& item : layout::kStepBand)
-            {
-                const bool mine = (item.views & (view == kPageLargeSteps ? 2 : 1)) != 0;
-                EXPECT_EQ(shown.count(item.param + slot), mine ? 1u : 0u) << item.label << " slot " << slot;
-            }
+                EXPECT_EQ(shown.count(item.param + slot),
+                          (item.views & (view == kPageLargeSteps ? 2 : 1)) ? 1u : 0u)
+                    << item.label << " slot " << slot;
         }
+    }
     // Pan faders fill from the middle; level faders from the bottom.
     EXPECT_TRUE(dynamic_cast<StepFaderControl*>(Step(0, "PAN", 0))->IsBipolar());
     EXPECT_FALSE(dynamic_cast<StepFaderControl*>(Step(0, "LEVEL", 0))->IsBipolar());
+    // No delay parameter is left without a control on the delay pages.
+    std::set<int> onPages;
+    for (int list : {kListDelay, kListLarge1, kListLarge2, kListLarge3, kListLarge4})
+        for (int idx : editor.ListControls(static_cast<EPageList>(list)))
+            onPages.insert(editor.GetControl(idx)->ParamIdx());
+    for (int id = kDelayMode1; id <= kReverseXFade4; ++id)
+        EXPECT_EQ(onPages.count(id), 1u) << plug.GetParam(id)->name;
+    for (int slot = 0; slot < 4; ++slot)
+        for (int first : {kFeedback1, kFeedbackModDepth1, kFeedbackModSource1, kDelayTapsSwing1})
+            EXPECT_EQ(onPages.count(first + slot), 1u) << plug.GetParam(first + slot)->name;
 }
 
 // Each view shows its own rows, in as many columns as the slot has taps; the other view's rows and
@@ -209,22 +223,19 @@ TEST_F(DelayEditor, AFaderDragIsOneGestureOnItsStep)
     editor.ShowPage(kPageLargeLevels + 3, false);
     IControl* fader = Step(3, "LEVEL", 6);
     const double before = fader->GetValue();
-    DragUp(fader, -24);
+    DragUp(fader, -24); // a quarter of the fader's height down takes a quarter of the range off
     EXPECT_EQ(plug.Gestures(), OneGesture(kTapDelay4Step7Level));
-    // Down by a quarter of the fader's height takes a quarter of the range off.
     EXPECT_NEAR(fader->GetValue(), before - 24.0 / fader->GetRECT().H(), 0.02);
 }
 
 TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
 {
-    std::vector<std::tuple<int, int, bool>> fx;
-    std::vector<std::tuple<int, int, int, bool>> mods;
-    editor.SetStepMaskActions({nullptr, [&](int s, int t, bool on) { fx.emplace_back(s, t, on); },
-                               [&](int s, int row, int t, bool on) { mods.emplace_back(s, row, t, on); }});
+    std::string told;
+    editor.SetStepMaskActions({nullptr, [&](int s, int t, bool on) { told += Cat("fx", s, t, on); },
+                               [&](int s, int row, int t, bool on) { told += Cat("mod", s, row, t, on); }});
     editor.ShowPage(kPageLargeSteps + 1, false);
     // A fresh slot has every step effect off: both faders gray and take no mouse.
-    EXPECT_TRUE(Step(1, "FX P1", 2)->IsGrayed());
-    EXPECT_TRUE(Step(1, "FX P2", 2)->IsGrayed());
+    EXPECT_TRUE(Step(1, "FX P1", 2)->IsGrayed() && Step(1, "FX P2", 2)->IsGrayed());
     Click(Step(1, "FX ON", 2));
     Click(Step(1, "MOD P1", 2));
     EXPECT_FALSE(Step(1, "FX P1", 2)->IsGrayed());
@@ -235,16 +246,14 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     // The step's effect off grays it again, its modulation bit kept.
     Click(Step(1, "FX ON", 2));
     EXPECT_TRUE(Step(1, "FX P1", 2)->IsGrayed());
-    EXPECT_EQ(fx, (std::vector<std::tuple<int, int, bool>>{{1, 2, true}, {1, 2, false}}));
-    EXPECT_EQ(mods, (std::vector<std::tuple<int, int, int, bool>>{{1, 0, 2, true}}));
+    EXPECT_EQ(told, "fx121 mod1021 fx120 ");
     // The right button leaves a mask alone.
     Click(Step(1, "FX ON", 5), Right());
     EXPECT_EQ(editor.Delay().StepFxMask(1), 0u);
     // Masks from the plug-in gray the faders too; level taps are never grayed by them.
     editor.Delay().SetStepFxMask(1, 0xFFFF);
     editor.Delay().SetStepModMask(1, 1, 0x0001);
-    EXPECT_FALSE(Step(1, "FX P2", 0)->IsGrayed());
-    EXPECT_TRUE(Step(1, "FX P2", 1)->IsGrayed());
+    EXPECT_TRUE(!Step(1, "FX P2", 0)->IsGrayed() && Step(1, "FX P2", 1)->IsGrayed());
 
     editor.ShowPage(kPageLargeLevels + 1, false);
     EXPECT_FALSE(Step(1, "LEVEL", 1)->IsGrayed());
@@ -253,47 +262,36 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
 
 TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOn)
 {
-    std::vector<std::tuple<int, int, bool, bool>> taps;
-    editor.SetStepMaskActions({[&](int s, int t, bool l, bool r) { taps.emplace_back(s, t, l, r); }, {}, {}});
+    std::string taps;
+    editor.SetStepMaskActions(
+        {[&](int s, int t, bool l, bool r) { taps += Cat("tap", s, t, l, r); }, {}, {}});
     editor.ShowPage(kPageLargeLevels + 1, false);
     editor.Delay().SetTapOnMask(1, 0, 0xFFFF);
     editor.Delay().SetTapOnMask(1, 1, 0xFFFF);
-    IControl* number = Large(1, layout::StepColumnNumber(2));
-    // Opens the menu, checks its entries, picks `mark` and returns the entry that was checked.
-    auto menu = [&](const std::string& mark)
+    // {entry picked, entry checked before, left and right on after}
+    const std::tuple<const char*, const char*, bool, bool> picks[] = {
+        {"R", "L+R", false, true}, {"--", "R", false, false}, {"L", "--", true, false}};
+    for (const auto& [mark, checked, left, right] : picks)
     {
-        Click(number);
-        auto* popup = dynamic_cast<IPopupOverlay*>(editor.ModalOverlay());
-        const IPopupMenu* items = popup ? popup->MenuAt(0) : nullptr;
-        std::string texts, checked;
-        for (int i = 0; items && i < items->NItems(); ++i)
+        Click(Large(1, layout::StepColumnNumber(2)));
+        const IPopupMenu* items = Popup()->MenuAt(0);
+        std::string texts, was;
+        int pick = -1;
+        for (int i = 0; i < items->NItems(); ++i)
         {
             texts += items->GetItem(i)->mText + "|";
-            if (items->GetItem(i)->Checked()) checked = items->GetItem(i)->mText;
+            was = items->GetItem(i)->Checked() ? items->GetItem(i)->mText : was;
+            pick = items->GetItem(i)->mText == mark ? i : pick;
         }
         EXPECT_EQ(texts, "--|L|R|L+R|");
-        for (int i = 0; items && i < items->NItems(); ++i)
-            if (items->GetItem(i)->mText == mark)
-            {
-                const IRECT r = popup->ItemRect(0, i);
-                editor.OnMouseOver(r.L + 5, r.T + 5, IMouseMod());
-                ClickAt(r.L + 5, r.T + 5);
-                break;
-            }
-        return checked;
-    };
-    EXPECT_EQ(menu("R"), "L+R");
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 0), 0xFFFFu & ~(1u << 2));
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 1), 0xFFFFu);
-    EXPECT_FALSE(Lit(1, "TAP L", 2));
-    EXPECT_TRUE(Lit(1, "TAP R", 2));
-    EXPECT_EQ(menu("--"), "R");
-    EXPECT_EQ(menu("L"), "--");
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 0), 0xFFFFu);
-    EXPECT_EQ(editor.Delay().TapOnMask(1, 1), 0xFFFFu & ~(1u << 2));
+        EXPECT_EQ(was, checked);
+        PickRow(pick);
+        EXPECT_EQ(editor.Delay().TapOnMask(1, 0), left ? 0xFFFFu : 0xFFFBu) << mark;
+        EXPECT_EQ(editor.Delay().TapOnMask(1, 1), right ? 0xFFFFu : 0xFFFBu) << mark;
+        EXPECT_TRUE(Lit(1, "TAP L", 2) == left && Lit(1, "TAP R", 2) == right) << mark;
+    }
     // One report per pick, with both channels; no other tap and no parameter moved.
-    EXPECT_EQ(taps, (std::vector<std::tuple<int, int, bool, bool>>{
-                        {1, 2, false, true}, {1, 2, false, false}, {1, 2, true, false}}));
+    EXPECT_EQ(taps, "tap1201 tap1200 tap1210 ");
     EXPECT_EQ(plug.Gestures(), "");
 }
 
@@ -311,39 +309,35 @@ TEST_F(DelayEditor, NarrowSourceFieldsShowShortNamesAndOfferTheFullList)
         EXPECT_EQ(field->ShortText(), text) << source;
     }
     Click(field);
-    auto* popup = dynamic_cast<IPopupOverlay*>(editor.ModalOverlay());
-    ASSERT_NE(popup, nullptr);
-    EXPECT_EQ(popup->MenuAt(0)->NItems(), 15);
-    EXPECT_EQ(popup->MenuAt(0)->GetItem(14)->mText, "LOGIC4");
+    ASSERT_EQ(Popup()->MenuAt(0)->NItems(), 15);
+    EXPECT_EQ(Popup()->MenuAt(0)->GetItem(14)->mText, "LOGIC4");
 }
 
 TEST_F(DelayEditor, ButtonsMoveBetweenTheOverviewAndALargeView)
 {
     editor.ShowPage(kPageDelay, false);
-    // Slot 3's button opens slot 3's level taps.
     IControl* slot3 = editor.ControlOfPageRow(kListDelay, 2 * layout::kDelayRowsPerSlot + 1);
-    Click(slot3);
-    EXPECT_EQ(editor.Pages().Shown(), kPageLargeLevels + 2);
-    IControl* select = Large(2, layout::kLargeViewSelectRow);
-    Click(select);
-    EXPECT_EQ(editor.Pages().Shown(), kPageLargeLevels + 2); // the middle lies between the two
-    const IRECT r = select->GetRECT();
-    ClickAt(r.R - 4, (r.T + r.B) / 2);
-    EXPECT_EQ(editor.Pages().Shown(), kPageLargeSteps + 2);
-    Click(Large(2, layout::kLargeBackRow));
-    EXPECT_EQ(editor.Pages().Shown(), kPageDelay);
-    // The slot's view is remembered: its button opens the effect steps now.
-    Click(slot3);
-    EXPECT_EQ(editor.Pages().Shown(), kPageLargeSteps + 2);
-
+    const IRECT r = Large(2, layout::kLargeViewSelectRow)->GetRECT();
+    // Slot 3's button opens slot 3's level taps; the selector's middle lies between its two halves;
+    // the slot's view is remembered, so its button opens the effect steps after the way back.
+    const std::pair<std::function<void()>, int> steps[] = {
+        {[&] { Click(slot3); }, kPageLargeLevels + 2},
+        {[&] { Click(Large(2, layout::kLargeViewSelectRow)); }, kPageLargeLevels + 2},
+        {[&] { ClickAt(r.R - 4, (r.T + r.B) / 2); }, kPageLargeSteps + 2},
+        {[&] { Click(Large(2, layout::kLargeBackRow)); }, kPageDelay},
+        {[&] { Click(slot3); }, kPageLargeSteps + 2}};
+    for (const auto& [act, shown] : steps)
+    {
+        act();
+        EXPECT_EQ(editor.Pages().Shown(), shown);
+    }
     // With page actions set, the buttons ask the plug-in instead.
-    std::vector<std::string> asked;
-    editor.SetPageActions({[&](int page) { asked.push_back("show " + std::to_string(page)); }, nullptr,
-                           [&]
-                           { asked.push_back("toggle " + std::to_string(editor.Pages().SelectedSlot())); }});
+    std::string asked;
+    editor.SetPageActions({[&](int page) { asked += Cat("show", page); }, nullptr,
+                           [&] { asked += Cat("toggle", editor.Pages().SelectedSlot()); }});
     ClickAt(r.L + 4, (r.T + r.B) / 2);
     Click(Large(2, layout::kLargeBackRow));
-    EXPECT_EQ(asked, (std::vector<std::string>{"show 12", "toggle 2"}));
+    EXPECT_EQ(asked, "show12 toggle2 ");
 }
 
 TEST_F(DelayEditor, ARowPresetWritesTheTapsInUseOneGestureEach)
@@ -351,31 +345,28 @@ TEST_F(DelayEditor, ARowPresetWritesTheTapsInUseOneGestureEach)
     SetIndex(kDelayTaps2, 4); // five taps
     editor.ShowPage(kPageLargeLevels + 1, false);
     const double untouched = Step(1, "LEVEL", 5)->GetValue();
-    // The row's name opens its menu.
-    Click(Large(1, layout::StepRowName(StepRowOf("LEVEL"))));
+    Click(Large(1, layout::StepRowName(StepRowOf("LEVEL")))); // the row's name opens its menu
     EXPECT_NE(editor.ModalOverlay(), nullptr);
-    plug.mLog.clear();
-    editor.Delay().ApplyStepPreset(1, StepRowOf("LEVEL"), 2); // RAMP
-    for (int i = 0; i < 5; ++i)
-        EXPECT_NEAR(Step(1, "LEVEL", i)->GetValue(), i / 4.0, 1e-9) << i;
+    // {row, preset, the five steps after}: RAMP; with a grid of two steps it snaps to floor(3 v) / 2;
+    // pan presets run from full left to full right (RAMP DOWN).
+    const std::tuple<const char*, int, int, std::vector<double>> cases[] = {
+        {"LEVEL", 2, 0, {0.0, 0.25, 0.5, 0.75, 1.0}},
+        {"LEVEL", 2, 2, {0.0, 0.0, 0.5, 1.0, 1.0}},
+        {"PAN", 3, 0, {1.0, 0.75, 0.5, 0.25, 0.0}}};
+    for (const auto& [row, preset, grid, steps] : cases)
+    {
+        SetIndex(kTapLevelSteps2, grid);
+        plug.mLog.clear();
+        editor.Delay().ApplyStepPreset(1, StepRowOf(row), preset);
+        for (int i = 0; i < 5; ++i)
+            EXPECT_NEAR(Step(1, row, i)->GetValue(), steps[i], 1e-9) << row << " " << grid << " " << i;
+        // Levels start at full: the last step of the ramp is there already and is left out.
+        if (preset == 2 && !grid)
+            EXPECT_EQ(plug.Gestures(),
+                      OneGesture(kTapDelay2Step1Level) + " " + OneGesture(kTapDelay2Step2Level) + " " +
+                          OneGesture(kTapDelay2Step3Level) + " " + OneGesture(kTapDelay2Step4Level));
+    }
     EXPECT_EQ(Step(1, "LEVEL", 5)->GetValue(), untouched);
-    // Levels start at full: the last step of the ramp is there already and is left out.
-    std::string expected;
-    for (int i = 0; i < 4; ++i)
-        expected += (i ? " " : "") + OneGesture(kTapDelay2Step1Level + i);
-    EXPECT_EQ(plug.Gestures(), expected);
-
-    // With a grid of two steps the ramp snaps: floor(3 v) / 2.
-    SetIndex(kTapLevelSteps2, 2);
-    editor.Delay().ApplyStepPreset(1, StepRowOf("LEVEL"), 2);
-    const double snapped[] = {0.0, 0.0, 0.5, 1.0, 1.0};
-    for (int i = 0; i < 5; ++i)
-        EXPECT_NEAR(Step(1, "LEVEL", i)->GetValue(), snapped[i], 1e-9) << i;
-
-    // Pan presets run from full left to full right.
-    editor.Delay().ApplyStepPreset(1, StepRowOf("PAN"), 3); // RAMP DOWN
-    for (int i = 0; i < 5; ++i)
-        EXPECT_NEAR(Step(1, "PAN", i)->GetValue(), 1.0 - i / 4.0, 1e-9) << i;
     // RANDOMIZE fills all 16 steps, the hidden ones too.
     plug.mLog.clear();
     editor.Delay().ApplyStepPreset(1, StepRowOf("TIME"), 7);
@@ -390,22 +381,17 @@ TEST_F(DelayEditor, TapPatternsSetBothChannelsOfEveryTap)
     editor.SetStepMaskActions({[&](int slot, int, bool, bool) { reports += slot == 3; }, nullptr, nullptr});
     editor.ShowPage(kPageLargeLevels + 3, false);
     EXPECT_FALSE(Large(3, layout::kTapPatternRow)->IsHidden());
-    const struct
+    // PING PONG, LEFT and SYNCOPED (every third tap): {pattern, left, right}
+    const std::tuple<int, unsigned, unsigned> cases[] = {
+        {4, 0x5555, 0xAAAA}, {2, 0xFFFF, 0}, {5, 0x9249, 0x9249}};
+    for (const auto& [pattern, left, right] : cases)
     {
-        int pattern;
-        std::uint16_t left, right;
-    } cases[] = {{4, 0x5555, 0xAAAA},  // PING PONG
-                 {2, 0xFFFF, 0},       // LEFT
-                 {5, 0x9249, 0x9249}}; // SYNCOPED: every third tap
-    for (const auto& c : cases)
-    {
-        editor.Delay().ApplyTapPattern(3, c.pattern);
-        EXPECT_EQ(editor.Delay().TapOnMask(3, 0), c.left) << c.pattern;
-        EXPECT_EQ(editor.Delay().TapOnMask(3, 1), c.right) << c.pattern;
+        editor.Delay().ApplyTapPattern(3, pattern);
+        EXPECT_EQ(editor.Delay().TapOnMask(3, 0), left) << pattern;
+        EXPECT_EQ(editor.Delay().TapOnMask(3, 1), right) << pattern;
     }
     EXPECT_EQ(reports, 48);
-    EXPECT_TRUE(Lit(3, "TAP R", 3));
-    EXPECT_FALSE(Lit(3, "TAP R", 4));
+    EXPECT_TRUE(Lit(3, "TAP R", 3) && !Lit(3, "TAP R", 4));
     // The other slots keep theirs; the pattern menu belongs to the level taps view.
     EXPECT_EQ(editor.Delay().TapOnMask(2, 0), 0u);
     editor.ShowPage(kPageLargeSteps + 3, false);
@@ -416,19 +402,17 @@ TEST_F(DelayEditor, ARowMovesAroundTheTapsInUse)
 {
     SetIndex(kDelayTaps1, 3); // four taps
     editor.ShowPage(kPageLargeLevels, false);
-    const double values[] = {0.1, 0.2, 0.3, 0.4};
-    for (int i = 0; i < 4; ++i)
+    const double values[] = {0.1, 0.2, 0.3, 0.4, 0.9};
+    for (int i = 0; i < 5; ++i)
         Step(0, "TIME", i)->SetValueFromPlug(values[i]);
-    Step(0, "TIME", 4)->SetValueFromPlug(0.9);
-    // The move buttons sit under the row's name: the right one first.
-    Click(Large(0, layout::kLargeMoveRows + 1));
-    for (int i = 0; i < 4; ++i)
-        EXPECT_DOUBLE_EQ(Step(0, "TIME", i)->GetValue(), values[(i + 3) % 4]) << i;
-    EXPECT_DOUBLE_EQ(Step(0, "TIME", 4)->GetValue(), 0.9); // beyond the taps in use
-    Click(Large(0, layout::kLargeMoveRows + 0));
-    for (int i = 0; i < 4; ++i)
-        EXPECT_DOUBLE_EQ(Step(0, "TIME", i)->GetValue(), values[i]) << i;
-    // The other rows stay.
+    // The move buttons sit under the row's name: the right one first. The fifth step is beyond the
+    // taps in use, and the other rows stay.
+    for (const auto& [button, shift] : {std::pair{1, 3}, {0, 0}})
+    {
+        Click(Large(0, layout::kLargeMoveRows + button));
+        for (int i = 0; i < 5; ++i)
+            EXPECT_DOUBLE_EQ(Step(0, "TIME", i)->GetValue(), values[i < 4 ? (i + shift) % 4 : 4]) << i;
+    }
     EXPECT_DOUBLE_EQ(Step(0, "LEVEL", 0)->GetValue(), plug.GetParam(kTapDelay1Step1Level)->GetNormalized());
 }
 
@@ -455,18 +439,16 @@ TEST_F(DelayEditor, ASlotsStepsAndMasksPasteOntoAnotherAndTheTitleTellsForAMomen
     Click(Large(0, layout::kCopyRow));
     EXPECT_TRUE(editor.Delay().HasCopy());
     EXPECT_EQ(title(0), "SLOT 1  -  COPIED");
-    const int ticks = editor.FPS() * 3 / 2; // a second and a half
-    for (int i = 0; i < ticks - 1; ++i)
+    for (int i = 1; i <= editor.FPS() * 3 / 2; ++i) // a second and a half
+    {
         editor.TickTimedLabels();
-    EXPECT_EQ(title(0), "SLOT 1  -  COPIED");
-    editor.TickTimedLabels();
-    EXPECT_EQ(title(0), "SLOT 1  -  TAP STEPS");
+        EXPECT_EQ(title(0), i < editor.FPS() * 3 / 2 ? "SLOT 1  -  COPIED" : "SLOT 1  -  TAP STEPS");
+    }
 
     editor.ShowPage(kPageLargeSteps + 2, false);
     plug.mLog.clear();
     Click(Large(2, layout::kPasteRow));
-    EXPECT_DOUBLE_EQ(Step(2, "FX P2", 9)->GetValue(), 0.75);
-    EXPECT_DOUBLE_EQ(Step(2, "PAN", 15)->GetValue(), 0.0);
+    EXPECT_TRUE(Step(2, "FX P2", 9)->GetValue() == 0.75 && Step(2, "PAN", 15)->GetValue() == 0.0);
     EXPECT_EQ(editor.Delay().StepFxMask(2), 0x0F0Fu);
     EXPECT_EQ(editor.Delay().TapOnMask(2, 1), 0x00F0u);
     EXPECT_EQ(fxReports, 16);
@@ -481,35 +463,17 @@ TEST_F(DelayEditor, ASlotsStepsAndMasksPasteOntoAnotherAndTheTitleTellsForAMomen
     EXPECT_EQ(title(2), "SLOT 3  -  TAP STEPS");
 }
 
-TEST_F(DelayEditor, EveryDelayParameterHasAControlOnTheDelayPages)
-{
-    std::set<int> onPages;
-    for (int list : {kListDelay, kListLarge1, kListLarge2, kListLarge3, kListLarge4})
-        for (int idx : editor.ListControls(static_cast<EPageList>(list)))
-            onPages.insert(editor.GetControl(idx)->ParamIdx());
-    std::vector<int> wanted;
-    for (int id = kDelayMode1; id <= kReverseXFade4; ++id)
-        wanted.push_back(id);
-    for (int slot = 0; slot < 4; ++slot)
-        for (int first : {kFeedback1, kFeedbackModDepth1, kFeedbackModSource1, kDelayTapsSwing1})
-            wanted.push_back(first + slot);
-    for (int id : wanted)
-        EXPECT_EQ(onPages.count(id), 1u) << plug.GetParam(id)->name;
-}
-
 // The playing tap's number lights; when the next tap plays, both numbers are drawn again. (That
 // the light follows the echoes is the engine suite's EditorTapPlaying test.)
 TEST_F(DelayEditor, ThePlayingTapsNumberLightsAndTheOneBeforeGoesOut)
 {
     editor.ShowPage(kPageLargeLevels + 1, false);
-    auto number = [&](int column)
-    { return dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(column))); };
+    auto* three = dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(3)));
+    auto* four = dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(4)));
     editor.Delay().SetPlayingTap(1, 3);
     editor.OnTimerTick();
-    EXPECT_FALSE(number(4)->PeekDirty());
+    EXPECT_FALSE(four->PeekDirty());
     editor.Delay().SetPlayingTap(1, 4);
-    EXPECT_FALSE(number(3)->IsLit());
-    EXPECT_TRUE(number(4)->IsLit());
-    EXPECT_TRUE(number(3)->PeekDirty());
-    EXPECT_TRUE(number(4)->PeekDirty());
+    EXPECT_TRUE(!three->IsLit() && four->IsLit());
+    EXPECT_TRUE(three->PeekDirty() && four->PeekDirty());
 }

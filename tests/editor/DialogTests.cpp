@@ -42,8 +42,7 @@ TEST_F(Dialogs, MessageBoxWaitsForTheUsersAnswer)
     auto* box = dynamic_cast<IMessageBoxOverlay*>(graphics.ModalOverlay());
     ASSERT_NE(box, nullptr);
     // Modal: a click beside it changes nothing, neither the box nor the controls under it.
-    graphics.OnMouseDown(5, 5, Left());
-    graphics.OnMouseUp(5, 5, Left());
+    Window::Click(5, 5);
     EXPECT_EQ(graphics.ModalOverlay(), box);
     EXPECT_TRUE(plug.mLog.empty());
     Click(box->ButtonRect());
@@ -63,32 +62,27 @@ TEST_F(Dialogs, MessageBoxWaitsForTheUsersAnswer)
 
 TEST_F(Dialogs, SavePromptListsTheFolderTreeWithoutHiddenFolders)
 {
-    const auto folders = IFilePromptOverlay::ScanFolders(Top());
-    ASSERT_EQ(folders.size(), 4u);
-    EXPECT_EQ(folders[0].mRelative, "");
-    EXPECT_EQ(folders[0].mName, "User Presets");
     // Sorted by path regardless of case: "Atmos" before "bass", "bass/Dub" under "bass".
-    EXPECT_EQ(folders[1].mRelative, "Atmos");
-    EXPECT_EQ(folders[2].mRelative, "bass");
-    EXPECT_EQ(folders[3].mRelative, "bass/Dub");
-    EXPECT_EQ(folders[3].mName, "Dub");
-    EXPECT_EQ(folders[3].mDepth, 2);
+    std::string listed;
+    for (const auto& f : IFilePromptOverlay::ScanFolders(Top()))
+        listed += f.mRelative + ":" + f.mName + ":" + std::to_string(f.mDepth) + " ";
+    EXPECT_EQ(listed, ":User Presets:0 Atmos:Atmos:1 bass:bass:1 bass/Dub:Dub:2 ");
     // A folder that doesn't exist still offers itself, and nothing else.
     EXPECT_EQ(IFilePromptOverlay::ScanFolders((dir / "missing").string()).size(), 1u);
 }
 
 TEST_F(Dialogs, SavePromptPathsFromNamesAndFolders)
 {
+    // A blank name gives no path at all.
     const std::tuple<const char*, const char*, const char*> cases[] = {
-        {"", "New Preset", "/New Preset.txt"},
         {"bass/Dub", "  Deep  ", "/bass/Dub/Deep.txt"},
         {"", "Has.TXT", "/Has.TXT"},
         {"", "a/b\\c", "/a-b-c.txt"},
         {"", ".txt", "/.txt.txt"},
-    };
+        {"", "   ", ""}};
     for (const auto& [relative, name, want] : cases)
-        EXPECT_EQ(IFilePromptOverlay::PathFor(Top(), relative, name, "txt"), Top() + want) << name;
-    EXPECT_EQ(IFilePromptOverlay::PathFor(Top(), "", "   ", "txt"), "");
+        EXPECT_EQ(IFilePromptOverlay::PathFor(Top(), relative, name, "txt"), *want ? Top() + want : "")
+            << name;
     EXPECT_EQ(IFilePromptOverlay::PathFor(Top() + "/", "", "x", "txt"), Top() + "/x.txt");
 }
 
@@ -111,14 +105,14 @@ TEST_F(Dialogs, SavePromptPicksAFolderAndAName)
     EXPECT_EQ(graphics.ModalOverlay(), nullptr);
 
     // CANCEL gives an empty path, and so does a blank name.
-    graphics.PromptForFile("Drop", Top(), "txt", [&](const std::string& p) { saved = p; });
-    Click(dynamic_cast<IFilePromptOverlay*>(graphics.ModalOverlay())->CancelRect());
-    EXPECT_EQ(saved, "");
-    saved = "-";
-    graphics.PromptForFile("Blank", Top(), "txt", [&](const std::string& p) { saved = p; });
-    graphics.OnKeyDown(0, 0, kKeyBackspace);
-    graphics.OnKeyDown(0, 0, kKeyEnter);
-    EXPECT_EQ(saved, "");
+    for (int blank = 0; blank < 2; ++blank)
+    {
+        saved = "-";
+        graphics.PromptForFile("Drop", Top(), "txt", [&](const std::string& p) { saved = p; });
+        if (!blank) Click(dynamic_cast<IFilePromptOverlay*>(graphics.ModalOverlay())->CancelRect());
+        if (blank) graphics.OnKeyDown(0, 0, kKeyBackspace), graphics.OnKeyDown(0, 0, kKeyEnter);
+        EXPECT_EQ(saved, "");
+    }
 }
 
 TEST_F(Dialogs, SavePromptScrollsALongFolderList)
@@ -140,12 +134,12 @@ TEST_F(Dialogs, SavePromptScrollsALongFolderList)
     // The wheel stops at the ends.
     const IRECT first = prompt->FolderRect(prompt->FirstVisibleFolder());
     const int x = (first.L + first.R) / 2, y = (first.T + first.B) / 2;
-    for (int i = 0; i < 20; ++i)
-        graphics.OnMouseWheel(x, y, Left(), -1);
-    EXPECT_EQ(prompt->FirstVisibleFolder(), n - IFilePromptOverlay::kVisibleRows);
-    for (int i = 0; i < 20; ++i)
-        graphics.OnMouseWheel(x, y, Left(), 1);
-    EXPECT_EQ(prompt->FirstVisibleFolder(), 0);
+    for (const auto& [notch, first] : {std::pair{-1, n - IFilePromptOverlay::kVisibleRows}, {1, 0}})
+    {
+        for (int i = 0; i < 20; ++i)
+            graphics.OnMouseWheel(x, y, Left(), notch);
+        EXPECT_EQ(prompt->FirstVisibleFolder(), first);
+    }
     // The whole box lies inside the window.
     EXPECT_TRUE(IRECT(0, 0, 1240, 620).Intersect(prompt->Bounds()) == prompt->Bounds());
 }

@@ -31,38 +31,25 @@ class RecordingPlug : public IPlugBase
     {
         GetParam(kGain)->InitDouble("Gain", 0.0, -12.0, 12.0, 0.1, "dB");
         GetParam(kMode)->InitEnum("Mode", 0, 3);
-        GetParam(kMode)->SetDisplayText(0, "SOFT");
-        GetParam(kMode)->SetDisplayText(1, "HARD");
-        GetParam(kMode)->SetDisplayText(2, "FOLD");
+        for (int i = 0; const char* text : {"SOFT", "HARD", "FOLD"})
+            GetParam(kMode)->SetDisplayText(i++, text);
         GetParam(kSwitch)->InitBool("Switch", false);
         GetParam(kMix)->InitDouble("Mix", 50.0, 0.0, 100.0, 0.1, "%");
     }
     void BeginInformHostOfParamChange(int id) override { Log('B', id); }
-    void InformHostOfParamChange(int id, double normalized) override
-    {
-        Log('P', id);
-        mLastPerformed = normalized;
-    }
+    void InformHostOfParamChange(int id, double normalized) override { Log('P', id, normalized); }
     void EndInformHostOfParamChange(int id) override { Log('E', id); }
-    void Log(char what, int id)
+    void Log(char what, int id, double v = -1.0)
     {
-        std::string entry(1, what);
-        entry.append(std::to_string(id));
-        mLog.push_back(entry);
+        mLog.push_back(what + std::to_string(id));
+        mLastPerformed = what == 'P' ? v : mLastPerformed;
     }
-
     // The log without repeated performs: "B0 P0 E0" for any number of moves in one gesture.
     std::string Gestures() const
     {
-        std::string out;
-        std::string last;
+        std::string out, last;
         for (const std::string& e : mLog)
-        {
-            if (e == last && e[0] == 'P') continue;
-            if (!out.empty()) out.push_back(' ');
-            out.append(e);
-            last = e;
-        }
+            if (e != last || e[0] != 'P') out += (out.empty() ? "" : " ") + (last = e);
         return out;
     }
 
@@ -78,16 +65,13 @@ class RecordingControl : public IControl
         : IControl(plug, r, id), mDrawn(drawn), mTag(tag)
     {
     }
-    void Draw(IGraphics*) override
-    {
-        if (mDrawn) mDrawn->push_back(mTag);
-    }
+    void Draw(IGraphics*) override { mDrawn->push_back(mTag); }
     void OnMouseDown(int x, int y, const IMouseMod& mod) override
     {
         ++mDowns;
         IControl::OnMouseDown(x, y, mod);
     }
-    void OnMouseDrag(int x, int y, int dX, int dY, const IMouseMod&) override { mDrags += 1; }
+    void OnMouseDrag(int, int, int, int, const IMouseMod&) override { ++mDrags; }
     void OnMouseUp(int, int, const IMouseMod&) override { ++mUps; }
 
     std::vector<int>* mDrawn;
@@ -95,27 +79,12 @@ class RecordingControl : public IControl
     int mDowns = 0, mDrags = 0, mUps = 0;
 };
 
-inline IBitmap FakeStrip(int w, int frameH, int frames)
-{
-    IBitmap b;
-    b.W = w;
-    b.H = frameH * frames;
-    b.N = frames;
-    return b;
-}
-
-inline IMouseMod Left()
-{
-    IMouseMod m;
-    m.L = true;
-    return m;
-}
-inline IMouseMod Right()
-{
-    IMouseMod m;
-    m.R = true;
-    return m;
-}
+// A strip whose bitmap failed to load: its size and frame count, no raster.
+inline const auto FakeStrip = [](int w, int frameH, int frames) {
+    return IBitmap{{}, w, frameH * frames, frames};
+};
+inline const auto Left = [] { return IMouseMod{.L = true}; };
+inline const auto Right = [] { return IMouseMod{.R = true}; };
 
 // The recording plug-in behind a window of W x H layout pixels.
 template <int W, int H> struct Window : ::testing::Test
@@ -141,8 +110,7 @@ template <int W, int H> struct Window : ::testing::Test
     }
     std::uint32_t Pixel(int x, int y)
     {
-        IRaster& r = graphics.Raster();
-        return r.Pixels()[y * (r.Stride() / 4) + x];
+        return graphics.Raster().Pixels()[y * (graphics.Raster().Stride() / 4) + x];
     }
     int Red(int x, int y) { return static_cast<int>((Pixel(x, y) >> 16) & 0xFF); }
 };

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <tuple>
 
 #include "CatalogueEditor.h"
 #include "editor/FxPanelControls.h"
@@ -71,38 +72,20 @@ TEST_F(EffectPages, EachPageShowsItsPositionsParameters)
 
 TEST_F(EffectPages, KnobNamesAndKnobsFollowTheType)
 {
-    const struct
+    // {page shown while the type is set, type, slot, effect, knob names}. The feedback menu is a
+    // list of its own (its pitch shifter has one side); a type set on a page not shown shows later.
+    const std::tuple<int, int, int, const char*, std::vector<std::string>> cases[] = {
+        {kPagePreFx, kFX2PR, 1, "COMPRESSOR", {"THRESH", "RATIO", "ATTACK", "RELEASE", "GAIN"}},
+        {kPagePreFx, kFX2PR, 1, "PITCH SHIFT ST", {"COARSE L", "COARSE R", "SIZE", "DETUNE", "MIX"}},
+        {kPageFeedbackFx, kFX1FB, 0, "PITCH SHIFT", {"COARSE", "FINE", "SIZE", "DETUNE", "MIX"}},
+        {kPageLfo, kFX4PO, 3, "VOWEL", {"VOWEL POS", "MODE", "SPREAD", "GAIN", "DIM"}}};
+    for (const auto& [page, type, slot, effect, names] : cases)
     {
-        int page, type;
-        EPageList list;
-        int slot;
-        const char* effect;
-        std::vector<std::string> names;
-    } cases[] = {
-        {kPagePreFx, kFX2PR, kListPreFx, 1, "COMPRESSOR", {"THRESH", "RATIO", "ATTACK", "RELEASE", "GAIN"}},
-        {kPagePreFx, kFX2PR, kListPreFx, 1, "COMB", {"FREQ", "FB", "HIPASS", "LOPASS", "SPREAD"}},
-        {kPagePreFx,
-         kFX2PR,
-         kListPreFx,
-         1,
-         "PITCH SHIFT ST",
-         {"COARSE L", "COARSE R", "SIZE", "DETUNE", "MIX"}},
-        // The feedback menu is a list of its own: its pitch shifter has one side.
-        {kPageFeedbackFx,
-         kFX1FB,
-         kListFeedbackFx,
-         0,
-         "PITCH SHIFT",
-         {"COARSE", "FINE", "SIZE", "DETUNE", "MIX"}},
-        // A type change on a page not shown shows right later.
-        {kPageLfo, kFX4PO, kListPostFx, 3, "VOWEL", {"VOWEL POS", "MODE", "SPREAD", "GAIN", "DIM"}},
-    };
-    for (const auto& c : cases)
-    {
-        editor.ShowPage(c.page, false);
-        SetIndex(c.type, MenuIndex(c.type, c.effect));
-        editor.ShowPage(ListOfPage(c.page) == c.list ? c.page : kPagePostFx, false);
-        EXPECT_EQ(Names(c.list, c.slot), c.names) << c.effect;
+        editor.ShowPage(page, false);
+        SetIndex(type, MenuIndex(type, effect));
+        const int shown = page == kPageLfo ? kPagePostFx : page;
+        editor.ShowPage(shown, false);
+        EXPECT_EQ(Names(ListOfPage(shown), slot), names) << effect;
     }
     EXPECT_EQ(MenuIndex(kFX1FB, "PITCH SHIFT"), 3); // not the phaser of the other menus
     // OFF shows no knob at all.
@@ -142,19 +125,4 @@ TEST_F(EffectPages, ARowWithoutItsKnobShowsThePlainPanel)
     SetIndex(kFX1PO, 0);
     for (int k = 0; k < 5; ++k)
         EXPECT_TRUE(rowIsPlain(k)) << "knob " << k + 1;
-}
-
-TEST(EffectLayout, PanelsFitTheStageAndControlsDoNotOverlap)
-{
-    std::vector<IRECT> interactive;
-    for (const LayoutRow& row : kEffectsLayout)
-    {
-        EXPECT_TRUE(kStageRect.Intersect(row.mRect) == row.mRect) << row.mLabel;
-        if (row.mKind == ELayoutKind::kKnob || row.mKind == ELayoutKind::kSwitch ||
-            row.mKind == ELayoutKind::kValuePopup)
-            interactive.push_back(row.mRect);
-    }
-    for (size_t i = 0; i < interactive.size(); ++i)
-        for (size_t j = i + 1; j < interactive.size(); ++j)
-            EXPECT_FALSE(interactive[i].Intersects(interactive[j])) << i << " " << j;
 }

@@ -8,43 +8,31 @@ TEST(PageState, TheDelayTabReopensTheRememberedLargeView)
 {
     PageState pages;
     pages.Show(kPageLargeSteps + 2, false); // slot 3, effect steps
-    EXPECT_EQ(pages.DelayPage(), 16);
     EXPECT_EQ(pages.SelectedSlot(), 2);
     EXPECT_TRUE(pages.LargeViewShowsSteps(2));
     pages.Show(kPageLfo, false);
     EXPECT_EQ(pages.Show(kPageDelay, false), 16);
     EXPECT_EQ(pages.LastPage(), 16); // the view, not the bare delay tab
-
     // The options page leaves the memory alone and leads back to where it was opened.
     EXPECT_EQ(pages.ToggleOptions(false), kPageOptions);
-    EXPECT_EQ(pages.LastPage(), kPageOptions);
-    EXPECT_EQ(pages.DelayPage(), 16);
     EXPECT_EQ(pages.ToggleOptions(false), 16);
-
-    // From a large view the toggle goes to the overview itself, and then the overview is remembered.
+    // From a large view the toggle goes to the overview itself, and then the overview is remembered,
+    // and back into the selected slot's view as that slot last showed it.
     EXPECT_EQ(pages.ToggleLargeDelayView(false), kPageDelay);
-    EXPECT_EQ(pages.DelayPage(), kPageDelay);
     EXPECT_EQ(pages.Show(kPageDelay, false), kPageDelay);
-    // ... and back into the selected slot's view as that slot last showed it.
     EXPECT_EQ(pages.ToggleLargeDelayView(false), 16);
     pages.SelectSlot(0);
     pages.ToggleLargeDelayView(false);
     EXPECT_EQ(pages.ToggleLargeDelayView(false), kPageLargeLevels);
-}
 
-TEST(PageState, LoadingKeepsTheLastPageAndBadPagesReadAsTheOverview)
-{
-    PageState pages;
+    // Loading shows a page without storing it; bad pages read as the overview; a stored large view
+    // (from a session or a preset) comes back as that slot's view.
     pages.Show(kPageGates, false);
-    pages.Show(kPageLogic, true); // a preset is loading: shown, not stored
+    pages.Show(kPageLogic, true);
     EXPECT_EQ(pages.Shown(), kPageLogic);
     EXPECT_EQ(pages.LastPage(), kPageGates);
     for (int bad : {-1, 18, 1000})
-    {
-        PageState fresh;
-        EXPECT_EQ(fresh.Show(bad, false), kPageDelay) << bad;
-    }
-    // A stored large view (from a session or a preset) comes back as that slot's view.
+        EXPECT_EQ(PageState().Show(bad, false), kPageDelay) << bad;
     PageState restored;
     restored.SetLastPage(13);
     EXPECT_EQ(restored.Show(restored.LastPage(), true), 13);

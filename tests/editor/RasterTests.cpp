@@ -12,16 +12,10 @@ namespace
 {
 namespace fs = std::filesystem;
 
-struct Pixel
+// The pixel as 0xRRGGBB.
+std::uint32_t At(IRaster& raster, int dx, int dy)
 {
-    int a, r, g, b;
-};
-
-Pixel At(IRaster& raster, int dx, int dy)
-{
-    const std::uint32_t p = raster.Pixels()[dy * (raster.Stride() / 4) + dx];
-    return {static_cast<int>(p >> 24), static_cast<int>((p >> 16) & 0xFF), static_cast<int>((p >> 8) & 0xFF),
-            static_cast<int>(p & 0xFF)};
+    return raster.Pixels()[dy * (raster.Stride() / 4) + dx] & 0xFFFFFF;
 }
 
 // A folder of small PNGs made with the raster itself.
@@ -61,38 +55,32 @@ TEST(RasterTest, BitmapFramesTwinsAndBlendModes)
     EXPECT_EQ(strip.W, 4);
     EXPECT_EQ(strip.FrameH(), 4);
     IRaster& raster = graphics.Raster();
-    for (int frame = 1; frame <= 3; ++frame)
+    for (const auto& [frame, rgb] : {std::pair{1, 0xC80000u}, {2, 0x00C800u}, {3, 0x0000C8u}})
     {
         graphics.DrawBitmap(strip, IRECT(0, 0, 4, 4), frame);
-        const Pixel p = At(raster, 1, 1);
-        EXPECT_EQ(p.r, frame == 1 ? 200 : 0);
-        EXPECT_EQ(p.g, frame == 2 ? 200 : 0);
-        EXPECT_EQ(p.b, frame == 3 ? 200 : 0);
+        EXPECT_EQ(At(raster, 1, 1), rgb) << frame;
     }
 
     // The 2x twin serves a fine raster, the 1x image a plain one.
     const IBitmap twin = graphics.LoadIBitmap(2, "twin", 1);
     graphics.DrawBitmap(twin, IRECT(10, 0, 14, 4));
-    EXPECT_EQ(At(raster, 11, 1).r, 200);
+    EXPECT_EQ(At(raster, 11, 1), 0xC80000u);
     graphics.SetScale(2.0);
     graphics.DrawBitmap(twin, IRECT(10, 0, 14, 4));
-    EXPECT_EQ(At(graphics.Raster(), 22, 2).g, 200);
-    EXPECT_EQ(At(graphics.Raster(), 22, 2).r, 0);
+    EXPECT_EQ(At(graphics.Raster(), 22, 2), 0x00C800u);
     graphics.SetScale(1.0);
 
-    struct Case
-    {
-        IChannelBlend blend;
-        int expected; // each channel over a 60-grey ground
-    };
+    // {blend, weight, each channel over a 60-grey ground}
     const IBitmap grey = graphics.LoadIBitmap(3, "grey", 1);
-    const Case cases[] = {{IChannelBlend(IChannelBlend::kBlendNone), 100},
-                          {IChannelBlend(IChannelBlend::kBlendScale, 0.5f), 80},
-                          {IChannelBlend(IChannelBlend::kBlendScale, 0.0f), 60}};
-    for (const Case& c : cases)
+    const std::tuple<IChannelBlend::EBlendMode, float, int> cases[] = {
+        {IChannelBlend::kBlendNone, 1.0f, 100},
+        {IChannelBlend::kBlendScale, 0.5f, 80},
+        {IChannelBlend::kBlendScale, 0.0f, 60}};
+    for (const auto& [mode, weight, expected] : cases)
     {
         graphics.FillIRect(IColor(255, 60, 60, 60), IRECT(20, 20, 30, 30));
-        graphics.DrawBitmap(grey, IRECT(20, 20, 24, 24), 1, &c.blend);
-        EXPECT_NEAR(At(raster, 21, 21).r, c.expected, 1) << c.blend.mMode << " " << c.blend.mWeight;
+        const IChannelBlend blend(mode, weight);
+        graphics.DrawBitmap(grey, IRECT(20, 20, 24, 24), 1, &blend);
+        EXPECT_NEAR(static_cast<int>(At(raster, 21, 21) >> 16), expected, 1) << mode << " " << weight;
     }
 }

@@ -29,8 +29,7 @@ struct Fixture : Window<1240, 620>
 
 TEST_F(Fixture, DrawsInAttachOrderHitsFromTheLastAndSkipsHiddenAndGrayed)
 {
-    RecordingControl* under = Add(IRECT(0, 0, 100, 100), -1, 1);
-    RecordingControl* over = Add(IRECT(50, 50, 150, 150), -1, 2);
+    RecordingControl *under = Add(IRECT(0, 0, 100, 100), -1, 1), *over = Add(IRECT(50, 50, 150, 150), -1, 2);
     Add(IRECT(400, 400, 420, 420), -1, 3);
     IRECT r;
     ASSERT_TRUE(graphics.IsDirty(r));
@@ -43,8 +42,7 @@ TEST_F(Fixture, DrawsInAttachOrderHitsFromTheLastAndSkipsHiddenAndGrayed)
 
     over->Hide(true);
     Click(60, 60);
-    EXPECT_EQ(under->mDowns, 1);
-    EXPECT_EQ(over->mDowns, 0);
+    EXPECT_TRUE(under->mDowns == 1 && over->mDowns == 0);
     ASSERT_TRUE(graphics.IsDirty(r)); // the area it left is painted over
     graphics.Draw(r);
     EXPECT_EQ(drawn, (std::vector<int>{1}));
@@ -92,39 +90,32 @@ TEST_F(Fixture, RedrawsTheUnionOfDirtyControlsOnly)
 
 TEST_F(Fixture, CaptureSendsDragsAndUpToThePressedControl)
 {
-    RecordingControl* a = Add(IRECT(0, 0, 50, 50), kGain, 1);
-    RecordingControl* b = Add(IRECT(60, 0, 110, 50), kMix, 2);
+    RecordingControl *a = Add(IRECT(0, 0, 50, 50), kGain, 1), *b = Add(IRECT(60, 0, 110, 50), kMix, 2);
     Settle();
     graphics.OnMouseDown(10, 10, Left());
     graphics.OnMouseDrag(70, 10, Left()); // over b now
     graphics.OnMouseDrag(80, 20, Left());
     graphics.OnMouseUp(80, 20, Left());
-    EXPECT_EQ(a->mDrags, 2);
-    EXPECT_EQ(a->mUps, 1);
+    EXPECT_TRUE(a->mDrags == 2 && a->mUps == 1);
     EXPECT_EQ(b->mDowns + b->mDrags + b->mUps, 0);
     EXPECT_EQ(plug.Gestures(), "B0 E0");
 }
 
 TEST(BitmapControlTest, FrameOfAValue)
 {
-    const std::tuple<double, int, int> cases[] = {{0.0, 64, 1}, {1.0, 64, 64}, {0.5, 3, 2},   {0.24, 3, 1},
-                                                  {0.26, 3, 2}, {1.7, 10, 10}, {-0.3, 10, 1}, {0.5, 1, 1},
-                                                  {0.49, 2, 1}, {0.01, 101, 2}};
+    const std::tuple<double, int, int> cases[] = {{1.0, 64, 64}, {0.24, 3, 1},  {0.26, 3, 2},
+                                                  {1.7, 10, 10}, {-0.3, 10, 1}, {0.5, 1, 1}};
     for (const auto& [value, frames, frame] : cases)
         EXPECT_EQ(IBitmapControl::FrameForValue(value, frames), frame) << value << " of " << frames;
 }
 
 TEST_F(Fixture, PlugValuesFanOutToEveryControlOfTheParameterAndLinkedOnesAreWritten)
 {
-    RecordingControl* a = Add(IRECT(0, 0, 10, 10), kMix);
-    RecordingControl* b = Add(IRECT(20, 0, 30, 10), kMix);
-    RecordingControl* other = Add(IRECT(40, 0, 50, 10), kGain);
-    RecordingControl* linked = Add(IRECT(60, 0, 70, 10), kGain);
+    RecordingControl *a = Add(IRECT(0, 0, 10, 10), kMix), *b = Add(IRECT(20, 0, 30, 10), kMix);
+    RecordingControl *other = Add(IRECT(40, 0, 50, 10), kGain), *linked = Add(IRECT(60, 0, 70, 10), kGain);
     linked->AddAuxParam(kMix);
     graphics.SetParameterFromPlug(kMix, 0.25, true);
-    EXPECT_EQ(a->GetValue(), 0.25);
-    EXPECT_EQ(b->GetValue(), 0.25);
-    EXPECT_EQ(other->GetValue(), 0.0);
+    EXPECT_TRUE(a->GetValue() == 0.25 && b->GetValue() == 0.25 && other->GetValue() == 0.0);
     EXPECT_EQ(linked->AuxParams()[0].mValue, 0.25);
     // The first value from the plug-in is the default; a plain value is normalised first.
     EXPECT_EQ(a->GetDefaultValue(), 0.25);
@@ -144,49 +135,37 @@ TEST(ValueEntryTest, ParsedAndCutToRange)
 {
     IParamRecord gain;
     gain.InitDouble("Gain", 0.0, -12.0, 12.0, 0.1, "dB");
-    const std::tuple<const char*, bool, double> cases[] = {
-        {"3.5", true, 3.5},    {"  -6 dB", true, -6.0}, {"40", true, 12.0},
-        {"-100", true, -12.0}, {"abc", false, 0.0},     {"", false, 0.0},
-        {"1e1", true, 10.0},   {"nan", false, 0.0},     {"+2.25dB", true, 2.25}};
-    for (const auto& [text, ok, value] : cases)
+    // Text that isn't a number leaves the value alone.
+    const std::pair<const char*, double> cases[] = {{"  -6 dB", -6.0}, {"40", 12.0},     {"-100", -12.0},
+                                                    {"abc", 99.0},     {"", 99.0},       {"nan", 99.0},
+                                                    {"1e1", 10.0},     {"+2.25dB", 2.25}};
+    for (const auto& [text, value] : cases)
     {
         double v = 99.0;
-        EXPECT_EQ(IGraphics::ParseValueEntry(gain, text, v), ok) << text;
-        if (ok)
-        {
-            EXPECT_DOUBLE_EQ(v, value) << text;
-        }
+        EXPECT_EQ(IGraphics::ParseValueEntry(gain, text, v), value != 99.0) << text;
+        EXPECT_DOUBLE_EQ(v, value) << text;
     }
 }
 
+// Typing a value into the box is the window suite's; here the box's first text, Escape and a
+// control that refuses prompts.
 TEST_F(Fixture, RightClickPromptsATextBoxForANumber)
 {
     auto* knob = Attach(new IBitmapKnobControl(&plug, 0, 0, kGain, FakeStrip(40, 40, 32)));
-    graphics.SetParameterFromPlug(kGain, 0.5, true);
+    graphics.SetParameterFromPlug(kGain, 0.75, true);
     Settle();
     Click(10, 10, Right());
     auto* box = dynamic_cast<ITextEntryOverlay*>(graphics.ModalOverlay());
     ASSERT_NE(box, nullptr);
-    EXPECT_EQ(box->Text(), "0.0");
-    EXPECT_TRUE(plug.mLog.empty()); // no gesture for opening a prompt
-    // Typing replaces the selected text; Enter sets the cut value.
-    for (char ch : std::string("30"))
-        graphics.OnKeyDown(0, 0, ch);
-    graphics.OnKeyDown(0, 0, kKeyEnter);
-    EXPECT_EQ(graphics.ModalOverlay(), nullptr);
-    EXPECT_EQ(knob->GetValue(), 1.0);
-    EXPECT_EQ(plug.Gestures(), "B0 P0 E0");
-
-    // Escape drops the entry; a control that refuses prompts opens none.
-    plug.mLog.clear();
-    graphics.OnMouseDown(10, 10, Right());
+    EXPECT_EQ(box->Text(), "6.0");
     graphics.OnKeyDown(0, 0, '5');
     graphics.OnKeyDown(0, 0, kKeyEscape);
     EXPECT_EQ(graphics.ModalOverlay(), nullptr);
-    EXPECT_TRUE(plug.mLog.empty());
+    EXPECT_EQ(knob->GetValue(), 0.75);
     knob->DisablePrompt(true);
     graphics.OnMouseDown(10, 10, Right());
     EXPECT_EQ(graphics.ModalOverlay(), nullptr);
+    EXPECT_TRUE(plug.mLog.empty()); // no gesture for a prompt
 }
 
 TEST_F(Fixture, PopupSkipsDisabledItemsAndSeparators)
@@ -201,13 +180,9 @@ TEST_F(Fixture, PopupSkipsDisabledItemsAndSeparators)
                               [&](IPopupMenu* m, int i) { index = m == menu.get() ? i : -9; });
     auto* popup = dynamic_cast<IPopupOverlay*>(graphics.ModalOverlay());
     ASSERT_NE(popup, nullptr);
-    // Clicks on the disabled item and the separator do nothing.
-    for (int i : {1, 2})
-    {
-        const IRECT r = popup->ItemRect(0, i);
-        graphics.OnMouseDown(r.L + 3, r.T + 3, Left());
-        EXPECT_EQ(graphics.ModalOverlay(), popup);
-    }
+    for (int i : {1, 2}) // clicks on the disabled item and the separator do nothing
+        graphics.OnMouseDown(popup->ItemRect(0, i).L + 3, popup->ItemRect(0, i).T + 3, Left());
+    EXPECT_EQ(graphics.ModalOverlay(), popup);
     // Keys walk over them too.
     graphics.OnKeyDown(0, 0, kKeyUp);   // from the separator up to A, over B
     graphics.OnKeyDown(0, 0, kKeyDown); // down to C, over B and the separator
@@ -247,49 +222,39 @@ TEST_F(Fixture, LongMenusScrollAndSubMenusCascade)
     EXPECT_EQ(index, 3);
 }
 
-TEST(KnobArcTest, UnipolarFromTheStopBipolarFromTheTop)
+TEST_F(Fixture, KnobArcIsUnipolarFromTheStopBipolarFromTheTop)
 {
     // At the middle value a unipolar arc covers the left of the track and a bipolar one nothing.
     const std::tuple<bool, double, bool, bool> cases[] = {{false, 0.5, true, false},
                                                           {true, 0.5, false, false},
                                                           {true, 0.9, false, true},
-                                                          {true, 0.1, true, false},
-                                                          {false, 1.0, true, true}};
-    for (const auto& [bipolar, value, leftLit, rightLit] : cases)
+                                                          {true, 0.1, true, false}};
+    const IColor red(255, 255, 0, 0);
+    for (int x = 0; const auto& [bipolar, value, leftLit, rightLit] : cases)
     {
-        SCOPED_TRACE(::testing::Message() << "bipolar " << bipolar << " value " << value);
-        RecordingPlug plug;
-        IGraphics graphics(&plug, 100, 100, 25);
-        IColor red(255, 255, 0, 0);
-        auto* knob = new IBitmapKnobControl(&plug, 20, 20, kMix, FakeStrip(60, 60, 64), &red, bipolar);
-        graphics.AttachControl(knob);
-        knob->SetValueFromPlug(value);
+        Attach(new IBitmapKnobControl(&plug, x + 20, 20, kMix, FakeStrip(60, 60, 64), &red, bipolar))
+            ->SetValueFromPlug(value);
         graphics.OnTimerTick();
-        // Points on the track (radius 27.5 about 50,50) at 9 and 3 o'clock.
-        auto lit = [&](int x, int y)
-        { return ((graphics.Raster().Pixels()[y * graphics.Raster().Stride() / 4 + x] >> 16) & 0xFF) > 200; };
-        EXPECT_EQ(lit(23, 50), leftLit);
-        EXPECT_EQ(lit(77, 50), rightLit);
+        // Points on the track (radius 27.5 about the knob's centre) at 9 and 3 o'clock.
+        EXPECT_EQ(Red(x + 23, 50) > 200, leftLit) << bipolar << " " << value;
+        EXPECT_EQ(Red(x + 77, 50) > 200, rightLit) << bipolar << " " << value;
+        x += 100;
     }
 }
 
 TEST(MyTextTest, FormatsThroughFormatAndUnit)
 {
+    // A list text format and unusable ones show the plain number.
     const std::tuple<const char*, const char*, double, const char*> cases[] = {
         {"%.1f", " ms", 12.345, "12.3 ms"},
-        {"%.0f", " %", 49.6, "50 %"},
-        {"%.f", "", 2.7, "3"},
-        {"%.1f", " : 1", 4.0, "4.0 : 1"},
         {"%d", " ST", -6.6, "-7 ST"},
         {"%5.2f", "", 3.14159, " 3.14"},
         {"%+.1f", " dB", 1.25, "+1.2 dB"},
-        // A list text format and unusable ones show the plain number.
         {"%s", "", 1.5, "1.5"},
         {"%.1f %f", "", 1.0, "1"},
         {"%n", "", 2.0, "2"},
         {"%", " ms", 3.0, "3 ms"},
-        {"%.1f%%", "", 50.0, "50.0%"},
-    };
+        {"%.1f%%", "", 50.0, "50.0%"}};
     for (const auto& [format, unit, value, text] : cases)
         EXPECT_EQ(IMyTextControl::FormatValue(format, unit, value), text) << format;
 }
@@ -299,12 +264,7 @@ TEST(MyTextTest, FormatsThroughFormatAndUnit)
 TEST_F(Fixture, ALinkOpensItsAddress)
 {
     std::string opened;
-    graphics.SetURLOpener(
-        [&](const std::string& url)
-        {
-            opened = url;
-            return true;
-        });
+    graphics.SetURLOpener([&](const std::string& url) { return !(opened = url).empty(); });
     graphics.AttachControl(new IURLControl(&plug, IRECT(200, 0, 250, 20), "https://example.org/quorvex"));
     Click(210, 5);
     EXPECT_EQ(opened, "https://example.org/quorvex");

@@ -12,17 +12,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cctype>
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
+#include <cstring>
 #include <filesystem>
-#include <memory>
 #include <regex>
-#include <string>
 #include <string_view>
 #include <thread>
-#include <vector>
 
 #include "PluginModule.h"
 #include "common/HostDoubles.h"
@@ -30,13 +26,11 @@
 #include "editor/MainLayout.h"
 #include "editor/PageLayouts.h"
 #include "params/ParamIds.h"
-#include "pluginterfaces/base/ibstream.h"
 #include "pluginterfaces/gui/iplugview.h"
 #include "pluginterfaces/gui/iplugviewcontentscalesupport.h"
 #include "pluginterfaces/vst/ivstcomponent.h"
 #include "pluginterfaces/vst/ivstcontextmenu.h"
 #include "pluginterfaces/vst/ivsteditcontroller.h"
-#include "pluginterfaces/vst/ivsthostapplication.h"
 
 // Xlib last: its macros (None, Bool, Status) would break the headers above.
 #include <X11/Xlib.h>
@@ -84,8 +78,7 @@ class XvfbServer
                     setenv("DISPLAY", mName.c_str(), 1);
                     return true;
                 }
-                int status = 0;
-                if (waitpid(mPid, &status, WNOHANG) == mPid) break; // that number was taken: next
+                if (waitpid(mPid, nullptr, WNOHANG) == mPid) break; // that number was taken: next
             }
             Stop();
         }
@@ -93,10 +86,7 @@ class XvfbServer
     }
     void Stop()
     {
-        if (mPid <= 0) return;
-        kill(mPid, SIGTERM);
-        int status = 0;
-        waitpid(mPid, &status, 0);
+        if (mPid > 0 && kill(mPid, SIGTERM) == 0) waitpid(mPid, nullptr, 0);
         mPid = -1;
     }
     ~XvfbServer() { Stop(); }
@@ -116,9 +106,7 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
   public:
     tresult PLUGIN_API registerEventHandler(Linux::IEventHandler* handler, Linux::FileDescriptor fd) override
     {
-        handler->addRef();
-        mHandlers.push_back({handler, fd});
-        return kResultOk;
+        return handler->addRef(), mHandlers.push_back({handler, fd}), kResultOk;
     }
     tresult PLUGIN_API unregisterEventHandler(Linux::IEventHandler* handler) override
     {
@@ -126,9 +114,8 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
     }
     tresult PLUGIN_API registerTimer(Linux::ITimerHandler* handler, Linux::TimerInterval ms) override
     {
-        handler->addRef();
-        mTimers.push_back({handler, std::chrono::milliseconds(ms), Clock::now()});
-        return kResultOk;
+        return handler->addRef(), mTimers.push_back({handler, std::chrono::milliseconds(ms), Clock::now()}),
+               kResultOk;
     }
     tresult PLUGIN_API unregisterTimer(Linux::ITimerHandler* handler) override
     {
@@ -138,8 +125,7 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
     // Runs the loop for ms milliseconds: descriptors that can be read, then timers that are due.
     void Pump(int ms)
     {
-        const auto end = Clock::now() + std::chrono::milliseconds(ms);
-        while (Clock::now() < end)
+        for (const auto end = Clock::now() + std::chrono::milliseconds(ms); Clock::now() < end;)
         {
             std::vector<pollfd> fds;
             for (const Handler& h : mHandlers)
@@ -149,12 +135,11 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
             for (size_t i = 0; i < fds.size() && i < handlers.size(); ++i)
                 if (fds[i].revents & POLLIN) handlers[i].handler->onFDIsSet(handlers[i].fd);
             const auto now = Clock::now();
-            const auto timers = mTimers;
-            for (const Timer& t : timers)
+            for (const Timer t : std::vector<Timer>(mTimers))
                 if (now >= t.next)
                 {
                     for (Timer& live : mTimers)
-                        if (live.handler == t.handler) live.next = now + live.interval;
+                        live.next = live.handler == t.handler ? now + live.interval : live.next;
                     t.handler->onTimer();
                 }
         }
@@ -176,13 +161,8 @@ class RunLoop : public StackUnknown<Linux::IRunLoop>
     };
     template <typename Entries, typename H> static tresult Unregister(Entries& entries, H* handler)
     {
-        for (size_t i = 0; i < entries.size(); ++i)
-            if (entries[i].handler == handler)
-            {
-                entries.erase(entries.begin() + static_cast<long>(i));
-                handler->release();
-                return kResultOk;
-            }
+        for (auto it = entries.begin(); it != entries.end(); ++it)
+            if (it->handler == handler) return entries.erase(it), handler->release(), kResultOk;
         return kInvalidArgument;
     }
     std::vector<Handler> mHandlers;
@@ -198,8 +178,7 @@ class Frame : public hostdoubles::PlugFrame
     {
         if (!mLoop || !FUnknownPrivate::iidEqual(iid, Linux::IRunLoop::iid))
             return PlugFrame::queryInterface(iid, obj);
-        *obj = static_cast<Linux::IRunLoop*>(mLoop);
-        return kResultOk;
+        return *obj = static_cast<Linux::IRunLoop*>(mLoop), kResultOk;
     }
 
   private:
@@ -210,19 +189,22 @@ class Frame : public hostdoubles::PlugFrame
 class EditLog : public hostdoubles::ComponentHandler
 {
   public:
-    std::string Of(ParamID id)
+    // The gesture string of `id`, and the last value performed for it (or -1).
+    std::string Of(ParamID id, ParamValue* last = nullptr)
     {
         std::string s;
         for (const Edit& e : Edits())
-            if (e.id == id) s += static_cast<char>(std::toupper(e.kind));
+            if (e.id == id)
+            {
+                s += static_cast<char>(std::toupper(e.kind));
+                if (last && e.kind == 'p') *last = e.value;
+            }
         return s;
     }
-    // The last value performed for `id`, or -1.
     ParamValue Last(ParamID id)
     {
         ParamValue v = -1;
-        for (const Edit& e : Edits())
-            if (e.id == id && e.kind == 'p') v = e.value;
+        Of(id, &v);
         return v;
     }
 };
@@ -240,24 +222,16 @@ class MenuHost : public EditLog
         tresult PLUGIN_API getItem(int32, Item&, IContextMenuTarget**) override { return kNotImplemented; }
         tresult PLUGIN_API addItem(const Item& item, IContextMenuTarget* target) override
         {
-            if (target) target->addRef();
-            mItems.push_back({item, target});
-            return kResultOk;
+            return (target && target->addRef()), mItems.push_back({item, target}), kResultOk;
         }
         tresult PLUGIN_API removeItem(const Item&, IContextMenuTarget*) override { return kNotImplemented; }
         // "Shows" by remembering where.
-        tresult PLUGIN_API popup(UCoord x, UCoord y) override
-        {
-            mAt = {x, y};
-            return kResultOk;
-        }
-        void Clear()
+        tresult PLUGIN_API popup(UCoord x, UCoord y) override { return mAt = {x, y}, kResultOk; }
+        ~Menu()
         {
             for (auto& entry : mItems)
                 if (entry.second) entry.second->release();
-            mItems.clear();
         }
-        ~Menu() { Clear(); }
         std::vector<std::pair<Item, IContextMenuTarget*>> mItems;
         std::pair<UCoord, UCoord> mAt{-1, -1};
     };
@@ -268,7 +242,6 @@ class MenuHost : public EditLog
         IContextMenu* PLUGIN_API createContextMenu(IPlugView*, const ParamID* id) override
         {
             mHost.mMenuParam = id ? static_cast<int>(*id) : -1;
-            mHost.mMenu.Clear();
             return &mHost.mMenu;
         }
         MenuHost& mHost;
@@ -276,12 +249,9 @@ class MenuHost : public EditLog
 
     tresult PLUGIN_API queryInterface(const TUID iid, void** obj) override
     {
-        if (FUnknownPrivate::iidEqual(iid, IComponentHandler3::iid))
-        {
-            *obj = static_cast<IComponentHandler3*>(&mHandler3);
-            return kResultOk;
-        }
-        return EditLog::queryInterface(iid, obj);
+        if (!FUnknownPrivate::iidEqual(iid, IComponentHandler3::iid))
+            return EditLog::queryInterface(iid, obj);
+        return *obj = static_cast<IComponentHandler3*>(&mHandler3), kResultOk;
     }
     Menu mMenu;
     Handler3 mHandler3{*this};
@@ -296,16 +266,16 @@ class XvfbEnvironment : public ::testing::Environment
     void SetUp() override
     {
         gServer = new XvfbServer;
-        if (!gServer->Start())
-        {
-            delete gServer;
-            gServer = nullptr;
-        }
+        if (!gServer->Start()) TearDownServer();
     }
-    void TearDown() override
+    static void TearDownServer()
     {
         delete gServer;
         gServer = nullptr;
+    }
+    void TearDown() override
+    {
+        TearDownServer();
         // The plug-in's text went through cairo's and fontconfig's caches, which live until the
         // process ends: hand them back so the leak checker sees only what we own.
         cairo_debug_reset_static_data();
@@ -313,12 +283,6 @@ class XvfbEnvironment : public ::testing::Environment
     }
 };
 const auto* gEnv = ::testing::AddGlobalTestEnvironment(new XvfbEnvironment);
-
-std::string BundlePath()
-{
-    const char* env = std::getenv("QUORVEX_BUNDLE");
-    return env ? env : QUORVEX_BUNDLE_DIR;
-}
 
 IRECT RowRect(ELayoutKind kind, int param)
 {
@@ -345,7 +309,8 @@ struct EditorHost : ::testing::Test
     {
         ASSERT_NE(gServer, nullptr) << "Xvfb could not be started";
         std::string error;
-        module = vst3host::PluginModule::Load(BundlePath(), error);
+        const char* bundle = std::getenv("QUORVEX_BUNDLE");
+        module = vst3host::PluginModule::Load(bundle ? bundle : QUORVEX_BUNDLE_DIR, error);
         ASSERT_NE(module, nullptr) << error;
         IPluginFactory* factory = module->Factory();
         PClassInfo info;
@@ -369,11 +334,7 @@ struct EditorHost : ::testing::Test
         Close();
         if (display) XCloseDisplay(display);
         if (controller) controller->release();
-        if (component)
-        {
-            component->terminate();
-            component->release();
-        }
+        if (component) component->terminate(), component->release();
         module.reset();
     }
 
@@ -388,8 +349,7 @@ struct EditorHost : ::testing::Test
         ASSERT_EQ(view->queryInterface(IPlugViewContentScaleSupport::iid, reinterpret_cast<void**>(&scaling)),
                   kResultOk);
         view->setFrame(&frame);
-        scaling->setContentScaleFactor(static_cast<float>(s));
-        scaling->release();
+        scaling->setContentScaleFactor(static_cast<float>(s)), scaling->release();
         ViewRect size;
         ASSERT_EQ(view->getSize(&size), kResultTrue);
         EXPECT_EQ(size.getWidth(), static_cast<int>(std::lround(kEditorWidth * s)));
@@ -432,11 +392,15 @@ struct EditorHost : ::testing::Test
         XFlush(display);
         loop.Pump(30);
     }
+    void Press(unsigned button)
+    {
+        Button(button, true);
+        Button(button, false);
+    }
     void Click(int x, int y, unsigned button = 1)
     {
         Move(x, y);
-        Button(button, true);
-        Button(button, false);
+        Press(button);
         loop.Pump(450); // no double click with the next press
     }
     void Key(KeySym sym)
@@ -457,26 +421,18 @@ struct EditorHost : ::testing::Test
         XImage* image = XGetImage(display, parent, 0, 0, static_cast<unsigned>(wa.width),
                                   static_cast<unsigned>(wa.height), AllPlanes, ZPixmap);
         std::vector<std::uint32_t> pixels;
-        if (!image) return pixels;
-        cairo_surface_t* png = cairo_image_surface_create(CAIRO_FORMAT_RGB24, wa.width, wa.height);
-        auto* out = reinterpret_cast<std::uint32_t*>(cairo_image_surface_get_data(png));
-        const int stride = cairo_image_surface_get_stride(png) / 4;
-        for (int y = 0; y < wa.height; ++y)
+        for (int y = 0; image && y < wa.height; ++y)
             for (int x = 0; x < wa.width; ++x)
-            {
-                const auto p = static_cast<std::uint32_t>(XGetPixel(image, x, y)) & 0xFFFFFF;
-                pixels.push_back(p);
-                out[y * stride + x] = p;
-            }
-        cairo_surface_mark_dirty(png);
+                pixels.push_back(static_cast<std::uint32_t>(XGetPixel(image, x, y)) & 0xFFFFFF);
+        if (image) XDestroyImage(image);
         const char* dir = std::getenv("QUORVEX_SCREENSHOT_DIR");
-        if (dir && !pngName.empty())
-        {
-            std::filesystem::create_directories(dir);
-            cairo_surface_write_to_png(png, Cat({dir, "/", pngName}).c_str());
-        }
+        if (!dir || pngName.empty() || pixels.empty()) return pixels;
+        std::filesystem::create_directories(dir);
+        cairo_surface_t* png =
+            cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(pixels.data()),
+                                                CAIRO_FORMAT_RGB24, wa.width, wa.height, wa.width * 4);
+        cairo_surface_write_to_png(png, Cat({dir, "/", pngName}).c_str());
         cairo_surface_destroy(png);
-        XDestroyImage(image);
         return pixels;
     }
     std::uint32_t PixelAt(const std::vector<std::uint32_t>& pixels, int x, int y) const
@@ -545,9 +501,7 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
         Click(wet.L + 26, wet.T + 26, 3);
         const KeySym digit = s == 1.0 ? XK_3 : XK_4;
-        Key(digit);
-        Key(digit);
-        Key(XK_Return);
+        Key(digit), Key(digit), Key(XK_Return);
         const double typed = s == 1.0 ? 0.33 : 0.44;
         EXPECT_NEAR(log.Last(kWetLevel), typed, 1e-9);
         EXPECT_NEAR(controller->getParamNormalized(kWetLevel), typed, 1e-9);
@@ -577,20 +531,15 @@ TEST_F(EditorHost, WheelDoubleClickAndForwardedKeys)
     const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
     const double before = controller->getParamNormalized(kWetLevel);
     Move(wet.L + 26, wet.T + 26);
-    Button(4, true); // one notch up
-    Button(4, false);
+    Press(4); // one notch up
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before + 0.01, 1e-9);
     XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Shift_L), True, CurrentTime);
-    Button(5, true); // one fine notch down
-    Button(5, false);
+    Press(5); // one fine notch down
     XTestFakeKeyEvent(display, XKeysymToKeycode(display, XK_Shift_L), False, CurrentTime);
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before + 0.009, 1e-9);
     EXPECT_EQ(log.Of(kWetLevel), "BPEBPE");
     // Two quick presses return the knob to the value it had when the editor was built.
-    Button(1, true);
-    Button(1, false);
-    Button(1, true);
-    Button(1, false);
+    Press(1), Press(1);
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before, 1e-9);
 
     log.Clear();
@@ -624,9 +573,7 @@ TEST_F(EditorHost, TheHostsContextMenuCarriesOurValueEntry)
     ASSERT_NE(target, nullptr);
     EXPECT_EQ(target->executeMenuItem(item.tag), kResultOk);
     loop.Pump(100);
-    Key(XK_1);
-    Key(XK_2);
-    Key(XK_Return);
+    Key(XK_1), Key(XK_2), Key(XK_Return);
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), 0.12, 1e-9);
     EXPECT_EQ(host.Of(kWetLevel), "BPE");
     Close();
@@ -687,15 +634,27 @@ TEST_F(EditorHost, AGoneParentWindowIsNoErrorOfTheHosts)
     for (int code : gTestErrors)
         EXPECT_EQ(code, BadWindow);
 
-    // A parent that never existed: no window, no handler left behind.
-    view = controller->createView(ViewType::kEditor);
-    ASSERT_NE(view, nullptr);
-    view->setFrame(&frame);
-    EXPECT_EQ(view->attached(reinterpret_cast<void*>(0x3FFFFFF0), kPlatformTypeX11EmbedWindowID),
-              kResultFalse);
-    EXPECT_EQ(loop.Registered(), 0u);
-    view->release();
-    view = nullptr;
+    // A parent that never existed, or a host without a run loop: no window, no handler left behind.
+    Frame bare(nullptr);
+    parent = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 100, 100, 0, 0, 0);
+    for (const auto& [frameGiven, window] : {std::pair{&frame, Window(0x3FFFFFF0)}, {&bare, parent}})
+    {
+        view = controller->createView(ViewType::kEditor);
+        ASSERT_NE(view, nullptr);
+        view->setFrame(frameGiven);
+        EXPECT_EQ(view->attached(reinterpret_cast<void*>(window), kPlatformTypeX11EmbedWindowID),
+                  kResultFalse);
+        EXPECT_EQ(loop.Registered(), 0u);
+        view->release();
+        view = nullptr;
+    }
+    Window root = 0, up = 0, *children = nullptr;
+    unsigned n = 0;
+    XQueryTree(display, parent, &root, &up, &children, &n);
+    if (children) XFree(children);
+    EXPECT_EQ(n, 0u);
+    XDestroyWindow(display, parent);
+    parent = 0;
 
     // The host's handler is back in charge of its own connection, and the editor still works.
     provokeOwnError();
@@ -707,24 +666,6 @@ TEST_F(EditorHost, AGoneParentWindowIsNoErrorOfTheHosts)
     EXPECT_EQ(log.Of(kMasterFXBypass), "BPE");
     Close();
     XSetErrorHandler(before);
-}
-
-TEST_F(EditorHost, AHostWithoutARunLoopGetsNoWindow)
-{
-    Frame bare(nullptr);
-    view = controller->createView(ViewType::kEditor);
-    ASSERT_NE(view, nullptr);
-    view->setFrame(&bare);
-    parent = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 100, 100, 0, 0, 0);
-    EXPECT_EQ(view->attached(reinterpret_cast<void*>(parent), kPlatformTypeX11EmbedWindowID), kResultFalse);
-    Window root = 0, up = 0;
-    Window* children = nullptr;
-    unsigned n = 0;
-    XQueryTree(display, parent, &root, &up, &children, &n);
-    if (children) XFree(children);
-    EXPECT_EQ(n, 0u);
-    view->release();
-    view = nullptr;
 }
 
 // Every page through its tab: the page's own controls show and take the mouse, and a change
@@ -768,8 +709,7 @@ TEST_F(EditorHost, EveryPageTakesTheMouse)
         else
         {
             Move((r.L + r.R) / 2, (r.T + r.B) / 2);
-            Button(before < 0.5 ? 4 : 5, true);
-            Button(before < 0.5 ? 4 : 5, false);
+            Press(before < 0.5 ? 4 : 5);
         }
         EXPECT_EQ(log.Of(static_cast<ParamID>(param)), "BPE") << "page " << page;
         EXPECT_NE(controller->getParamNormalized(static_cast<ParamID>(param)), before) << "page " << page;

@@ -1,11 +1,9 @@
 // The VST 3 binding driven in-process through a probe plug-in that records what reaches the engine
-// side: which channels are connected and what they carry, which parameters changed, what the host
-// was told. What the real bundle shows a host is in load/; here are the laws the real plug-in
-// cannot show: records it doesn't have, engines that throw, a transport read back field by field.
+// side. What the real bundle shows a host is in load/; here are the laws the real plug-in cannot
+// show: records it doesn't have, engines that throw, a transport read back field by field.
 
 #include "common/HostDoubles.h"
 
-#include "host/IEditorWindow.h"
 #include "host/IPlugVST3.h"
 #include "host/UncheckedScope.h"
 #include "params/IParamRecord.h"
@@ -14,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <string>
+#include <tuple>
 
 using namespace hostdoubles;
 
@@ -41,8 +39,7 @@ IPlugConfig ProbeConfig()
     return config;
 }
 
-// Records what the binding hands to the engine side. Its state carries a text of variable length
-// in front of the parameter values, like the real chunk's preset names.
+// Records what the binding hands to the engine side.
 class ProbePlug : public IPlugVST3
 {
   public:
@@ -83,15 +80,10 @@ class ProbePlug : public IPlugVST3
     {
         if (mThrowOnActivate) throw std::runtime_error("activation failed");
     }
-    bool SerializeState(ByteChunk& chunk) override
-    {
-        PutStr(chunk, mName);
-        return IPlugBase::SerializeState(chunk);
-    }
     int UnserializeState(const ByteChunk& chunk, int startPos) override
     {
         if (mThrowOnState) throw std::bad_alloc();
-        return UnserializeParams(chunk, GetStr(chunk, mName, startPos));
+        return IPlugBase::UnserializeState(chunk, startPos);
     }
     void ClearSeen()
     {
@@ -99,7 +91,6 @@ class ProbePlug : public IPlugVST3
             seen.clear();
     }
 
-    std::string mName = "init";
     std::vector<double> mSeen[4];
     bool mConnected[4] = {};
     std::vector<int> mChanged;
@@ -236,14 +227,10 @@ TEST_F(PlugVST3Test, TransportIsCopiedFromTheProcessContext)
     EXPECT_EQ(t.mDenominator, 8);
     EXPECT_TRUE(t.mPlaying && t.mCycleActive);
     // Stopped, and a host that sends no tempo or metre: the last good ones stay.
-    context.state = 0;
-    context.tempo = 0.0;
-    context.timeSigNumerator = 0;
+    context = ProcessContext{};
     mPlug->process(rig.data);
     EXPECT_FALSE(t.mPlaying || t.mCycleActive);
-    EXPECT_EQ(t.mTempo, 133.0);
-    EXPECT_EQ(t.mNumerator, 7);
-    EXPECT_EQ(t.mDenominator, 8);
+    EXPECT_EQ(std::tuple(t.mTempo, t.mNumerator, t.mDenominator), std::tuple(133.0, 7, 8));
     EXPECT_FALSE(mPlug->IsRenderingOffline());
     ProcessSetup offline{kOffline, kSample32, 256, 44100.0};
     mPlug->setupProcessing(offline);
@@ -306,34 +293,6 @@ TEST_F(PlugVST3Test, TheControllersSetterDoesNotReachTheEngine)
     EXPECT_FALSE(mPlug->IsBypassed());
 }
 
-TEST_F(PlugVST3Test, ControllerStateCarriesTheBypassWordBehindAChunkOfAnyLength)
-{
-    ParameterChanges changes;
-    changes.Add(IPlugVST3::kBypassParamId, 0, 1.0);
-    changes.Add(kGain, 0, 0.8);
-    Process(&changes);
-    mPlug->mName = "a much longer preset name than the one of the receiving instance";
-    MemoryStream component, controller;
-    ASSERT_EQ(static_cast<IComponent*>(mPlug)->getState(&component), kResultOk);
-    ASSERT_EQ(Controller()->getState(&controller), kResultOk);
-    // A second instance with a short name takes all of it, bypass included.
-    ProbePlug* other = new ProbePlug;
-    ASSERT_EQ(other->initialize(&mHost), kResultOk);
-    other->mName = "x";
-    controller.Rewind();
-    ASSERT_EQ(static_cast<IEditController*>(other)->setState(&controller), kResultOk);
-    EXPECT_TRUE(other->IsBypassed());
-    EXPECT_EQ(other->mName, mPlug->mName);
-    EXPECT_NEAR(other->GetParam(kGain)->value, 80.0, 1e-9);
-    // The component's state has no bypass word: reading it leaves the bypass flag alone.
-    other->SetBypassed(false);
-    component.Rewind();
-    ASSERT_EQ(static_cast<IComponent*>(other)->setState(&component), kResultOk);
-    EXPECT_FALSE(other->IsBypassed());
-    other->terminate();
-    other->release();
-}
-
 TEST_F(PlugVST3Test, StreamFailuresAndThrowingEnginesStayInside)
 {
     MemoryStream broken;
@@ -368,7 +327,7 @@ TEST_F(PlugVST3Test, SetupProcessingKeepsRateAndBlockAndLongBlocksGoThroughInPie
     EXPECT_EQ(rig.Out(0, 0), rig.In(0, 0));
 }
 
-class FakeEditor : public IEditorLink, public IEditorWindow
+class FakeEditor : public IEditorLink
 {
   public:
     void SetParameterFromPlug(int id, double value, bool) override
@@ -377,32 +336,15 @@ class FakeEditor : public IEditorLink, public IEditorWindow
         mLastValue = value;
     }
     void PrepDraw() override {}
-    bool IsPlatformTypeSupported(const char* type) const override
-    {
-        return std::string(type) == "X11EmbedWindowID";
-    }
-    bool OpenWindow(void*, void*) override { return true; }
-    void CloseWindow() override {}
-    int Width() const override { return 800; }
-    int Height() const override { return 500; }
-
     int mLastId = -1;
     double mLastValue = -1.0;
 };
 
-// The view exists under its name only, and only with an editor that has a window; host changes
-// reach the editor's controls at its next tick, never from the audio thread. Attaching, sizing and
-// resizing the real editor's view are the editor host tests' (tests/editor/host).
-TEST_F(PlugVST3Test, ViewsExistOnlyWithAnEditorWhichHearsTheHostOnItsTick)
+// Host changes reach the editor's controls at its next tick, never from the audio thread.
+TEST_F(PlugVST3Test, TheEditorHearsTheHostOnItsTick)
 {
-    EXPECT_EQ(Controller()->createView("editor"), nullptr);
     FakeEditor editor;
     mPlug->AttachGraphics(&editor);
-    EXPECT_EQ(Controller()->createView("Editor"), nullptr);
-    EXPECT_EQ(Controller()->createView(nullptr), nullptr);
-    IPlugView* view = Controller()->createView("editor");
-    ASSERT_NE(view, nullptr);
-    EXPECT_NE(view->isPlatformTypeSupported("HWND"), kResultTrue);
     ParameterChanges changes;
     changes.Add(kAmount, 0, 0.6);
     Process(&changes, 8);
@@ -410,7 +352,6 @@ TEST_F(PlugVST3Test, ViewsExistOnlyWithAnEditorWhichHearsTheHostOnItsTick)
     mPlug->FlushPendingHostNotices();
     EXPECT_EQ(editor.mLastId, kAmount);
     EXPECT_DOUBLE_EQ(editor.mLastValue, 0.6);
-    view->release();
     mPlug->AttachGraphics(nullptr);
 }
 } // namespace

@@ -341,6 +341,9 @@ inline ::testing::AssertionResult Same(const Take& got, const Take& expected)
     return ::testing::AssertionSuccess();
 }
 
+// The preset name's length word in a state chunk: behind version, colour set, page and attenuator.
+constexpr std::size_t kPresetNameAt = 4 + 4 + 4 + 8;
+
 inline std::int32_t ReadInt(const std::vector<std::uint8_t>& b, std::size_t at)
 {
     std::int32_t v = 0;

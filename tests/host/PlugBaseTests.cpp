@@ -1,13 +1,11 @@
-// The plug-in base below any host binding: the order of a GUI change, parameter values read from a
-// chunk, and the bypass delay when the latency changes. How the engine's buffers
-// are fed (pieces, float hosts, unconnected channels) is checked through the binding, in
-// IPlugVST3Tests.cpp.
+// The plug-in base below any host binding: the order of a GUI change and parameter values read
+// from a chunk. How the engine's buffers are fed (pieces, float hosts, unconnected channels) is
+// checked through the binding, in IPlugVST3Tests.cpp, and the bypass delay through the bundle.
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <future>
-#include <string>
 #include <vector>
 
 #include "host/IPlugBase.h"
@@ -59,14 +57,6 @@ class TestPlug : public IPlugBase
     bool mLockedDuringChange = true;
 };
 
-std::vector<double> Signal(int n, int channel)
-{
-    std::vector<double> x(static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i)
-        x[static_cast<std::size_t>(i)] = std::sin(0.05 * (i + 1) * (channel + 1)) * (0.3 + 0.1 * channel);
-    return x;
-}
-
 TEST(PlugBase, GuiChangeSetsTheRecordThenTellsTheHostThenTheEngine)
 {
     TestPlug plug(Config());
@@ -113,37 +103,5 @@ TEST(PlugBase, ChunkValuesAreCutToRangeAndMissingOnesAreZero)
     ByteChunk written;
     EXPECT_TRUE(plug.SerializeParams(written));
     EXPECT_EQ(written.Size(), 5 * 8);
-}
-
-// Bypassed, the output is the input delayed by the latency: a copy at zero, and a new latency is
-// taken up from the next call on (the bundle's bypass test holds the latency it reports fixed).
-TEST(PlugBase, BypassAtLatencyZeroCopiesAndANewLatencyIsAdopted)
-{
-    constexpr int kFrames = 200;
-    TestPlug plug(Config());
-    plug.SetInputChannelConnections(0, 2, true);
-    plug.SetOutputChannelConnections(0, 2, true);
-    std::vector<std::vector<double>> in = {Signal(kFrames, 0), Signal(kFrames, 1)};
-    const auto bypass = [&](const std::vector<int>& blocks)
-    {
-        std::vector<std::vector<double>> out(2, std::vector<double>(kFrames, 9.0));
-        for (std::size_t pos = 0, b = 0; pos < kFrames;
-             pos += static_cast<std::size_t>(blocks[b++ % blocks.size()]))
-        {
-            const int n = std::min(blocks[b % blocks.size()], kFrames - static_cast<int>(pos));
-            double* inPtr[2] = {in[0].data() + pos, in[1].data() + pos};
-            double* outPtr[2] = {out[0].data() + pos, out[1].data() + pos};
-            plug.AttachInputBuffers(0, 2, inPtr, n);
-            plug.AttachOutputBuffers(0, 2, outPtr, n);
-            plug.PassThroughBuffers(0.0, n);
-        }
-        return out;
-    };
-    EXPECT_EQ(bypass({17, 31}), in);
-    plug.SetLatency(10);
-    const auto out = bypass({7, 3, 64});
-    for (int ch = 0; ch < 2; ++ch)
-        for (int i = 0; i < kFrames; ++i)
-            ASSERT_EQ(out[ch][i], i < 10 ? 0.0 : in[ch][i - 10]) << ch << " " << i;
 }
 } // namespace

@@ -61,21 +61,10 @@ TEST(ModRouting, ModulateAddsSourceTimesDepthWithinBounds)
     EXPECT_EQ(out[gBlockLen - 1], 7.0);
 }
 
-TEST(ModRouting, DepthLawsAtSeveralDepthsAndSigns)
+// Each family turns its depth percent into a depth by its own law: feedback and effect parameters
+// by the cube, pan linearly, the taps' time by half the cube.
+TEST(ModRouting, EachFamilyHasItsDepthLaw)
 {
-    for (const double percent : {50.0, -100.0})
-    {
-        const double cube = std::pow(percent / 100.0, 3.0);
-        EXPECT_NEAR(DepthFromPercent(DepthLaw::kCube, percent), cube, 1e-15) << percent;
-        EXPECT_NEAR(DepthFromPercent(DepthLaw::kHalfCube, percent), cube * 0.5, 1e-15) << percent;
-        EXPECT_NEAR(DepthFromPercent(DepthLaw::kLinear, percent), percent / 100.0, 1e-15) << percent;
-    }
-    // Time depths in samples: 48000 x 0.125 x 0.025 = 150.
-    RateGuard rate(48000.0);
-    EXPECT_NEAR(DepthFromPercent(DepthLaw::kSamples, 50.0), 150.0, 1e-9);
-    EXPECT_NEAR(DepthFromPercent(DepthLaw::kSamplesNegated, 50.0), -150.0, 1e-9);
-
-    // Through the parameter path each family uses its own law.
     Rig rig;
     rig.routing.OnParamChange(kFeedbackModDepth2, -50.0);
     rig.routing.OnParamChange(kPanningModDepth3, -50.0);

@@ -243,7 +243,8 @@ TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
     Instance plug;
     IEditController* c = plug.controller;
     // Typed texts: numbers in their unit; for lists, only their entries' texts. Each row gives the
-    // plain value the text stands for (NaN: the text is refused) and the text that value shows.
+    // plain value the text stands for (NaN: the text is refused) and the text that value shows. A
+    // blank entry of a list (FX1 FB, 108, past COMPRESSOR) can't be typed and shows its number.
     const struct
     {
         ParamID id;
@@ -264,13 +265,16 @@ TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
         {kDelayTaps1, u"08", kQuietNaN, nullptr},
         {kDelayTaps1, u"17", kQuietNaN, nullptr},
         {kBypassId, u"on", 1.0, u"on"},
+        {108, u"COMPRESSOR", 13.0, u"COMPRESSOR"},
+        {108, u"", 14.0, u"14"},
     };
     String128 text{};
     for (const auto& row : rows)
     {
         const std::u16string entry = row.typed;
         SCOPED_TRACE(::testing::Message() << row.id << " " << std::string(entry.begin(), entry.end()));
-        const ParamValue n = plug.FromText(row.id, entry);
+        const ParamValue n =
+            entry.empty() ? c->plainParamToNormalized(row.id, row.plain) : plug.FromText(row.id, entry);
         if (std::isnan(row.plain))
         {
             EXPECT_EQ(n, -1.0) << "taken";
@@ -279,10 +283,7 @@ TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
         ASSERT_GE(n, 0.0) << "refused";
         EXPECT_NEAR(c->normalizedParamToPlain(row.id, n), row.plain, 1e-6);
         ASSERT_EQ(c->getParamStringByValue(row.id, n, text), kResultTrue);
-        if (row.shown)
-        {
-            EXPECT_EQ(Text(text), row.shown);
-        }
+        EXPECT_EQ(Text(text), row.shown ? row.shown : Text(text));
     }
     EXPECT_NE(c->getParamStringByValue(kNumParams, 0.5, text), kResultTrue);
 
@@ -409,15 +410,15 @@ template <typename Sample> void CheckBypassDelaysByTheLatency(double rate)
     bypassOn.Add(kBypassId, 0, 1.0);
     std::mt19937 rng(5);
     std::uniform_real_distribution<double> noise(-1.0, 1.0);
-    // The second run follows a restart, still bypassed: the delay starts empty again rather than
-    // playing the end of the run before.
-    for (int run = 0; run < 2; ++run)
+    // The later runs follow a restart, still bypassed: the delay starts empty again rather than
+    // playing the end of the run before; at twice the rate, with the longer latency reported there.
+    for (int run = 0; run < 3; ++run)
     {
-        SCOPED_TRACE(run == 0 ? "first run" : "after a restart");
-        if (run == 1)
+        SCOPED_TRACE(run == 0 ? "first run" : run == 1 ? "after a restart" : "at twice the rate");
+        if (run > 0)
         {
             plug.Stop();
-            plug.Start(rate, 1000, size);
+            plug.Start(run * rate, 1000, size);
         }
         std::vector<Sample> in[2], out[2];
         // Calls shorter and longer than the latency: the ring wraps within calls and across them.

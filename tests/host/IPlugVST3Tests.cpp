@@ -1,6 +1,6 @@
 // The VST 3 binding driven in-process through a probe plug-in that records what reaches the engine
 // side. What the real bundle shows a host is in load/; here are the laws the real plug-in cannot
-// show: records it doesn't have, engines that throw, a transport read back field by field.
+// show: what reaches the engine, engines that throw, a transport read back field by field.
 
 #include "common/HostDoubles.h"
 
@@ -21,8 +21,7 @@ namespace
 enum ProbeParam
 {
     kGain,   // double 0..100 %, step 0.1
-    kMode,   // enum of three
-    kAmount, // double 0..1, group "mix"
+    kAmount, // double 0..1
     kNumProbeParams
 };
 
@@ -45,8 +44,7 @@ class ProbePlug : public IPlugVST3
     ProbePlug() : IPlugVST3(ProbeConfig())
     {
         GetParam(kGain)->InitDouble("Gain", 50.0, 0.0, 100.0, 0.1, "%");
-        GetParam(kMode)->InitEnum("Mode", 1, 3);
-        GetParam(kAmount)->InitDouble("Amount", 0.25, 0.0, 1.0, 0.01, "", "mix");
+        GetParam(kAmount)->InitDouble("Amount", 0.25, 0.0, 1.0, 0.01);
     }
     void ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) override
     {

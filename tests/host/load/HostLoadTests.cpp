@@ -146,6 +146,10 @@ TEST(HostLoad, BusesAndArrangementsIncludingTheSidechain)
     EXPECT_EQ(p->setBusArrangements(quad, 1, out, 1), kResultFalse);
     EXPECT_EQ(busOf(kInput, 0).second, kFour);
     EXPECT_EQ(p->setBusArrangements(nullptr, 1, out, 1), kInvalidArgument);
+    // Five main channels are not one of the pairs either.
+    SpeakerArrangement five[1] = {SpeakerArr::k50};
+    EXPECT_EQ(p->setBusArrangements(five, 1, out, 1), kResultFalse);
+    EXPECT_EQ(busOf(kInput, 0).second, kFour);
     // Back to stereo, and the processor runs with the sidechain that was set.
     EXPECT_EQ(p->setBusArrangements(in, 2, out, 1), kResultTrue);
     EXPECT_EQ(busOf(kInput, 1).second, SpeakerArr::kStereo);

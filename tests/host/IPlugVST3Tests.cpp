@@ -136,12 +136,8 @@ TEST_F(PlugVST3Test, SidechainChannelsFollowTheMainInputsAndLeaveNoStaleData)
 {
     AudioRig<double> rig(32, {2, 2}, {2});
     for (int i = 0; i < 32; ++i)
-    {
-        rig.In(0, 0)[i] = 0.001 * i;
-        rig.In(0, 1)[i] = -0.001 * i;
-        rig.In(1, 0)[i] = 0.5;
-        rig.In(1, 1)[i] = -0.25;
-    }
+        std::tie(rig.In(0, 0)[i], rig.In(0, 1)[i], rig.In(1, 0)[i], rig.In(1, 1)[i]) =
+            std::tuple(0.001 * i, -0.001 * i, 0.5, -0.25);
     ASSERT_EQ(mPlug->process(rig.data), kResultOk);
     EXPECT_TRUE(mPlug->mConnected[0] && mPlug->mConnected[1] && mPlug->mConnected[2] && mPlug->mConnected[3]);
     EXPECT_DOUBLE_EQ(rig.Out(0, 0)[31], 0.031 + 5.0);
@@ -197,16 +193,17 @@ TEST_F(PlugVST3Test, FloatPathCarriesTheSidechainAndInactiveOutputsAreSilenced)
 TEST_F(PlugVST3Test, TransportIsCopiedFromTheProcessContext)
 {
     AudioRig<double> rig(32, {2, 2}, {2});
-    ProcessContext context{.state = ProcessContext::kPlaying | ProcessContext::kCycleActive |
-                                    ProcessContext::kTempoValid | ProcessContext::kTimeSigValid,
-                           .projectTimeSamples = 96000,
-                           .projectTimeMusic = 8.5,
-                           .barPositionMusic = 7.0,
-                           .cycleStartMusic = 4.0,
-                           .cycleEndMusic = 12.0,
-                           .tempo = 133.0,
-                           .timeSigNumerator = 7,
-                           .timeSigDenominator = 8};
+    ProcessContext context{};
+    context.state = ProcessContext::kPlaying | ProcessContext::kCycleActive | ProcessContext::kTempoValid |
+                    ProcessContext::kTimeSigValid;
+    context.projectTimeSamples = 96000;
+    context.projectTimeMusic = 8.5;
+    context.barPositionMusic = 7.0;
+    context.cycleStartMusic = 4.0;
+    context.cycleEndMusic = 12.0;
+    context.tempo = 133.0;
+    context.timeSigNumerator = 7;
+    context.timeSigDenominator = 8;
     rig.data.processContext = &context;
     mPlug->process(rig.data);
     const TransportInfo& t = mPlug->mTimeSeen;

@@ -144,17 +144,13 @@ class Instance
     Instance(const Instance&) = delete;
     Instance& operator=(const Instance&) = delete;
 
-    void ActivateBuses(bool sidechain = true)
-    {
-        component->activateBus(kAudio, kInput, 0, true);
-        component->activateBus(kAudio, kInput, 1, sidechain);
-        component->activateBus(kAudio, kOutput, 0, true);
-    }
     // The usual host start: buses, set-up, activation, processing on.
     void Start(double rate, int32 maxBlock, int32 sampleSize, ProcessModes mode = kRealtime,
                bool sidechain = true)
     {
-        ActivateBuses(sidechain);
+        component->activateBus(kAudio, kInput, 0, true);
+        component->activateBus(kAudio, kInput, 1, sidechain);
+        component->activateBus(kAudio, kOutput, 0, true);
         ProcessSetup setup{mode, sampleSize, maxBlock, rate};
         ASSERT_EQ(processor->setupProcessing(setup), kResultOk);
         ASSERT_EQ(component->setActive(true), kResultOk);

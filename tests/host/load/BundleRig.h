@@ -144,17 +144,13 @@ class Instance
     Instance(const Instance&) = delete;
     Instance& operator=(const Instance&) = delete;
 
-    void ActivateBuses(bool sidechain = true)
-    {
-        component->activateBus(kAudio, kInput, 0, true);
-        component->activateBus(kAudio, kInput, 1, sidechain);
-        component->activateBus(kAudio, kOutput, 0, true);
-    }
     // The usual host start: buses, set-up, activation, processing on.
     void Start(double rate, int32 maxBlock, int32 sampleSize, ProcessModes mode = kRealtime,
                bool sidechain = true)
     {
-        ActivateBuses(sidechain);
+        component->activateBus(kAudio, kInput, 0, true);
+        component->activateBus(kAudio, kInput, 1, sidechain);
+        component->activateBus(kAudio, kOutput, 0, true);
         ProcessSetup setup{mode, sampleSize, maxBlock, rate};
         ASSERT_EQ(processor->setupProcessing(setup), kResultOk);
         ASSERT_EQ(component->setActive(true), kResultOk);
@@ -340,6 +336,9 @@ inline ::testing::AssertionResult Same(const Take& got, const Take& expected)
     if (got.Size() != expected.Size()) return ::testing::AssertionFailure() << "the renders differ in length";
     return ::testing::AssertionSuccess();
 }
+
+// The preset name's length word in a state chunk: behind version, colour set, page and attenuator.
+constexpr std::size_t kPresetNameAt = 4 + 4 + 4 + 8;
 
 inline std::int32_t ReadInt(const std::vector<std::uint8_t>& b, std::size_t at)
 {

@@ -27,17 +27,11 @@ TEST(HostLoad, TheReportedTailHoldsTheEchoesAndTheHall)
         Instance plug;
         plug.Start(rate, 512, kSample64);
         EXPECT_NE(plug.processor->getTailSamples(), kInfiniteTail); // the default: no delay heard
-        Apply(plug,
-              {{kTimebase1, 0.0 /* MS */},
-               {kDirectIn1, 50.0},
-               {kFeedback1, 0.0},
-               {kDelayTimeL1, 400.0},
-               {kDelayTimeR1, 700.0},
-               {kMasterFx, kReverb},
-               {kMasterFxP1, 20.0},
-               {kMasterFxP2, 10.0},
-               {kMasterFxLevel, 100.0}},
-              512);
+        // Slot 1 free (MS) at 400 and 700 ms without feedback, into the reverb.
+        const PlainValues echoes = {{kTimebase1, 0.0},     {kDirectIn1, 50.0},    {kFeedback1, 0.0},
+                                    {kDelayTimeL1, 400.0}, {kDelayTimeR1, 700.0}, {kMasterFx, kReverb},
+                                    {kMasterFxP1, 20.0},   {kMasterFxP2, 10.0},   {kMasterFxLevel, 100.0}};
+        Apply(plug, echoes, 512);
         const uint32 tail = plug.processor->getTailSamples();
         ASSERT_NE(tail, kInfiniteTail);
         // At least the 700 ms echo; at most a few seconds of a 2.2 s hall.
@@ -76,40 +70,25 @@ TEST(HostLoad, TheReportedTailHoldsTheEchoesAndTheHall)
     }
 }
 
-// Everything that keeps state of its own between blocks: echoes with feedback, an S&H LFO on the
-// delay time, a second LFO on the pan, a gate on the level, the main modulator, the envelope
-// follower, NOISE in the feedback path, LOFI II after the delay, the chaotic ambience.
+// Everything that keeps state of its own between blocks: echoes with feedback (328 Timebase 1 = MS,
+// 16 Direct In 1, 68 Feedback 1, 344 and 356 the delay times), an S&H LFO on the delay time (832 LFO On 1,
+// 836 its wave, 864 its rate, 352 and 348 Delay TimeL ModSource1 = LFO1 and ModDepth 1), a second LFO on the
+// pan (833, 865, 64 and 60: Panning ModSource1 = LFO2), a gate on the level (892 Gate1 On, 88 and 84: Level
+// ModSource1 = GATE1), the main modulator (20 Modulation 1, 1059 Main ModDepth), the envelope follower (988
+// ENV1 On), NOISE in the feedback path (300 FXOn FB 1, 108 FX1 FB), LOFI II after the delay, the chaotic
+// ambience.
 void AddStatefulPatch(Instance& plug, ParameterChanges& changes)
 {
-    AddPlain(plug, changes,
-             {{kTimebase1, 0.0},
-              {kDirectIn1, 50.0},
-              {kFeedback1, 55.0},
-              {kDelayTimeL1, 90.0},
-              {kDelayTimeR1, 130.0},
-              {832 /* LFO On 1 */, 1.0},
-              {836 /* LFO Wave 1 */, plug.ListValue(836, u"S&H")},
-              {kLfoRate1, 40.0},
-              {352 /* DelayTimeL ModSource1 */, 1.0 /* LFO1 */},
-              {348 /* Delay TimeL ModDepth 1 */, 30.0},
-              {833 /* LFO On 2 */, 1.0},
-              {865 /* LFO Rate 2 */, 30.0},
-              {64 /* Panning ModSource1 */, 2.0 /* LFO2 */},
-              {60 /* Panning ModDepth 1 */, 80.0},
-              {892 /* Gate1 On */, 1.0},
-              {88 /* Level ModSource1 */, 5.0 /* GATE1 */},
-              {84 /* Level ModDepth 1 */, -60.0},
-              {20 /* Modulation 1 */, 80.0},
-              {1059 /* Main ModDepth */, 90.0},
-              {988 /* ENV1 On */, 1.0},
-              {300 /* FXOn FB 1 */, 1.0},
-              {108 /* FX1 FB */, plug.ListValue(108, u"NOISE")},
-              {kFxOnPost1, 1.0},
-              {kFxPost1, plug.ListValue(kFxPost1, u"LOFI II")},
-              {kMasterFx, kQuorvexHall},
-              {kMasterFxP1, 40.0},
-              {kMasterFxP2, 60.0},
-              {kMasterFxLevel, 100.0}});
+    const double sh = plug.ListValue(836, u"S&H"), nz = plug.ListValue(108, u"NOISE");
+    const double lofi = plug.ListValue(kFxPost1, u"LOFI II");
+    const PlainValues mods = {{328, 0.0},   {16, 50.0},  {68, 55.0}, {344, 90.0}, {356, 130.0}, {832, 1.0},
+                              {836, sh},    {864, 40.0}, {352, 1.0}, {348, 30.0}, {833, 1.0},   {865, 30.0},
+                              {64, 2.0},    {60, 80.0},  {892, 1.0}, {88, 5.0},   {84, -60.0},  {20, 80.0},
+                              {1059, 90.0}, {988, 1.0},  {300, 1.0}, {108, nz}};
+    const PlainValues fx = {{kFxOnPost1, 1.0},   {kFxPost1, lofi},    {kMasterFx, kQuorvexHall},
+                            {kMasterFxP1, 40.0}, {kMasterFxP2, 60.0}, {kMasterFxLevel, 100.0}};
+    for (const PlainValues& values : {mods, fx})
+        AddPlain(plug, changes, values);
 }
 
 // Re-activation starts the engine from one state: renders of the same input after
@@ -122,6 +101,9 @@ TEST(HostLoad, EveryActivationStartsFromTheSameState)
     constexpr double kRate = 48000.0;
     constexpr int kBlock = 512;
     const Take noise = NoiseTake(static_cast<std::size_t>(kRate) + 68, 0.4, 51);
+    const PlainValues plainPatch = {{kDirectIn1, 30.0},  {kFeedback1, 40.0},    {kLimiterOn, kFast},
+                                    {kTimebase1, 0.0},   {kDelayTimeL1, 250.0}, {kDelayTimeR1, 375.0},
+                                    {kMasterFxP1, 30.0}, {kMasterFxP2, 70.0},   {kMasterFxLevel, 80.0}};
     for (double masterType : {kQuorvexHall, kReverb, 6.0 /* LO/HI SHELF */, 4.0 /* FIX EQ */})
     {
         SCOPED_TRACE(masterType);
@@ -131,17 +113,10 @@ TEST(HostLoad, EveryActivationStartsFromTheSameState)
         if (masterType == kQuorvexHall)
             AddStatefulPatch(plug, changes);
         else
-            AddPlain(plug, changes,
-                     {{kDirectIn1, 30.0},
-                      {kFeedback1, 40.0},
-                      {kLimiterOn, kFast},
-                      {kTimebase1, 0.0},
-                      {kDelayTimeL1, 250.0},
-                      {kDelayTimeR1, 375.0},
-                      {kMasterFx, masterType},
-                      {kMasterFxP1, 30.0},
-                      {kMasterFxP2, 70.0},
-                      {kMasterFxLevel, 80.0}});
+        {
+            AddPlain(plug, changes, {{kMasterFx, masterType}});
+            AddPlain(plug, changes, plainPatch);
+        }
         Render(plug, noise, kBlock, &changes);
         // Effect types arriving with automation are built off the audio thread; let that happen.
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
@@ -166,12 +141,11 @@ TEST(HostLoad, EveryActivationStartsFromTheSameState)
         plug.Stop();
     }
 }
-// Offset of the tap masks in a state chunk: behind version, colour set, page, attenuator, the
-// preset name and folder label (texts of a length word and their bytes), the menu index, the menu
-// folder and the focused parameter.
+// Offset of the tap masks in a state chunk: behind the preset name and folder label (texts of a
+// length word and their bytes), the menu index, the menu folder and the focused parameter.
 std::size_t TapMaskOffset(const std::vector<std::uint8_t>& b)
 {
-    std::size_t at = 4 + 4 + 4 + 8;
+    std::size_t at = kPresetNameAt;
     for (int text = 0; text < 2; ++text)
         at += 4 + static_cast<std::size_t>(std::max(0, ReadInt(b, at)));
     at += 4;
@@ -247,6 +221,9 @@ TEST(HostLoad, OfflineEffectTypeChangesTakeEffectWhereTheyArrive)
     // Host block at which each type change arrives, and the POST type it asks for.
     const std::map<int, const char16_t*> changesAt = {{20, u"RING MOD"},   {41, u"PHASE"}, {42, u"COMB"},
                                                       {90, u"FREQ SHIFT"}, {91, u"OFF"},   {120, u"LOFI II"}};
+    // Slot 1's POST effect on, no dry, and its five parameters (124 ... 268: FXParam1..5 PO 1).
+    const PlainValues start = {{kSlotOn1, 1.0}, {kFxOnPost1, 1.0}, {kDryLevel, 0.0}, {124, 60.0},
+                               {160, 70.0},     {196, 40.0},       {232, 55.0},      {268, 100.0}};
     const auto render = [&](bool withChanges)
     {
         Instance plug;
@@ -255,16 +232,7 @@ TEST(HostLoad, OfflineEffectTypeChangesTakeEffectWhereTheyArrive)
         const auto changesFor = [&](int k) -> IParameterChanges*
         {
             changes.Clear();
-            if (k == 0)
-                AddPlain(plug, changes,
-                         {{kSlotOn1, 1.0},
-                          {kFxOnPost1, 1.0},
-                          {kDryLevel, 0.0},
-                          {124, 60.0},
-                          {160, 70.0},
-                          {196, 40.0},
-                          {232, 55.0},
-                          {268, 100.0} /* FXParam1..5 PO 1 */});
+            if (k == 0) AddPlain(plug, changes, start);
             if (withChanges && changesAt.count(k) > 0)
                 AddPlain(plug, changes, {{kFxPost1, plug.ListValue(kFxPost1, changesAt.at(k))}});
             return &changes;
@@ -297,16 +265,10 @@ TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
     {
         Instance maker;
         maker.Start(kRate, kBlock, kSample64);
-        Apply(maker,
-              {{kDirectIn1, 50.0},
-               {kFeedback1, feedback},
-               {kLimiterOn, kFast},
-               {kTimebase1, 0.0},
-               {kDelayTimeL1, timeL},
-               {kDelayTimeR1, timeR},
-               {kMasterFx, kReverb},
-               {kMasterFxLevel, hallLevel}},
-              kBlock);
+        const PlainValues values = {{kDirectIn1, 50.0},   {kFeedback1, feedback},     {kLimiterOn, kFast},
+                                    {kTimebase1, 0.0},    {kDelayTimeL1, timeL},      {kDelayTimeR1, timeR},
+                                    {kMasterFx, kReverb}, {kMasterFxLevel, hallLevel}};
+        Apply(maker, values, kBlock);
         maker.Stop();
         return maker.ComponentState();
     };

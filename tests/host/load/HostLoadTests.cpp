@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <limits>
 #include <set>
+#include <tuple>
 
 using namespace bundlerig;
 
@@ -17,70 +18,42 @@ namespace
 {
 constexpr double kQuietNaN = std::numeric_limits<double>::quiet_NaN();
 
-TEST(HostLoad, ModuleEntryPointsAndBundleLayout)
+// The module, its factory and one class record as a host scans them, and an instance of it.
+TEST(HostLoad, ModuleFactoryAndInstanceAsAHostFindsThem)
 {
-    EXPECT_TRUE(gModule.entered);
-    ASSERT_NE(gModule.factory, nullptr);
-    // A second host user of the same module: entry and exit nest.
-    EXPECT_TRUE(gModule.entry(gModule.handle));
-    EXPECT_TRUE(gModule.exit());
-    namespace fs = std::filesystem;
-    EXPECT_TRUE(fs::is_directory(fs::path(BundleDir()) / "Contents" / "Resources"));
-    // Each call hands out a reference to the same factory.
-    IPluginFactory* again = gModule.getFactory();
-    EXPECT_EQ(again, gModule.factory);
-    again->release();
-}
-
-TEST(HostLoad, FactoryDescribesOneDelayEffectClass)
-{
-    IPluginFactory* factory = gModule.factory;
+    ASSERT_TRUE(gModule.entered && gModule.factory);
+    // A second host user of the same module: entry and exit nest, and it gets the same factory.
+    EXPECT_TRUE(gModule.entry(gModule.handle) && gModule.exit());
+    EXPECT_TRUE(std::filesystem::is_directory(BundleDir() + "/Contents/Resources"));
+    IPluginFactory* factory = gModule.getFactory();
+    EXPECT_EQ(factory, gModule.factory);
+    factory->release();
     PFactoryInfo info;
     ASSERT_EQ(factory->getFactoryInfo(&info), kResultOk);
     EXPECT_STREQ(info.vendor, "qelmar-audio");
-    EXPECT_EQ(info.flags & PFactoryInfo::kUnicode, PFactoryInfo::kUnicode);
     ASSERT_EQ(factory->countClasses(), 1);
     PClassInfo basic;
     ASSERT_EQ(factory->getClassInfo(0, &basic), kResultOk);
     EXPECT_STREQ(basic.category, "Audio Module Class");
     EXPECT_STREQ(basic.name, "Quorvex");
-    EXPECT_EQ(basic.cardinality, 0x7fffffff);
-    EXPECT_EQ(std::memcmp(basic.cid + 8, "QlmzQvrz", 8), 0);
     EXPECT_NE(factory->getClassInfo(1, &basic), kResultOk);
-
-    auto* factory2 = Query<IPluginFactory2>(factory);
-    ASSERT_NE(factory2, nullptr);
-    PClassInfo2 info2;
-    ASSERT_EQ(factory2->getClassInfo2(0, &info2), kResultOk);
-    EXPECT_EQ(std::memcmp(info2.cid, basic.cid, sizeof(TUID)), 0);
-    EXPECT_EQ(info2.classFlags, 2u);
-    EXPECT_STREQ(info2.subCategories, "Fx|Delay");
-    EXPECT_STREQ(info2.version, "1.2.0r14");
-    EXPECT_STREQ(info2.sdkVersion, "VST 3.6.0");
-    factory2->release();
     // The unicode record says the same as the narrow one.
     auto* factory3 = Query<IPluginFactory3>(factory);
     ASSERT_NE(factory3, nullptr);
     PClassInfoW infoW;
     ASSERT_EQ(factory3->getClassInfoUnicode(0, &infoW), kResultOk);
-    EXPECT_EQ(Text(infoW.name), u"Quorvex");
-    EXPECT_EQ(Text(infoW.vendor), u"qelmar-audio");
-    EXPECT_EQ(Text(infoW.version), u"1.2.0r14");
+    EXPECT_EQ(Text(infoW.name) + u"|" + Text(infoW.vendor) + u"|" + Text(infoW.version),
+              u"Quorvex|qelmar-audio|1.2.0r14");
     EXPECT_STREQ(infoW.subCategories, "Fx|Delay");
-    EXPECT_EQ(factory3->setHostContext(nullptr), kResultOk);
+    EXPECT_EQ(infoW.classFlags, 2u);
     factory3->release();
-
     void* obj = reinterpret_cast<void*>(1);
     TUID unknown = {};
     EXPECT_NE(factory->createInstance(unknown, IComponent::iid, &obj), kResultOk);
     EXPECT_EQ(obj, nullptr);
-    obj = reinterpret_cast<void*>(1);
     EXPECT_EQ(factory->createInstance(basic.cid, IPluginFactory::iid, &obj), kNoInterface);
-    EXPECT_EQ(obj, nullptr);
-}
 
-TEST(HostLoad, OneObjectServesEverySide)
-{
+    // One object serves every side.
     Instance plug;
     ASSERT_TRUE(plug.processor && plug.controller && plug.units);
     auto* a = Query<FUnknown>(plug.component);
@@ -101,12 +74,13 @@ TEST(HostLoad, OneObjectServesEverySide)
     IPlugView* view = plug.controller->createView("editor");
     ASSERT_NE(view, nullptr);
     EXPECT_EQ(view->isPlatformTypeSupported("X11EmbedWindowID"), kResultTrue);
+    EXPECT_NE(view->isPlatformTypeSupported("HWND"), kResultTrue);
     view->release();
-    EXPECT_EQ(plug.controller->createView("other"), nullptr);
+    for (const char* name : {"other", "Editor", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(plug.controller->createView(name), nullptr);
     // An instance that is never initialised answers empty and is released cleanly.
     Instance bare(false);
-    EXPECT_EQ(bare.component->getBusCount(kAudio, kInput), 0);
-    EXPECT_EQ(bare.controller->getParameterCount(), 0);
+    EXPECT_EQ(bare.component->getBusCount(kAudio, kInput) + bare.controller->getParameterCount(), 0);
 }
 
 // Two stereo inputs, main and aux, and a stereo output. The channel pairs are 2-2, 3-2 and 4-2
@@ -137,17 +111,19 @@ TEST(HostLoad, BusesAndArrangementsIncludingTheSidechain)
     EXPECT_EQ(busOf(kInput, 1), bus(u"Aux Input", SpeakerArr::kStereo));
     EXPECT_EQ(busOf(kOutput, 0), bus(u"Output", SpeakerArr::kStereo));
     EXPECT_EQ(c->activateBus(kAudio, kInput, 1, false), kResultTrue);
+    // Buses that don't exist: refused, whatever the call.
     BusInfo info{};
     SpeakerArrangement arr = 0;
-    EXPECT_NE(c->getBusInfo(kAudio, kInput, 2, info), kResultTrue);
-    EXPECT_NE(c->getBusInfo(kAudio, kInput, -1, info), kResultTrue);
-    EXPECT_NE(c->getBusInfo(kAudio, kOutput, 1, info), kResultTrue);
-    EXPECT_NE(c->getBusInfo(kEvent, kInput, 0, info), kResultTrue);
-    EXPECT_NE(c->activateBus(kAudio, kInput, 5, true), kResultTrue);
-    EXPECT_NE(c->activateBus(kEvent, kOutput, 0, true), kResultTrue);
-    EXPECT_NE(p->getBusArrangement(kOutput, 3, arr), kResultTrue);
-    EXPECT_NE(p->getBusArrangement(kInput, -1, arr), kResultTrue);
-
+    for (const auto& [type, dir, index] : {std::tuple{kAudio, kInput, 2},
+                                           {kAudio, kInput, -1},
+                                           {kAudio, kOutput, 1},
+                                           {kEvent, kInput, 0},
+                                           {kEvent, kOutput, 0}})
+    {
+        EXPECT_NE(c->getBusInfo(type, dir, index, info), kResultTrue) << type << dir << index;
+        EXPECT_NE(c->activateBus(type, dir, index + 3, true), kResultTrue) << type << dir << index;
+        EXPECT_TRUE(type == kEvent || p->getBusArrangement(dir, index, arr) != kResultTrue) << dir << index;
+    }
     // The channel table's arrangements for three and four channels.
     constexpr SpeakerArrangement kThree = 0x103;
     constexpr SpeakerArrangement kFour = 0xF00000;
@@ -170,6 +146,10 @@ TEST(HostLoad, BusesAndArrangementsIncludingTheSidechain)
     EXPECT_EQ(p->setBusArrangements(quad, 1, out, 1), kResultFalse);
     EXPECT_EQ(busOf(kInput, 0).second, kFour);
     EXPECT_EQ(p->setBusArrangements(nullptr, 1, out, 1), kInvalidArgument);
+    // Five main channels are not one of the pairs either.
+    SpeakerArrangement five[1] = {SpeakerArr::k50};
+    EXPECT_EQ(p->setBusArrangements(five, 1, out, 1), kResultFalse);
+    EXPECT_EQ(busOf(kInput, 0).second, kFour);
     // Back to stereo, and the processor runs with the sidechain that was set.
     EXPECT_EQ(p->setBusArrangements(in, 2, out, 1), kResultTrue);
     EXPECT_EQ(busOf(kInput, 1).second, SpeakerArr::kStereo);
@@ -192,10 +172,8 @@ TEST(HostLoad, ParametersUnitsAndProgramsAsTheHostScansThem)
         ASSERT_EQ(c->getParameterInfo(i, info), kResultTrue);
         SCOPED_TRACE(info.id);
         EXPECT_TRUE(ids.insert(info.id).second) << "duplicate id";
-        EXPECT_GE(info.defaultNormalizedValue, 0.0);
-        EXPECT_LE(info.defaultNormalizedValue, 1.0);
-        EXPECT_GE(info.stepCount, 0);
-        EXPECT_FALSE(Text(info.title).empty());
+        EXPECT_TRUE(info.defaultNormalizedValue >= 0.0 && info.defaultNormalizedValue <= 1.0);
+        EXPECT_TRUE(info.stepCount >= 0 && !Text(info.title).empty());
         if (info.flags & ParameterInfo::kIsBypass) bypass.push_back(info.id);
         // Every parameter's unit exists; the LFO rates live in the second.
         EXPECT_TRUE(info.unitId == kRootUnitId || info.unitId == 1);
@@ -247,9 +225,6 @@ TEST(HostLoad, ParametersUnitsAndProgramsAsTheHostScansThem)
     IUnitInfo* u = plug.units;
     ASSERT_EQ(u->getUnitCount(), 2);
     UnitInfo unit{};
-    ASSERT_EQ(u->getUnitInfo(0, unit), kResultTrue);
-    EXPECT_EQ(unit.id, kRootUnitId);
-    EXPECT_EQ(Text(unit.name), u"Root Unit");
     ASSERT_EQ(u->getUnitInfo(1, unit), kResultTrue);
     EXPECT_EQ(unit.id, 1);
     EXPECT_EQ(unit.parentUnitId, kRootUnitId);
@@ -259,7 +234,6 @@ TEST(HostLoad, ParametersUnitsAndProgramsAsTheHostScansThem)
     ProgramListInfo list{};
     ASSERT_EQ(u->getProgramListInfo(0, list), kResultTrue);
     EXPECT_EQ(list.id, static_cast<ProgramListID>(kPresetId));
-    EXPECT_EQ(Text(list.name), u"Factory Presets");
     EXPECT_EQ(list.programCount, 1);
     String128 name{};
     ASSERT_EQ(u->getProgramName(list.id, 0, name), kResultTrue);
@@ -273,7 +247,8 @@ TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
     Instance plug;
     IEditController* c = plug.controller;
     // Typed texts: numbers in their unit; for lists, only their entries' texts. Each row gives the
-    // plain value the text stands for (NaN: the text is refused) and the text that value shows.
+    // plain value the text stands for (NaN: the text is refused) and the text that value shows. A
+    // blank entry of a list (FX1 FB, 108, past COMPRESSOR) can't be typed and shows its number.
     const struct
     {
         ParamID id;
@@ -282,29 +257,28 @@ TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
         const char16_t* shown;
     } rows[] = {
         {kFeedback1, u"80.0", 80.0, u"80.0"},
-        {kFeedback1, u"60", 60.0, u"60.0"},
         {kFeedback1, u"loud", kQuietNaN, nullptr},
         {kDelayLopass1, u"3000", 3000.0, nullptr},
-        {kLimiterOn, u"SLOW I", 1.0, u"SLOW I"},
         {kLimiterOn, u"SLOW II", 2.0, u"SLOW II"},
         {kLimiterOn, u"FAST", 3.0, u"FAST"},
         {kLimiterOn, u"2", kQuietNaN, nullptr},
         {kMasterFx, u"1", kQuietNaN, nullptr},
         {kTimebase1, u"1/16", 2.0, u"1/16"},
         {kTimebase1, u"1/17", kQuietNaN, nullptr},
-        {kTimebase1, u"3", kQuietNaN, nullptr},
         {kDelayTaps1, u"8", 7.0 /* the eighth count */, u"8"},
         {kDelayTaps1, u"08", kQuietNaN, nullptr},
         {kDelayTaps1, u"17", kQuietNaN, nullptr},
-        {kBypassId, u"off", 0.0, u"off"},
         {kBypassId, u"on", 1.0, u"on"},
+        {108, u"COMPRESSOR", 13.0, u"COMPRESSOR"},
+        {108, u"", 14.0, u"14"},
     };
     String128 text{};
     for (const auto& row : rows)
     {
         const std::u16string entry = row.typed;
         SCOPED_TRACE(::testing::Message() << row.id << " " << std::string(entry.begin(), entry.end()));
-        const ParamValue n = plug.FromText(row.id, entry);
+        const ParamValue n =
+            entry.empty() ? c->plainParamToNormalized(row.id, row.plain) : plug.FromText(row.id, entry);
         if (std::isnan(row.plain))
         {
             EXPECT_EQ(n, -1.0) << "taken";
@@ -313,12 +287,12 @@ TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
         ASSERT_GE(n, 0.0) << "refused";
         EXPECT_NEAR(c->normalizedParamToPlain(row.id, n), row.plain, 1e-6);
         ASSERT_EQ(c->getParamStringByValue(row.id, n, text), kResultTrue);
-        if (row.shown)
-        {
-            EXPECT_EQ(Text(text), row.shown);
-        }
+        EXPECT_EQ(Text(text), row.shown ? row.shown : Text(text));
     }
     EXPECT_NE(c->getParamStringByValue(kNumParams, 0.5, text), kResultTrue);
+    // A value between a list's entries shows the entry it selects: 0.6 of 0..3 is 2.
+    ASSERT_EQ(c->getParamStringByValue(kLimiterOn, 0.6, text), kResultTrue);
+    EXPECT_EQ(Text(text), u"SLOW II");
 
     // Every parameter's text at its default reads back to the same value: exactly for steps, and
     // within half a unit of the last digit shown for the others.
@@ -443,22 +417,29 @@ template <typename Sample> void CheckBypassDelaysByTheLatency(double rate)
     bypassOn.Add(kBypassId, 0, 1.0);
     std::mt19937 rng(5);
     std::uniform_real_distribution<double> noise(-1.0, 1.0);
-    // The second run follows a restart, still bypassed: the delay starts empty again rather than
-    // playing the end of the run before.
-    for (int run = 0; run < 2; ++run)
+    // The later runs follow a restart, still bypassed: the delay starts empty again rather than
+    // playing the end of the run before. At twice the rate the engine plays one call first and
+    // reports its longer latency, which the bypass then takes up.
+    std::size_t before = 0;
+    ParameterChanges bypassOff;
+    bypassOff.Add(kBypassId, 0, 0.0);
+    for (int run = 0; run < 3; ++run)
     {
-        SCOPED_TRACE(run == 0 ? "first run" : "after a restart");
-        if (run == 1)
+        SCOPED_TRACE(run == 0 ? "first run" : run == 1 ? "after a restart" : "at twice the rate");
+        if (run > 0)
         {
             plug.Stop();
-            plug.Start(rate, 1000, size);
+            plug.Start(run * rate, 1000, size);
         }
+        AudioRig<Sample> warm(64, {2, 2}, {2});
+        warm.data.inputParameterChanges = &bypassOff;
+        if (run == 2) ASSERT_EQ(plug.processor->process(warm.data), kResultOk);
         std::vector<Sample> in[2], out[2];
         // Calls shorter and longer than the latency: the ring wraps within calls and across them.
         for (int n : {1, 32, 511, 1000, 77, 300})
         {
             AudioRig<Sample> rig(n, {2, 2}, {2});
-            rig.data.inputParameterChanges = in[0].empty() && run == 0 ? &bypassOn : nullptr;
+            rig.data.inputParameterChanges = in[0].empty() && run != 1 ? &bypassOn : nullptr;
             for (int ch = 0; ch < 2; ++ch)
                 for (auto& v : rig.In(0, ch))
                     v = static_cast<Sample>(noise(rng));
@@ -470,8 +451,9 @@ template <typename Sample> void CheckBypassDelaysByTheLatency(double rate)
             }
         }
         const auto latency = static_cast<std::size_t>(plug.processor->getLatencySamples());
-        ASSERT_GT(latency, 0u);
+        ASSERT_GT(latency, run == 2 ? before : 0u);
         ASSERT_LT(latency, 1000u);
+        before = latency;
         for (int ch = 0; ch < 2; ++ch)
             for (std::size_t i = 0; i < in[ch].size(); ++i)
                 ASSERT_EQ(out[ch][i], i < latency ? Sample(0) : in[ch][i - latency])
@@ -488,7 +470,8 @@ TEST(HostLoad, BypassIsTheInputDelayedByTheReportedLatency)
 }
 
 // The component's state read back gives the same bytes and values; the controller's is the same
-// chunk plus the bypass word, which only it carries, so a session reopens bypassed if saved so.
+// chunk plus the bypass word, which only it carries, so a session reopens bypassed if saved so. The
+// chunk before the word is as long as its preset name makes it, longer here than the receiver's.
 TEST(HostLoad, StatesRoundTripToTheByteAndKeepTheBypass)
 {
     Instance source;
@@ -500,7 +483,16 @@ TEST(HostLoad, StatesRoundTripToTheByteAndKeepTheBypass)
     changes.Add(kBypassId, 0, 1.0);
     std::mt19937 rng(9);
     EXPECT_TRUE(ProcessNoise<float>(source, 128, rng, &changes));
+    auto named = source.ComponentState();
+    const std::string name = "a much longer preset name than the one of the receiving instance";
+    const auto nameAt = named.begin() + kPresetNameAt + 4;
+    named.erase(nameAt, nameAt + ReadInt(named, kPresetNameAt));
+    named.insert(named.begin() + kPresetNameAt + 4, name.begin(), name.end());
+    const auto length = static_cast<std::int32_t>(name.size());
+    std::memcpy(named.data() + kPresetNameAt, &length, sizeof length);
+    ASSERT_EQ(source.LoadState(named), kResultOk);
     const auto state = source.ComponentState();
+    ASSERT_EQ(state, named);
     const auto controllerState = source.ControllerState();
     source.Stop();
     ASSERT_EQ(controllerState.size(), state.size() + 4);
@@ -509,21 +501,26 @@ TEST(HostLoad, StatesRoundTripToTheByteAndKeepTheBypass)
     Instance target;
     const auto fresh = target.ComponentState();
     EXPECT_NE(fresh, state);
-    ASSERT_EQ(target.LoadState(state), kResultOk);
+    // The controller's state alone, into an instance whose own preset name is shorter.
+    MemoryStream stream(controllerState);
+    ASSERT_EQ(target.controller->setState(&stream), kResultOk);
+    EXPECT_EQ(target.controller->getParamNormalized(kBypassId), 1.0);
     EXPECT_EQ(target.ComponentState(), state);
+    EXPECT_EQ(target.ControllerState(), controllerState);
     for (ParamID id : {kFeedback1, kLimiterOn, kLfoRate1, kDryLevel})
         EXPECT_NEAR(target.controller->getParamNormalized(id), source.controller->getParamNormalized(id),
                     1e-12)
             << id;
-    EXPECT_EQ(target.controller->getParamNormalized(kBypassId), 0.0) << "the component's state has no bypass";
-    MemoryStream stream(controllerState);
-    ASSERT_EQ(target.controller->setState(&stream), kResultOk);
-    EXPECT_EQ(target.controller->getParamNormalized(kBypassId), 1.0);
-    EXPECT_EQ(target.ControllerState(), controllerState);
-    // setComponentState on the controller side changes nothing: the component already has it.
+    // setComponentState on the controller side changes nothing: the component already has it. The
+    // component's own state, without the word, leaves the bypass as it is, on or off.
     MemoryStream again(fresh);
     target.controller->setComponentState(&again);
     EXPECT_EQ(target.ComponentState(), state);
+    ASSERT_EQ(target.LoadState(state), kResultOk);
+    EXPECT_EQ(target.controller->getParamNormalized(kBypassId), 1.0);
+    Instance other;
+    ASSERT_EQ(other.LoadState(state), kResultOk);
+    EXPECT_EQ(other.controller->getParamNormalized(kBypassId), 0.0);
     // And it really bypasses: the output is the delayed input.
     target.Start(48000.0, 128, kSample64);
     const Take in = NoiseTake(128, 0.5, 13);

@@ -19,24 +19,11 @@ namespace
 {
 using cd = std::complex<double>;
 
-cd Low(double W, double q)
-{
-    return 1.0 / cd(1.0 - W * W, W / q);
-}
-cd Band(double W, double q)
-{
-    return cd(0.0, W) * Low(W, q);
-}
-cd High(double W, double q)
-{
-    return -W * W * Low(W, q);
-}
-
+const auto Low = [](double W, double q) { return 1.0 / cd(1.0 - W * W, W / q); };
+const auto Band = [](double W, double q) { return cd(0.0, W) * Low(W, q); };
+const auto High = [](double W, double q) { return -W * W * Low(W, q); };
 // Quality of the saturating pass at small signals: k = (1.1 - 0.1 f^3) * resonance.
-double SaturatingQ(double f, double res)
-{
-    return 1.0 / (1.0 - (1.1 - 0.1 * f * f * f) * res);
-}
+const auto SaturatingQ = [](double f, double res) { return 1.0 / (1.0 - (1.1 - 0.1 * f * f * f) * res); };
 
 std::unique_ptr<QLMSVF> Make(int type, double freq, double res)
 {

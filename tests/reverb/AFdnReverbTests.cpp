@@ -84,35 +84,22 @@ TEST(AFdnReverb, DampingShortensTheHighs)
     }
 }
 
-// The two tap patterns are orthogonal: the tails of left and right share little.
-TEST(AFdnReverb, LeftAndRightAreDecorrelated)
+// The network runs on the sum of both inputs: either side alone gives the very same output. The two
+// tap patterns are orthogonal: the tails of left and right share little.
+TEST(AFdnReverb, InputIsAMonoSumAndTheSidesAreDecorrelated)
 {
     for (const Shape& shape : {kHall, kRoom})
     {
-        auto r = MakeReverb(shape, 2.0, HallDamp(50.0));
-        const StereoBuffer out = ImpulseResponse(*r, 1.0);
+        const int frames = int(kRate);
+        auto a = MakeReverb(shape, 2.0, HallDamp(50.0)), b = MakeReverb(shape, 2.0, HallDamp(50.0));
+        const StereoBuffer out = ImpulseResponse(*a, 1.0);
+        const StereoBuffer fromRight =
+            RenderStereo(*b, std::vector<double>(frames, 0.0), Impulse(frames), frames);
+        EXPECT_TRUE(out.left == fromRight.left && out.right == fromRight.right) << shape.name;
         double worst = 0.0;
         for (int lag = -20; lag <= 20; ++lag)
             worst = std::max(worst, std::fabs(Correlation(out.left, out.right, 4410, 40000, lag)));
         EXPECT_LT(worst, 0.3) << shape.name;
-    }
-}
-
-// The network runs on the sum of both inputs: either side alone gives the very same output.
-TEST(AFdnReverb, InputIsAMonoSum)
-{
-    for (const Shape& shape : {kHall, kRoom})
-    {
-        const int frames = 8192;
-        auto a = MakeReverb(shape, 3.0, 0.5);
-        auto b = MakeReverb(shape, 3.0, 0.5);
-        const StereoBuffer fromLeft =
-            RenderStereo(*a, Impulse(frames, 5), std::vector<double>(frames, 0.0), frames);
-        const StereoBuffer fromRight =
-            RenderStereo(*b, std::vector<double>(frames, 0.0), Impulse(frames, 5), frames);
-        EXPECT_EQ(fromLeft.left, fromRight.left) << shape.name;
-        EXPECT_EQ(fromLeft.right, fromRight.right) << shape.name;
-        EXPECT_GT(testmeasure::Rms(fromLeft.left), 1e-5) << shape.name;
     }
 }
 

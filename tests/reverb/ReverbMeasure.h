@@ -1,15 +1,13 @@
 #pragma once
 // Measurements on reverb responses: a stereo renderer for block processors, the decay time from the
-// backward-integrated energy decay curve, band-pass filtering and normalised correlations.
+// backward-integrated energy decay curve, band-pass filtering and normalised correlation.
 
-#include "common/Fft.h"
 #include "common/Measure.h"
 #include "dsp/DSPShell.h"
 #include "dsp/TimeBase.h"
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
 #include <numbers>
 #include <vector>
 
@@ -100,30 +98,4 @@ inline double Correlation(const std::vector<double>& a, const std::vector<double
         ab += a[i] * y, aa += a[i] * a[i], bb += y * y;
     }
     return ab / std::sqrt(aa * bb);
-}
-
-// r[lag] = sum x[i] x[i + lag] over the overlap, divided by the root of both parts' energies, for
-// lags 0..maxLag: 1 for a signal that repeats itself after lag samples.
-inline std::vector<double> NormalisedAutocorrelation(const std::vector<double>& x, int maxLag)
-{
-    size_t n = 1;
-    while (n < 2 * x.size())
-        n <<= 1;
-    std::vector<std::complex<double>> a(n);
-    for (size_t i = 0; i < x.size(); ++i)
-        a[i] = x[i];
-    Fft(a, false);
-    for (auto& c : a)
-        c = std::norm(c);
-    Fft(a, true);
-    std::vector<double> prefix(x.size() + 1, 0.0);
-    for (size_t i = 0; i < x.size(); ++i)
-        prefix[i + 1] = prefix[i] + x[i] * x[i];
-    std::vector<double> r(size_t(maxLag) + 1);
-    for (size_t lag = 0; lag <= size_t(maxLag); ++lag)
-    {
-        const double head = prefix[x.size() - lag], tail = prefix.back() - prefix[lag];
-        r[lag] = a[lag].real() / double(n) / std::sqrt(head * tail);
-    }
-    return r;
 }

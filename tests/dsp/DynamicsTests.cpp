@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
 #include <vector>
 
 namespace
@@ -234,14 +233,13 @@ TEST(Envelope, DetectorBandFollowsTheCutControls)
     };
     // Both tones pass the open band at the RMS of a sine; each corner at 1 kHz removes one of them.
     const double sine = 1.0 / std::sqrt(2.0);
-    for (const auto& [lowCut, highCut, hz, passes] : {std::tuple{0.0, 1.0, 100.0, true},
-                                                      {0.0, 1.0, 5000.0, true},
-                                                      {0.5, 1.0, 100.0, false},
-                                                      {0.5, 1.0, 5000.0, true},
-                                                      {0.0, 0.5, 5000.0, false},
-                                                      {0.0, 0.5, 100.0, true}})
-        EXPECT_NEAR(level(lowCut, highCut, hz), passes ? sine : 0.0, passes ? 0.05 : 0.014)
-            << lowCut << " " << highCut << " " << hz;
+    for (const auto& [lowCut, highCut] : {std::pair{0.0, 1.0}, {0.5, 1.0}, {0.0, 0.5}})
+        for (const double hz : {100.0, 5000.0})
+        {
+            const bool passes = !(lowCut == 0.5 && hz == 100.0) && !(highCut == 0.5 && hz == 5000.0);
+            EXPECT_NEAR(level(lowCut, highCut, hz), passes ? sine : 0.0, passes ? 0.05 : 0.014)
+                << lowCut << " " << highCut << " " << hz;
+        }
 }
 
 namespace
@@ -263,7 +261,7 @@ double SettledGain(double r, double threshold, double ratio, double makeup)
 }
 } // namespace
 
-TEST(Compressor, SettlesOnTheGainItsRatioGives)
+TEST(Compressor, SettlesOnTheGainItsRatioGivesAndResetEmptiesTheLookAhead)
 {
     RateGuard guard;
     struct Case
@@ -301,26 +299,15 @@ TEST(Compressor, SettlesOnTheGainItsRatioGives)
         for (int i = 0; i < kN; ++i)
             ASSERT_NEAR(out[i], gain * Sine16(t - kN + i - la, c.amp), 1e-9 * c.amp)
                 << c.rate << " thr " << c.threshold << " ratio " << c.ratio;
+        // Reset empties the look-ahead: audio still inside it must not come out afterwards.
+        comp.Reset();
+        std::fill(in, in + kN, 0.0);
+        for (int b = 0; b <= la / kN + 1; ++b)
+        {
+            comp.Process();
+            ASSERT_TRUE(std::all_of(out, out + kN, [](double v) { return v == 0.0; })) << b;
+        }
     }
     // The worked case: 1.0 peak (-3 dB RMS) over a -20 dB threshold at 4:1 takes 12.7 dB off.
     EXPECT_NEAR(20.0 * std::log10(SettledGain(std::sqrt(0.5), 0.1, 4.0, 0.0)), -12.72, 0.01);
-}
-
-TEST(Compressor, ResetEmptiesTheLookAhead)
-{
-    // Audio still inside the look-ahead when the compressor is reset must not come out afterwards.
-    Compressor comp;
-    double loud[kN], after[kN];
-    std::fill(loud, loud + kN, 0.7);
-    comp.mIn1 = loud;
-    comp.mOut1 = after;
-    comp.Process();
-    comp.Reset();
-    std::fill(loud, loud + kN, 0.0);
-    for (int b = 0; b <= comp.mLookAhead / kN + 1; ++b)
-    {
-        comp.Process();
-        for (double v : after)
-            ASSERT_EQ(v, 0.0) << b;
-    }
 }

@@ -137,6 +137,10 @@ TEST(Envelope, FollowerOutputCurve)
 
 TEST(Envelope, GateAttackHoldRelease)
 {
+    // Attack: a straight ramp of 32 / (10 ms) per block up to 1; above the threshold the level holds
+    // at exactly 1, and below it for about 20 ms more (counted from the last loud block); then it
+    // falls by 32 / (50 ms) per block to 0. A phase that lands on 1 within rounding may take one
+    // block more. The gate speaks through the scalar only.
     RateGuard guard;
     for (double rate : {44100.0, 48000.0})
     {
@@ -144,48 +148,34 @@ TEST(Envelope, GateAttackHoldRelease)
         PlainEnvelope p;
         p.env.SetGateMode(true);
         p.env.SetThreshold(0.2);
-        p.env.SetAttack(5.0); // ramps over 10 ms
+        p.env.SetAttack(5.0);
         p.env.SetHold(20.0);
-        p.env.SetRelease(25.0); // ramps down over 50 ms
+        p.env.SetRelease(25.0);
         p.env.SetDepth(0.8);
         p.env.Reset();
-        const double attackSamples = 0.010 * rate, holdSamples = 0.020 * rate, releaseSamples = 0.050 * rate;
-
+        const double up = 32.0 / (0.010 * rate), down = 32.0 / (0.050 * rate);
         for (int b = 0; b < 5; ++b)
             p.Step(0.1); // below the threshold: idle
         EXPECT_EQ(p.env.mScalarOut, 0.0);
-        // Attack: a straight ramp of 32 / attack samples per block up to 1 (a ramp that lands on
-        // 1 within rounding may take one block more).
-        const int attackBlocks = static_cast<int>(std::ceil(attackSamples / 32.0));
-        int b = 0;
-        for (p.Step(0.5), ++b; p.env.mEnvOut < 1.0; p.Step(0.5), ++b)
-        {
-            ASSERT_NEAR(p.env.mEnvOut, b * 32.0 / attackSamples, 1e-12) << rate << " attack block " << b;
-            ASSERT_NEAR(p.env.mScalarOut, 0.8 * b * 32.0 / attackSamples, 1e-12);
-        }
-        EXPECT_TRUE(b >= attackBlocks && b <= attackBlocks + 1) << rate << " attack blocks " << b;
-        // Above the threshold the level holds at exactly 1 for as long as it lasts.
-        for (int b = 0; b < 400; ++b)
-        {
-            p.Step(0.5);
-            ASSERT_EQ(p.env.mEnvOut, 1.0) << rate << " hold block " << b;
-            ASSERT_EQ(p.env.mOut[0], 0.0); // the gate speaks through the scalar only
-        }
-        // Below it, the hold runs out (about 20 ms, counted from the last loud block), then the
-        // level falls by 32 / release samples per block to 0. Phases that land on 1 within
-        // rounding may take one block more.
-        const int holdBlocks = static_cast<int>(std::ceil(holdSamples / 32.0)) - 1;
-        int held = 0;
+        int b = 1;
+        for (p.Step(0.5); p.env.mEnvOut < 1.0; p.Step(0.5), ++b)
+            ASSERT_TRUE(std::fabs(p.env.mEnvOut - b * up) < 1e-12 &&
+                        std::fabs(p.env.mScalarOut - 0.8 * b * up) < 1e-12)
+                << rate << " attack block " << b << ": " << p.env.mEnvOut;
+        EXPECT_TRUE(b >= std::ceil(1.0 / up) && b <= std::ceil(1.0 / up) + 1)
+            << rate << " attack blocks " << b;
+        for (int k = 0; k < 400; ++k, p.Step(0.5))
+            ASSERT_TRUE(p.env.mEnvOut == 1.0 && p.env.mOut[0] == 0.0) << rate << " hold block " << k;
+        const int holdBlocks = int(std::ceil(0.020 * rate / 32.0)) - 1;
+        int held = 0, m = 1;
         for (p.Step(0.0); p.env.mEnvOut == 1.0; p.Step(0.0))
             ++held;
         EXPECT_TRUE(held >= holdBlocks && held <= holdBlocks + 1) << rate << " hold blocks " << held;
-        const int releaseBlocks = static_cast<int>(std::ceil(releaseSamples / 32.0));
-        int m = 1;
         for (; p.env.mGateState != Envelope::kGateIdle; p.Step(0.0), ++m)
-            ASSERT_NEAR(p.env.mEnvOut, 1.0 - m * 32.0 / releaseSamples, 1e-12)
-                << rate << " release block " << m;
-        ASSERT_NEAR(p.env.mEnvOut, 1.0 - m * 32.0 / releaseSamples, 1e-12) << rate << " last release block";
-        EXPECT_TRUE(m >= releaseBlocks - 1 && m <= releaseBlocks) << rate << " release blocks " << m;
+            ASSERT_NEAR(p.env.mEnvOut, 1.0 - m * down, 1e-12) << rate << " release block " << m;
+        ASSERT_NEAR(p.env.mEnvOut, 1.0 - m * down, 1e-12) << rate << " last release block";
+        EXPECT_TRUE(m >= std::ceil(1.0 / down) - 1 && m <= std::ceil(1.0 / down))
+            << rate << " release blocks " << m;
         p.Step(0.0);
         EXPECT_TRUE(p.env.mEnvOut == 0.0 && p.env.mGateState == Envelope::kGateIdle);
     }

@@ -73,7 +73,7 @@ TEST(BlockSmoother, RepeatedRunsMatchAFreshSmootherInTheSameState)
     expectFresh(0.1, 5.0, 32);
     s.SetTime(50.0);
     for (const int n : {32, 8})
-        expectFresh(0.2, 50.0, n);
+        expectFresh(0.1, 50.0, n);
     BlockSmoother f(100.0), fresh(100.0);
     for (int block = 0; block < 10; ++block)
         f.RunF(2000.0f, 32);

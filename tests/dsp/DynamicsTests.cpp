@@ -1,3 +1,4 @@
+#include "common/FilterMeasure.h"
 #include "dsp/Compressor.h"
 #include "dsp/Dynamics.h"
 #include "dsp/Envelope.h"
@@ -9,17 +10,14 @@
 #include <cmath>
 #include <vector>
 
+using filtertest::RateGuard;
+
 namespace
 {
 constexpr int kN = 32;
 constexpr double kFloor = 0.001867442732;
 constexpr double kScale = 0.998132557;
 constexpr double kDbToLn = 0.1151292546497;
-
-struct RateGuard
-{
-    ~RateGuard() { SetTimeBase(44100.0); }
-};
 
 // Fixed point of the block mean square for a block whose own mean square is m.
 const auto SettledMeanSquare = [](double m) { return (m * 0.015 + 1e-9) / 0.015; };
@@ -82,8 +80,8 @@ TEST(Envelope, FollowerRisesAndFallsWithAttackAndRelease)
         p.env.SetAttack(10.0);  // climbs over 20 ms
         p.env.SetRelease(50.0); // falls over 100 ms
         p.env.Reset();
-        const double up = std::exp(2.0 * M_PI * 32.0 / (0.020 * rate));
-        const double down = std::exp(-2.0 * M_PI * 32.0 / (0.100 * rate));
+        const double up = std::exp(2.0 * M_PI * 32.0 / (0.020 * rate)),
+                     down = std::exp(-2.0 * M_PI * 32.0 / (0.100 * rate));
 
         // Rise towards a level of 1: the first block lifts the empty state to the floor, then a
         // factor per block, capped at the level.
@@ -267,11 +265,9 @@ TEST(Compressor, SettlesOnTheGainItsRatioGivesAndResetEmptiesTheLookAhead)
     {
         SetTimeBase(c.rate);
         Compressor comp;
-        comp.SetParam(0, c.threshold);
-        comp.SetParam(1, c.ratio);
-        comp.SetParam(2, 1.0);
-        comp.SetParam(3, 20.0);
-        comp.SetParam(4, c.makeup);
+        for (const auto& [index, value] :
+             {std::pair{0, c.threshold}, {1, c.ratio}, {2, 1.0}, {3, 20.0}, {4, c.makeup}})
+            comp.SetParam(index, value);
         double in[kN], out[kN];
         comp.mIn1 = in;
         comp.mOut1 = out;

@@ -55,26 +55,18 @@ const auto ExpectedDelay = [](int centre, double o)
 
 TEST(MDelayLine, ReadsTheSampleWrittenDelaySamplesEarlierAcrossTheWrap)
 {
-    // Sample n holds n + 1, so a read is checked against its exact source.
-    for (int d : {1, 2, 37, 99, 100})
-    {
-        MDelayLine line(100);
-        line.SetDelay(d);
-        for (int n = 0; n < 7 * line.mSize + 13; ++n)
-        {
-            const float expected = n >= d ? float(n - d + 1) : 0.0f;
-            ASSERT_EQ(line.ReadBehind(d), expected) << "d " << d << " n " << n;
-            ASSERT_EQ(line.Read(), expected) << "d " << d << " n " << n;
-            line.Write(float(n + 1));
-        }
-    }
-    // A delay set while running applies from the next read; too long a delay takes the maximum.
+    // Sample n holds n + 1, so a read is checked against its exact source, over seven turns of the
+    // ring. A delay set while running applies from the next read; too long a delay takes the
+    // maximum. A read behind the head by d gives the same sample as a delay of d.
     MDelayLine line(100);
     int n = 0;
-    for (const auto& [set, delay, until] : {std::tuple{5, 5, 333}, {500, 100, 450}, {64, 64, 700}})
+    for (const auto& [set, delay, until] :
+         {std::tuple{1, 1, 100}, {5, 5, 333}, {500, 100, 450}, {64, 64, 700}})
         for (line.SetDelay(set); n < until; ++n)
         {
             ASSERT_EQ(line.Read(), n >= delay ? float(n - delay + 1) : 0.0f) << n;
+            for (const int d : {1, 2, 37, 100})
+                ASSERT_EQ(line.ReadBehind(d), n >= d ? float(n - d + 1) : 0.0f) << n << " behind " << d;
             line.Write(float(n + 1));
         }
     // A new allocation limits the delay to its maximum; Clear empties the ring and keeps the delay:

@@ -55,21 +55,6 @@ inline std::vector<double> UniqueNoise(size_t n, uint64_t seed = 12345)
     return x;
 }
 
-// Gain and delay in samples of a sine of hz in y[from, to), the delay brought next to
-// `expected` (the phase only knows it modulo one period).
-struct SineDelay
-{
-    double gain, delay;
-};
-inline SineDelay MeasureSineDelay(const std::vector<double>& y, double hz, size_t from, size_t to,
-                                  double expected)
-{
-    const testfit::SineFit f = testfit::FitSine(y, 2.0 * M_PI * hz / gSampleRate, from, to - from);
-    const double period = gSampleRate / hz;
-    const double d = -f.phase / (2.0 * M_PI) * period;
-    return {f.amplitude, d + period * std::round((expected - d) / period)};
-}
-
 inline size_t ArgMaxAbs(const std::vector<double>& y)
 {
     size_t best = 0;

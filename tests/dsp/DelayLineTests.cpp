@@ -98,21 +98,17 @@ TEST(MSinOsc, StaysOnItsAmplitudeAndFrequencyOverTenMillionTicks)
     {
         const float v = osc.Tick();
         peak = std::max(peak, std::fabs(v));
-        if (n > late)
+        if (n > late) lateLo = std::min(lateLo, v), lateHi = std::max(lateHi, v);
+        if (n > late && prev < 0.0 && v >= 0.0f)
         {
-            lateLo = std::min(lateLo, v);
-            lateHi = std::max(lateHi, v);
-            if (prev < 0.0 && v >= 0.0f)
-            {
-                lastCross = (n - 1) + (-prev) / (double(v) - prev);
-                if (firstCross < 0.0) firstCross = lastCross;
-                ++crossings;
-            }
+            lastCross = (n - 1) + (-prev) / (double(v) - prev);
+            firstCross = firstCross < 0.0 ? lastCross : firstCross;
+            ++crossings;
         }
         prev = v;
     }
-    EXPECT_LE(peak, 1.0f);
-    EXPECT_TRUE(lateHi > 0.9999f && lateLo < -0.9999f) << lateLo << " " << lateHi;
+    EXPECT_TRUE(peak <= 1.0f && lateHi > 0.9999f && lateLo < -0.9999f)
+        << peak << " " << lateLo << " " << lateHi;
     ASSERT_GT(crossings, 100);
     EXPECT_NEAR((lastCross - firstCross) / (crossings - 1) * w / (2.0 * kPi), 1.0, 1e-8);
 }

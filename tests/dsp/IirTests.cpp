@@ -25,8 +25,6 @@ struct Filter
 {
     Filter() { work = Fresh(); }
     ~Filter() { VecFree(work); }
-    Filter(const Filter&) = delete;
-    Filter& operator=(const Filter&) = delete;
     static unsigned char* Fresh()
     {
         int bytes = 0;

@@ -109,14 +109,12 @@ TEST(AFdnReverb, PreDelayMovesTheFirstArrival)
         r.SetParam(0, 2.0);
         r.SetParam(1, 441.0);
         r.Reset();
-        const int frames = 8192;
-        const StereoBuffer out = RenderStereo(r, Impulse(frames), std::vector<double>(frames, 0.0), frames);
-        size_t first = 0;
-        while (first < out.left.size() && std::fabs(out.left[first]) < 1e-6)
-            ++first;
+        const StereoBuffer out = RenderStereo(r, Impulse(8192), std::vector<double>(8192, 0.0), 8192);
+        const auto first =
+            std::find_if(out.left.begin(), out.left.end(), [](double v) { return std::fabs(v) >= 1e-6; });
         // The shortest line (601 at 44.1 kHz) comes on top of the pre-delay.
-        const double ratio = rate / 44100.0;
-        EXPECT_EQ(first, size_t(int(441.0 * ratio) + int(601 * ratio) + 1)) << rate;
+        EXPECT_EQ(first - out.left.begin(), int(441.0 * rate / 44100.0) + int(601 * rate / 44100.0) + 1)
+            << rate;
     }
     SetTimeBase(kRate);
 }

@@ -25,12 +25,8 @@ inline StereoBuffer RenderStereo(DSPShell& fx, std::vector<double> inL, std::vec
     inR.resize(size_t(blocks) * gBlockLen, 0.0);
     for (int b = 0; b < blocks; ++b)
     {
-        double* l = inL.data() + b * gBlockLen;
-        double* r = inR.data() + b * gBlockLen;
-        fx.mIn1 = l;
-        fx.mIn2 = r;
-        fx.mOut1 = l;
-        fx.mOut2 = r;
+        fx.mIn1 = fx.mOut1 = inL.data() + b * gBlockLen;
+        fx.mIn2 = fx.mOut2 = inR.data() + b * gBlockLen;
         fx.Process();
     }
     return {std::move(inL), std::move(inR)};

@@ -22,10 +22,8 @@ std::unique_ptr<AFdnReverb> MakeReverb(const Shape& s, double decay, double damp
 {
     SetTimeBase(kRate);
     auto r = std::make_unique<AFdnReverb>(s.lines, s.modLines, s.third);
-    r->SetParam(0, decay);
-    r->SetParam(1, 0.0);
-    r->SetParam(2, 0.0);
-    r->SetParam(3, damp);
+    for (const auto& [index, value] : {std::pair{0, decay}, {1, 0.0}, {2, 0.0}, {3, damp}})
+        r->SetParam(index, value);
     r->Reset();
     return r;
 }

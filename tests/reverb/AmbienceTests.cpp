@@ -15,10 +15,8 @@ std::unique_ptr<Ambience> MakeAmbience(double size, double decay, double modulat
 {
     SetTimeBase(kRate);
     auto a = std::make_unique<Ambience>();
-    a->SetParam(0, size);
-    a->SetParam(1, decay);
-    a->SetParam(2, modulation);
-    a->SetParam(3, damp);
+    for (const auto& [index, value] : {std::pair{0, size}, {1, decay}, {2, modulation}, {3, damp}})
+        a->SetParam(index, value);
     a->Init();
     return a;
 }

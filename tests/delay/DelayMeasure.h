@@ -57,10 +57,9 @@ inline std::vector<double> UniqueNoise(size_t n, uint64_t seed = 12345)
 
 inline size_t ArgMaxAbs(const std::vector<double>& y)
 {
-    size_t best = 0;
-    for (size_t i = 1; i < y.size(); ++i)
-        if (std::fabs(y[i]) > std::fabs(y[best])) best = i;
-    return best;
+    return size_t(
+        std::max_element(y.begin(), y.end(), [](double a, double b) { return std::fabs(a) < std::fabs(b); }) -
+        y.begin());
 }
 
 // An impulse response with one unit echo at `at` and nothing else of weight (a head one sample

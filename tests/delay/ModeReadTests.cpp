@@ -87,11 +87,11 @@ TEST(MultiDelay, GrainSpeedShiftsPitchByOctaves)
         for (double f = 250.0; f <= 4000.0; f += 2.0)
             if (testmeasure::Goertzel(w, f, gSampleRate) > testmeasure::Goertzel(w, peak, gSampleRate))
                 peak = f;
-        EXPECT_NEAR(peak, expected, 10.0) << speed;
         // The input tone itself is gone when the pitch moved.
-        EXPECT_TRUE(speed == 0.0 || testmeasure::Goertzel(w, hz, gSampleRate) <
-                                        0.05 * testmeasure::Goertzel(w, peak, gSampleRate))
-            << speed;
+        EXPECT_TRUE(std::fabs(peak - expected) <= 10.0 &&
+                    (speed == 0.0 || testmeasure::Goertzel(w, hz, gSampleRate) <
+                                         0.05 * testmeasure::Goertzel(w, peak, gSampleRate)))
+            << speed << ": peak at " << peak << " Hz";
     }
 }
 
@@ -133,10 +133,8 @@ TEST(MultiDelay, TappedHeadsLandAtTheirTimes)
     d->SetMode(DelayTapped);
     // Input 6 adds a time in seconds to every head; input 0 is ignored in this mode.
     const double tapShift = 0.01, delayShift = 5000.0, one = 1.0;
-    d->SetModSource(6, &tapShift);
-    d->SetModDepth(6, &one);
-    d->SetModSource(0, &delayShift);
-    d->SetModDepth(0, &one);
+    for (const auto& [input, source] : {std::pair{6, &tapShift}, {0, &delayShift}})
+        d->SetModSource(input, source), d->SetModDepth(input, &one);
     const auto tapDelay = [](int tap) { return float(300 + 1237 * tap); };
     const size_t n = 32 * 1024, impulse = 32 * 100 + 5;
     std::vector<std::vector<double>> out(kMaxDelayTaps, std::vector<double>(n, 0.0));

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -243,21 +244,17 @@ double SettledGain(double r, double threshold, double ratio, double makeup)
 TEST(Compressor, SettlesOnTheGainItsRatioGivesAndResetEmptiesTheLookAhead)
 {
     RateGuard guard;
-    struct Case
-    {
-        double rate, amp, threshold, ratio, makeup;
-    };
-    const Case cases[] = {
+    const std::array<double, 5> cases[] = {
         {44100.0, 1.0, 0.1, 4.0, 0.0},  {44100.0, 0.5, 0.25, 2.0, 0.0}, {44100.0, 1.0, 0.05, 10.0, 0.0},
         {44100.0, 1.0, 0.1, 1.0, 0.0},  {44100.0, 0.1, 0.5, 8.0, 0.0},  {44100.0, 0.8, 0.2, 3.0, 0.5},
         {96000.0, 1.0, 0.1, 4.0, 0.25},
     };
-    for (const Case& c : cases)
+    for (const auto& [rate, amp, threshold, ratio, makeup] : cases)
     {
-        SetTimeBase(c.rate);
+        SetTimeBase(rate);
         Compressor comp;
         for (const auto& [index, value] :
-             {std::pair{0, c.threshold}, {1, c.ratio}, {2, 1.0}, {3, 20.0}, {4, c.makeup}})
+             {std::pair{0, threshold}, {1, ratio}, {2, 1.0}, {3, 20.0}, {4, makeup}})
             comp.SetParam(index, value);
         double in[kN], out[kN];
         comp.mIn1 = in;
@@ -266,16 +263,16 @@ TEST(Compressor, SettlesOnTheGainItsRatioGivesAndResetEmptiesTheLookAhead)
         for (int b = 0; b < 3000; ++b)
         {
             for (int i = 0; i < kN; ++i, ++t)
-                in[i] = Sine16(t, c.amp);
+                in[i] = Sine16(t, amp);
             comp.Process();
         }
-        const double r = std::sqrt(SettledMeanSquare(c.amp * c.amp / 2.0) - 1e-9);
-        const double gain = SettledGain(r, c.threshold, c.ratio, c.makeup);
+        const double r = std::sqrt(SettledMeanSquare(amp * amp / 2.0) - 1e-9);
+        const double gain = SettledGain(r, threshold, ratio, makeup);
         // Output = gain x the input of 10 ms before, sample by sample.
-        const int la = static_cast<int>(c.rate * 0.01);
+        const int la = static_cast<int>(rate * 0.01);
         for (int i = 0; i < kN; ++i)
-            ASSERT_NEAR(out[i], gain * Sine16(t - kN + i - la, c.amp), 1e-9 * c.amp)
-                << c.rate << " thr " << c.threshold << " ratio " << c.ratio;
+            ASSERT_NEAR(out[i], gain * Sine16(t - kN + i - la, amp), 1e-9 * amp)
+                << rate << " thr " << threshold << " ratio " << ratio;
         // Reset empties the look-ahead: audio still inside it must not come out afterwards.
         comp.Reset();
         std::fill(in, in + kN, 0.0);

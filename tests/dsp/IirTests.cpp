@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 // The recursive filters are checked by what they do to signals: responses against the closed
@@ -114,36 +115,31 @@ TEST(IirDesign, RunPathFollowsTheClosedForms)
     // by factoring the taps. Butterworth: -3.01 dB at the corner, the 2n-th power law around it.
     // Chebyshev: the last rows are the slowest design the modules use (rings for a few hundred
     // thousand samples) and odd orders, whose low-pass has 0 dB at DC.
-    struct Case
-    {
-        int kind;
-        double rate, hz, ripple;
-        int order;
-    };
-    std::vector<Case> cases = {{1, 44100, 200, 3, 2},   {1, 44100, 200, 15, 4},  {1, 96000, 50, 1, 4},
-                               {1, 32000, 15000, 3, 4}, {1, 48000, 5000, 15, 2}, {1, 44100, 20000, 1, 4},
-                               {1, 96000, 50, 15, 4},   {1, 44100, 2205, 2, 3},  {1, 44100, 2205, 2, 5}};
+    std::vector<std::tuple<int, double, double, double, int>> cases = {
+        {1, 44100, 200, 3, 2},   {1, 44100, 200, 15, 4},  {1, 96000, 50, 1, 4},
+        {1, 32000, 15000, 3, 4}, {1, 48000, 5000, 15, 2}, {1, 44100, 20000, 1, 4},
+        {1, 96000, 50, 15, 4},   {1, 44100, 2205, 2, 3},  {1, 44100, 2205, 2, 5}};
     for (const double rate : {32000.0, 44100.0, 96000.0})
         for (const int order : {1, 2, 3, 5, 8, 12})
-            cases.push_back({0, rate, 8000.0, 0.0, order});
-    for (const Case& c : cases)
+            cases.emplace_back(0, rate, 8000.0, 0.0, order);
+    for (const auto& [kind, rate, hz, ripple, order] : cases)
         for (const bool highpass : {false, true})
             for (const bool fromTaps : {false, true})
             {
-                SCOPED_TRACE(testing::Message() << "kind " << c.kind << ", " << c.rate << " Hz, corner "
-                                                << c.hz << ", order " << c.order << (highpass ? " HP" : " LP")
+                SCOPED_TRACE(testing::Message() << "kind " << kind << ", " << rate << " Hz, corner " << hz
+                                                << ", order " << order << (highpass ? " HP" : " LP")
                                                 << (fromTaps ? ", factored taps" : ", design roots"));
-                const double fc = c.hz / c.rate;
+                const double fc = hz / rate;
                 Filter flt;
-                flt.Design(highpass, fc, c.ripple, c.order, c.kind);
-                if (fromTaps) flt.InitFromTaps(flt.taps, c.order);
+                flt.Design(highpass, fc, ripple, order, kind);
+                if (fromTaps) flt.InitFromTaps(flt.taps, order);
                 std::vector<double> h;
                 ASSERT_GT(ImpulseDecay(flt, 1 << 22, &h), 0);
                 for (const double f : {0.1 * fc, 0.3 * fc, 0.8 * fc, fc, 1.2 * fc, 2.0 * fc, 3.0 * fc, 0.45})
                 {
-                    const double expect = ClosedFormDb(c.kind, f, fc, c.order, c.ripple, highpass);
+                    const double expect = ClosedFormDb(kind, f, fc, order, ripple, highpass);
                     if (f >= 0.5 || expect < -100.0) continue;
-                    EXPECT_NEAR(ResponseDb(h, f), expect, c.kind == 0 ? 1e-3 : 0.02) << "at " << f * c.rate;
+                    EXPECT_NEAR(ResponseDb(h, f), expect, kind == 0 ? 1e-3 : 0.02) << "at " << f * rate;
                 }
             }
     // Corners beyond the usable range (0.0002 .. 0.49) take its ends, and stay stable filters.

@@ -55,6 +55,7 @@ Response ChebyOf(int order, double rippleDb, bool high)
         return cd(1.0 / std::sqrt(1.0 + eps2 * t * t));
     };
 }
+const auto Gain = [](double g) { return [g](IppBiquad& f) { f.mGainParam = g; }; };
 std::function<void(IppBiquad&)> Params(std::vector<std::pair<int, double>> p)
 {
     return [p](IppBiquad& f)
@@ -151,20 +152,17 @@ TEST(IppBiquad, TypesMatchTheirPrototypesAtEveryRate)
         {"split, right high", kBqLowHighSplit, 2, 0.0, true, 2, kHigh},
         {"order 1: four sections", kBqLowpass, 1, 0.0, false, 4, kLow, [](IppBiquad& f) { f.SetOrder(1.0); }},
         {"type 25, v 0.7: three sections", kBqOrderFromParam, 1, 0.0, false, 3, kLow, Params({{1, 0.7}})},
-        {"parameter 1 is the resonance", kBqLowpass, 1, 0.0, false, 1,
+        {"param 1: resonance", kBqLowpass, 1, 0.0, false, 1,
          [](double W, double) { return kLow(W, QualityOf(0.5)); }, Params({{1, 0.5}})},
         {"peak +12 dB", kBqPeak, 1, 0.0, false, 1, PeakOf(12, 1), Params({{3, 0.75}})},
         {"peak -12 dB shared by 2", kBqPeak, 2, 0.0, false, 2, PeakOf(-12, 2), Params({{3, 0.25}})},
-        {"peak +24 dB, full makeup", kBqPeak, 1, 0.0, false, 1, PeakOf(24, 1, 1.0 / 15.8489),
-         Params({{3, 1.0}, {4, 1.0}})},
-        {"peak -24 dB, cut not made up", kBqPeak, 1, 0.0, false, 1, PeakOf(-24, 1),
-         Params({{3, 0.0}, {4, 1.0}})},
-        {"peak +24 dB, half makeup", kBqPeak, 1, 0.0, false, 1, PeakOf(24, 1, 0.5 / 15.8489 + 0.5),
-         Params({{3, 1.0}, {4, 0.5}})},
-        {"low shelf x2", kBqLowShelf, 1, 0.0, false, 1, ShelfOf(2.0, false),
-         [](IppBiquad& f) { f.mGainParam = 2.0; }},
-        {"high shelf x0.5", kBqHighShelf, 1, 0.0, false, 1, ShelfOf(0.5, true),
-         [](IppBiquad& f) { f.mGainParam = 0.5; }},
+        // Makeup gain brings a boost back down (full: by 24 dB), never a cut up.
+        {"+24 full makeup", kBqPeak, 1, 0.0, false, 1, PeakOf(24, 1, 1 / 15.8489), Params({{3, 1}, {4, 1}})},
+        {"-24 no makeup", kBqPeak, 1, 0.0, false, 1, PeakOf(-24, 1), Params({{3, 0}, {4, 1}})},
+        {"+24 half", kBqPeak, 1, 0.0, false, 1, PeakOf(24, 1, 0.5 / 15.8489 + 0.5),
+         Params({{3, 1}, {4, 0.5}})},
+        {"low shelf x2", kBqLowShelf, 1, 0.0, false, 1, ShelfOf(2.0, false), Gain(2.0)},
+        {"high shelf x0.5", kBqHighShelf, 1, 0.0, false, 1, ShelfOf(0.5, true), Gain(0.5)},
         // The Chebyshev types take their ripple from the resonance: 1 + 14 res dB.
         {"Chebyshev low 2", kBqChebyLow2, 1, 0.0, false, 1, ChebyOf(2, 1, false), nullptr, true},
         {"Chebyshev low 4", kBqChebyLow4, 1, 1.0, false, 1, ChebyOf(4, 15, false), nullptr, true},

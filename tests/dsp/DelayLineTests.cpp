@@ -163,8 +163,8 @@ TEST(MSVRAP1ModDelayLine, ConstantOffsetsGiveTheAllPassDelay)
         double sum = 0.0, energy = 0.0, moment = 0.0;
         for (size_t n = start; n < out.size(); ++n)
             sum += out[n], energy += double(out[n]) * out[n], moment += double(n - start) * out[n];
-        EXPECT_NEAR(sum, 1.0, 1e-5) << v;
-        EXPECT_NEAR(energy, 1.0, 1e-5) << v;
+        EXPECT_TRUE(std::fabs(sum - 1.0) < 1e-5 && std::fabs(energy - 1.0) < 1e-5)
+            << v << ": " << sum << " " << energy;
         EXPECT_NEAR(moment / sum, ExpectedDelay(centre, double(v) * depth), 1e-4) << "offset " << v * depth;
     }
 }

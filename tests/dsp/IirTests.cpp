@@ -284,8 +284,7 @@ TEST(IirInit, StaleDesignIsNotReusedAndUnusableTapsAreSilent)
     std::fill(f.delay, f.delay + kDelays, 0.0);
     std::vector<double> h;
     ASSERT_GT(ImpulseDecay(f, 1 << 16, &h), 0);
-    EXPECT_LT(ResponseDb(h, 100.0 / 48000.0), -80.0);
-    EXPECT_NEAR(ResponseDb(h, 20000.0 / 48000.0), 0.0, 0.01);
+    EXPECT_TRUE(ResponseDb(h, 100.0 / 48000.0) < -80.0 && std::fabs(ResponseDb(h, 20000.0 / 48000.0)) < 0.01);
 
     // a0 = 0, a NaN tap or too high an order give silence; order 0 is a plain gain b0 / a0.
     const std::vector<double> x = Noise(256, 0.5, 1);

@@ -50,7 +50,6 @@ TEST(OnePoleBlock, PairedRunMatchesSingleRuns)
             for (int i = 0; i < 32; ++i)
                 differing += (x0[i] != q0[i]) + (x1[i] != q1[i]);
         }
-        EXPECT_EQ(differing, 0u) << p0 << " " << p1;
-        EXPECT_TRUE(single0 == paired0 && single1 == paired1);
+        EXPECT_TRUE(differing == 0 && single0 == paired0 && single1 == paired1) << p0 << " " << p1;
     }
 }

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <memory>
+#include <numeric>
 
 // The forward head: echo positions at whole and fractional delays, its limits, the ring after a
 // rate change, the glide of the delay time and the loop filters.
@@ -89,8 +90,7 @@ TEST(MultiDelay, DelayGlidesOverAHundredMillisecondsUnlessSnapped)
     // reads at 1 ms.
     const size_t n = 32 * 4096, jump = 32 * 2048;
     std::vector<double> ramp(n);
-    for (size_t i = 0; i < n; ++i)
-        ramp[i] = double(i);
+    std::iota(ramp.begin(), ramp.end(), 0.0);
     const float from = 4410.25f, asked = 3.0f;
     const double to = gSampleRate / 1000.0;
     const double a = std::exp(-2.0 * M_PI / (0.1 * gSampleRate));

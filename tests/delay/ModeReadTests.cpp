@@ -5,6 +5,7 @@
 #include <cmath>
 #include <map>
 #include <memory>
+#include <numeric>
 
 // The other read modes: reversed segments, grains (pitch and timing) and the tapped heads.
 using namespace delaytest;
@@ -80,8 +81,7 @@ TEST(MultiDelay, UnitSpeedGrainsKeepTheirDelay)
     // of each grain) the head is exact.
     const size_t n = 32 * size_t(gSampleRate / 32.0 * 0.5);
     std::vector<double> ramp(n);
-    for (size_t i = 0; i < n; ++i)
-        ramp[i] = double(i);
+    std::iota(ramp.begin(), ramp.end(), 0.0);
     const double grainLen = std::round(0.05 * gSampleRate * 0.995) + 0.5;
     const float delay = float(std::round(0.1 * gSampleRate));
     for (auto [position, expected] : {std::pair{0.0, double(delay)}, std::pair{1.0, grainLen}})

@@ -9,13 +9,11 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <numbers>
 #include <tuple>
 #include <vector>
 
 namespace
 {
-constexpr double kPi = std::numbers::pi;
 
 // A modulator that holds one value.
 struct ConstModulator : MModulator
@@ -87,7 +85,7 @@ TEST(MSinOsc, StaysOnItsAmplitudeAndFrequencyOverTenMillionTicks)
     // A 2.3 Hz sine ticked every 50 samples at 44.1 kHz: period 44100 / (50 * 2.3) ticks. The
     // amplitude neither grows nor fades: in the last million ticks the peaks still reach 1 to within
     // a step's rounding, and upward zero crossings (placed by linear interpolation) keep the period.
-    const double w = 2.0 * kPi * 50.0 * 2.3 / 44100.0;
+    const double w = 2.0 * M_PI * 50.0 * 2.3 / 44100.0;
     MSinOsc osc;
     osc.Setup(w, 0.3);
     const int total = 10'000'000, late = total - 1'000'000;
@@ -110,7 +108,7 @@ TEST(MSinOsc, StaysOnItsAmplitudeAndFrequencyOverTenMillionTicks)
     EXPECT_TRUE(peak <= 1.0f && lateHi > 0.9999f && lateLo < -0.9999f)
         << peak << " " << lateLo << " " << lateHi;
     ASSERT_GT(crossings, 100);
-    EXPECT_NEAR((lastCross - firstCross) / (crossings - 1) * w / (2.0 * kPi), 1.0, 1e-8);
+    EXPECT_NEAR((lastCross - firstCross) / (crossings - 1) * w / (2.0 * M_PI), 1.0, 1e-8);
 }
 
 TEST(MLPF1a, NegativeFeedbackIsALowPassWithTheMeasuredGains)
@@ -206,7 +204,7 @@ TEST(MSVRAP1ModDelayLine, SineModulationDelaysByCentrePlusMinusDepthFarPastTheRi
 {
     // The reverb's set-up: head update every 50 samples, a 2 Hz sine, depth 6 around a centre of 40.
     const int centre = 40, depth = 6, interval = 50;
-    const double w = 2.0 * kPi * interval * 2.0 / 44100.0;
+    const double w = 2.0 * M_PI * interval * 2.0 / 44100.0;
     MSinOsc osc, shadow;
     osc.Setup(w, 0.7);
     shadow.Setup(w, 0.7);

@@ -103,10 +103,8 @@ long ImpulseDecay(Filter& flt, long limit, std::vector<double>* keep = nullptr)
     return -1;
 }
 
-double ResponseDb(const std::vector<double>& h, double f)
-{
-    return 20.0 * std::log10(std::abs(testmeasure::ResponseAt(h, f, 1.0)));
-}
+const auto ResponseDb = [](const std::vector<double>& h, double f)
+{ return 20.0 * std::log10(std::abs(testmeasure::ResponseAt(h, f, 1.0))); };
 } // namespace
 
 TEST(IirDesign, RunPathFollowsTheClosedForms)

@@ -9,10 +9,7 @@
 
 // The power-of-two ring with its plain and all-pass-interpolated reads, checked by the exact sample
 // that comes out and by ramps that read their own delay.
-namespace
-{
 constexpr int kN = 32;
-} // namespace
 
 TEST(ModDelayBuffer, ReadGivesWholeSampleDelaysAcrossTheWrapAndClearEmptiesIt)
 {

@@ -55,38 +55,21 @@ inline std::vector<double> UniqueNoise(size_t n, uint64_t seed = 12345)
     return x;
 }
 
-// Gain and delay in samples of a sine of hz in y[from, to), the delay brought next to
-// `expected` (the phase only knows it modulo one period).
-struct SineDelay
-{
-    double gain, delay;
-};
-inline SineDelay MeasureSineDelay(const std::vector<double>& y, double hz, size_t from, size_t to,
-                                  double expected)
-{
-    const testfit::SineFit f = testfit::FitSine(y, 2.0 * M_PI * hz / gSampleRate, from, to - from);
-    const double period = gSampleRate / hz;
-    const double d = -f.phase / (2.0 * M_PI) * period;
-    return {f.amplitude, d + period * std::round((expected - d) / period)};
-}
-
 inline size_t ArgMaxAbs(const std::vector<double>& y)
 {
-    size_t best = 0;
-    for (size_t i = 1; i < y.size(); ++i)
-        if (std::fabs(y[i]) > std::fabs(y[best])) best = i;
-    return best;
+    return size_t(
+        std::max_element(y.begin(), y.end(), [](double a, double b) { return std::fabs(a) < std::fabs(b); }) -
+        y.begin());
 }
 
 // An impulse response with one unit echo at `at` and nothing else of weight (a head one sample
 // off would leave a residue near 1; the single-precision smoother jitters by thousandths).
 inline void ExpectSingleEcho(const std::vector<double>& y, size_t at)
 {
-    EXPECT_EQ(ArgMaxAbs(y), at);
-    EXPECT_NEAR(y[at], 1.0, 1e-3);
-    double rest = 0.0;
-    for (size_t i = 0; i < y.size(); ++i)
-        rest += i == at ? 0.0 : y[i] * y[i];
-    EXPECT_LT(rest, 1e-4);
+    double rest = -y[at] * y[at];
+    for (const double v : y)
+        rest += v * v;
+    EXPECT_TRUE(ArgMaxAbs(y) == at && std::fabs(y[at] - 1.0) < 1e-3 && rest < 1e-4)
+        << "echo at " << ArgMaxAbs(y) << " of " << y[ArgMaxAbs(y)] << ", the rest " << rest;
 }
 } // namespace delaytest

@@ -22,10 +22,8 @@ std::unique_ptr<AFdnReverb> MakeReverb(const Shape& s, double decay, double damp
 {
     SetTimeBase(kRate);
     auto r = std::make_unique<AFdnReverb>(s.lines, s.modLines, s.third);
-    r->SetParam(0, decay);
-    r->SetParam(1, 0.0);
-    r->SetParam(2, 0.0);
-    r->SetParam(3, damp);
+    for (const auto& [index, value] : {std::pair{0, decay}, {1, 0.0}, {2, 0.0}, {3, damp}})
+        r->SetParam(index, value);
     r->Reset();
     return r;
 }
@@ -40,27 +38,22 @@ StereoBuffer ImpulseResponse(AFdnReverb& r, double seconds)
 }
 } // namespace
 
-// Every line carries the loop gain of its own length, so the whole network falls by 60 dB in the
-// decay time it was set to.
-TEST(AFdnReverb, MeasuredDecayTimeMatchesSetting)
-{
-    for (const Shape& shape : {kHall, kRoom})
-        for (double decay : {1.0, 2.5})
-        {
-            auto r = MakeReverb(shape, decay, kNoDamping);
-            const StereoBuffer out = ImpulseResponse(*r, decay * 1.3);
-            const double rt60 = MeasureRt60(out.left, out.right, kRate);
-            EXPECT_NEAR(rt60, decay, 0.1 * decay) << shape.name << " set to " << decay << " s";
-        }
-}
-
-// With damping the highs decay faster than the lows, by the ratio the damper law gives: at angular
-// frequency w a line's loss ln g grows to ln g + ln(1 - d) - 0.5 ln(1 - 2 d cos w + d^2).
-TEST(AFdnReverb, DampingShortensTheHighs)
+// Every line carries the loop gain of its own length, so the whole undamped network falls by 60 dB
+// in the decay time it was set to. With damping the highs decay faster than the lows, by the ratio
+// the damper law gives: at angular frequency w a line's loss ln g grows to
+// ln g + ln(1 - d) - 0.5 ln(1 - 2 d cos w + d^2).
+TEST(AFdnReverb, DecayTimeMatchesSettingAndDampingShortensTheHighs)
 {
     const double decay = 2.0, damp = (0.99 - 0.3) / 0.89; // alpha = 0.3
     for (const Shape& shape : {kHall, kRoom})
     {
+        for (double undamped : {1.0, 2.5})
+        {
+            const StereoBuffer out =
+                ImpulseResponse(*MakeReverb(shape, undamped, kNoDamping), undamped * 1.3);
+            EXPECT_NEAR(MeasureRt60(out.left, out.right, kRate), undamped, 0.1 * undamped)
+                << shape.name << " set to " << undamped << " s";
+        }
         auto r = MakeReverb(shape, decay, damp);
         const StereoBuffer out = ImpulseResponse(*r, 3.0);
         // Two band-pass passes, so that the slower skirts of the band do not take over the tail.
@@ -78,41 +71,27 @@ TEST(AFdnReverb, DampingShortensTheHighs)
         };
         const double expected = lossAt(300.0) / lossAt(8000.0);
         EXPECT_NEAR(low, decay, 0.15 * decay) << shape.name;
-        EXPECT_NEAR(high / low, expected, 0.15 * expected)
+        EXPECT_TRUE(std::fabs(high / low - expected) < 0.15 * expected && high / low < 0.6)
             << shape.name << " low " << low << " high " << high << " expected " << expected;
-        EXPECT_LT(high / low, 0.6) << shape.name;
     }
 }
 
-// The two tap patterns are orthogonal: the tails of left and right share little.
-TEST(AFdnReverb, LeftAndRightAreDecorrelated)
+// The network runs on the sum of both inputs: either side alone gives the very same output. The two
+// tap patterns are orthogonal: the tails of left and right share little.
+TEST(AFdnReverb, InputIsAMonoSumAndTheSidesAreDecorrelated)
 {
     for (const Shape& shape : {kHall, kRoom})
     {
-        auto r = MakeReverb(shape, 2.0, HallDamp(50.0));
-        const StereoBuffer out = ImpulseResponse(*r, 1.0);
+        const int frames = int(kRate);
+        auto a = MakeReverb(shape, 2.0, HallDamp(50.0)), b = MakeReverb(shape, 2.0, HallDamp(50.0));
+        const StereoBuffer out = ImpulseResponse(*a, 1.0);
+        const StereoBuffer fromRight =
+            RenderStereo(*b, std::vector<double>(frames, 0.0), Impulse(frames), frames);
+        EXPECT_TRUE(out.left == fromRight.left && out.right == fromRight.right) << shape.name;
         double worst = 0.0;
         for (int lag = -20; lag <= 20; ++lag)
             worst = std::max(worst, std::fabs(Correlation(out.left, out.right, 4410, 40000, lag)));
         EXPECT_LT(worst, 0.3) << shape.name;
-    }
-}
-
-// The network runs on the sum of both inputs: either side alone gives the very same output.
-TEST(AFdnReverb, InputIsAMonoSum)
-{
-    for (const Shape& shape : {kHall, kRoom})
-    {
-        const int frames = 8192;
-        auto a = MakeReverb(shape, 3.0, 0.5);
-        auto b = MakeReverb(shape, 3.0, 0.5);
-        const StereoBuffer fromLeft =
-            RenderStereo(*a, Impulse(frames, 5), std::vector<double>(frames, 0.0), frames);
-        const StereoBuffer fromRight =
-            RenderStereo(*b, std::vector<double>(frames, 0.0), Impulse(frames, 5), frames);
-        EXPECT_EQ(fromLeft.left, fromRight.left) << shape.name;
-        EXPECT_EQ(fromLeft.right, fromRight.right) << shape.name;
-        EXPECT_GT(testmeasure::Rms(fromLeft.left), 1e-5) << shape.name;
     }
 }
 
@@ -127,14 +106,12 @@ TEST(AFdnReverb, PreDelayMovesTheFirstArrival)
         r.SetParam(0, 2.0);
         r.SetParam(1, 441.0);
         r.Reset();
-        const int frames = 8192;
-        const StereoBuffer out = RenderStereo(r, Impulse(frames), std::vector<double>(frames, 0.0), frames);
-        size_t first = 0;
-        while (first < out.left.size() && std::fabs(out.left[first]) < 1e-6)
-            ++first;
+        const StereoBuffer out = RenderStereo(r, Impulse(8192), std::vector<double>(8192, 0.0), 8192);
+        const auto first =
+            std::find_if(out.left.begin(), out.left.end(), [](double v) { return std::fabs(v) >= 1e-6; });
         // The shortest line (601 at 44.1 kHz) comes on top of the pre-delay.
-        const double ratio = rate / 44100.0;
-        EXPECT_EQ(first, size_t(int(441.0 * ratio) + int(601 * ratio) + 1)) << rate;
+        EXPECT_EQ(first - out.left.begin(), int(441.0 * rate / 44100.0) + int(601 * rate / 44100.0) + 1)
+            << rate;
     }
     SetTimeBase(kRate);
 }

@@ -1,15 +1,13 @@
 #pragma once
 // Measurements on reverb responses: a stereo renderer for block processors, the decay time from the
-// backward-integrated energy decay curve, band-pass filtering and normalised correlations.
+// backward-integrated energy decay curve, band-pass filtering and normalised correlation.
 
-#include "common/Fft.h"
 #include "common/Measure.h"
 #include "dsp/DSPShell.h"
 #include "dsp/TimeBase.h"
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
 #include <numbers>
 #include <vector>
 
@@ -27,12 +25,8 @@ inline StereoBuffer RenderStereo(DSPShell& fx, std::vector<double> inL, std::vec
     inR.resize(size_t(blocks) * gBlockLen, 0.0);
     for (int b = 0; b < blocks; ++b)
     {
-        double* l = inL.data() + b * gBlockLen;
-        double* r = inR.data() + b * gBlockLen;
-        fx.mIn1 = l;
-        fx.mIn2 = r;
-        fx.mOut1 = l;
-        fx.mOut2 = r;
+        fx.mIn1 = fx.mOut1 = inL.data() + b * gBlockLen;
+        fx.mIn2 = fx.mOut2 = inR.data() + b * gBlockLen;
         fx.Process();
     }
     return {std::move(inL), std::move(inR)};
@@ -100,30 +94,4 @@ inline double Correlation(const std::vector<double>& a, const std::vector<double
         ab += a[i] * y, aa += a[i] * a[i], bb += y * y;
     }
     return ab / std::sqrt(aa * bb);
-}
-
-// r[lag] = sum x[i] x[i + lag] over the overlap, divided by the root of both parts' energies, for
-// lags 0..maxLag: 1 for a signal that repeats itself after lag samples.
-inline std::vector<double> NormalisedAutocorrelation(const std::vector<double>& x, int maxLag)
-{
-    size_t n = 1;
-    while (n < 2 * x.size())
-        n <<= 1;
-    std::vector<std::complex<double>> a(n);
-    for (size_t i = 0; i < x.size(); ++i)
-        a[i] = x[i];
-    Fft(a, false);
-    for (auto& c : a)
-        c = std::norm(c);
-    Fft(a, true);
-    std::vector<double> prefix(x.size() + 1, 0.0);
-    for (size_t i = 0; i < x.size(); ++i)
-        prefix[i + 1] = prefix[i] + x[i] * x[i];
-    std::vector<double> r(size_t(maxLag) + 1);
-    for (size_t lag = 0; lag <= size_t(maxLag); ++lag)
-    {
-        const double head = prefix[x.size() - lag], tail = prefix.back() - prefix[lag];
-        r[lag] = a[lag].real() / double(n) / std::sqrt(head * tail);
-    }
-    return r;
 }

@@ -48,6 +48,30 @@ TEST(MultiDelay, BackwardPlaysSegmentsReversed)
         EXPECT_EQ(restarts[r] - restarts[r - 1], long(delay)) << r;
 }
 
+TEST(MultiDelay, BackwardRestartWaitsForTheFade)
+{
+    // Segments of 100 ms and a restart asked for in every block: each is honoured at the first
+    // sample after a fade has run out, never inside one.
+    auto d = std::make_unique<QLMMultiDelay>();
+    d->SetMode(DelayBackward);
+    d->SetReverseFade(10.0);
+    const auto noise = UniqueNoise(32 * 1000);
+    std::vector<long> restarts;
+    int lastElapsed = 0;
+    for (size_t b = 0; b < noise.size(); b += gBlockLen)
+    {
+        d->mRestart = true;
+        d->ReadTap(float(0.1 * gSampleRate), 0);
+        // A restart at sample i leaves 31 - i samples played at the end of the block.
+        if (d->mSegElapsed < lastElapsed + gBlockLen) restarts.push_back(long(b) + 31 - d->mSegElapsed);
+        lastElapsed = d->mSegElapsed;
+        d->WriteBlock(noise.data() + b);
+    }
+    ASSERT_GE(restarts.size(), 50u);
+    for (size_t k = 1; k < restarts.size(); ++k)
+        EXPECT_EQ(restarts[k] - restarts[k - 1], long(std::ceil(gSampleRate * 0.010)) + 1) << k;
+}
+
 TEST(MultiDelay, GrainSpeedShiftsPitchByOctaves)
 {
     const double hz = 1000.0;

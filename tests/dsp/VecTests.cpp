@@ -7,14 +7,24 @@
 #include <cstdint>
 #include <vector>
 
-// The vector helpers whose argument order or edge handling is easy to get wrong. (Their clamps are
+// The vector helpers whose argument order or edge handling is easy to get wrong. (The clamps are
 // read through the smoother's modulation bounds.)
-TEST(Vec, OperandOrderOverlapAndEmptyLengths)
+TEST(Vec, OperandOrderSignsOverlapAndEmptyLengths)
 {
     const double a[3] = {1.0, 2.0, 3.0}, b[3] = {10.0, 20.0, 30.0};
     double d[3];
     VecSub(a, b, d, 3); // b - a
     EXPECT_EQ(d[2], 27.0);
+    VecRevSub(a, 1.0, d, 3); // 1 - a
+    EXPECT_EQ(d[2], -2.0);
+    double src[3] = {-1.25, 2.75, -0.5}, whole[3];
+    VecModf(src, whole, src, 3); // the fraction keeps the sign and may overwrite the source
+    EXPECT_TRUE(whole[0] == -1.0 && src[0] == -0.25 && src[1] == 0.75);
+    // The usual sign function: below zero to -1, above to 1; zero stays zero.
+    double x[5] = {-3.0, -0.5, 0.0, 0.5, 3.0};
+    VecBelowSetI(x, 5, 0.0, -1.0);
+    VecAboveSetI(x, 5, 0.0, 1.0);
+    EXPECT_EQ(std::vector<double>(x, x + 5), (std::vector<double>{-1.0, -1.0, 0.0, 1.0, 1.0}));
     double y[6] = {0, 1, 2, 3, 4, 5}, z[6] = {0, 1, 2, 3, 4, 5};
     VecMove(y, y + 1, 5);
     VecMove(z + 1, z, 5);

@@ -464,7 +464,8 @@ TEST_F(DelayEditor, ASlotsStepsAndMasksPasteOntoAnotherAndTheTitleTellsForAMomen
 }
 
 // The playing tap's number lights; when the next tap plays, both numbers are drawn again. (That
-// the light follows the echoes is the engine suite's EditorTapPlaying test.)
+// the light follows the echoes is the engine suite's EditorOnEngine.TapPlayingEachTapLightsWhereItsEchoSounds
+// test.)
 TEST_F(DelayEditor, ThePlayingTapsNumberLightsAndTheOneBeforeGoesOut)
 {
     editor.ShowPage(kPageLargeLevels + 1, false);

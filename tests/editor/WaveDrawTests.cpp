@@ -1,6 +1,7 @@
 // The wave the LFO page draws: one cycle of a function or a table, turned by polarity, phase,
 // reverse and swap as the LFO turns it, and laid across its rectangle. (That each display follows
-// its LFO's wave and polarity is the engine suite's EditorLfoWaves test.)
+// its LFO's wave and polarity is the engine suite's EditorOnEngine.LfoWaveDisplayFollowsTheWaveAndItsPolarity
+// test.)
 #include <gtest/gtest.h>
 
 #include <tuple>

@@ -6,6 +6,7 @@
 #include <functional>
 #include <numbers>
 
+#include "common/Measure.h"
 #include "common/Noise.h"
 #include "engine/Quorvex.h"
 #include "params/IParamRecord.h"
@@ -73,10 +74,9 @@ inline int PeakIndex(const std::vector<double>& x, int from, int to)
 // Largest magnitude of either side in [from, to).
 inline double Peak(const Stereo& s, int from = 0, int to = 1 << 30)
 {
-    double peak = 0.0;
-    for (int i = from; i < std::min(to, s.Size()); ++i)
-        peak = std::max({peak, std::abs(s.l[i]), std::abs(s.r[i])});
-    return peak;
+    const auto begin = static_cast<std::size_t>(from), end = static_cast<std::size_t>(std::min(to, s.Size()));
+    return begin < end ? std::max(testmeasure::Peak(s.l, begin, end), testmeasure::Peak(s.r, begin, end))
+                       : 0.0;
 }
 
 struct Releaser

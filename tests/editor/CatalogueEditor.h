@@ -26,8 +26,8 @@ class CataloguePlug : public RecordingPlug
 struct CatalogueEditor : ::testing::Test
 {
     CataloguePlug plug;
-    QuorvexEditor editor{&plug, QUORVEX_ART_DIR};
-    CatalogueEditor()
+    QuorvexEditor editor;
+    explicit CatalogueEditor(const char* art = QUORVEX_ART_DIR) : editor(&plug, art)
     {
         plug.AttachGraphics(&editor);
         editor.OnTimerTick();

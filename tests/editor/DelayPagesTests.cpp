@@ -100,7 +100,7 @@ TEST(DelayLayout, DelayAndEffectPagesFitTheStageAndControlsShownTogetherDoNotOve
     }
 }
 
-TEST_F(DelayEditor, EverySlotShowsEachOfItsDelayParametersInTheModeThatUsesThem)
+TEST_F(DelayEditor, EverySlotShowsEachOfItsDelayParametersInTheModeAndTimeKindThatUseThem)
 {
     const int always[] = {
         kDelayMode1,          kDelayRoute1,           kTimebase1,           kDelayLRLink1,
@@ -132,12 +132,8 @@ TEST_F(DelayEditor, EverySlotShowsEachOfItsDelayParametersInTheModeThatUsesThem)
                 for (int param : byMode[other])
                     EXPECT_EQ(ShownOnOverview(param + slot) != nullptr, mine.count(param) == 1) << param;
         }
-}
-
-TEST_F(DelayEditor, TimeKnobsInMillisecondsWhenFreeAndFactorsWhenSynced)
-{
-    editor.ShowPage(kPageDelay, false);
-    for (int timebase : {0, 2}) // "MS", then synced as the other slots are by default
+    // Time knobs in milliseconds when free, factors when synced as the other slots are by default.
+    for (int timebase : {0, 2})
     {
         SetIndex(kTimebase3, timebase);
         EXPECT_EQ(ShownOnOverview(kDelayTimeL3) && ShownOnOverview(kDelayTimeR3), timebase == 0);
@@ -189,7 +185,7 @@ TEST_F(DelayEditor, EachLargeViewIsOnItsSlotsSteps)
 
 // Each view shows its own rows, in as many columns as the slot has taps; the other view's rows and
 // the other slots' views stay hidden.
-TEST_F(DelayEditor, VisibleColumnsFollowTheSlotsTapCountInTheRowsOfTheView)
+TEST_F(DelayEditor, VisibleColumnsFollowTheSlotsTapCountAndAFaderDragsItsStep)
 {
     const int counts[4] = {1, 4, 16, 11};
     for (int slot = 0; slot < 4; ++slot)
@@ -216,15 +212,11 @@ TEST_F(DelayEditor, VisibleColumnsFollowTheSlotsTapCountInTheRowsOfTheView)
     SetIndex(kDelayTaps2, 5);
     EXPECT_FALSE(Step(1, "TIME", 5)->IsHidden());
     EXPECT_TRUE(Step(1, "TIME", 6)->IsHidden());
-}
-
-TEST_F(DelayEditor, AFaderDragIsOneGestureOnItsStep)
-{
-    editor.ShowPage(kPageLargeLevels + 3, false);
-    IControl* fader = Step(3, "LEVEL", 6);
+    // A fader drag is one gesture on its own step: a quarter of its height takes a quarter off.
+    IControl* fader = Step(1, "LEVEL", 5);
     const double before = fader->GetValue();
-    DragUp(fader, -24); // a quarter of the fader's height down takes a quarter of the range off
-    EXPECT_EQ(plug.Gestures(), OneGesture(kTapDelay4Step7Level));
+    DragUp(fader, -24);
+    EXPECT_EQ(plug.Gestures(), OneGesture(kTapDelay2Step6Level));
     EXPECT_NEAR(fader->GetValue(), before - 24.0 / fader->GetRECT().H(), 0.02);
 }
 
@@ -260,7 +252,7 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     EXPECT_EQ(plug.Gestures(), ""); // no parameter moved
 }
 
-TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOn)
+TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOnAndLightsWhileItPlays)
 {
     std::string taps;
     editor.SetStepMaskActions(
@@ -293,6 +285,16 @@ TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOn)
     // One report per pick, with both channels; no other tap and no parameter moved.
     EXPECT_EQ(taps, "tap1201 tap1200 tap1210 ");
     EXPECT_EQ(plug.Gestures(), "");
+    // The playing tap's number lights; when the next tap plays, both are drawn again. (That the
+    // light follows the echoes is the engine suite's
+    // EditorOnEngine.TapPlayingEachTapLightsWhereItsEchoSounds.)
+    auto* three = dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(3)));
+    auto* four = dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(4)));
+    editor.Delay().SetPlayingTap(1, 3);
+    editor.OnTimerTick();
+    EXPECT_FALSE(four->PeekDirty());
+    editor.Delay().SetPlayingTap(1, 4);
+    EXPECT_TRUE(!three->IsLit() && four->IsLit() && three->PeekDirty() && four->PeekDirty());
 }
 
 TEST_F(DelayEditor, NarrowSourceFieldsShowShortNamesAndOfferTheFullList)
@@ -375,30 +377,7 @@ TEST_F(DelayEditor, ARowPresetWritesTheTapsInUseOneGestureEach)
         16);
 }
 
-TEST_F(DelayEditor, TapPatternsSetBothChannelsOfEveryTap)
-{
-    int reports = 0;
-    editor.SetStepMaskActions({[&](int slot, int, bool, bool) { reports += slot == 3; }, nullptr, nullptr});
-    editor.ShowPage(kPageLargeLevels + 3, false);
-    EXPECT_FALSE(Large(3, layout::kTapPatternRow)->IsHidden());
-    // PING PONG, LEFT and SYNCOPED (every third tap): {pattern, left, right}
-    const std::tuple<int, unsigned, unsigned> cases[] = {
-        {4, 0x5555, 0xAAAA}, {2, 0xFFFF, 0}, {5, 0x9249, 0x9249}};
-    for (const auto& [pattern, left, right] : cases)
-    {
-        editor.Delay().ApplyTapPattern(3, pattern);
-        EXPECT_EQ(editor.Delay().TapOnMask(3, 0), left) << pattern;
-        EXPECT_EQ(editor.Delay().TapOnMask(3, 1), right) << pattern;
-    }
-    EXPECT_EQ(reports, 48);
-    EXPECT_TRUE(Lit(3, "TAP R", 3) && !Lit(3, "TAP R", 4));
-    // The other slots keep theirs; the pattern menu belongs to the level taps view.
-    EXPECT_EQ(editor.Delay().TapOnMask(2, 0), 0u);
-    editor.ShowPage(kPageLargeSteps + 3, false);
-    EXPECT_TRUE(Large(3, layout::kTapPatternRow)->IsHidden());
-}
-
-TEST_F(DelayEditor, ARowMovesAroundTheTapsInUse)
+TEST_F(DelayEditor, ARowMovesAroundTheTapsInUseAndTapPatternsSetBothChannels)
 {
     SetIndex(kDelayTaps1, 3); // four taps
     editor.ShowPage(kPageLargeLevels, false);
@@ -414,6 +393,26 @@ TEST_F(DelayEditor, ARowMovesAroundTheTapsInUse)
             EXPECT_DOUBLE_EQ(Step(0, "TIME", i)->GetValue(), values[i < 4 ? (i + shift) % 4 : 4]) << i;
     }
     EXPECT_DOUBLE_EQ(Step(0, "LEVEL", 0)->GetValue(), plug.GetParam(kTapDelay1Step1Level)->GetNormalized());
+
+    // Tap patterns set both channels of every tap: PING PONG, LEFT and SYNCOPED (every third).
+    int reports = 0;
+    editor.SetStepMaskActions({[&](int slot, int, bool, bool) { reports += slot == 3; }, nullptr, nullptr});
+    editor.ShowPage(kPageLargeLevels + 3, false);
+    EXPECT_FALSE(Large(3, layout::kTapPatternRow)->IsHidden());
+    const std::tuple<int, unsigned, unsigned> cases[] = {
+        {4, 0x5555, 0xAAAA}, {2, 0xFFFF, 0}, {5, 0x9249, 0x9249}};
+    for (const auto& [pattern, left, right] : cases)
+    {
+        editor.Delay().ApplyTapPattern(3, pattern);
+        EXPECT_EQ(editor.Delay().TapOnMask(3, 0), left) << pattern;
+        EXPECT_EQ(editor.Delay().TapOnMask(3, 1), right) << pattern;
+    }
+    EXPECT_EQ(reports, 48);
+    EXPECT_TRUE(Lit(3, "TAP R", 3) && !Lit(3, "TAP R", 4));
+    // The other slots keep theirs; the pattern menu belongs to the level taps view.
+    EXPECT_EQ(editor.Delay().TapOnMask(2, 0), 0u);
+    editor.ShowPage(kPageLargeSteps + 3, false);
+    EXPECT_TRUE(Large(3, layout::kTapPatternRow)->IsHidden());
 }
 
 // A slot's steps and masks paste onto another; the large view's title says for a moment what the
@@ -461,20 +460,4 @@ TEST_F(DelayEditor, ASlotsStepsAndMasksPasteOntoAnotherAndTheTitleTellsForAMomen
     EXPECT_EQ(title(2), "SLOT 3  -  PING PONG");
     editor.FlushTimedLabels();
     EXPECT_EQ(title(2), "SLOT 3  -  TAP STEPS");
-}
-
-// The playing tap's number lights; when the next tap plays, both numbers are drawn again. (That
-// the light follows the echoes is the engine suite's EditorOnEngine.TapPlayingEachTapLightsWhereItsEchoSounds
-// test.)
-TEST_F(DelayEditor, ThePlayingTapsNumberLightsAndTheOneBeforeGoesOut)
-{
-    editor.ShowPage(kPageLargeLevels + 1, false);
-    auto* three = dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(3)));
-    auto* four = dynamic_cast<DelayTextButton*>(Large(1, layout::StepColumnNumber(4)));
-    editor.Delay().SetPlayingTap(1, 3);
-    editor.OnTimerTick();
-    EXPECT_FALSE(four->PeekDirty());
-    editor.Delay().SetPlayingTap(1, 4);
-    EXPECT_TRUE(!three->IsLit() && four->IsLit());
-    EXPECT_TRUE(three->PeekDirty() && four->PeekDirty());
 }

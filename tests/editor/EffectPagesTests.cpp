@@ -40,36 +40,6 @@ struct EffectPages : CatalogueEditor
 };
 } // namespace
 
-TEST_F(EffectPages, EachPageShowsItsPositionsParameters)
-{
-    const struct
-    {
-        int page;
-        EPageList list;
-        int offset, type;
-    } pages[] = {{kPagePreFx, kListPreFx, 0, kFX1PR},
-                 {kPageFeedbackFx, kListFeedbackFx, kFXParam1FB1 - kFXParam1PR1, kFX1FB},
-                 {kPagePostFx, kListPostFx, kFXParam1PO1 - kFXParam1PR1, kFX1PO}};
-    for (const auto& p : pages)
-    {
-        editor.ShowPage(p.page, false);
-        for (int slot = 0; slot < 4; ++slot)
-        {
-            SCOPED_TRACE(::testing::Message() << "page " << p.page << " slot " << slot);
-            SetIndex(p.type + slot, 1); // the first effect of every menu has five knobs
-            EXPECT_EQ(Row(p.list, slot, 0, 0)->ParamIdx(), kFXParam1PR1 + p.offset + slot);
-            EXPECT_EQ(Row(p.list, slot, 4, 0)->ParamIdx(), kFXParam5PR1 + p.offset + slot);
-            EXPECT_EQ(Row(p.list, slot, 2, 2)->ParamIdx(), kFXParam3ModDepthPR1 + p.offset + slot);
-            EXPECT_FALSE(Row(p.list, slot, 0, 0)->IsHidden());
-        }
-        // The other effect pages' panels are hidden.
-        for (EPageList other : {kListPreFx, kListFeedbackFx, kListPostFx})
-            EXPECT_EQ(Row(other, 0, 0, 0)->IsHidden(), other != p.list) << p.page;
-    }
-    editor.ShowPage(kPageLfo, false);
-    EXPECT_TRUE(Row(kListPostFx, 0, 0, 0)->IsHidden());
-}
-
 TEST_F(EffectPages, KnobNamesAndKnobsFollowTheType)
 {
     // {page shown while the type is set, type, slot, effect, knob names}. The feedback menu is a

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "CatalogueEditor.h"
-#include "editor/MainLayout.h"
 #include "editor/ModPageControls.h"
 #include "editor/PageLayouts.h"
 #include "editor/ValuePopUpControl.h"
@@ -46,8 +45,10 @@ std::set<int> FamilyIds(const PageCase& c)
     return ids;
 }
 
+// The editor builds and shows its pages with its art missing too: these pages are checked so.
 struct ModPages : CatalogueEditor
 {
+    ModPages() : CatalogueEditor("/nonexistent/quorvex/img") {}
     // The page's controls without its stage art (the list's first entry).
     std::vector<IControl*> PageControls(EPageList list)
     {
@@ -69,12 +70,18 @@ struct ModPages : CatalogueEditor
 
 // Each page's rows build the control their kind asks for, at the row's place and on its parameter
 // (meters on none), inside the stage and none over another; every parameter of the page's families
-// is on exactly one of them, and nothing else is.
-TEST_F(ModPages, EachPageBuildsItsRowsOnItsFamiliesAloneWithoutOverlap)
+// is on exactly one of them, and nothing else is; shown, the page shows them alone.
+TEST_F(ModPages, EachPageBuildsItsRowsOnItsFamiliesAndShowsThemAlone)
 {
     for (const PageCase& c : kPageCases)
     {
         SCOPED_TRACE(::testing::Message() << "page " << c.mPage);
+        // Showing a page shows its controls and hides every other page's.
+        EXPECT_EQ(editor.ShowPage(c.mPage, false), c.mPage);
+        EXPECT_FALSE(editor.OnTimerTick().Empty());
+        for (int list = 0; list < kNumPageLists; ++list)
+            for (int i : editor.ListControls(static_cast<EPageList>(list)))
+                EXPECT_EQ(editor.GetControl(i)->IsHidden(), list != c.mList) << "list " << list;
         const std::vector<IControl*> controls = PageControls(c.mList);
         ASSERT_FALSE(controls.empty());
         std::map<int, int> count;
@@ -112,54 +119,6 @@ TEST_F(ModPages, EachPageBuildsItsRowsOnItsFamiliesAloneWithoutOverlap)
                 EXPECT_DOUBLE_EQ(control->GetValue(), plug.GetParam(control->ParamIdx())->GetNormalized())
                     << i;
         }
-    }
-}
-
-// Knobs dragged by a quarter of their travel (three knob heights), switches pressed and lists
-// picked by keys reach their own parameter, not a neighbour's, as one gesture.
-TEST_F(ModPages, ControlsReachTheirParameterAsOneGesture)
-{
-    enum Act
-    {
-        kDrag, // by `amount` pixels, a quarter of the travel
-        kPress,
-        kPick // `amount` rows down from the current entry
-    };
-    const struct
-    {
-        Act act;
-        int page;
-        EPageList list;
-        int param, amount;
-        double value; // plain after a press or pick; normalised change after a drag
-        int neighbour;
-    } cases[] = {
-        {kDrag, kPageEnvelope, kListEnvelope, kENV2Attack, 39, 0.25, kENV1Attack},
-        {kDrag, kPageLogic, kListLogic, kSlot3FB2, 27, 0.25, kSlot2FB3},
-        {kPress, kPageRouting, kListRouting, kSlotOn4, 0, 1.0, kSlotOn3},
-        {kPick, kPageEnvelope, kListEnvelope, kENV1Source, 3, 2.0, kENV2Source}, // "IN RIGHT"
-        // Past the five inputs every slot has, to the first of slot 4's own: "SLOT 1".
-        {kPick, kPageRouting, kListRouting, kInput4, 6, 5.0, kInput3},
-        {kPick, kPageLogic, kListLogic, kLogic3Type, 3, 2.0, kLogic2Type}, // "MIN"
-    };
-    for (const auto& c : cases)
-    {
-        SCOPED_TRACE(plug.GetParam(c.param)->name);
-        editor.ShowPage(c.page, false);
-        plug.mLog.clear();
-        const double before = plug.GetParam(c.param)->GetNormalized();
-        const double neighbour = plug.GetParam(c.neighbour)->value;
-        IControl* control = ControlOn(c.list, c.param);
-        ASSERT_NE(control, nullptr);
-        c.act == kDrag    ? DragUp(control, c.amount)
-        : c.act == kPress ? Click(control)
-                          : PickByKeys(control, c.amount);
-        EXPECT_TRUE(PickIsOneGesture(c.param)) << plug.Gestures();
-        if (c.act == kDrag)
-            EXPECT_NEAR(plug.GetParam(c.param)->GetNormalized() - before, c.value, 0.01);
-        else
-            EXPECT_EQ(plug.GetParam(c.param)->value, c.value);
-        EXPECT_EQ(plug.GetParam(c.neighbour)->value, neighbour);
     }
 }
 
@@ -222,44 +181,4 @@ TEST_F(ModPages, WaveArrowsStepThroughTheWavesAndWrap)
         EXPECT_EQ(plug.Gestures(), OneGesture(kLFOWave2));
     }
     EXPECT_EQ(plug.GetParam(kLFOWave1)->value, 0.0);
-}
-
-// Showing a page shows its controls and hides every other page's; the editor builds and shows
-// them with its art missing too, each control in its place.
-TEST(ModPagesTest, ShowingAPageShowsItsControlsAloneEvenWithTheArtMissing)
-{
-    CataloguePlug plug;
-    QuorvexEditor editor(&plug, "/nonexistent/quorvex/img");
-    plug.AttachGraphics(&editor);
-    for (const PageCase& c : kPageCases)
-    {
-        EXPECT_EQ(editor.ShowPage(c.mPage, false), c.mPage);
-        EXPECT_FALSE(editor.OnTimerTick().Empty()) << c.mPage;
-        ASSERT_GT(editor.ListControls(c.mList).size(), 1u) << c.mPage;
-        for (int list = 0; list < kNumPageLists; ++list)
-            for (int i : editor.ListControls(static_cast<EPageList>(list)))
-            {
-                EXPECT_EQ(editor.GetControl(i)->IsHidden(), list != c.mList)
-                    << "page " << c.mPage << " list " << list;
-                EXPECT_FALSE(editor.GetControl(i)->GetRECT().Empty()) << c.mPage;
-            }
-    }
-    // The main page's controls keep their places too, each on its row's parameter.
-    for (int i = 0; i < static_cast<int>(std::size(kMainLayout)); ++i)
-    {
-        const LayoutRow& row = kMainLayout[i];
-        const bool background = row.mKind == ELayoutKind::kTopBar || row.mKind == ELayoutKind::kStage ||
-                                row.mKind == ELayoutKind::kPanel || row.mKind == ELayoutKind::kLabel ||
-                                row.mKind == ELayoutKind::kReserved;
-        IControl* c = editor.ControlOfRow(i);
-        ASSERT_EQ(c == nullptr, background) << i;
-        EXPECT_TRUE(!c || c->GetRECT() == row.mRect) << i;
-        if (row.mKind == ELayoutKind::kKnob || row.mKind == ELayoutKind::kSwitch ||
-            row.mKind == ELayoutKind::kPopup)
-        {
-            EXPECT_EQ(c->ParamIdx(), row.mParam) << i;
-            EXPECT_DOUBLE_EQ(c->GetValue(), plug.GetParam(row.mParam)->GetNormalized()) << i;
-        }
-    }
-    plug.AttachGraphics(nullptr);
 }

@@ -54,48 +54,46 @@ std::string Cat(std::initializer_list<std::string_view> parts)
     return out;
 }
 
-// ---- The X server --------------------------------------------------------------------------------
+// The X server of the whole run, on the first free display number; gDisplay stays empty when none
+// could be started. At the end the plug-in's text, which went through cairo's and fontconfig's
+// caches that live until the process ends, hands them back so the leak checker sees only ours.
+std::string gDisplay;
 
-class XvfbServer
+class XvfbEnvironment : public ::testing::Environment
 {
   public:
-    bool Start()
+    void SetUp() override
     {
-        for (int n = 91; n < 140; ++n)
+        for (int n = 91; n < 140 && gDisplay.empty(); ++n)
         {
             if (std::filesystem::exists(Cat({"/tmp/.X", std::to_string(n), "-lock"}))) continue;
-            mName = Cat({":", std::to_string(n)});
-            const char* argv[] = {"Xvfb",         mName.c_str(), "-screen", "0",
-                                  "2600x1400x24", "-nolisten",   "tcp",     nullptr};
+            const std::string name = Cat({":", std::to_string(n)});
+            const char* argv[] = {"Xvfb",         name.c_str(), "-screen", "0",
+                                  "2600x1400x24", "-nolisten",  "tcp",     nullptr};
             if (posix_spawnp(&mPid, "Xvfb", nullptr, nullptr, const_cast<char* const*>(argv), environ) != 0)
-                return false;
-            for (int wait = 0; wait < 100; ++wait)
+                return;
+            for (int wait = 0; wait < 100 && gDisplay.empty(); ++wait)
             {
                 std::this_thread::sleep_for(std::chrono::milliseconds(50));
-                if (Display* d = XOpenDisplay(mName.c_str()))
-                {
-                    XCloseDisplay(d);
-                    setenv("DISPLAY", mName.c_str(), 1);
-                    return true;
-                }
-                if (waitpid(mPid, nullptr, WNOHANG) == mPid) break; // that number was taken: next
+                if (Display* d = XOpenDisplay(name.c_str()))
+                    XCloseDisplay(d), setenv("DISPLAY", name.c_str(), 1), gDisplay = name;
+                else if (waitpid(mPid, nullptr, WNOHANG) == mPid)
+                    break; // that number was taken: next
             }
-            Stop();
+            if (gDisplay.empty() && kill(mPid, SIGTERM) == 0) waitpid(mPid, nullptr, 0);
         }
-        return false;
     }
-    void Stop()
+    void TearDown() override
     {
-        if (mPid > 0 && kill(mPid, SIGTERM) == 0) waitpid(mPid, nullptr, 0);
-        mPid = -1;
+        if (!gDisplay.empty() && kill(mPid, SIGTERM) == 0) waitpid(mPid, nullptr, 0);
+        cairo_debug_reset_static_data();
+        FcFini();
     }
-    ~XvfbServer() { Stop(); }
-    const std::string& Name() const { return mName; }
 
   private:
     pid_t mPid = -1;
-    std::string mName;
 };
+const auto* gEnv = ::testing::AddGlobalTestEnvironment(new XvfbEnvironment);
 
 // ---- The host's side -----------------------------------------------------------------------------
 
@@ -258,32 +256,6 @@ class MenuHost : public EditLog
     int mMenuParam = -1;
 };
 
-XvfbServer* gServer = nullptr;
-
-class XvfbEnvironment : public ::testing::Environment
-{
-  public:
-    void SetUp() override
-    {
-        gServer = new XvfbServer;
-        if (!gServer->Start()) TearDownServer();
-    }
-    static void TearDownServer()
-    {
-        delete gServer;
-        gServer = nullptr;
-    }
-    void TearDown() override
-    {
-        TearDownServer();
-        // The plug-in's text went through cairo's and fontconfig's caches, which live until the
-        // process ends: hand them back so the leak checker sees only what we own.
-        cairo_debug_reset_static_data();
-        FcFini();
-    }
-};
-const auto* gEnv = ::testing::AddGlobalTestEnvironment(new XvfbEnvironment);
-
 IRECT RowRect(ELayoutKind kind, int param)
 {
     for (const LayoutRow& row : kMainLayout)
@@ -307,7 +279,7 @@ struct EditorHost : ::testing::Test
 
     void SetUp() override
     {
-        ASSERT_NE(gServer, nullptr) << "Xvfb could not be started";
+        ASSERT_FALSE(gDisplay.empty()) << "Xvfb could not be started";
         std::string error;
         const char* bundle = std::getenv("QUORVEX_BUNDLE");
         module = vst3host::PluginModule::Load(bundle ? bundle : QUORVEX_BUNDLE_DIR, error);
@@ -325,7 +297,7 @@ struct EditorHost : ::testing::Test
         ASSERT_EQ(component->queryInterface(IEditController::iid, reinterpret_cast<void**>(&controller)),
                   kResultOk);
         controller->setComponentHandler(&log);
-        display = XOpenDisplay(gServer->Name().c_str());
+        display = XOpenDisplay(gDisplay.c_str());
         ASSERT_NE(display, nullptr);
     }
 

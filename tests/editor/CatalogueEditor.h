@@ -75,15 +75,6 @@ struct CatalogueEditor : ::testing::Test
             editor.OnMouseDrag(x, y - i, Left());
         editor.OnMouseUp(x, y - pixels, Left());
     }
-    // Opens a list with a click and picks the entry `downs` rows below the current one by keys.
-    void PickByKeys(IControl* c, int downs)
-    {
-        Click(c);
-        ASSERT_NE(editor.ModalOverlay(), nullptr);
-        for (int i = 0; i < downs; ++i)
-            editor.OnKeyDown(0, 0, kKeyDown);
-        editor.OnKeyDown(0, 0, kKeyEnter);
-    }
     static std::string OneGesture(int param)
     {
         const std::string id = std::to_string(param);

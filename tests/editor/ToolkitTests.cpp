@@ -82,10 +82,6 @@ TEST_F(Fixture, RedrawsTheUnionOfDirtyControlsOnly)
     graphics.Draw(r);
     c->SetDirty(false);
     EXPECT_FALSE(graphics.IsDirty(r));
-    // A colour set change redraws everything.
-    graphics.SetColorSet(3);
-    ASSERT_TRUE(graphics.IsDirty(r));
-    EXPECT_EQ(r, IRECT(0, 0, 1240, 620));
 }
 
 TEST_F(Fixture, CaptureSendsDragsAndUpToThePressedControl)
@@ -145,27 +141,6 @@ TEST(ValueEntryTest, ParsedAndCutToRange)
         EXPECT_EQ(IGraphics::ParseValueEntry(gain, text, v), value != 99.0) << text;
         EXPECT_DOUBLE_EQ(v, value) << text;
     }
-}
-
-// Typing a value into the box is the window suite's; here the box's first text, Escape and a
-// control that refuses prompts.
-TEST_F(Fixture, RightClickPromptsATextBoxForANumber)
-{
-    auto* knob = Attach(new IBitmapKnobControl(&plug, 0, 0, kGain, FakeStrip(40, 40, 32)));
-    graphics.SetParameterFromPlug(kGain, 0.75, true);
-    Settle();
-    Click(10, 10, Right());
-    auto* box = dynamic_cast<ITextEntryOverlay*>(graphics.ModalOverlay());
-    ASSERT_NE(box, nullptr);
-    EXPECT_EQ(box->Text(), "6.0");
-    graphics.OnKeyDown(0, 0, '5');
-    graphics.OnKeyDown(0, 0, kKeyEscape);
-    EXPECT_EQ(graphics.ModalOverlay(), nullptr);
-    EXPECT_EQ(knob->GetValue(), 0.75);
-    knob->DisablePrompt(true);
-    graphics.OnMouseDown(10, 10, Right());
-    EXPECT_EQ(graphics.ModalOverlay(), nullptr);
-    EXPECT_TRUE(plug.mLog.empty()); // no gesture for a prompt
 }
 
 TEST_F(Fixture, PopupSkipsDisabledItemsAndSeparators)

@@ -9,13 +9,9 @@
 #include "EditorDoubles.h"
 #include "editor/BlendBitmapControls.h"
 #include "editor/HLines.h"
-#include "editor/IKnobMultiControlNoText.h"
-#include "editor/IMyControls.h"
-#include "editor/MenuControls.h"
 #include "editor/RectMeter.h"
 #include "editor/StepControls.h"
 #include "editor/VoidControls.h"
-#include "editor/WaveDraw.h"
 
 using namespace editortest;
 
@@ -205,35 +201,4 @@ TEST_F(Screen, DrawDummyTicksOncePerRedrawPass)
     EXPECT_FALSE(dummy->IsHidden());
     graphics.OnTimerTick();
     EXPECT_EQ(ticks, 3);
-}
-
-TEST_F(Screen, EveryVisibleControlDrawsItselfWithoutItsBitmap)
-{
-    // Bitmaps that failed to load keep their size and frame count but have no raster.
-    const IBitmap missing = FakeStrip(30, 30, 2);
-    IText style;
-    const std::vector<IControl*> shown = {
-        new IVoidSwitchControl(&plug, IRECT(210, 10, 240, 40), missing, {}, &kRed),
-        new IVoidContactControl(&plug, IRECT(250, 10, 280, 40), missing, {}, &kRed),
-        new IVoidFramesControl(&plug, IRECT(10, 60, 70, 90), missing, {}),
-        new IKnobMultiControlNoText(&plug, IRECT(110, 60, 140, 90), kGain, missing),
-        new IMySwitchControl(&plug, IRECT(150, 60, 180, 90), kSwitch, missing),
-        new IMyRadioControl(&plug, IRECT(190, 60, 250, 90), kMode, 2, IBitmap()),
-        new IParamPopupMenu(&plug, IRECT(10, 110, 70, 130), kMode, missing)};
-    for (IControl* c : shown)
-    {
-        graphics.AttachControl(c);
-        c->SetValueFromPlug(1.0);
-    }
-    graphics.OnTimerTick();
-    const std::uint32_t background = Pixel(295, 195);
-    for (size_t i = 0; i < shown.size(); ++i)
-    {
-        const IRECT r = shown[i]->GetRECT();
-        int differing = 0;
-        for (int y = r.T; y < r.B; ++y)
-            for (int x = r.L; x < r.R; ++x)
-                differing += Pixel(x, y) != background;
-        EXPECT_GT(differing, r.W() * r.H() / 10) << "control " << i;
-    }
 }

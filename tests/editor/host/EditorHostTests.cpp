@@ -351,18 +351,20 @@ struct EditorHost : ::testing::Test
     }
 
     // Mouse and keys at layout coordinates, as XTest input on the screen.
+    void Sent()
+    {
+        XFlush(display);
+        loop.Pump(30);
+    }
     void Move(int x, int y)
     {
         XTestFakeMotionEvent(display, -1, static_cast<int>(x * scale), static_cast<int>(y * scale),
                              CurrentTime);
-        XFlush(display);
-        loop.Pump(30);
+        Sent();
     }
     void Button(unsigned button, bool down)
     {
-        XTestFakeButtonEvent(display, button, down, CurrentTime);
-        XFlush(display);
-        loop.Pump(30);
+        XTestFakeButtonEvent(display, button, down, CurrentTime), Sent();
     }
     void Press(unsigned button)
     {
@@ -380,8 +382,7 @@ struct EditorHost : ::testing::Test
         const KeyCode code = XKeysymToKeycode(display, sym);
         XTestFakeKeyEvent(display, code, True, CurrentTime);
         XTestFakeKeyEvent(display, code, False, CurrentTime);
-        XFlush(display);
-        loop.Pump(30);
+        Sent();
     }
 
     // The parent window's pixels (0xRRGGBB), written as a PNG when a folder is given.
@@ -427,7 +428,7 @@ struct EditorHost : ::testing::Test
 };
 } // namespace
 
-TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
+TEST_F(EditorHost, MouseAndKeysReachTheHostAndTheViewResizesAtEveryScale)
 {
     for (double s : {1.0, 2.0})
     {
@@ -492,6 +493,17 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAtEveryScale)
         EXPECT_GT(before & 0xFF, before >> 16); // the default set's blue
         EXPECT_GT(after >> 16, after & 0xFF);   // "FIRE": red over blue
         SetColorSetThroughState(0);
+        // Resizing keeps the aspect and the range: {asked width, width and height given}.
+        for (const auto& [askW, wantW, wantH] :
+             {std::tuple{1860, 1860, 930}, {400, 930, 465}, {5000, 2480, 1240}})
+        {
+            ViewRect r(0, 0, askW, 300), now;
+            ASSERT_EQ(view->checkSizeConstraint(&r), kResultTrue);
+            EXPECT_TRUE(r.getWidth() == wantW && r.getHeight() == wantH) << askW;
+            EXPECT_EQ(view->onSize(&r), kResultOk);
+            view->getSize(&now);
+            EXPECT_EQ(now.getWidth(), wantW);
+        }
         Close();
     }
 }
@@ -550,24 +562,6 @@ TEST_F(EditorHost, TheHostsContextMenuCarriesOurValueEntry)
     EXPECT_EQ(host.Of(kWetLevel), "BPE");
     Close();
     controller->setComponentHandler(&log);
-}
-
-TEST_F(EditorHost, ResizingKeepsTheAspectAndTheRange)
-{
-    Open(1.0);
-    // {asked width, width and height given}
-    const int cases[][3] = {{1860, 1860, 930}, {400, 930, 465}, {5000, 2480, 1240}, {1240, 1240, 620}};
-    for (const auto& [askW, wantW, wantH] : cases)
-    {
-        ViewRect r(0, 0, askW, 300);
-        ASSERT_EQ(view->checkSizeConstraint(&r), kResultTrue);
-        EXPECT_EQ(r.getWidth(), wantW);
-        EXPECT_EQ(r.getHeight(), wantH);
-        EXPECT_EQ(view->onSize(&r), kResultOk);
-        ViewRect now;
-        view->getSize(&now);
-        EXPECT_EQ(now.getWidth(), wantW);
-    }
 }
 
 // The test's own X errors, seen by the handler it installs before the plug-in opens a window.

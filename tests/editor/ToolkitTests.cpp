@@ -105,26 +105,17 @@ TEST(BitmapControlTest, FrameOfAValue)
         EXPECT_EQ(IBitmapControl::FrameForValue(value, frames), frame) << value << " of " << frames;
 }
 
-TEST_F(Fixture, PlugValuesFanOutToEveryControlOfTheParameterAndLinkedOnesAreWritten)
+TEST_F(Fixture, PlugValuesFanOutToEveryControlOfTheParameter)
 {
     RecordingControl *a = Add(IRECT(0, 0, 10, 10), kMix), *b = Add(IRECT(20, 0, 30, 10), kMix);
-    RecordingControl *other = Add(IRECT(40, 0, 50, 10), kGain), *linked = Add(IRECT(60, 0, 70, 10), kGain);
-    linked->AddAuxParam(kMix);
+    RecordingControl* other = Add(IRECT(40, 0, 50, 10), kGain);
     graphics.SetParameterFromPlug(kMix, 0.25, true);
     EXPECT_TRUE(a->GetValue() == 0.25 && b->GetValue() == 0.25 && other->GetValue() == 0.0);
-    EXPECT_EQ(linked->AuxParams()[0].mValue, 0.25);
     // The first value from the plug-in is the default; a plain value is normalised first.
-    EXPECT_EQ(a->GetDefaultValue(), 0.25);
     graphics.SetParameterFromPlug(kMix, 80.0, false);
     EXPECT_DOUBLE_EQ(b->GetValue(), 0.8);
     EXPECT_EQ(a->GetDefaultValue(), 0.25);
     EXPECT_TRUE(plug.mLog.empty()); // the host hears nothing of this
-
-    // A control with a linked parameter writes both.
-    linked->SetValue(0.5);
-    linked->SetDirty(true);
-    EXPECT_EQ(plug.mLog, (std::vector<std::string>{"P0", "P3"}));
-    EXPECT_NEAR(plug.GetParam(kMix)->value, 80.0, 1e-9);
 }
 
 TEST(ValueEntryTest, ParsedAndCutToRange)

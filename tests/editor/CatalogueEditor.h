@@ -64,17 +64,6 @@ struct CatalogueEditor : ::testing::Test
         editor.OnMouseOver(r.L + 4, r.T + 4, IMouseMod());
         ClickAt(r.L + 4, r.T + 4);
     }
-    // Drags a control up by `pixels` (down when negative) from its middle, one pixel at a time.
-    void DragUp(IControl* c, int pixels)
-    {
-        const IRECT r = c->GetRECT();
-        const int x = (r.L + r.R) / 2, y = (r.T + r.B) / 2;
-        const int step = pixels < 0 ? -1 : 1;
-        editor.OnMouseDown(x, y, Left());
-        for (int i = step; i != pixels + step; i += step)
-            editor.OnMouseDrag(x, y - i, Left());
-        editor.OnMouseUp(x, y - pixels, Left());
-    }
     static std::string OneGesture(int param)
     {
         const std::string id = std::to_string(param);

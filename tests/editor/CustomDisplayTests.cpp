@@ -42,7 +42,10 @@ struct Screen : Window<300, 200>
 };
 } // namespace
 
-TEST_F(Screen, HLinesDivideTheRectangleEvenly)
+// Guide lines divide the rectangle into even bands, across all of it; a meter's bar grows from its
+// edge, inside the rectangle whatever the value set directly (as an idle readout may, without the
+// toolkit's clamp).
+TEST_F(Screen, HLinesDivideTheRectangleEvenlyAndMeterBarsGrowFromTheirEdge)
 {
     auto* lines = Attach(new HLines(&plug, IRECT(10, 10, 110, 110), &kRed, 25));
     // 25 makes four bands and three lines; 100 / 30 = 3 bands, the rest below the last.
@@ -58,17 +61,14 @@ TEST_F(Screen, HLinesDivideTheRectangleEvenly)
             EXPECT_TRUE(Red(10, row) > 128 && Red(109, row) > 128 && Red(111, row) < 128) << row;
     }
     EXPECT_FALSE(lines->IsHit(60, 60));
-}
+    lines->Hide(true);
 
-TEST_F(Screen, MeterBarGrowsFromItsEdgeAndStaysInsideTheRectangle)
-{
     auto* up = Attach(new RectMeter(&plug, IRECT(20, 20, 30, 120), &kRed));
     auto* across = Attach(new RectMeter(&plug, IRECT(50, 20, 250, 30), &kRed, true));
-    // {value, height and width of the lit bars}, set directly, as an idle readout may be, without
-    // the toolkit's clamp.
-    const std::tuple<double, int, int> cases[] = {{0.25, 25, 50}, {0.0, 0, 0},      {1.7, 100, 200},
-                                                  {-0.4, 0, 0},   {0.504, 50, 101}, {std::nan(""), 0, 0}};
-    for (const auto& [value, height, width] : cases)
+    // {value, height and width of the lit bars}
+    const std::tuple<double, int, int> bars[] = {{0.25, 25, 50}, {0.0, 0, 0},      {1.7, 100, 200},
+                                                 {-0.4, 0, 0},   {0.504, 50, 101}, {std::nan(""), 0, 0}};
+    for (const auto& [value, height, width] : bars)
     {
         up->SetValue(value);
         across->SetValue(value);

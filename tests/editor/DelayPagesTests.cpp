@@ -215,7 +215,11 @@ TEST_F(DelayEditor, VisibleColumnsFollowTheSlotsTapCountAndAFaderDragsItsStep)
     // A fader drag is one gesture on its own step: a quarter of its height takes a quarter off.
     IControl* fader = Step(1, "LEVEL", 5);
     const double before = fader->GetValue();
-    DragUp(fader, -24);
+    const IRECT r = fader->GetRECT();
+    editor.OnMouseDown(r.L + 2, r.T + 30, Left());
+    for (int y = r.T + 31; y <= r.T + 54; ++y) // one pixel at a time
+        editor.OnMouseDrag(r.L + 2, y, Left());
+    editor.OnMouseUp(r.L + 2, r.T + 54, Left());
     EXPECT_EQ(plug.Gestures(), OneGesture(kTapDelay2Step6Level));
     EXPECT_NEAR(fader->GetValue(), before - 24.0 / fader->GetRECT().H(), 0.02);
 }

@@ -108,7 +108,6 @@ TEST_F(Editor, RemoteKnobRoutesByNormalisedRadiusAndHoldsItsChoiceUntilTheReleas
                                                      {200, 124, outer}, {235, 167, inner}, {235, 168, outer}};
     for (const auto& [x, y, knob] : cases)
         EXPECT_EQ(remote->Route(x, y), knob) << x << "," << y;
-    EXPECT_EQ(graphics.HitTest(200, 150), 2); // the remote lies over both knobs
     inner->SetValueFromPlug(0.5);
     outer->SetValueFromPlug(0.5);
     Settle();

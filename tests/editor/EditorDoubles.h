@@ -71,12 +71,10 @@ class RecordingControl : public IControl
         ++mDowns;
         IControl::OnMouseDown(x, y, mod);
     }
-    void OnMouseDrag(int, int, int, int, const IMouseMod&) override { ++mDrags; }
-    void OnMouseUp(int, int, const IMouseMod&) override { ++mUps; }
 
     std::vector<int>* mDrawn;
     int mTag;
-    int mDowns = 0, mDrags = 0, mUps = 0;
+    int mDowns = 0;
 };
 
 // A strip whose bitmap failed to load: its size and frame count, no raster.
@@ -92,22 +90,13 @@ template <int W, int H> struct Window : ::testing::Test
     RecordingPlug plug;
     IGraphics graphics{&plug, W, H, 25};
 
-    template <typename C> C* Attach(C* c)
-    {
-        graphics.AttachControl(c);
-        return c;
-    }
+    template <typename C> C* Attach(C* c) { return graphics.AttachControl(c), c; }
     void Click(int x, int y, const IMouseMod& mod = Left())
     {
-        graphics.OnMouseDown(x, y, mod);
-        graphics.OnMouseUp(x, y, mod);
+        graphics.OnMouseDown(x, y, mod), graphics.OnMouseUp(x, y, mod);
     }
     // Draws what is pending and forgets what the host heard so far.
-    void Settle()
-    {
-        graphics.OnTimerTick();
-        plug.mLog.clear();
-    }
+    void Settle() { graphics.OnTimerTick(), plug.mLog.clear(); }
     std::uint32_t Pixel(int x, int y)
     {
         return graphics.Raster().Pixels()[y * (graphics.Raster().Stride() / 4) + x];

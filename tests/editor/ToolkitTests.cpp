@@ -84,19 +84,6 @@ TEST_F(Fixture, RedrawsTheUnionOfDirtyControlsOnly)
     EXPECT_FALSE(graphics.IsDirty(r));
 }
 
-TEST_F(Fixture, CaptureSendsDragsAndUpToThePressedControl)
-{
-    RecordingControl *a = Add(IRECT(0, 0, 50, 50), kGain, 1), *b = Add(IRECT(60, 0, 110, 50), kMix, 2);
-    Settle();
-    graphics.OnMouseDown(10, 10, Left());
-    graphics.OnMouseDrag(70, 10, Left()); // over b now
-    graphics.OnMouseDrag(80, 20, Left());
-    graphics.OnMouseUp(80, 20, Left());
-    EXPECT_TRUE(a->mDrags == 2 && a->mUps == 1);
-    EXPECT_EQ(b->mDowns + b->mDrags + b->mUps, 0);
-    EXPECT_EQ(plug.Gestures(), "B0 E0");
-}
-
 TEST(BitmapControlTest, FrameOfAValue)
 {
     const std::tuple<double, int, int> cases[] = {{1.0, 64, 64}, {0.24, 3, 1},  {0.26, 3, 2},

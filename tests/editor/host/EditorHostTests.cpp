@@ -351,11 +351,7 @@ struct EditorHost : ::testing::Test
     }
 
     // Mouse and keys at layout coordinates, as XTest input on the screen.
-    void Sent()
-    {
-        XFlush(display);
-        loop.Pump(30);
-    }
+    void Sent() { XFlush(display), loop.Pump(30); }
     void Move(int x, int y)
     {
         XTestFakeMotionEvent(display, -1, static_cast<int>(x * scale), static_cast<int>(y * scale),
@@ -366,17 +362,9 @@ struct EditorHost : ::testing::Test
     {
         XTestFakeButtonEvent(display, button, down, CurrentTime), Sent();
     }
-    void Press(unsigned button)
-    {
-        Button(button, true);
-        Button(button, false);
-    }
-    void Click(int x, int y, unsigned button = 1)
-    {
-        Move(x, y);
-        Press(button);
-        loop.Pump(450); // no double click with the next press
-    }
+    void Press(unsigned button) { Button(button, true), Button(button, false); }
+    // Waits after the press so that the next one makes no double click.
+    void Click(int x, int y, unsigned button = 1) { Move(x, y), Press(button), loop.Pump(450); }
     void Key(KeySym sym)
     {
         const KeyCode code = XKeysymToKeycode(display, sym);

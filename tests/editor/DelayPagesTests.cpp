@@ -242,6 +242,7 @@ TEST_F(DelayEditor, MaskButtonsTellThePlugInAndGrayTheStepsTheySwitchOff)
     EXPECT_EQ(editor.Delay().StepModMask(0, 1), 1u << 2);
     // The step's effect off grays it again, its modulation bit kept.
     Click(Step(1, "FX ON", 2));
+    Click(Step(1, "FX ON", 5), Right()); // the right button belongs to the host's menu
     EXPECT_TRUE(Step(1, "FX P1", 2)->IsGrayed());
     EXPECT_EQ(told, "fx121 mod1021 fx120 ");
     EXPECT_EQ(editor.Delay().StepFxMask(1), 0u);
@@ -432,6 +433,8 @@ TEST_F(DelayEditor, ASlotsStepsAndMasksPasteOntoAnotherAndTheTitleTellsForAMomen
         return std::string();
     };
     editor.ShowPage(kPageLargeSteps, false);
+    Click(Large(0, layout::kPasteRow)); // nothing copied yet: nothing to paste
+    EXPECT_TRUE(plug.mLog.empty());
     Step(0, "FX P2", 9)->SetValueFromPlug(0.75);
     Step(0, "PAN", 15)->SetValueFromPlug(0.0);
     editor.Delay().SetStepFxMask(0, 0x0F0F);

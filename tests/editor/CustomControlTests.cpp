@@ -1,6 +1,6 @@
-// The custom controls' logic: frame laws, the routing of the double knob, the radio buttons that
-// can be switched off, the step preset grid, value labels, and that every control bound to a
-// parameter makes exactly one host gesture per press.
+// The custom controls' logic: frame laws, the knob without text and its ring, the routing of the
+// double knob, the radio buttons that can be switched off, the step preset grid, value labels, and
+// the switch that steps through its frames, each press one host gesture.
 #include <gtest/gtest.h>
 
 #include <tuple>

@@ -1,5 +1,5 @@
-// Custom controls that show engine data or call the plug-in: guide lines, meters, the LFO wave,
-// step and tap cells, the call-back buttons and the idle tick. Checked on the raster's pixels
+// Custom controls that show engine data or call the plug-in: guide lines, meters, step and tap
+// cells, the blended bitmaps, the call-back buttons and the idle tick. Checked on the raster's pixels
 // where the requirement is about what is drawn.
 #include <gtest/gtest.h>
 

@@ -16,7 +16,6 @@ class QuorvexProbe
 {
   public:
     static void SetConstructing(Quorvex& plug, bool on) { plug.mConstructing = on; }
-    static const double* WetBlockL(const Quorvex& plug) { return plug.mBlockL; }
     static Slot& SlotAt(Quorvex& plug, int index) { return plug.mSlots[index]; }
     // A modulator's buffer in the source bank, for tests that stand in for the modulator.
     static double* SourceBuffer(Quorvex& plug, int index) { return plug.mModBank.Buffer(index); }
@@ -49,6 +48,15 @@ inline Stereo Noise(int n, double amplitude, std::uint32_t seed)
         s.l[i] = noise.Next(amplitude);
         s.r[i] = noise.Next(amplitude);
     }
+    return s;
+}
+
+// n samples of `value` on both sides.
+inline Stereo Constant(int n, double value)
+{
+    Stereo s(static_cast<std::size_t>(n));
+    s.l.assign(s.l.size(), value);
+    s.r = s.l;
     return s;
 }
 

@@ -88,14 +88,4 @@ TEST(Quorvex, InfinitiesInAChunkAreCutToTheRange)
         EXPECT_EQ(target.Get(id), read) << id;
 }
 
-// The host's one user preset records the state once, under its name; there is no second one.
-TEST(Quorvex, UserPresetRecordsTheStateChunkOnce)
-{
-    Engine e;
-    EXPECT_TRUE(e.Plug().RestorePreset(0));
-    EXPECT_EQ(e.Plug().GetPreset(0)->name, "user preset 1");
-    EXPECT_TRUE(e.Plug().GetPreset(0)->chunk == StateOf(e.Plug()));
-    EXPECT_FALSE(e.Plug().RestorePreset(0));
-    EXPECT_FALSE(e.Plug().RestorePreset(1));
-}
 } // namespace

@@ -190,54 +190,6 @@ TEST(SlotPath, FeedbackAt160PercentStaysBounded)
     }
 }
 
-// Slot 2 with its matrix on takes half of slot 1's delay output: slot 1's 100 ms echo comes back
-// out of slot 2 another 70 ms later at half its level (slot 2's feedback 50 %). Without the matrix
-// slot 2, fed nothing, stays silent.
-TEST(SlotPath, MatrixMovesEchoesBetweenSlots)
-{
-    for (bool matrix : {false, true})
-    {
-        EchoRig rig(44100.0);
-        rig.Clean(100.0, 100.0);
-        // Slot 1 hears the LEFT input, slot 2 the silent RIGHT one.
-        rig.Set({{kSlotOn2, 1.0},
-                 {kDelayTimeL2, 70.0},
-                 {kDelayTimeR2, 70.0},
-                 {kDirectIn1, 100.0},
-                 {kDirectIn2, 100.0}});
-        rig.Set({{kInput1, 1.0}, {kInput2, 2.0}, {kFBMatrix2, matrix ? 1.0 : 0.0}, {kSlot1FB2, 100.0}});
-        const Stereo out = rig.Impulse(1.0, 0.0, 0.4);
-        const int at = rig.DryAt();
-        const double first = PeakNear(out.l, at + rig.Samples(100));
-        const double moved = PeakNear(out.l, at + rig.Samples(170));
-        EXPECT_GT(first, 0.1);
-        EXPECT_NEAR(moved / first, matrix ? 0.5 : 0.0, 0.005) << matrix;
-        // Slot 1 keeps its own feedback: its matrix is off.
-        EXPECT_NEAR(PeakNear(out.l, at + rig.Samples(200)) / first, 0.5, 0.005);
-    }
-}
-
-// Slot 2 fed by slot 1's PRE stage hears it in the same block: its direct sound lands on the very
-// sample slot 1's own would, scaled by slot 2's input gain. The same holds for slot 3 on the sum
-// of slots 1 and 2.
-TEST(SlotPath, InputsFromEarlierSlotsArriveInTheSameBlock)
-{
-    const double inputGain = std::pow(10.0, -3.0 / 20.0);
-    EchoRig alone(44100.0), chained(44100.0);
-    alone.Clean(100.0, 100.0).Set(kInput1, 1.0);
-    const Stereo reference = alone.Impulse(1.0, 0.0, 0.05);
-    const int direct = PeakNearIndex(reference.l, alone.DryAt(), 24);
-    // Slots 1 and 2 send their PRE FX stage on and are MUTE; slot 2 hears SLOT 1, slot 3 SLOT 1+2.
-    chained.Clean(100.0, 100.0)
-        .Set({{kInput1, 1.0}, {kDirectOut1, 0.0}, {kOutputMode1, 2.0}, {kSlotOn2, 1.0}});
-    chained.Set({{kDirectOut2, 0.0}, {kOutputMode2, 2.0}, {kInput2, 5.0}, {kSlotOn3, 1.0}, {kInput3, 7.0}});
-    const Stereo out = chained.Impulse(1.0, 0.0, 0.05);
-    EXPECT_EQ(PeakNearIndex(out.l, chained.DryAt(), 24), direct);
-    // Slot 3 hears slot 1's pre stage plus slot 2's (slot 1's times slot 2's input gain).
-    EXPECT_NEAR(out.l[static_cast<std::size_t>(direct)] / reference.l[static_cast<std::size_t>(direct)],
-                inputGain * (1.0 + inputGain), 1e-6);
-}
-
 // The L/R link copies an edited time to the other side; leaving sync hands the synced times over
 // to the free-time controls as milliseconds at the present tempo (1/16 x 4 and x 3 at 120 BPM).
 TEST(SlotPath, LinkAndTimebaseSwitchWriteTheTwinControls)

@@ -10,7 +10,6 @@
 #include <cmath>
 #include <set>
 
-#include "params/ParamCatalogue.h"
 #include "state/FakeStateHost.h"
 #include "state/PresetFile.h"
 #include "tools/ToolRun.h"
@@ -39,7 +38,7 @@ std::string Relative(const fs::path& file)
 }
 
 // At least 48 presets in 8 category folders or more, each named whole, each file in the exact form
-// the writer gives it, every key one the loader takes and every value inside its range.
+// the writer gives it: every key one the loader takes and every value inside its range.
 TEST(FactoryPresets, EnoughInCategoryFoldersEachAsTheWriterWritesItWithKnownKeysAndValuesInRange)
 {
     const auto files = FactoryFiles();
@@ -59,21 +58,9 @@ TEST(FactoryPresets, EnoughInCategoryFoldersEachAsTheWriterWritesItWithKnownKeys
         EXPECT_EQ(data.version, kPresetVersion);
         EXPECT_FALSE(data.stoppedEarly);
 
-        // Each key is taken by the first id of that key that is still free, as the loader does.
+        // Every key taken (none left over) and the file exactly as the writer gives it back: a value
+        // outside its range would come back cut to it.
         FakeStateHost host;
-        std::set<int> taken;
-        for (std::size_t i = 0; i < data.keys.size(); ++i)
-        {
-            int id = 0;
-            while (id < kNumParams && (ParamKey(id) != data.keys[i] || taken.count(id) > 0))
-                ++id;
-            ASSERT_LT(id, kNumParams) << "unknown key " << data.keys[i];
-            taken.insert(id);
-            const IParamRecord& p = *host.Param(id);
-            EXPECT_GE(data.values[i], static_cast<float>(p.min)) << data.keys[i] << " cut to its range";
-            EXPECT_LE(data.values[i], static_cast<float>(p.max)) << data.keys[i] << " cut to its range";
-        }
-
         ApplyPresetMasks(host, data);
         ApplyPresetParams(host, data);
         EXPECT_TRUE(data.keys.empty());
@@ -86,15 +73,13 @@ TEST(FactoryPresets, EnoughInCategoryFoldersEachAsTheWriterWritesItWithKnownKeys
 struct Render
 {
     std::string name;
-    double seconds = 0.0;
-    double peakDb = -200.0;
+    double seconds = 0.0, peakDb = -200.0;
     std::vector<double> envelopeDb; // per 20 ms window, both channels
 };
 
 Render RenderPreset(const fs::path& file, const fs::path& scratch)
 {
-    Render r;
-    r.name = Relative(file);
+    Render r{Relative(file), 0.0, -200.0, {}};
     const fs::path wav = scratch / "render.wav";
     const ToolRun run = RunTool({"--preset", file.string(), "--demo", wav.string()}, scratch);
     EXPECT_EQ(run.code, 0) << r.name << "\n" << run.err;

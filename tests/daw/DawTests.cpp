@@ -39,9 +39,9 @@ using namespace tooltest;
 
 constexpr int kRate = 48000;
 constexpr size_t kFrames = static_cast<size_t>(2.5 * kRate);
-// The export preset the rig installs: 32-bit float WAV at the session rate, so that the exports
-// can be compared bit for bit and no dither or conversion stands between the plug-in and the file.
-// Its format id is Ardour's "BWAV 32float".
+// The export preset the rig installs (quorvex-float.preset next to this file): 32-bit float WAV at
+// the session rate, so that the exports can be compared bit for bit and no dither or conversion
+// stands between the plug-in and the file. Its format id is Ardour's "BWAV 32float".
 constexpr const char* kPresetId = "6d1c8f52-3c57-4f0e-9a51-51756f72d0b1";
 
 // Lines of tab-separated fields, by their first field.
@@ -104,15 +104,8 @@ class ArdourRig
         if (!fs::is_regular_file(bundle / "Contents/x86_64-linux/Quorvex.so"))
             return ::testing::AssertionFailure() << "no built bundle at " << bundle;
         fs::create_symlink(fs::absolute(bundle), mRoot / "home/.vst3/Quorvex.vst3");
-        std::ofstream(mRoot / "config/ardour7/export/quorvex-float.preset")
-            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ExportPreset id=\"" << kPresetId
-            << "\" name=\"Quorvex test float WAV\"><ExportFormat "
-               "id=\"20b4ab09-6452-4cb3-bd66-b921cdbd2942\"/>"
-            << "<ExportFilename><Folder relative=\"1\" path=\"export\"/><Field name=\"label\" enabled=\"0\"/>"
-            << "<Field name=\"session\" enabled=\"0\"/><Field name=\"snapshot\" enabled=\"0\"/>"
-            << "<Field name=\"timespan\" enabled=\"1\"/><Field name=\"revision\" enabled=\"0\"/>"
-            << "<Field name=\"time\" enabled=\"0\" value=\"T_None\"/><Field name=\"date\" enabled=\"0\" "
-            << "value=\"D_None\"/></ExportFilename></ExportPreset>\n";
+        fs::copy_file(QUORVEX_DAW_SCRIPTS "/quorvex-float.preset",
+                      mRoot / "config/ardour7/export/quorvex-float.preset");
         const fs::path scanner = QUORVEX_ARDOUR_VST3_SCANNER;
         auto scan = Run("LD_LIBRARY_PATH=" + Quote(scanner.parent_path()) + " " + Quote(scanner) + " -f " +
                             Quote(mRoot / "home/.vst3/Quorvex.vst3"),

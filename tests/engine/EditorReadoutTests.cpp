@@ -27,13 +27,8 @@ constexpr int kFrameSamples = static_cast<int>(kRate / 25); // one editor frame 
 // The main page's control of the first layout row that `match` accepts.
 template <typename Match> IControl* MainControl(QuorvexEditor& editor, Match match)
 {
-    int row = 0;
-    for (const LayoutRow& r : kMainLayout)
-    {
-        if (match(r)) return editor.ControlOfRow(row);
-        ++row;
-    }
-    return nullptr;
+    const LayoutRow* row = std::find_if(std::begin(kMainLayout), std::end(kMainLayout), match);
+    return row == std::end(kMainLayout) ? nullptr : editor.ControlOfRow(static_cast<int>(row - kMainLayout));
 }
 
 // A left click in the middle of `c`, dragged `dy` pixels down before the release, then a tick.
@@ -42,8 +37,7 @@ void Click(QuorvexEditor& editor, IControl* c, int dy = 0)
     ASSERT_NE(c, nullptr);
     ASSERT_FALSE(c->IsHidden());
     const IRECT r = c->GetRECT();
-    IMouseMod left;
-    left.L = true;
+    const IMouseMod left{true, false, false, false, false};
     editor.OnMouseDown((r.L + r.R) / 2, (r.T + r.B) / 2, left);
     if (dy != 0) editor.OnMouseDrag((r.L + r.R) / 2, (r.T + r.B) / 2 + dy, left);
     editor.OnMouseUp((r.L + r.R) / 2, (r.T + r.B) / 2 + dy, left);
@@ -79,7 +73,6 @@ class EditorOnEngine : public ::testing::Test
 // Meters and modulator positions reach the editor while its window is open.
 TEST_F(EditorOnEngine, MetersFollowTheAudioWhileTheWindowIsOpenAndRestInSilence)
 {
-    IPlugBase& base = plug;
     const auto output = [&](int channel)
     {
         return dynamic_cast<IBitmapControl*>(
@@ -88,9 +81,9 @@ TEST_F(EditorOnEngine, MetersFollowTheAudioWhileTheWindowIsOpenAndRestInSilence)
     };
     IBitmapControl *outL = output(EditorReadouts::kOutL), *outR = output(EditorReadouts::kOutR);
     ASSERT_TRUE(outL && outR);
-    IBitmapControl* slot1 = AddStrip(*editor, &base, EditorReadouts::kSlot1);
-    IBitmapControl* slot2 = AddStrip(*editor, &base, EditorReadouts::kSlot1 + 1);
-    IBitmapControl* lfo1 = AddStrip(*editor, &base, EditorReadouts::kMod1);
+    IBitmapControl* slot1 = AddStrip(*editor, &plug, EditorReadouts::kSlot1);
+    IBitmapControl* slot2 = AddStrip(*editor, &plug, EditorReadouts::kSlot1 + 1);
+    IBitmapControl* lfo1 = AddStrip(*editor, &plug, EditorReadouts::kMod1);
     HoldLfo(rig, 0, 100.0);
     auto frames = [&](int n, double amplitude)
     {

@@ -20,8 +20,6 @@ class QuorvexProbe
     // A modulator's buffer in the source bank, for tests that stand in for the modulator.
     static double* SourceBuffer(Quorvex& plug, int index) { return plug.mModBank.Buffer(index); }
     static EffectRack& Effects(Quorvex& plug) { return plug.mEffects; }
-    // Parameter changes made inside the returned scope count as the audio thread's.
-    static ThreadMark::Scope AsAudioThread(Quorvex& plug) { return ThreadMark::Scope(plug.ProcessThread()); }
 };
 
 namespace engine_rig

@@ -29,7 +29,6 @@ struct Plug
         plug->terminate();
         plug->release();
     }
-    Quorvex& Engine() { return *dynamic_cast<Quorvex*>(plug); }
     // What the handler was told, as each id's performed value; fails on a perform outside a
     // begin/end pair.
     std::map<ParamID, double> Told()
@@ -55,7 +54,7 @@ struct Plug
 TEST(HostNotices, WindowGesturesThatWriteOtherParametersTellTheHost)
 {
     Plug p;
-    Quorvex& q = p.Engine();
+    Quorvex& q = *dynamic_cast<Quorvex*>(p.plug);
 
     // A ramp over five steps, snapped to the "GATE Steps" grid, written through the parameters.
     for (const auto& [id, value] : {std::pair{kGate1Length, 5.0}, {kGATESteps1, 0.0}})

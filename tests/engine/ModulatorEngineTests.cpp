@@ -5,9 +5,9 @@
 #include "modulators/TableLFO.h"
 #include "params/ModRouting.h"
 
-// The modulators as the engine feeds and reads them: the sidechain reaches an envelope, and an
-// LFO's rate follows a switch between free and synced. (When a synced source switches and when its
-// destination hears it is pinned in the modulator bank's and the gate's own tests.)
+// The modulators as the engine feeds and reads them: the sidechain reaches an envelope, a synced
+// gate follows the engine's song position, and an LFO's rate follows a switch between free and
+// synced.
 
 using namespace engine_rig;
 
@@ -32,6 +32,25 @@ TEST(ModulatorEngine, SidechainEnvelopeWithNegativeDepthDucksTheEcho)
     EXPECT_GT(before, 0.1);
     EXPECT_LT(power(19000, 24000), 0.1 * before);
     EXPECT_GT(power(50000, 60000), 0.5 * before);
+}
+
+// A synced gate of two steps (shut, open) at 1/8 switches every 12000 samples at 120 bpm and
+// 48 kHz (375 blocks), on the beat grid: in the ticks that end blocks 375 k - 1. (That its output
+// reaches a destination one block later is heard in the golden summaries.)
+TEST(ModulatorEngine, ASyncedGateSwitchesOnTheBeatGrid)
+{
+    Rig rig;
+    rig.Set({{kGate1On, 1.0}, {kGate1Sync, 1.0}, {kGate1Timebase, 1.0}, {kGate1Length, 2.0}});
+    rig.Set({{kGate1Step1, 0.0}, {kGate1Step1 + 1, 100.0}});
+    const double* gate = rig.Source(kModSourceGate1);
+    std::vector<int> edges; // the blocks whose tick switched the gate
+    for (int b = 0; b < 1700; ++b)
+    {
+        const double before = gate[0];
+        rig.Run(Stereo(kBlock));
+        if (gate[0] != before) edges.push_back(b);
+    }
+    EXPECT_EQ(edges, (std::vector<int>{374, 749, 1124, 1499}));
 }
 
 // Switching an LFO between free and synced rewrites "LFO Rate" in the other unit, and its text

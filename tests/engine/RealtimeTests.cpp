@@ -4,7 +4,8 @@
 // with -fsanitize=realtime, any allocation, lock or system call inside `process` aborts the run; in
 // every build the test checks that `process` never calls the host and that the output stays finite
 // and sounds. (That each queue's last point lands in its record, and that values the engine writes
-// reach the host, is checked with the loaded bundle.)
+// reach the host through the output changes, is checked with the loaded bundle, whose suite runs
+// under the same sanitizer.)
 
 #include <gtest/gtest.h>
 
@@ -27,30 +28,22 @@ namespace
 {
 using namespace hostdoubles;
 
-// A plug-in set up for `block` frames of `Sample` at `rate`, buses `inputs` active, processing.
-template <typename Sample>
-IPlugVST3* Started(IPlugVST3* plug, HostApplication& host, double rate, int block, int inputs)
-{
-    EXPECT_EQ(plug->initialize(&host), kResultOk);
-    for (int bus = 0; bus < inputs; ++bus)
-        plug->activateBus(kAudio, kInput, bus, true);
-    plug->activateBus(kAudio, kOutput, 0, true);
-    ProcessSetup setup{kRealtime, sizeof(Sample) == 8 ? kSample64 : kSample32, block, rate};
-    EXPECT_EQ(plug->setupProcessing(setup), kResultOk);
-    plug->setActive(true);
-    plug->setProcessing(true);
-    return plug;
-}
-
-// Enough host blocks for several 32-sample engine blocks even at one frame per call; values the
-// plug-in writes itself come back through the output changes on every other run.
+// Enough host blocks for several 32-sample engine blocks even at one frame per call.
 template <typename Sample> bool RunAutomated(double rate, int block, std::uint32_t seed)
 {
     SCOPED_TRACE(::testing::Message()
                  << rate << " Hz, " << block << " frames, " << sizeof(Sample) * 8 << "-bit");
     HostApplication host;
     ComponentHandler handler;
-    IPlugVST3* plug = Started<Sample>(CreatePlugInstance(), host, rate, block, 2);
+    IPlugVST3* plug = CreatePlugInstance();
+    EXPECT_EQ(plug->initialize(&host), kResultOk);
+    for (int bus = 0; bus < 2; ++bus)
+        plug->activateBus(kAudio, kInput, bus, true);
+    plug->activateBus(kAudio, kOutput, 0, true);
+    ProcessSetup setup{kRealtime, sizeof(Sample) == 8 ? kSample64 : kSample32, block, rate};
+    EXPECT_EQ(plug->setupProcessing(setup), kResultOk);
+    plug->setActive(true);
+    plug->setProcessing(true);
     plug->setComponentHandler(&handler);
     const auto nParams = static_cast<unsigned>(plug->NParams());
     AudioRig<Sample> rig(block, {2, 2}, {2});
@@ -65,8 +58,7 @@ template <typename Sample> bool RunAutomated(double rate, int block, std::uint32
     {
         // Made before the call: the plug-in reads and writes them without allocating. Bypass is on
         // one block in eight, so the pass-through runs too; the preset's recording waits for the UI.
-        ParameterChanges changes, written;
-        if (seed % 2 == 0) written.Prepare(static_cast<ParamID>(nParams));
+        ParameterChanges changes;
         for (int k = 0; k < 48; ++k)
             for (int p = 1 + static_cast<int>(rng() % 4); p > 0; --p)
                 changes.Add(static_cast<ParamID>(rng() % nParams), static_cast<int32>(rng() % block),
@@ -74,7 +66,6 @@ template <typename Sample> bool RunAutomated(double rate, int block, std::uint32
         changes.Add(IPlugVST3::kBypassParamId, 0, b % 8 == 7 ? 1.0 : 0.0);
         changes.Add(IPlugVST3::kPresetParamId, 0, unit(rng));
         rig.data.inputParameterChanges = &changes;
-        rig.data.outputParameterChanges = seed % 2 == 0 ? &written : nullptr;
         context.state = (b % 16 == 15 ? 0u : static_cast<uint32>(ProcessContext::kPlaying)) |
                         ProcessContext::kTempoValid | ProcessContext::kTimeSigValid |
                         ProcessContext::kProjectTimeMusicValid | ProcessContext::kBarPositionValid;
@@ -119,30 +110,4 @@ TEST(RealtimeProcess, FullAutomationAtEveryRateAndHostBlockSize)
                 return;
 }
 
-#ifdef QUORVEX_RTSAN
-// The sanitizer watches `process` itself: a parameter handler that allocates is caught there.
-class AllocatingPlug : public IPlugVST3
-{
-  public:
-    AllocatingPlug() : IPlugVST3(IPlugConfig{.nParams = 1, .channelIOStr = "2-2"}) {}
-    void OnParamChange(int) override { mLog.push_back(std::vector<double>(64, 1.0)); }
-    std::vector<std::vector<double>> mLog;
-};
-
-TEST(RealtimeProcessDeathTest, AnAllocationInsideProcessIsReported)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto run = []
-    {
-        HostApplication host;
-        IPlugVST3* plug = Started<double>(new AllocatingPlug, host, 48000.0, 32, 1);
-        AudioRig<double> rig(32, {2}, {2});
-        ParameterChanges changes;
-        changes.Add(0, 0, 0.5);
-        rig.data.inputParameterChanges = &changes;
-        plug->process(rig.data);
-    };
-    EXPECT_DEATH(run(), "RealtimeSanitizer");
-}
-#endif
 } // namespace

@@ -14,7 +14,7 @@ namespace
 class EchoRig : public Engine
 {
   public:
-    explicit EchoRig(double rate) : Engine(rate), mRate(rate) {}
+    explicit EchoRig(double rate) : Engine(rate), mFs(std::min(rate, 96000.0)) {}
 
     // No dry, no wobble, the lines' own filters open, free times: echoes are pure delays.
     EchoRig& Clean(double leftMs, double rightMs)
@@ -22,12 +22,8 @@ class EchoRig : public Engine
         Set(kDryLevel, 0.0);
         for (int s = 0; s < 4; ++s)
         {
-            Set(kModulation1 + s, 0.0);
-            Set(kDelayLopass1 + s, 20000.0);
-            Set(kDelayHipass1 + s, 20.0);
-            Set(kTimebase1 + s, 0.0);
-            Set(kDelayTimeL1 + s, leftMs);
-            Set(kDelayTimeR1 + s, rightMs);
+            Set({{kModulation1 + s, 0.0}, {kDelayLopass1 + s, 20000.0}, {kDelayHipass1 + s, 20.0}});
+            Set({{kTimebase1 + s, 0.0}, {kDelayTimeL1 + s, leftMs}, {kDelayTimeR1 + s, rightMs}});
         }
         return *this;
     }
@@ -41,7 +37,7 @@ class EchoRig : public Engine
         return Run(in, 512);
     }
 
-    double Fs() const { return std::min(mRate, 96000.0); }
+    double Fs() const { return mFs; }
     // Late enough for the fade-in and the delay time glide to be over.
     int ImpulseAt() const { return static_cast<int>(0.4 * Fs()); }
     // Where the impulse leaves the plug-in on the dry path.
@@ -49,7 +45,7 @@ class EchoRig : public Engine
     int Samples(double ms) const { return static_cast<int>(std::lround(ms * 0.001 * Fs())); }
 
   private:
-    double mRate;
+    double mFs; // the engine's rate, which stops at 96 kHz
 };
 
 // Index of the largest magnitude within center +- half.

@@ -43,9 +43,8 @@ void Write(const std::string& path, int rate, int channels, size_t frames,
     for (size_t i = 0; i < frames; ++i)
         for (int ch = 0; ch < channels; ++ch)
         {
-            const double n = noise.Next(0.4);
-            const double v =
-                held != 0.0 ? held : (ch == 0 ? 0.5 * std::sin(0.0731 * static_cast<double>(i)) : n);
+            const double n = noise.Next(0.4), tone = 0.5 * std::sin(0.0731 * static_cast<double>(i));
+            const double v = held != 0.0 ? held : (ch == 0 ? tone : n);
             s.push_back(std::round(v / kLsb24) * kLsb24);
         }
     SF_INFO info{0, rate, channels, format, 0, 0}; // frames, rate, channels, format, sections, seekable
@@ -66,10 +65,9 @@ double Reported(const std::string& out, const std::string& what)
 
 double PeakDb(const Audio& a)
 {
-    double peak = 0.0;
-    for (double v : a.samples)
-        peak = std::max(peak, std::abs(v));
-    return 20.0 * std::log10(peak);
+    if (a.samples.empty()) return -INFINITY;
+    const auto louder = [](double x, double y) { return std::abs(x) < std::abs(y); };
+    return 20.0 * std::log10(std::abs(*std::max_element(a.samples.begin(), a.samples.end(), louder)));
 }
 
 // Every line the tool writes to stderr carries its name.

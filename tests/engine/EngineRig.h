@@ -153,15 +153,10 @@ class Rig : public Engine
 };
 
 // LFO `lfo` (0..3) held at depth x +1: the first half of a square (HALFPULSE, bipolar) at the
-// slowest rate, which moves a couple of table points in a test's length. Any rig with Set(id, v).
-template <typename AnyRig> void HoldLfo(AnyRig& rig, int lfo, double depthPercent)
+// slowest rate, which moves a couple of table points in a test's length.
+inline void HoldLfo(Engine& rig, int lfo, double depthPercent)
 {
-    for (const auto& [id, value] : {std::pair{kLFOOn1, 1.0},
-                                    {kLFOWave1, 18.0},
-                                    {kLFOPol1, 2.0},
-                                    {kLFORate1, 0.001},
-                                    {kLFOGlide1, 1.0},
-                                    {kLFODepth1, depthPercent}})
-        rig.Set(id + lfo, value);
+    rig.Set({{kLFOOn1 + lfo, 1.0}, {kLFOWave1 + lfo, 18.0}, {kLFOPol1 + lfo, 2.0}});
+    rig.Set({{kLFORate1 + lfo, 0.001}, {kLFOGlide1 + lfo, 1.0}, {kLFODepth1 + lfo, depthPercent}});
 }
 } // namespace engine_rig

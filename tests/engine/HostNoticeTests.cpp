@@ -37,8 +37,7 @@ struct Plug
         std::map<ParamID, int> open;
         for (const auto& edit : handler.Edits())
         {
-            if (edit.kind == 'b') ++open[edit.id];
-            if (edit.kind == 'e') --open[edit.id];
+            open[edit.id] += edit.kind == 'b' ? 1 : (edit.kind == 'e' ? -1 : 0);
             if (edit.kind != 'p') continue;
             EXPECT_EQ(open[edit.id], 1) << "perform outside a gesture: " << edit.id;
             told[edit.id] = edit.value;

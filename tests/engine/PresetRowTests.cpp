@@ -39,6 +39,7 @@ TEST(PresetRow, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
     for (char c : std::string("Dub Echo"))
         editor->OnKeyDown(0, 0, c);
     editor->OnKeyDown(0, 0, kKeyEnter);
+    EXPECT_TRUE(std::filesystem::exists(rig.Dir().Path() + "/User Presets/Mine/Dub Echo.txt"));
     // The saved preset becomes the current one, in the menu's selection too.
     EXPECT_EQ(plug->SelectedPresetPath(), "/User Presets/Mine/Dub Echo");
     EXPECT_EQ(plug->Fields().mPresetName + " " + plug->Fields().mPresetFolderLabel, "Dub Echo U:Mine");
@@ -126,28 +127,32 @@ TEST(PresetRow, ThePresetRowOpensTheMenuStepsAndShowsTheName)
     EXPECT_EQ(plug->GetParam(kFeedback1)->value, 11.0);
 }
 
-// Picks and steps load; a file gone since the scan fails its step, the selection stays, and the
-// next step rescans. (Where a first step starts is the menu's own law.)
-TEST(PresetRow, PicksAndStepsLoadAndAGoneFileIsRescanned)
+TEST(PresetRow, StepLoadsTheNeighboursAndWraps)
 {
     PresetRig rig;
     rig.Dir().Write("/User Presets/a.txt", File(14, "Feedback1 1\n"));
     rig.Dir().Write("/User Presets/B.txt", File(14, "Feedback1 2\n"));
     rig.Dir().Write("/Factory Presets/F/c.txt", File(14, "Feedback1 3\n"));
     auto plug = rig.Make();
-    // Picking from the menu loads the item and keeps the selection for the state chunk.
-    const int userRoot = plug->PresetMenu().MenuOfFolder("/User Presets/");
-    EXPECT_FALSE(plug->PickPresetMenuItem(userRoot, 0)); // the header
-    ASSERT_TRUE(plug->PickPresetMenuItem(userRoot, 2));  // behind the header: a, B
-    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 2.0);
-    EXPECT_EQ(plug->Fields().mPresetMenuFolder, "/User Presets/");
-    EXPECT_EQ(plug->Fields().mPresetMenuIndex, 2);
-    for (const auto& [forward, feedback] : {std::pair{false, 1.0}, {false, 3.0}})
+    for (const auto& [forward, feedback] :
+         {std::pair{true, 1.0}, {true, 2.0}, {true, 3.0}, {true, 1.0}, {false, 3.0}})
     {
         plug->StepPreset(forward);
         EXPECT_EQ(plug->GetParam(kFeedback1)->value, feedback);
     }
     EXPECT_EQ(plug->Fields().mPresetFolderLabel, "F:F");
+
+    // Picking from the menu loads the item and keeps the selection for the state chunk.
+    const int userRoot = plug->PresetMenu().MenuOfFolder("/User Presets/");
+    ASSERT_TRUE(plug->PickPresetMenuItem(userRoot, 2)); // behind the header: a, B
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 2.0);
+    EXPECT_EQ(plug->Fields().mPresetMenuFolder, "/User Presets/");
+    EXPECT_EQ(plug->Fields().mPresetMenuIndex, 2);
+    EXPECT_FALSE(plug->PickPresetMenuItem(userRoot, 0)); // the header
+    plug->StepPreset(true);
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 3.0);
+
+    // A file gone since the scan: the step fails, the selection stays, the next step rescans.
     std::filesystem::remove(rig.Dir().Path() + "/User Presets/a.txt");
     plug->StepPreset(true);
     EXPECT_EQ(plug->SelectedPresetPath(), "/Factory Presets/F/c");

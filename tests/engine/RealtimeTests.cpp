@@ -56,7 +56,7 @@ template <typename Sample> bool RunAutomated(double rate, int block, std::uint32
     bool heard = false, clean = true;
     for (int b = 0; clean && b < std::max(6, 2048 / block); ++b)
     {
-        // Made before the call: the plug-in reads and writes them without allocating. Bypass is on
+        // Made before the call: the plug-in reads them without allocating. Bypass is on
         // one block in eight, so the pass-through runs too; the preset's recording waits for the UI.
         ParameterChanges changes;
         for (int k = 0; k < 48; ++k)

@@ -25,44 +25,24 @@
 
 #include <gtest/gtest.h>
 
-#include <sndfile.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <tuple>
+
+#include "tools/ToolRun.h"
 
 namespace
 {
-namespace fs = std::filesystem;
+using namespace tooltest;
 
 constexpr int kRate = 48000;
 constexpr size_t kFrames = static_cast<size_t>(2.5 * kRate);
-// The export preset the rig installs: 32-bit float WAV at the session rate, so that the exports
-// can be compared bit for bit and no dither or conversion stands between the plug-in and the file.
-// Its format id is Ardour's "BWAV 32float".
+// The export preset the rig installs (quorvex-float.preset next to this file): 32-bit float WAV at
+// the session rate, so that the exports can be compared bit for bit and no dither or conversion
+// stands between the plug-in and the file. Its format id is Ardour's "BWAV 32float".
 constexpr const char* kPresetId = "6d1c8f52-3c57-4f0e-9a51-51756f72d0b1";
-
-std::string Slurp(const fs::path& path)
-{
-    std::stringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
-
-std::string Quote(const std::string& s)
-{
-    std::string q = "'";
-    for (char c : s)
-        q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return q + "'";
-}
 
 // Lines of tab-separated fields, by their first field.
 std::multimap<std::string, std::vector<std::string>> Fields(const fs::path& path)
@@ -80,43 +60,11 @@ std::multimap<std::string, std::vector<std::string>> Fields(const fs::path& path
     return out;
 }
 
-// An export: float stereo at 48 kHz, interleaved.
-using Stereo = std::vector<float>;
-
-::testing::AssertionResult ReadStereo(const fs::path& path, Stereo& out)
-{
-    SF_INFO info{};
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    if (f == nullptr) return ::testing::AssertionFailure() << "cannot read " << path;
-    out.resize(static_cast<size_t>(info.frames) * 2);
-    const bool read = info.channels == 2 && info.samplerate == kRate &&
-                      (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_FLOAT &&
-                      sf_readf_float(f, out.data(), info.frames) == info.frames;
-    sf_close(f);
-    if (read) return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure()
-           << path << ": " << info.channels << " channels at " << info.samplerate << " Hz, format 0x"
-           << std::hex << info.format << "; expected float stereo at 48 kHz, read whole";
-}
-
-// Bit identity of two exports, with the first differing frame named.
-::testing::AssertionResult BitIdentical(const Stereo& a, const Stereo& b)
-{
-    if (a.size() != b.size())
-        return ::testing::AssertionFailure() << a.size() << " samples against " << b.size();
-    for (size_t i = 0; i < a.size(); i += 2)
-        if (std::memcmp(&a[i], &b[i], 2 * sizeof(float)) != 0)
-            return ::testing::AssertionFailure() << "first difference at frame " << i / 2 << ": " << a[i]
-                                                 << " " << a[i + 1] << " against " << b[i] << " " << b[i + 1];
-    return ::testing::AssertionSuccess();
-}
-
 struct Peak
 {
     size_t at = 0;
     double level = 0.0;
 };
-
 size_t Ms(double ms)
 {
     return static_cast<size_t>(std::llround(ms * kRate / 1000.0));
@@ -156,15 +104,8 @@ class ArdourRig
         if (!fs::is_regular_file(bundle / "Contents/x86_64-linux/Quorvex.so"))
             return ::testing::AssertionFailure() << "no built bundle at " << bundle;
         fs::create_symlink(fs::absolute(bundle), mRoot / "home/.vst3/Quorvex.vst3");
-        std::ofstream(mRoot / "config/ardour7/export/quorvex-float.preset")
-            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ExportPreset id=\"" << kPresetId
-            << "\" name=\"Quorvex test float WAV\"><ExportFormat "
-               "id=\"20b4ab09-6452-4cb3-bd66-b921cdbd2942\"/>"
-            << "<ExportFilename><Folder relative=\"1\" path=\"export\"/><Field name=\"label\" enabled=\"0\"/>"
-            << "<Field name=\"session\" enabled=\"0\"/><Field name=\"snapshot\" enabled=\"0\"/>"
-            << "<Field name=\"timespan\" enabled=\"1\"/><Field name=\"revision\" enabled=\"0\"/>"
-            << "<Field name=\"time\" enabled=\"0\" value=\"T_None\"/><Field name=\"date\" enabled=\"0\" "
-            << "value=\"D_None\"/></ExportFilename></ExportPreset>\n";
+        fs::copy_file(QUORVEX_DAW_SCRIPTS "/quorvex-float.preset",
+                      mRoot / "config/ardour7/export/quorvex-float.preset");
         const fs::path scanner = QUORVEX_ARDOUR_VST3_SCANNER;
         auto scan = Run("LD_LIBRARY_PATH=" + Quote(scanner.parent_path()) + " " + Quote(scanner) + " -f " +
                             Quote(mRoot / "home/.vst3/Quorvex.vst3"),
@@ -238,12 +179,7 @@ struct Session
         if (key == "param") out.titles.push_back(f.at(1));
         if (key != "source") continue;
         ++sources;
-        SF_INFO info{.frames = 0,
-                     .samplerate = kRate,
-                     .channels = 1,
-                     .format = SF_FORMAT_WAV | SF_FORMAT_FLOAT,
-                     .sections = 0,
-                     .seekable = 0};
+        SF_INFO info{0, kRate, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 0, 0}; // mono float WAV at 48 kHz
         SNDFILE* file = sf_open(f.at(1).c_str(), SFM_WRITE, &info);
         if (file == nullptr) return ::testing::AssertionFailure() << "cannot write " << f.at(1);
         const bool whole = sf_writef_float(file, signal.data(), kFrames) == static_cast<sf_count_t>(kFrames);
@@ -264,9 +200,7 @@ std::string Line(std::initializer_list<std::string> fields)
 }
 std::string Set(const std::string& title, double value)
 {
-    std::ostringstream v;
-    v << value;
-    return Line({"set", title, v.str()});
+    return Line({"set", title, (std::ostringstream() << value).str()});
 }
 
 // Ardour's view of every parameter, by title (its control's value and what its plug-in object
@@ -307,16 +241,16 @@ size_t DryAt(size_t click)
 }
 size_t EchoAt(size_t click, double delayMs)
 {
-    return click + kDryOffset + Ms(delayMs) + kEchoFilterOffset;
+    return DryAt(click) + Ms(delayMs) + kEchoFilterOffset;
 }
 
 // The peak of a side (0 left, 1 right) within 5 ms of frame `at`: an echo that moved by a sample
 // shows up as a wrong position.
-Peak Around(const Stereo& x, int side, size_t at)
+Peak Around(const Audio& x, int side, size_t at)
 {
     Peak p{at - Ms(5), 0.0};
-    for (size_t i = at - Ms(5); i < std::min(at + Ms(5), x.size() / 2); ++i)
-        if (std::abs(x[2 * i + side]) > p.level) p = {i, std::abs(static_cast<double>(x[2 * i + side]))};
+    for (size_t i = at - Ms(5); i < std::min(at + Ms(5), x.Frames()); ++i)
+        if (std::abs(x.At(i, side)) > p.level) p = {i, std::abs(x.At(i, side))};
     return p;
 }
 } // namespace
@@ -388,11 +322,16 @@ TEST(ArdourSession, EchoesAutomationWrittenTimesSaveAndReopen)
     ASSERT_TRUE(ReadValues(rig.Root() / "before.values", before));
     ASSERT_TRUE(ReadValues(rig.Root() / "after.values", after));
     EXPECT_EQ(before.latency, kReportedLatency);
-    std::map<std::string, Stereo> wav;
+    // Each export float stereo at 48 kHz (so that exports compare bit for bit), read whole.
+    std::map<std::string, Audio> wav;
     for (const char* name : {"plain", "automated", "synced", "free", "saved", "reopened"})
-        ASSERT_TRUE(ReadStereo(rig.Root() / (std::string(name) + ".wav"), wav[name]));
-    const Stereo &p = wav["plain"], &e = wav["automated"];
-    ASSERT_EQ(p.size(), 2 * kFrames);
+    {
+        const Audio& w = wav[name] = ReadAudio(rig.Root() / (std::string(name) + ".wav"));
+        ASSERT_TRUE(w.channels == 2 && w.rate == kRate && (w.format & SF_FORMAT_SUBMASK) == SF_FORMAT_FLOAT)
+            << name << ": " << w.channels << " channels at " << w.rate << " Hz, format " << w.format;
+        ASSERT_EQ(w.Frames(), kFrames) << name;
+    }
+    const Audio &p = wav["plain"], &e = wav["automated"];
     for (size_t click : {clickA, clickB})
         for (const auto& [side, ms] : {std::pair{0, 200.0}, {1, 300.0}})
         {
@@ -419,7 +358,7 @@ TEST(ArdourSession, EchoesAutomationWrittenTimesSaveAndReopen)
         for (int side : {0, 1})
         {
             SCOPED_TRACE(::testing::Message() << name << ", side " << side);
-            const Stereo& x = wav[name];
+            const Audio& x = wav[name];
             EXPECT_EQ(Around(x, side, DryAt(clickA)).at, DryAt(clickA));
             EXPECT_EQ(Around(x, side, EchoAt(clickA, 500)).at, EchoAt(clickA, 500));
             EXPECT_GT(Around(x, side, EchoAt(clickA, 500)).level, 0.05);
@@ -429,9 +368,8 @@ TEST(ArdourSession, EchoesAutomationWrittenTimesSaveAndReopen)
     // Ardour's view of the times the plug-in wrote.
     for (const char* title : {"Delay TimeL 1", "Delay TimeR 1"})
     {
-        EXPECT_NEAR(before.byTitle[title].first, 500.0, 1e-3) << "Ardour's control of \"" << title << "\"";
-        EXPECT_NEAR(before.byTitle[title].second, 500.0, 1e-3)
-            << "Ardour's plug-in object for \"" << title << "\"";
+        EXPECT_NEAR(before.byTitle[title].first, 500.0, 1e-3) << "Ardour's control of " << title;
+        EXPECT_NEAR(before.byTitle[title].second, 500.0, 1e-3) << "Ardour's plug-in object for " << title;
     }
     EXPECT_EQ(before.byTitle["Timebase 1"].first, 0.0);
 
@@ -445,6 +383,7 @@ TEST(ArdourSession, EchoesAutomationWrittenTimesSaveAndReopen)
     for (const auto& [title, v] : before.byTitle)
         EXPECT_EQ(after.byTitle.contains(title) ? after.byTitle[title] : missing, v)
             << "\"" << title << "\" as Ardour's control and plug-in object hold it, after the reopen";
-    EXPECT_TRUE(BitIdentical(wav["free"], wav["saved"])) << "a second export in the process, after the save";
-    EXPECT_TRUE(BitIdentical(wav["free"], wav["reopened"])) << "after the reopen";
+    EXPECT_TRUE(wav["free"].samples == wav["saved"].samples)
+        << "a second export in the process, after the save";
+    EXPECT_TRUE(wav["free"].samples == wav["reopened"].samples) << "after the reopen";
 }

@@ -27,19 +27,8 @@ constexpr int kFrameSamples = static_cast<int>(kRate / 25); // one editor frame 
 // The main page's control of the first layout row that `match` accepts.
 template <typename Match> IControl* MainControl(QuorvexEditor& editor, Match match)
 {
-    int row = 0;
-    for (const LayoutRow& r : kMainLayout)
-    {
-        if (match(r)) return editor.ControlOfRow(row);
-        ++row;
-    }
-    return nullptr;
-}
-
-IControl* OutputMeter(QuorvexEditor& editor, int channel)
-{
-    return MainControl(editor, [&](const LayoutRow& r)
-                       { return r.mKind == ELayoutKind::kMeter && r.mIndex == channel; });
+    const LayoutRow* row = std::find_if(std::begin(kMainLayout), std::end(kMainLayout), match);
+    return row == std::end(kMainLayout) ? nullptr : editor.ControlOfRow(static_cast<int>(row - kMainLayout));
 }
 
 // A left click in the middle of `c`, dragged `dy` pixels down before the release, then a tick.
@@ -48,8 +37,7 @@ void Click(QuorvexEditor& editor, IControl* c, int dy = 0)
     ASSERT_NE(c, nullptr);
     ASSERT_FALSE(c->IsHidden());
     const IRECT r = c->GetRECT();
-    IMouseMod left;
-    left.L = true;
+    const IMouseMod left{true, false, false, false, false};
     editor.OnMouseDown((r.L + r.R) / 2, (r.T + r.B) / 2, left);
     if (dy != 0) editor.OnMouseDrag((r.L + r.R) / 2, (r.T + r.B) / 2 + dy, left);
     editor.OnMouseUp((r.L + r.R) / 2, (r.T + r.B) / 2 + dy, left);
@@ -59,11 +47,8 @@ void Click(QuorvexEditor& editor, IControl* c, int dy = 0)
 // A meter strip of 64 frames that a page would hold.
 IBitmapControl* AddStrip(QuorvexEditor& editor, IPlugBase* plug, int meter)
 {
-    IBitmap strip;
-    strip.W = 10;
-    strip.H = 640;
-    strip.N = 64;
-    auto* c = new IBitmapControl(plug, IRECT(0, 0, 10, 10), -1, strip);
+    auto* c = new IBitmapControl(plug, IRECT(0, 0, 10, 10), -1,
+                                 IBitmap{.mRaster = nullptr, .W = 10, .H = 640, .N = 64});
     editor.AttachControl(c);
     editor.AddMeterControl(meter, c);
     return c;
@@ -88,13 +73,17 @@ class EditorOnEngine : public ::testing::Test
 // Meters and modulator positions reach the editor while its window is open.
 TEST_F(EditorOnEngine, MetersFollowTheAudioWhileTheWindowIsOpenAndRestInSilence)
 {
-    IPlugBase& base = plug;
-    auto* outL = dynamic_cast<IBitmapControl*>(OutputMeter(*editor, EditorReadouts::kOutL));
-    auto* outR = dynamic_cast<IBitmapControl*>(OutputMeter(*editor, EditorReadouts::kOutR));
+    const auto output = [&](int channel)
+    {
+        return dynamic_cast<IBitmapControl*>(
+            MainControl(*editor, [&](const LayoutRow& r)
+                        { return r.mKind == ELayoutKind::kMeter && r.mIndex == channel; }));
+    };
+    IBitmapControl *outL = output(EditorReadouts::kOutL), *outR = output(EditorReadouts::kOutR);
     ASSERT_TRUE(outL && outR);
-    IBitmapControl* slot1 = AddStrip(*editor, &base, EditorReadouts::kSlot1);
-    IBitmapControl* slot2 = AddStrip(*editor, &base, EditorReadouts::kSlot1 + 1);
-    IBitmapControl* lfo1 = AddStrip(*editor, &base, EditorReadouts::kMod1);
+    IBitmapControl* slot1 = AddStrip(*editor, &plug, EditorReadouts::kSlot1);
+    IBitmapControl* slot2 = AddStrip(*editor, &plug, EditorReadouts::kSlot1 + 1);
+    IBitmapControl* lfo1 = AddStrip(*editor, &plug, EditorReadouts::kMod1);
     HoldLfo(rig, 0, 100.0);
     auto frames = [&](int n, double amplitude)
     {
@@ -220,11 +209,7 @@ TEST_F(EditorOnEngine, TimeHighlightBlinksFiveSecondsAfterATimebaseChange)
     for (; ticks < 10 * fps; ++ticks)
     {
         editor->OnTimerTick();
-        if (h->Lit())
-        {
-            ++lit;
-            if (firstLit < 0) firstLit = ticks;
-        }
+        if (h->Lit() && lit++ == 0) firstLit = ticks;
         if (!h->Active()) break;
     }
     EXPECT_EQ(ticks, 5 * fps - 1); // gone after five seconds
@@ -254,13 +239,13 @@ TEST_F(EditorOnEngine, TapPlayingEachTapLightsWhereItsEchoSounds)
     in.l[clickAt] = in.r[clickAt] = 1.0;
     std::vector<int> firstLit(4, -1);
     int shown = 0; // the tap shown after the last block
-    const Stereo out = Stream(plug, in, kBlock, false, nullptr,
-                              [&](int start)
-                              {
-                                  editor->OnTimerTick();
-                                  shown = editor->Delay().PlayingTap(0);
-                                  if (shown >= 0 && shown < 4 && firstLit[shown] < 0) firstLit[shown] = start;
-                              });
+    const auto watch = [&](int start)
+    {
+        editor->OnTimerTick();
+        shown = editor->Delay().PlayingTap(0);
+        if (shown >= 0 && shown < 4 && firstLit[shown] < 0) firstLit[shown] = start;
+    };
+    const Stereo out = Stream(plug, in, kBlock, false, nullptr, watch);
     // The echoes in the output: the first sample of each above half the loudest.
     std::vector<int> echoes;
     const double loudest = Peak(out);
@@ -279,8 +264,7 @@ TEST_F(EditorOnEngine, TapPlayingEachTapLightsWhereItsEchoSounds)
         EXPECT_NEAR(echoes[t] - echoes[0], t * 100 * kMs, 4);
         ASSERT_GE(firstLit[t], 0) << "never lit";
         const int lead = echoes[t] - firstLit[t];
-        EXPECT_GE(lead, 0);
-        EXPECT_LE(lead, 4 * kBlock);
+        EXPECT_TRUE(lead >= 0 && lead <= 4 * kBlock) << lead;
         EXPECT_NEAR(lead, echoes[0] - firstLit[0], kBlock);
     }
     EXPECT_EQ(shown, -1) << "the echoes have passed";
@@ -305,8 +289,8 @@ TEST_F(EditorOnEngine, GateStepsThePlayingStepIsMarked)
         editor->OnTimerTick();
         std::vector<int> lit;
         for (int idx : editor->ListControls(kListGates))
-            if (auto* f = dynamic_cast<IStepFaderControl*>(editor->GetControl(idx)))
-                if (f->Playing()) lit.push_back(f->ParamIdx());
+            if (auto* f = dynamic_cast<IStepFaderControl*>(editor->GetControl(idx)); f && f->Playing())
+                lit.push_back(f->ParamIdx());
         ASSERT_EQ(lit.size(), 4u);
         EXPECT_EQ(lit[0], kGate1Step1 + editor->PlayingStep(0));
         if (seen.empty() || seen.back() != lit[0]) seen.push_back(lit[0]);
@@ -326,18 +310,16 @@ TEST_F(EditorOnEngine, LfoWaveDisplayFollowsTheWaveAndItsPolarity)
     for (WaveDraw* w : waves)
         EXPECT_TRUE(w->HasWave());
     // LFO 2 on "SIN1" against "TRIANGLE": the shapes differ at an eighth of the cycle.
-    const double sine = waves[1]->ValueAt(0.125);
-    IParamRecord* wave = plug.GetParam(kLFOWave2);
     double triangle = -1;
-    ASSERT_TRUE(wave->GetValueFromDisplayText("TRIANGLE", triangle));
-    rig.Set(kLFOWave2, triangle);
-    editor->OnTimerTick();
-    EXPECT_GT(std::abs(waves[1]->ValueAt(0.125) - sine), 0.05);
-    // Negative polarity draws the wave upside down.
-    const double up = waves[1]->ValueAt(0.125);
-    rig.Set(kLFOPol2, 1.0);
-    editor->OnTimerTick();
-    EXPECT_NE(waves[1]->ValueAt(0.125), up);
+    ASSERT_TRUE(plug.GetParam(kLFOWave2)->GetValueFromDisplayText("TRIANGLE", triangle));
+    // Then negative polarity draws the wave upside down.
+    for (const auto& [id, value] : {std::pair{kLFOWave2, triangle}, {kLFOPol2, 1.0}})
+    {
+        const double before = waves[1]->ValueAt(0.125);
+        rig.Set(id, value);
+        editor->OnTimerTick();
+        EXPECT_GT(std::abs(waves[1]->ValueAt(0.125) - before), 0.05) << id;
+    }
     EXPECT_EQ(waves[0]->ValueAt(0.125), waves[2]->ValueAt(0.125)); // the others untouched, alike
 }
 
@@ -352,15 +334,12 @@ TEST_F(EditorOnEngine, StepMaskTapButtonsShowAndWriteTheMasks)
         EXPECT_EQ(editor->Delay().TapOnMask(0, side), 0xFFFF);
 
     // Tap 3's left button.
-    IControl* button = nullptr;
-    int row = 0;
-    for (const LayoutRow& r : kLargeDelayLayout)
-    {
-        if (r.mKind == ELayoutKind::kStepMaskButton && r.mIndex == kMaskTapOnL * 16 + 2)
-            button = editor->ControlOfPageRow(kListLarge1, row);
-        ++row;
-    }
-    Click(*editor, button);
+    const auto row =
+        std::find_if(std::begin(kLargeDelayLayout), std::end(kLargeDelayLayout),
+                     [](const LayoutRow& r)
+                     { return r.mKind == ELayoutKind::kStepMaskButton && r.mIndex == kMaskTapOnL * 16 + 2; });
+    Click(*editor,
+          editor->ControlOfPageRow(kListLarge1, static_cast<int>(row - std::begin(kLargeDelayLayout))));
     EXPECT_EQ(plug.Fields().mTapOnMask[0], 0xFFFF & ~(1 << 2));
     EXPECT_EQ(plug.Fields().mTapOnMask[1], 0xFFFF);
 

@@ -4,9 +4,10 @@
 #include "delay/DelayMode.h"
 #include "state/ByteChunk.h"
 
-// The frame around the slots: host block framing, the dry path's timing and gains, the fade-in and
-// the silent states. Most tests look at the dry path alone. (The input copy's 15 kHz band limit is
-// measured through the envelope that follows it, in InputRestTests.)
+// The frame around the slots: host block framing, the dry path's timing and gains and the silent
+// states. Most tests look at the dry path alone. (The fade-in's law is played after a preset load,
+// in QuorvexPresetTests; the input copy's 15 kHz band limit is measured through the envelope that
+// follows it, in InputRestTests.)
 
 using namespace engine_rig;
 
@@ -18,11 +19,6 @@ class DryOnly : public Engine
   public:
     explicit DryOnly(double rate) : Engine(rate) { Set(kSlotOn1, 0.0); }
 };
-
-void ExpectSilent(const Stereo& s)
-{
-    EXPECT_EQ(s, Stereo(s.l.size()));
-}
 
 // 1 ms in whole samples at the internal rate, which stops at 96 kHz.
 int MsSamples(double hostRate)
@@ -90,37 +86,7 @@ TEST(EngineFrame, DryGainAndDryKill)
     EXPECT_NEAR(e.Run(in, 512).l[at + 108], 0.4 * std::pow(10.0, -6.0 / 20.0), 1e-12);
 
     e.Plug().Fields().mDryLevel = 0.0; // what dry-kill leaves in the dry gain
-    ExpectSilent(e.Run(in, 512));
-}
-
-// Right after a reset the input block, and with it the dry and wet paths, rises as the square of a
-// linear ramp over 100 ms: the first block of input takes ramp step = 32 / (0.1 fs), block b takes
-// b x step, until the ramp reaches 1.
-TEST(EngineFrame, FadeInIsASquaredHundredMillisecondRamp)
-{
-    for (double rate : {44100.0, 192000.0})
-    {
-        const double fs = std::min(rate, 96000.0);
-        const int ms = MsSamples(rate);
-        const double step = 32.0 / (0.1 * fs);
-        DryOnly e(rate);
-        Stereo in(static_cast<std::size_t>(0.1 * fs + 300));
-        std::fill(in.l.begin(), in.l.end(), 1.0);
-        const Stereo out = e.Run(in, 100);
-
-        EXPECT_EQ(Peak(out, 0, 64 + ms), 0.0);
-        // Samples of the block in which the ramp reaches 1 are left out.
-        for (int s = 0; s + 64 + ms < out.Size(); s += 13)
-        {
-            const int block = s / 32 + 1;
-            const double want = std::min(1.0, block * step * block * step);
-            if (block * step > 1.0 - 1e-9 && (block - 1) * step < 1.0 + 1e-9) continue;
-            ASSERT_NEAR(out.l[s + 64 + ms] / kDefaultDry, want, 1e-9) << rate << " Hz, sample " << s;
-        }
-        // A quarter of the way the gain is a sixteenth, not a quarter.
-        const int quarter = static_cast<int>(0.025 * fs);
-        EXPECT_NEAR(out.l[quarter + 64 + ms] / kDefaultDry, 1.0 / 16.0, 0.01) << rate;
-    }
+    EXPECT_EQ(e.Run(in, 512), Stereo(in.l.size()));
 }
 
 // Silence rules: while the plug-in is being built, restoring a state or loading a preset the output
@@ -146,7 +112,7 @@ TEST(EngineFrame, SilentStatesOutputZerosAndFreezeTheEngine)
             if (which == 2) plug.SetPresetLoading(on);
         };
         set(true);
-        ExpectSilent(e.Run(during, 50));
+        EXPECT_EQ(e.Run(during, 50), Stereo(during.l.size()));
         set(false);
         EXPECT_EQ(e.Run(after, 100), expected) << "silent state " << which;
     }
@@ -177,7 +143,7 @@ TEST(EngineFrame, StateRestoreIsSilentAndClearsTheEngine)
     plug->watching = true;
     plug->UnserializeState(chunk, 0);
     ASSERT_EQ(plug->heard.Size(), 64);
-    ExpectSilent(plug->heard);
+    EXPECT_EQ(plug->heard, Stereo(64));
     // The 108 samples of dry signal that were on their way are gone; the restored slot 1 passes
     // only the wet path's denormal guard.
     EXPECT_LT(Peak(Stream(*plug, Stereo(200), 50)), 1e-12);

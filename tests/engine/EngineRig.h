@@ -16,13 +16,10 @@ class QuorvexProbe
 {
   public:
     static void SetConstructing(Quorvex& plug, bool on) { plug.mConstructing = on; }
-    static const double* WetBlockL(const Quorvex& plug) { return plug.mBlockL; }
     static Slot& SlotAt(Quorvex& plug, int index) { return plug.mSlots[index]; }
     // A modulator's buffer in the source bank, for tests that stand in for the modulator.
     static double* SourceBuffer(Quorvex& plug, int index) { return plug.mModBank.Buffer(index); }
     static EffectRack& Effects(Quorvex& plug) { return plug.mEffects; }
-    // Parameter changes made inside the returned scope count as the audio thread's.
-    static ThreadMark::Scope AsAudioThread(Quorvex& plug) { return ThreadMark::Scope(plug.ProcessThread()); }
 };
 
 namespace engine_rig
@@ -49,6 +46,15 @@ inline Stereo Noise(int n, double amplitude, std::uint32_t seed)
         s.l[i] = noise.Next(amplitude);
         s.r[i] = noise.Next(amplitude);
     }
+    return s;
+}
+
+// n samples of `value` on both sides.
+inline Stereo Constant(int n, double value)
+{
+    Stereo s(static_cast<std::size_t>(n));
+    s.l.assign(s.l.size(), value);
+    s.r = s.l;
     return s;
 }
 
@@ -147,15 +153,10 @@ class Rig : public Engine
 };
 
 // LFO `lfo` (0..3) held at depth x +1: the first half of a square (HALFPULSE, bipolar) at the
-// slowest rate, which moves a couple of table points in a test's length. Any rig with Set(id, v).
-template <typename AnyRig> void HoldLfo(AnyRig& rig, int lfo, double depthPercent)
+// slowest rate, which moves a couple of table points in a test's length.
+inline void HoldLfo(Engine& rig, int lfo, double depthPercent)
 {
-    for (const auto& [id, value] : {std::pair{kLFOOn1, 1.0},
-                                    {kLFOWave1, 18.0},
-                                    {kLFOPol1, 2.0},
-                                    {kLFORate1, 0.001},
-                                    {kLFOGlide1, 1.0},
-                                    {kLFODepth1, depthPercent}})
-        rig.Set(id + lfo, value);
+    rig.Set({{kLFOOn1 + lfo, 1.0}, {kLFOWave1 + lfo, 18.0}, {kLFOPol1 + lfo, 2.0}});
+    rig.Set({{kLFORate1 + lfo, 0.001}, {kLFOGlide1 + lfo, 1.0}, {kLFODepth1 + lfo, depthPercent}});
 }
 } // namespace engine_rig

@@ -29,40 +29,36 @@ struct Patch
 
 std::vector<Patch> Patches()
 {
-    const auto echoes = [](const std::string& name, int delayL, int delayR, double feedback,
-                           std::vector<std::pair<int, double>> more, double settled = 0.0)
+    // Echoes of 120 / 170 ms at 60 % feedback and `more` on top of them.
+    const auto echoes = [](std::string name, std::vector<std::pair<int, double>> more, int delayL = 120,
+                           int delayR = 170, double feedback = 60.0, double settled = 0.0)
     {
-        Patch p{name,
-                {{kTimebase1, 0.0}, {kDirectIn1, 50.0}, {kFeedback1, feedback}, {kDelayTimeL1, delayL}},
-                settled};
-        p.settings.push_back({kDelayTimeR1, delayR});
+        Patch p{std::move(name), {{kTimebase1, 0.0}, {kDirectIn1, 50.0}, {kFeedback1, feedback}}, settled};
+        p.settings.insert(p.settings.end(), {{kDelayTimeL1, delayL}, {kDelayTimeR1, delayR}});
         p.settings.insert(p.settings.end(), more.begin(), more.end());
         return p;
     };
     // The default patch holds the burst only in its band limit and output delay: 50 ms is ample.
     // Short echoes at 30 % feedback fall below -240 dB of the burst well within a second.
     std::vector<Patch> patches = {{"default", {}, 0.3},
-                                  echoes("echoes", 20, 30, 30.0, {}, 1.2),
-                                  echoes("feedback 160", 10, 15, 160.0, {{kLimiterOn, 0.0}})};
+                                  echoes("echoes", {}, 20, 30, 30.0, 1.2),
+                                  echoes("feedback 160", {{kLimiterOn, 0.0}}, 10, 15, 160.0)};
     for (int m = 0; m < static_cast<int>(kDelayModeList.size()); ++m)
-        patches.push_back(
-            echoes(std::string("mode ") + kDelayModeList[m], 120, 170, 60.0, {{kDelayMode1, m}}));
+        patches.push_back(echoes(std::string("mode ") + kDelayModeList[m], {{kDelayMode1, m}}));
+    using Settings = std::vector<std::pair<int, double>>;
+    const Settings fb = {{kFXOnFB1, 1}, {kFXParam1FB1, 60}, {kFXParam2FB1, 70}, {kFXParam3FB1, 40}};
+    const Settings master = {{kMasterFXP1, 60}, {kMasterFXP2, 70}, {kMasterFXP4, 50}, {kMasterFXLevel, 100}};
     for (int t = 0; t < static_cast<int>(kFxFeedbackTypeList.size()); ++t)
-        if (std::string_view(kFxFeedbackTypeList[t]) != "" &&
-            std::string_view(kFxFeedbackTypeList[t]) != "OFF")
-            patches.push_back(echoes(std::string("FB ") + kFxFeedbackTypeList[t], 120, 170, 60.0,
-                                     {{kFXOnFB1, 1.0},
-                                      {kFXParam1FB1, 60.0},
-                                      {kFXParam2FB1, 70.0},
-                                      {kFXParam3FB1, 40.0},
-                                      {kFX1FB, t}}));
+        if (const std::string_view type = kFxFeedbackTypeList[t]; type != "" && type != "OFF")
+        {
+            patches.push_back(echoes("FB " + std::string(type), fb));
+            patches.back().settings.push_back({kFX1FB, t});
+        }
     for (int t = 1; t < static_cast<int>(kMasterFxTypeList.size()); ++t) // after OFF
-        patches.push_back(echoes(std::string("master ") + kMasterFxTypeList[t], 120, 170, 60.0,
-                                 {{kMasterFXP1, 60.0},
-                                  {kMasterFXP2, 70.0},
-                                  {kMasterFXP4, 50.0},
-                                  {kMasterFXLevel, 100.0},
-                                  {kMasterFX, t}}));
+    {
+        patches.push_back(echoes(std::string("master ") + kMasterFxTypeList[t], master));
+        patches.back().settings.push_back({kMasterFX, t});
+    }
     return patches;
 }
 

@@ -6,18 +6,7 @@
 // The band-limited copy of the input is made only while someone hears it: a slot that is on, or
 // an envelope that follows the input. These tests check the listeners still hear what they heard
 // when the copy was made for every block.
-namespace
-{
 using namespace engine_rig;
-
-Stereo Constant(int n, double value)
-{
-    Stereo s(static_cast<std::size_t>(n));
-    s.l.assign(s.l.size(), value);
-    s.r = s.l;
-    return s;
-}
-} // namespace
 
 // Slot 1 passes its input straight to the output. It hears a steady level, is switched off while
 // the input falls silent, and is switched on again: the band limit's memory of the old level must

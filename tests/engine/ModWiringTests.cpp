@@ -22,20 +22,15 @@ TEST(ModWiring, RoutedSourcesMoveTheEchoes)
     int peaks[2][2] = {};
     for (int routed = 0; routed < 2; ++routed)
     {
-        Rig rig;
-        // Echoes only.
-        rig.Set({{kDelayOn1, 1.0},
-                 {kDirectIn1, 100.0},
-                 {kFeedback1, 0.0},
-                 {kModulation1, 0.0},
-                 {kTimebase1, 0.0}});
-        rig.Set(
-            {{kDelayLopass1, 20000.0}, {kDelayHipass1, 20.0}, {kDelayTimeL1, 100.0}, {kDelayTimeR1, 100.0}});
+        Rig rig; // echoes only, pure delays
+        rig.Set({{kDelayOn1, 1.0}, {kDirectIn1, 100.0}, {kFeedback1, 0.0}, {kModulation1, 0.0}});
+        rig.Set({{kTimebase1, 0.0}, {kDelayLopass1, 20000.0}, {kDelayHipass1, 20.0}});
+        rig.Set({{kDelayTimeL1, 100.0}, {kDelayTimeR1, 100.0}});
         if (routed == 1)
         {
-            rig.Set({{kDelayTimeLModSource1, kModSourceLFO1}, {kDelayTimeLModDepth1, 100.0}});
-            rig.Set({{kDelayTimeRModSource1, kModSourceLFO1}, {kDelayTimeRModDepth1, 100.0}});
-            rig.Set({{kDelaySpreadModSource1, kModSourceLFO1 + 1}, {kDelayModDepth1, 100.0}});
+            rig.Set({{kDelayTimeLModSource1, kModSourceLFO1}, {kDelayTimeRModSource1, kModSourceLFO1}});
+            rig.Set({{kDelaySpreadModSource1, kModSourceLFO1 + 1}, {kDelayTimeLModDepth1, 100.0}});
+            rig.Set({{kDelayTimeRModDepth1, 100.0}, {kDelayModDepth1, 100.0}});
             // Two LFOs that hold still: the first half of a square at the slowest rate.
             HoldLfo(rig, 0, 40.0);
             HoldLfo(rig, 1, 20.0);

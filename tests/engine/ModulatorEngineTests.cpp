@@ -5,128 +5,52 @@
 #include "modulators/TableLFO.h"
 #include "params/ModRouting.h"
 
-// The modulators as the engine ticks them: sources reach the slot parameters they are routed to,
-// on the beat grid where synced.
+// The modulators as the engine feeds and reads them: the sidechain reaches an envelope, a synced
+// gate follows the engine's song position, and an LFO's rate follows a switch between free and
+// synced.
 
 using namespace engine_rig;
-
-namespace
-{
-constexpr int kSettled = 9600;
-
-// Mean square of one channel over [from, to).
-double Power(const std::vector<double>& x, int from, int to)
-{
-    return std::pow(testmeasure::Rms(x, std::size_t(from), std::size_t(to)), 2.0);
-}
-
-// Slot 1 as a pure echo: everything goes into its 10 ms delay, nothing passes direct.
-void MakeEcho(Rig& rig)
-{
-    rig.Set({{kDelayOn1, 1.0},
-             {kTimebase1, 0.0},
-             {kDirectIn1, 100.0},
-             {kDelayTimeL1, 10.0},
-             {kDelayTimeR1, 10.0}});
-    rig.Set(kFeedback1, 0.0);
-}
-} // namespace
-
-// LFO 1 (sine, +-1) on the pan of an echo: the balance between the channels swings at the LFO rate
-// and from side to side.
-TEST(ModulatorEngine, LfoOnPanningSwingsTheEchoAtItsRate)
-{
-    constexpr double kLfoHz = 4.0;
-    Rig rig;
-    MakeEcho(rig);
-    rig.Set({{kLFOOn1, 1.0},
-             {kLFOWave1, 0.0}, // SIN1
-             {kLFOPol1, TableLFO::kBi},
-             {kLFORate1, kLfoHz},
-             {kLFODepth1, 100.0},
-             {kPanningModSource1, kModSourceLFO1},
-             {kPanningModDepth1, 100.0}});
-    const int n = 2 * 48000;
-    const Stereo out = rig.Run(Sine(n, 500.0, 0.5));
-
-    // Balance per 480-sample window (10 ms, five periods of the tone).
-    const int window = 480;
-    std::vector<double> balance;
-    for (int from = kSettled; from + window <= n; from += window)
-    {
-        const double l = Power(out.l, from, from + window);
-        const double r = Power(out.r, from, from + window);
-        balance.push_back((l - r) / (l + r + 1e-30));
-    }
-    int crossings = 0;
-    for (std::size_t k = 1; k < balance.size(); ++k)
-        crossings += (balance[k - 1] < 0.0) != (balance[k] < 0.0);
-    const double seconds = static_cast<double>(balance.size() * window) / kRate;
-    EXPECT_NEAR(crossings / (2.0 * seconds), kLfoHz, 0.3);
-    EXPECT_GT(*std::max_element(balance.begin(), balance.end()), 0.9);
-    EXPECT_LT(*std::min_element(balance.begin(), balance.end()), -0.9);
-}
 
 // ENV 1 follows the sidechain; with depth -100 % on the level the echo ducks while the sidechain
 // plays and comes back after it.
 TEST(ModulatorEngine, SidechainEnvelopeWithNegativeDepthDucksTheEcho)
 {
-    Rig rig;
-    MakeEcho(rig);
-    rig.Set({{kENV1On, 1.0},
-             {kENV1Source, kEnvSrcSidechain},
-             {kENV1Attack, 1.0},
-             {kENV1Decay, 50.0},
-             {kLevelModSource1, kModSourceEnv1},
-             {kLevelModDepth1, -100.0}});
+    Rig rig; // slot 1 as a pure 10 ms echo, nothing direct
+    rig.Set({{kDelayOn1, 1.0}, {kTimebase1, 0.0}, {kDirectIn1, 100.0}, {kDelayTimeL1, 10.0}});
+    rig.Set({{kDelayTimeR1, 10.0}, {kFeedback1, 0.0}});
+    rig.Set({{kENV1On, 1.0}, {kENV1Source, kEnvSrcSidechain}, {kENV1Attack, 1.0}, {kENV1Decay, 50.0}});
+    rig.Set({{kLevelModSource1, kModSourceEnv1}, {kLevelModDepth1, -100.0}});
     rig.Plug().SetInputChannelConnections(0, 4, true);
     const int n = 60000;
     std::vector<double> side(n, 0.0);
     for (int i = 14400; i < 24000; ++i) // 300 ms to 500 ms
         side[i] = 0.5 * std::sin(2.0 * std::numbers::pi * 200.0 * i / kRate);
     const Stereo out = Stream(rig.Plug(), Sine(n, 500.0, 0.5), kBlock, false, &side);
-    const double before = Power(out.l, 10000, 14400);
+    const auto power = [&](std::size_t from, std::size_t to)
+    { return std::pow(testmeasure::Rms(out.l, from, to), 2.0); };
+    const double before = power(10000, 14400);
     EXPECT_GT(before, 0.1);
-    EXPECT_LT(Power(out.l, 19000, 24000), 0.1 * before);
-    EXPECT_GT(Power(out.l, 50000, 60000), 0.5 * before);
+    EXPECT_LT(power(19000, 24000), 0.1 * before);
+    EXPECT_GT(power(50000, 60000), 0.5 * before);
 }
 
-// A synced gate of two steps (shut, open) at 1/8 on the level: at 120 bpm and 48 kHz it switches
-// every 12000 samples (375 blocks), on the host's grid. It opens in the tick that ends block n:
-// block n's output stage is still silent, block n+1 already sounds. Modulators run after the audio
-// of a block, so a source reaches its destination one block late, never in the block that made it.
-TEST(ModulatorEngine, ASyncedGateSwitchesOnTheBeatGridAndReachesTheLevelOneBlockLate)
+// A synced gate of two steps (shut, open) at 1/8 switches every 12000 samples at 120 bpm and
+// 48 kHz (375 blocks), on the beat grid: in the ticks that end blocks 375 k - 1. (That its output
+// reaches a destination one block later is heard in the golden summaries.)
+TEST(ModulatorEngine, ASyncedGateSwitchesOnTheBeatGrid)
 {
     Rig rig;
-    rig.Set(
-        {{kLevel1, -60.0}, {kLevelModSource1, kModSourceGate1}, {kLevelModDepth1, 100.0}, {kGate1On, 1.0}});
-    rig.Set({{kGate1Sync, 1.0},
-             {kGate1Timebase, 1.0},
-             {kGate1Length, 2.0},
-             {kGate1Step1, 0.0},
-             {kGate1Step1 + 1, 100.0}});
-    Stereo level(kBlock);
-    level.l.assign(kBlock, 0.5);
-    level.r = level.l;
+    rig.Set({{kGate1On, 1.0}, {kGate1Sync, 1.0}, {kGate1Timebase, 1.0}, {kGate1Length, 2.0}});
+    rig.Set({{kGate1Step1, 0.0}, {kGate1Step1 + 1, 100.0}});
     const double* gate = rig.Source(kModSourceGate1);
-    const double* stage = QuorvexProbe::SlotAt(rig.Plug(), 0).StageL(Slot::kStageOut);
     std::vector<int> edges; // the blocks whose tick switched the gate
     for (int b = 0; b < 1700; ++b)
     {
         const double before = gate[0];
-        rig.Run(level);
-        if (gate[0] == before) continue;
-        edges.push_back(b);
-        if (before != 0.0) continue;
-        EXPECT_EQ(std::vector<double>(stage, stage + kBlock), std::vector<double>(kBlock, 0.0))
-            << "block " << b;
-        rig.Run(level);
-        ++b;
-        EXPECT_GT(stage[kBlock - 1], 0.0) << "block " << b;
+        rig.Run(Stereo(kBlock));
+        if (gate[0] != before) edges.push_back(b);
     }
-    ASSERT_EQ(edges.size(), 4u);
-    for (std::size_t k = 0; k < edges.size(); ++k)
-        EXPECT_EQ(edges[k], 375 * static_cast<int>(k + 1) - 1) << "edge " << k;
+    EXPECT_EQ(edges, (std::vector<int>{374, 749, 1124, 1499}));
 }
 
 // Switching an LFO between free and synced rewrites "LFO Rate" in the other unit, and its text

@@ -25,12 +25,6 @@ TEST(PresetRow, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
     auto plug = rig.Make();
     auto* editor = dynamic_cast<IGraphics*>(plug->GetGUI());
     ASSERT_NE(editor, nullptr);
-    auto type = [&](const std::string& keys)
-    {
-        for (char c : keys)
-            editor->OnKeyDown(0, 0, c);
-    };
-
     // A second instance, made before the save, finds the new file in its next menu.
     auto other = rig.Make();
     EXPECT_EQ(other->PresetMenu().FlatList(), std::vector<std::string>{});
@@ -42,7 +36,8 @@ TEST(PresetRow, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
     ASSERT_EQ(prompt->Folders().size(), 2u);
     EXPECT_EQ(prompt->Folders()[1].mRelative, "Mine");
     editor->OnKeyDown(0, 0, kKeyDown);
-    type("Dub Echo");
+    for (char c : std::string("Dub Echo"))
+        editor->OnKeyDown(0, 0, c);
     editor->OnKeyDown(0, 0, kKeyEnter);
     EXPECT_TRUE(std::filesystem::exists(rig.Dir().Path() + "/User Presets/Mine/Dub Echo.txt"));
     // The saved preset becomes the current one, in the menu's selection too.
@@ -84,8 +79,7 @@ TEST(PresetRow, SaveDialogWritesThroughThePromptAndAlertsInTheEditor)
 // folder and the current file checked; picks and steps load, and the row shows the result.
 TEST(PresetRow, ThePresetRowOpensTheMenuStepsAndShowsTheName)
 {
-    IMouseMod left;
-    left.L = true;
+    const IMouseMod left{true, false, false, false, false};
     PresetRig rig;
     rig.Dir().Write("/User Presets/Mine.txt", File(14, "Feedback1 11\n"));
     rig.Dir().Write("/Factory Presets/Basics/Clean.txt", File(14, "Feedback1 22\n"));

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <filesystem>
 #include <thread>
 
 #include "PresetRig.h"
@@ -14,17 +13,30 @@ using namespace engine_rig;
 
 namespace
 {
-TEST(QuorvexPresets, MissingOrForeignFilesLeaveEveryParameterAsItWas)
+// A load sets the file's values, name, folder label and page and resets the rest; a missing or
+// foreign file then leaves every parameter as it was, says so and marks the list stale.
+TEST(QuorvexPresets, LoadingSetsValuesNamesAndPageAndFailedLoadsChangeNothing)
 {
     PresetRig rig;
+    rig.Dir().Write("/Factory Presets/Spaces/Wide Hall.txt", File(14, "Feedback1 64\nDelayMode2 2\n"));
     rig.Dir().Write("/User Presets/Foreign.txt", "NotQuorvex V. 1.2.0r14 PresetFile!\nFeedback1 10\n");
     auto plug = rig.Make();
+    plug->GetParam(kLevel3)->value = -30.0;
+    plug->Fields().mFocusedParam = kLevel3;
+    ASSERT_TRUE(plug->LoadPreset("/Factory Presets/Spaces/Wide Hall.txt"));
+    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 64.0);
+    EXPECT_EQ(plug->GetParam(kDelayMode2)->value, 2.0);
+    EXPECT_EQ(plug->GetParam(kLevel3)->value, plug->GetParam(kLevel3)->defaultValue);
+    EXPECT_EQ(plug->Fields().mPresetName + " " + plug->Fields().mPresetFolderLabel, "Wide Hall F:Spaces");
+    EXPECT_EQ(plug->Fields().mLastPage, 12);
+    EXPECT_EQ(plug->Fields().mFocusedParam, -1);
+    EXPECT_FALSE(plug->PresetLoading());
+
     plug->GetParam(kFeedback2)->value = 77.0;
     plug->GetParam(kFX3PO)->value = 5.0;
     std::vector<double> before;
     for (int id = 0; id < kNumParams; ++id)
         before.push_back(plug->GetParam(id)->value);
-
     for (const auto& [path, shown] :
          {std::pair{"/User Presets/Nowhere.txt", "NO FILE"}, {"/User Presets/Foreign.txt", "WRONG FILE"}})
     {
@@ -38,40 +50,12 @@ TEST(QuorvexPresets, MissingOrForeignFilesLeaveEveryParameterAsItWas)
     }
 }
 
-TEST(QuorvexPresets, LoadingSetsValuesNamesAndPageAndResetsTheRest)
-{
-    PresetRig rig;
-    rig.Dir().Write("/Factory Presets/Spaces/Wide Hall.txt", File(14, "Feedback1 64\nDelayMode2 2\n"));
-    auto plug = rig.Make();
-    plug->GetParam(kLevel3)->value = -30.0;
-    plug->Fields().mFocusedParam = kLevel3;
-    ASSERT_TRUE(plug->LoadPreset("/Factory Presets/Spaces/Wide Hall.txt"));
-    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 64.0);
-    EXPECT_EQ(plug->GetParam(kDelayMode2)->value, 2.0);
-    EXPECT_EQ(plug->GetParam(kLevel3)->value, plug->GetParam(kLevel3)->defaultValue);
-    EXPECT_EQ(plug->Fields().mPresetName, "Wide Hall");
-    EXPECT_EQ(plug->Fields().mPresetFolderLabel, "F:Spaces");
-    EXPECT_EQ(plug->Fields().mLastPage, 12);
-    EXPECT_EQ(plug->Fields().mFocusedParam, -1);
-    EXPECT_FALSE(plug->PresetLoading());
-}
-
 TEST(QuorvexPresets, OldFilesAreRewrittenInThePresentFormatCurrentOnesAreNotTouched)
 {
     PresetRig rig;
-    const std::string old = File(13, "DelayMode1 3\nDelayRoute1 6\nFeedback1 50\nFX1FB 12\n");
-    const std::string current = File(14, "DelayMode1 3\nDelayRoute1 6\nFeedback1 50\n");
-    rig.Dir().Write("/User Presets/Old.txt", old);
-    rig.Dir().Write("/User Presets/Current.txt", current);
-    const auto past = std::filesystem::file_time_type::clock::now() - std::chrono::hours(5);
-    std::filesystem::last_write_time(rig.Dir().Path() + "/User Presets/Current.txt", past);
-
+    rig.Dir().Write("/User Presets/Old.txt",
+                    File(13, "DelayMode1 3\nDelayRoute1 6\nFeedback1 50\nFX1FB 12\n"));
     auto plug = rig.Make();
-    ASSERT_TRUE(plug->LoadPreset("/User Presets/Current.txt"));
-    EXPECT_EQ(rig.Read("/User Presets/Current.txt"), current);
-    EXPECT_EQ(std::filesystem::last_write_time(rig.Dir().Path() + "/User Presets/Current.txt"), past);
-    EXPECT_EQ(plug->GetParam(kFeedback1)->value, 50.0);
-
     ASSERT_TRUE(plug->LoadPreset("/User Presets/Old.txt"));
     EXPECT_NEAR(plug->GetParam(kFeedback1)->value, 35.0, 1e-5);
     const std::string rewritten = rig.Read("/User Presets/Old.txt");
@@ -82,27 +66,37 @@ TEST(QuorvexPresets, OldFilesAreRewrittenInThePresentFormatCurrentOnesAreNotTouc
     ASSERT_TRUE(plug->LoadPreset("/User Presets/Old.txt"));
     EXPECT_NEAR(plug->GetParam(kFeedback1)->value, 35.0, 1e-5);
     EXPECT_EQ(rig.Read("/User Presets/Old.txt"), rewritten);
+    // A file of the present version is not rewritten, even where the writer would lay it out anew.
+    rig.Dir().Write("/User Presets/Current.txt", File(14, "Feedback1 50\n"));
+    ASSERT_TRUE(plug->LoadPreset("/User Presets/Current.txt"));
+    EXPECT_EQ(rig.Read("/User Presets/Current.txt"), File(14, "Feedback1 50\n"));
 }
 
-// A load cuts the old sound and starts the new one from silence with the squared 100 ms fade-in.
-TEST(QuorvexPresets, TheAudioHearsALoadAsSilenceThenTheFadeIn)
+// A load cuts the old sound and starts the new one from silence with the squared 100 ms fade-in:
+// input block b after the load (from 1) is scaled by (b x 32 / 4800)^2 until that reaches 1, and
+// the dry path puts it out 64 samples plus 1 ms later. The second load comes while the first
+// preset sounds. (The samples of the block in which the ramp reaches 1 are left out.)
+TEST(QuorvexPresets, TheAudioHearsALoadAsSilenceThenTheSquaredFadeIn)
 {
     PresetRig rig;
     rig.Dir().Write("/User Presets/Dry.txt", File(14, "SlotOn1 0\nDryLevel 100\n"));
     auto plug = rig.Make();
-    ASSERT_TRUE(plug->LoadPreset("/User Presets/Dry.txt"));
-    const Stereo tone = Sine(static_cast<int>(0.6 * kRate), 440.0, 0.5);
-    const double level = Peak(Stream(*plug, tone, 64), static_cast<int>(0.4 * kRate));
-    ASSERT_GT(level, 0.2);
-
-    ASSERT_TRUE(plug->LoadPreset("/User Presets/Dry.txt"));
-    const Stereo after = Stream(*plug, tone, 64);
-    const auto peak = [&](int fromMs, int toMs) { return Peak(after, fromMs * kMs, toMs * kMs); };
-    EXPECT_LT(peak(0, 2), 0.01 * level);
-    // A quarter of the way in the gain is about 1/16.
-    EXPECT_LT(peak(20, 26), 0.12 * level);
-    EXPECT_GT(peak(50, 60), 0.15 * level);
-    EXPECT_NEAR(peak(200, 600), level, 0.02 * level);
+    const Stereo tone = Sine(static_cast<int>(0.2 * kRate), 440.0, 0.5);
+    const double step = kBlock / (0.1 * kRate);
+    for (int load = 0; load < 2; ++load)
+    {
+        ASSERT_TRUE(plug->LoadPreset("/User Presets/Dry.txt"));
+        const Stereo out = Stream(*plug, tone, 64);
+        EXPECT_EQ(Peak(out, 0, 64 + kMs), 0.0) << "load " << load;
+        for (int s = 0; s + 64 + kMs < out.Size(); ++s)
+        {
+            const int block = s / kBlock + 1;
+            if (block * step > 1.0 - 1e-9 && (block - 1) * step < 1.0 + 1e-9) continue;
+            const double ramp = std::min(1.0, block * step);
+            ASSERT_NEAR(out.l[s + 64 + kMs], tone.l[s] * ramp * ramp, 1e-9)
+                << "load " << load << ", sample " << s;
+        }
+    }
 }
 
 // Presets loaded on one thread while another processes audio: the audio thread sees silence and a

@@ -1,6 +1,6 @@
 #pragma once
 // quorvex-render run as a user runs it, from a shell with its output and errors captured, and the
-// audio files it reads and writes, through libsndfile.
+// audio files it reads and writes, through libsndfile. The DAW test reads its exports with these too.
 
 #include <sndfile.h>
 #include <sys/wait.h>
@@ -23,30 +23,34 @@ inline std::string Slurp(const fs::path& path)
     return text.str();
 }
 
+// `s` as one word for the shell.
+inline std::string Quote(const std::string& s)
+{
+    std::string q = "'";
+    for (char c : s)
+        q += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return q + "'";
+}
+
 struct ToolRun
 {
     int code = -1;
     std::string out, err;
 };
 
+#ifdef QUORVEX_RENDER_TOOL
 // Runs the tool on `args` with no input, its output and errors caught in files of `scratch`.
 inline ToolRun RunTool(const std::vector<std::string>& args, const fs::path& scratch)
 {
-    const auto quote = [](const std::string& s)
-    {
-        std::string q = "'";
-        for (char c : s)
-            q += c == '\'' ? std::string("'\\''") : std::string(1, c);
-        return q + "'";
-    };
-    std::string command = quote(QUORVEX_RENDER_TOOL);
+    std::string command = Quote(QUORVEX_RENDER_TOOL);
     for (const auto& a : args)
-        command += " " + quote(a);
-    command += " >" + quote(scratch / "stdout.txt") + " 2>" + quote(scratch / "stderr.txt") + " </dev/null";
+        command += " " + Quote(a);
+    command += " >" + Quote(scratch / "stdout.txt") + " 2>" + Quote(scratch / "stderr.txt") + " </dev/null";
     const int status = std::system(command.c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, Slurp(scratch / "stdout.txt"),
             Slurp(scratch / "stderr.txt")};
 }
+#endif
 
 struct Audio
 {

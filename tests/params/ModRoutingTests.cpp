@@ -9,6 +9,7 @@
 #include <cmath>
 #include <set>
 #include <string>
+#include <tuple>
 
 namespace
 {
@@ -41,12 +42,10 @@ TEST(ModRouting, ModulateAddsSourceTimesDepthWithinBounds)
     // Scalar in place: 0.2 + 0.5 x 0.8 = 0.6 (only sample 0 counts); without a source nothing
     // moves, not even to the bounds.
     const double src[2] = {0.8, -100.0};
-    double base = 0.2;
+    double base = 0.2, unmoved = 3.0;
     modulate(src, 0.5, &base, nullptr, 1, kLo, kHi);
-    EXPECT_DOUBLE_EQ(base, 0.6);
-    base = 3.0;
-    modulate(nullptr, 1.0, &base, nullptr, 1, kLo, kHi);
-    EXPECT_EQ(base, 3.0);
+    modulate(nullptr, 1.0, &unmoved, nullptr, 1, kLo, kHi);
+    EXPECT_EQ(std::tuple(base, unmoved), std::tuple(0.2 + 0.5 * 0.8, 3.0));
     // A block fills every entry, clamped at both ends, and leaves the base alone.
     double ramp[gBlockLen], out[gBlockLen];
     for (int i = 0; i < gBlockLen; ++i)
@@ -66,14 +65,16 @@ TEST(ModRouting, ModulateAddsSourceTimesDepthWithinBounds)
 TEST(ModRouting, EachFamilyHasItsDepthLaw)
 {
     Rig rig;
-    rig.routing.OnParamChange(kFeedbackModDepth2, -50.0);
-    rig.routing.OnParamChange(kPanningModDepth3, -50.0);
-    rig.routing.OnParamChange(kDelayTapsTimeModDepth1, 50.0);
-    rig.routing.OnParamChange(kFXParam4ModDepthPO3, 20.0);
-    EXPECT_DOUBLE_EQ(rig.routing.Route(kModFeedback, 1).Depth(), -0.125);
-    EXPECT_DOUBLE_EQ(rig.routing.Route(kModPanning, 2).Depth(), -0.5);
-    EXPECT_DOUBLE_EQ(rig.routing.Route(kModTapsTime, 0).Depth(), 0.0625);
-    EXPECT_NEAR(rig.routing.Route(kModFxParam4, 2 * 4 + 2).Depth(), 0.008, 1e-15);
+    const std::tuple<int, double, ModFamilyId, int, double> rows[] = {
+        {kFeedbackModDepth2, -50.0, kModFeedback, 1, -0.125},
+        {kPanningModDepth3, -50.0, kModPanning, 2, -0.5},
+        {kDelayTapsTimeModDepth1, 50.0, kModTapsTime, 0, 0.0625},
+        {kFXParam4ModDepthPO3, 20.0, kModFxParam4, 2 * 4 + 2, 0.008}};
+    for (const auto& [id, percent, family, member, depth] : rows)
+    {
+        rig.routing.OnParamChange(id, percent);
+        EXPECT_NEAR(rig.routing.Route(family, member).Depth(), depth, 1e-15) << id;
+    }
 }
 
 TEST(ModRouting, SourceTableAndParameterValues)
@@ -94,10 +95,11 @@ TEST(ModRouting, SourceTableAndParameterValues)
     EXPECT_DOUBLE_EQ(rig.routing.InputGainTarget(0, 1.0), 1.0); // slot 1 has nothing routed
 
     // "OFF" with depth 100 leaves the base; the depth is kept for when a source returns.
-    rig.routing.OnParamChange(kInputGainModSource2, kModSourceOff);
-    EXPECT_EQ(rig.routing.InputGainTarget(1, 1.0), 1.0);
-    rig.routing.OnParamChange(kInputGainModSource2, kModSourceGate1 + 2);
-    EXPECT_DOUBLE_EQ(rig.routing.InputGainTarget(1, 1.0), 1.75);
+    for (const auto& [source, gain] : {std::pair{int(kModSourceOff), 1.0}, {kModSourceGate1 + 2, 1.75}})
+    {
+        rig.routing.OnParamChange(kInputGainModSource2, source);
+        EXPECT_DOUBLE_EQ(rig.routing.InputGainTarget(1, 1.0), gain) << source;
+    }
 }
 
 TEST(ModRouting, BlockRateDestinationsKeepTheirLimits)
@@ -127,8 +129,8 @@ TEST(ModRouting, BlockRateDestinationsKeepTheirLimits)
     // Feedback stays in range even with nothing routed (the master scale can push the base to 2.1
     // or below 0).
     Rig bare;
-    EXPECT_EQ(bare.routing.FeedbackAmount(0, 2.1), 1.6);
-    EXPECT_EQ(bare.routing.FeedbackAmount(0, -0.5), 0.0);
+    EXPECT_EQ(std::tuple(bare.routing.FeedbackAmount(0, 2.1), bare.routing.FeedbackAmount(0, -0.5)),
+              std::tuple(1.6, 0.0));
 }
 
 TEST(ModRouting, SpreadModulationMovesBothDelayTimesApart)
@@ -138,8 +140,7 @@ TEST(ModRouting, SpreadModulationMovesBothDelayTimesApart)
     rig.Wire(kModDelaySpread, 2, kModSourceEnv1, 100.0); // 44100 x 0.025 = 1102.5 samples
     rig.bank.Buffer(kModSourceEnv1)[0] = 0.5;
     const DelayTimePair t = rig.routing.DelayTimes(2, 22050.0, 22050.0);
-    EXPECT_DOUBLE_EQ(t.left, 22050.0 + 551.25);
-    EXPECT_DOUBLE_EQ(t.right, 22050.0 - 551.25);
+    EXPECT_EQ(std::tuple(t.left, t.right), std::tuple(22050.0 + 551.25, 22050.0 - 551.25));
     EXPECT_EQ(rig.routing.DelayTimes(2, 10.0, 10.0).right, ModRouting::kShortestDelay);
     EXPECT_EQ(rig.routing.DelayTimes(1, 100.0, 200.0).right, 200.0); // another slot is untouched
 
@@ -187,14 +188,12 @@ TEST(ModRouting, FamilyPairingByCatalogueNames)
         const ModParamRef ref = FindModParam(p.sourceId);
         ASSERT_TRUE(ref.Found() && ref.isSource) << p.driven;
         const ModFamily& fam = GetModFamily(ref.family);
-        EXPECT_EQ(ParamName(fam.valueId + ref.member), p.driven);
-        EXPECT_EQ(ParamName(fam.depthId + ref.member), p.depth);
         const ModParamRef depthRef = FindModParam(fam.depthId + ref.member);
-        EXPECT_EQ(depthRef.family, ref.family);
-        EXPECT_EQ(depthRef.member, ref.member);
+        EXPECT_EQ(std::tuple(ParamName(fam.valueId + ref.member), ParamName(fam.depthId + ref.member),
+                             depthRef.family, depthRef.member),
+                  std::tuple(p.driven, p.depth, ref.family, ref.member));
     }
     // The logic modules' source inputs have a depth but drive no parameter.
-    const ModParamRef logic = FindModParam(kLogic2Source2);
-    EXPECT_EQ(logic.family, kModLogicSource2);
-    EXPECT_EQ(logic.member, 1);
+    EXPECT_EQ(std::tuple(FindModParam(kLogic2Source2).family, FindModParam(kLogic2Source2).member),
+              std::tuple(kModLogicSource2, 1));
 }

@@ -5,10 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "PresetFixtures.h"
+#include "params/ParamCatalogue.h"
 #include "params/ParamIds.h"
 
 using preset_test::Head;
@@ -16,100 +18,69 @@ using preset_test::Load;
 
 namespace
 {
+// Each row: a file of the version with the body, and the values that must come of it, both as
+// "key value" pairs.
 TEST(PresetMigration, EachRowOfTheHistoryAppliesBelowItsVersion)
 {
-    struct Expect
-    {
-        int id;
-        double value;
-    };
     const struct
     {
-        const char* what;
         int version;
-        std::string body;
-        std::vector<Expect> expected;
+        const char *body, *expected;
     } rows[] = {
-        // Below 14 TAPPED + MIX slots lose 30 % feedback, every slot (unlike old state chunks);
-        // slot 4 from its default 50.
-        {"tapped mix",
-         13,
-         "DelayMode1 3\nDelayRoute1 6\nFeedback1 50\nDelayMode2 3\nDelayRoute2 0\nFeedback2 50\n"
-         "DelayMode3 0\nDelayRoute3 6\nFeedback3 20\nDelayMode4 3\nDelayRoute4 6\n",
-         {{kFeedback1, 35}, {kFeedback2, 50}, {kFeedback3, 20}, {kFeedback4, 35}}},
-        {"tapped mix, current", 14, "DelayMode1 3\nDelayRoute1 6\nFeedback1 50\n", {{kFeedback1, 50}}},
+        // Below 14 TAPPED + MIX slots lose 30 % feedback, every slot (unlike old state chunks); slot
+        // 4 from its default 50.
+        {13,
+         "DelayMode1 3 DelayRoute1 6 Feedback1 50 DelayMode2 3 DelayRoute2 0 Feedback2 50 DelayMode3 0 "
+         "DelayRoute3 6 Feedback3 20 DelayMode4 3 DelayRoute4 6",
+         "Feedback1 35 Feedback2 50 Feedback3 20 Feedback4 35"},
+        {14, "DelayMode1 3 DelayRoute1 6 Feedback1 50", "Feedback1 50"},
         // Below 13 feedback effects above 12 move up one.
-        {"FB list",
-         12,
-         "FX1FB 13\nFX2FB 12\nFX3FB 20\nFX1PR 18\n",
-         {{kFX1FB, 14}, {kFX2FB, 12}, {kFX3FB, 21}, {kFX1PR, 18}}},
-        {"FB list, current", 13, "FX1FB 13\n", {{kFX1FB, 13}}},
+        {12, "FX1FB 13 FX2FB 12 FX3FB 20 FX1PR 18", "FX1FB 14 FX2FB 12 FX3FB 21 FX1PR 18"},
+        {13, "FX1FB 13", "FX1FB 13"},
         // Below 12 PRE and POST effects above 17 move up one; FB keys pass the row below 13 too.
-        {"PRE and POST lists",
-         11,
-         "FX1PR 18\nFX2PR 17\nFX3PO 20\nFX4PO 11\nFX1FB 13\n",
-         {{kFX1PR, 19}, {kFX2PR, 17}, {kFX3PO, 21}, {kFX4PO, 11}, {kFX1FB, 14}}},
+        {11, "FX1PR 18 FX2PR 17 FX3PO 20 FX4PO 11 FX1FB 13", "FX1PR 19 FX2PR 17 FX3PO 21 FX4PO 11 FX1FB 14"},
         // Below 9 the lists grew earlier, on the raised values: FX1PR 18 -> 19 -> 21, FX2PR 16 -> 18,
         // FX1FB 13 -> 14 -> 15, FX2FB 10 -> 11. Timebase3 keeps its index: that row is for 4.
-        {"earlier lists",
-         8,
-         "FX1PR 18\nFX2PR 16\nFX1FB 13\nFX2FB 10\nFX3PO 10\nFX4PO 11\nTimebase3 4\n",
-         {{kFX1PR, 21},
-          {kFX2PR, 18},
-          {kFX1FB, 15},
-          {kFX2FB, 11},
-          {kFX3PO, 10},
-          {kFX4PO, 13},
-          {kTimebase3, 4}}},
+        {8, "FX1PR 18 FX2PR 16 FX1FB 13 FX2FB 10 FX3PO 10 FX4PO 11 Timebase3 4",
+         "FX1PR 21 FX2PR 18 FX1FB 15 FX2FB 11 FX3PO 10 FX4PO 13 Timebase3 4"},
         // Below 6 waves above 18 move up four.
-        {"waves",
-         5,
-         "LFOWave1 19\nLFOWave2 18\nLFOWave3 22\n",
-         {{kLFOWave1, 23}, {kLFOWave2, 18}, {kLFOWave3, 26}}},
-        {"waves, current", 6, "LFOWave1 19\n", {{kLFOWave1, 19}}},
+        {5, "LFOWave1 19 LFOWave2 18 LFOWave3 22", "LFOWave1 23 LFOWave2 18 LFOWave3 26"},
+        {6, "LFOWave1 19", "LFOWave1 19"},
         // Below 5 time bases are mapped by index (delay 0 2 3 4 8 9 10, taps 0 1 2 3 4 8 9 10), but
-        // slot 3's delay time base keeps its own.
-        {"time bases",
-         4,
-         "Timebase1 1\nTimebase2 4\nTimebase3 4\nTimebase4 6\nTapTimebase1 5\nTapTimebase2 7\n"
-         "TapTimebase3 2\nLFOWave1 20\n",
-         {{kTimebase1, 2},
-          {kTimebase2, 8},
-          {kTimebase3, 4},
-          {kTimebase4, 10},
-          {kTapTimebase1, 8},
-          {kTapTimebase2, 10},
-          {kTapTimebase3, 2},
-          {kLFOWave1, 24}}},
+        // slot 3's delay time base keeps its own; a slot without the key keeps the default.
+        {4,
+         "Timebase1 1 Timebase2 4 Timebase3 4 Timebase4 6 TapTimebase1 5 TapTimebase2 7 TapTimebase3 2 "
+         "LFOWave1 20",
+         "Timebase1 2 Timebase2 8 Timebase3 4 Timebase4 10 TapTimebase1 8 TapTimebase2 10 TapTimebase3 2 "
+         "LFOWave1 24"},
+        {4, "", "Timebase1 2"},
         // Below 4 levels were linear gains: 20 log10(g), silence cut to -60.
-        {"levels",
-         3,
-         "Level1 0.5\nLevel2 2\nLevel3 1\nLevel4 0\n",
-         {{kLevel1, -6.0205999}, {kLevel2, 6.0205999}, {kLevel3, 0}, {kLevel4, -60}}},
-        {"levels, current", 4, "Level1 -6\n", {{kLevel1, -6}}},
+        {3, "Level1 0.5 Level2 2 Level3 1 Level4 0",
+         "Level1 -6.0205999 Level2 6.0205999 Level3 0 Level4 -60"},
+        {4, "Level1 -6", "Level1 -6"},
         // Below 3 frequency modulation depths shrink by 0.27820796 while the file is read.
-        {"FM depths",
-         2,
-         "LFOFreqModDepth1 50\nLFOFreqModDepth2 100\nLFOFreqModDepth4 -20\nLevel1 0.5\n",
-         {{kLFOFreqModDepth1, 13.910398},
-          {kLFOFreqModDepth2, 27.820796},
-          {kLFOFreqModDepth3, 0},
-          {kLFOFreqModDepth4, -5.5641592},
-          {kLevel1, -6.0205999}}},
-        {"FM depths, current", 3, "LFOFreqModDepth1 50\n", {{kLFOFreqModDepth1, 50}}},
+        {2, "LFOFreqModDepth1 50 LFOFreqModDepth2 100 LFOFreqModDepth4 -20 Level1 0.5",
+         "LFOFreqModDepth1 13.910398 LFOFreqModDepth2 27.820796 LFOFreqModDepth3 0 LFOFreqModDepth4 "
+         "-5.5641592 "
+         "Level1 -6.0205999"},
+        {3, "LFOFreqModDepth1 50", "LFOFreqModDepth1 50"},
     };
     for (const auto& r : rows)
     {
-        SCOPED_TRACE(r.what);
+        SCOPED_TRACE(::testing::Message() << r.version << ": " << r.body);
         FakeStateHost host;
         Load(host, Head(r.version) + r.body);
-        for (const Expect& e : r.expected)
-            EXPECT_NEAR(host.Value(e.id), e.value, 1e-5) << "id " << e.id;
+        std::istringstream expected(r.expected);
+        std::string key;
+        double value = 0.0;
+        while (expected >> key >> value)
+        {
+            const auto& keys = ParamKeys();
+            const auto id = static_cast<int>(std::find(keys.begin(), keys.end(), key) - keys.begin());
+            ASSERT_LT(id, kNumParams) << key;
+            EXPECT_NEAR(host.Value(id), value, 1e-5) << key;
+        }
     }
-    // A slot without a time base key takes the default, which is never mapped.
-    FakeStateHost host;
-    Load(host, Head(4));
-    EXPECT_EQ(host.Value(kTimebase1), host.Param(kTimebase1)->defaultValue);
 }
 
 TEST(PresetMigration, BelowEightStepModHoldsSixteenHalvesAndEveryTapEffectIsOn)

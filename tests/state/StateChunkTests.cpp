@@ -4,7 +4,9 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "FakeStateHost.h"
@@ -58,14 +60,9 @@ void Scramble(FakeStateHost& host)
 
 void FillFields(StateFields& f)
 {
-    f.mColorSet = 5;
-    f.mLastPage = 12;
-    f.mInputAttenuator = 0.37;
-    f.mPresetName = "Tape Wobble";
-    f.mPresetFolderLabel = "U:Dub";
-    f.mPresetMenuFolder = "/User Presets/Dub/";
-    f.mPresetMenuIndex = 3;
-    f.mFocusedParam = 123;
+    std::tie(f.mColorSet, f.mLastPage, f.mInputAttenuator, f.mPresetName, f.mPresetFolderLabel,
+             f.mPresetMenuFolder, f.mPresetMenuIndex, f.mFocusedParam) =
+        std::tuple(5, 12, 0.37, "Tape Wobble", "U:Dub", "/User Presets/Dub/", 3, 123);
     for (int i = 0; i < 8; ++i)
         f.mTapOnMask[i] = 0x1234 + 0x1111 * i;
     for (int s = 0; s < 4; ++s)
@@ -90,12 +87,11 @@ TEST(StateChunkRoundTrip, FieldsInOrderComeBackBitForBit)
 
     FakeStateHost target;
     EXPECT_EQ(ReadStateChunk(target, first, 0), first.Size());
-    ByteChunk second;
+    ByteChunk second, withoutFolder;
     WriteStateChunk(target, second);
     EXPECT_TRUE(first == second);
     // A menu index without its folder is written as no selection.
     source.mFields.mPresetMenuFolder = "";
-    ByteChunk withoutFolder;
     WriteStateChunk(source, withoutFolder);
     EXPECT_TRUE(withoutFolder == ChunkOf(0x10200, source));
 }
@@ -110,9 +106,8 @@ TEST(StateChunkRead, AppliesDerivedValuesAndCallsEveryIdInOrder)
         SCOPED_TRACE(dryKill);
         FakeStateHost source, target;
         source.Set(kDryLevel, 40.0);
-        source.mFields.mDryKill = dryKill;
-        source.mFields.mInputAttenuator = 0.5;
-        source.mFields.mFocusedParam = kFeedback3;
+        std::tie(source.mFields.mDryKill, source.mFields.mInputAttenuator, source.mFields.mFocusedParam) =
+            std::tuple(dryKill, 0.5, kFeedback3);
         for (int i = 0; i < 8; ++i)
             source.mFields.mTapOnMask[i] = 1 << i;
         FillFields(target.mFields);
@@ -122,18 +117,15 @@ TEST(StateChunkRead, AppliesDerivedValuesAndCallsEveryIdInOrder)
         EXPECT_NEAR(f.mDryLevel, dryKill ? 0.0 : 0.4, 1e-12);
         EXPECT_EQ(target.Value(kDryLevel), 40.0);
         EXPECT_NEAR(f.mAttenuation, std::pow(10.0, -4.0 / 20.0), 1e-12);
-        ASSERT_EQ(target.mChanges.size(), static_cast<std::size_t>(kNumParams + 1));
-        for (int id = 0; id < kNumParams; ++id)
-            ASSERT_EQ(target.mChanges[id], id);
-        EXPECT_EQ(target.mChanges.back(), kFeedback3) << "the focused parameter is refreshed last";
-        ASSERT_EQ(target.mAppliedTapMasks.size(), 8u);
-        for (int i = 0; i < 8; ++i)
-            EXPECT_EQ(target.mAppliedTapMasks[i], 1 << i);
-        EXPECT_FALSE(f.mLoadingState || f.mRestoringState);
-        EXPECT_EQ(f.mMigrationMarker, 0);
-        EXPECT_EQ(f.mPresetName + f.mPresetFolderLabel + f.mPresetMenuFolder,
-                  "Tape WobbleU:Dub/User Presets/Dub/");
-        EXPECT_EQ(f.mPresetMenuIndex, 3);
+        std::vector<int> order(kNumParams);
+        std::iota(order.begin(), order.end(), 0);
+        order.push_back(kFeedback3); // the focused parameter is refreshed last
+        EXPECT_EQ(target.mChanges, order);
+        EXPECT_EQ(target.mAppliedTapMasks, (std::vector<std::int32_t>{1, 2, 4, 8, 16, 32, 64, 128}));
+        EXPECT_FALSE(f.mLoadingState || f.mRestoringState || f.mMigrationMarker != 0);
+        EXPECT_EQ(f.mPresetName + f.mPresetFolderLabel + f.mPresetMenuFolder +
+                      std::to_string(f.mPresetMenuIndex),
+                  "Tape WobbleU:Dub/User Presets/Dub/3");
     }
 }
 
@@ -164,10 +156,9 @@ TEST(StateChunkRead, PageMemoryAndAttenuatorFollowTheirLaws)
         host.mFields.mPageMemory = 15;
         host.mFields.mInputAttenuator = 0.2;
         ReadStateChunk(host, ChunkOf(0x10200, source), 0);
-        EXPECT_EQ(host.mFields.mPageMemory, r.memory);
-        EXPECT_EQ(host.mFields.mLastPage, r.page);
-        EXPECT_EQ(host.mFields.mInputAttenuator, r.position);
-        EXPECT_EQ(InputAttenuatorDb(r.position), r.db);
+        EXPECT_EQ(std::tuple(host.mFields.mPageMemory, host.mFields.mLastPage, host.mFields.mInputAttenuator,
+                             InputAttenuatorDb(r.position)),
+                  std::tuple(r.memory, r.page, r.position, r.db));
         EXPECT_NEAR(host.mFields.mAttenuation, std::pow(10.0, r.db / 20.0), 1e-12);
     }
 }
@@ -180,39 +171,31 @@ TEST(StateChunkRead, EachVersionReadsTheFieldsItHas)
 {
     FakeStateHost source;
     source.Set(kFeedback1, 12.0);
-    source.mFields.mPresetName = "Old";
-    source.mFields.mColorSet = 7;
-    source.mFields.mLastPage = 11;
-    source.mFields.mInputAttenuator = 0.5;
+    std::tie(source.mFields.mPresetName, source.mFields.mColorSet, source.mFields.mLastPage,
+             source.mFields.mInputAttenuator) = std::tuple("Old", 7, 11, 0.5);
     for (std::int32_t version : {0x100, 0x832, 0x833, 0x10100, 0x10101, 0x1015B, 0x1015C, 0x10200, 0x10201})
     {
         SCOPED_TRACE(::testing::Message() << std::hex << version);
         FakeStateHost host;
         host.Set(kFeedback1, 77.0);
         StateFields& f = host.mFields;
-        f.mColorSet = 3;
-        f.mLastPage = 6;
-        f.mPresetName = "Kept";
-        f.mInputAttenuator = 0.1;
+        std::tie(f.mColorSet, f.mLastPage, f.mPresetName, f.mInputAttenuator) = std::tuple(3, 6, "Kept", 0.1);
         const ByteChunk chunk = ChunkOf(version, source);
         const int end = ReadStateChunk(host, chunk, 0);
         EXPECT_EQ(f.mMigrationMarker, 0);
         if (version < 0x833 || version > 0x10200)
         {
             const double old = version < 0x833 ? host.Param(kFeedback1)->defaultValue : 77.0;
-            EXPECT_EQ(host.Value(kFeedback1), old);
-            EXPECT_EQ(f.mLastPage, 6);
-            EXPECT_EQ(f.mPresetName, "Kept");
+            EXPECT_EQ(std::tuple(host.Value(kFeedback1), f.mLastPage, f.mPresetName),
+                      std::tuple(old, 6, "Kept"));
             EXPECT_EQ(host.mMessages, std::vector<int>(version > 0x10200 ? 1 : 0, kMsgStateTooNew));
             EXPECT_TRUE(version < 0x833 || host.mChanges.empty()) << "a refused chunk announces nothing";
             continue;
         }
-        EXPECT_EQ(end, chunk.Size());
-        EXPECT_EQ(host.Value(kFeedback1), 12.0);
-        EXPECT_EQ(f.mColorSet, version > 0x1015B ? 7 : 3);
-        EXPECT_EQ(f.mLastPage, 11);
-        EXPECT_EQ(f.mInputAttenuator, version >= 0x10101 ? 0.5 : 1.0);
-        EXPECT_EQ(f.mPresetName, "Old");
+        EXPECT_EQ(std::tuple(end, host.Value(kFeedback1), f.mColorSet, f.mLastPage, f.mInputAttenuator,
+                             f.mPresetName),
+                  std::tuple(chunk.Size(), 12.0, version > 0x1015B ? 7 : 3, 11,
+                             version >= 0x10101 ? 0.5 : 1.0, "Old"));
         EXPECT_TRUE(host.mMessages.empty());
     }
 }
@@ -232,12 +215,11 @@ TEST(StateChunkRead, ShortChunkKeepsLaterFieldsAndDefaultParameters)
     host.mFields.mTapOnMask[3] = 0x66;
     host.mFields.mStepFxMask[0] = 0x77;
     EXPECT_EQ(ReadStateChunk(host, chunk, 0), -1);
-    EXPECT_EQ(host.mFields.mPresetName, "Tape Wobble");
-    EXPECT_EQ(host.mFields.mFocusedParam, 123);
-    EXPECT_EQ(host.mFields.mTapOnMask[2], source.mFields.mTapOnMask[2]);
-    EXPECT_EQ(host.mFields.mTapOnMask[3], 0x66) << "the cut mask keeps what it held";
-    EXPECT_EQ(host.mFields.mStepFxMask[0], 0x77);
-    EXPECT_FALSE(host.mFields.mDryKill);
+    const StateFields& f = host.mFields;
+    // The cut mask and the later fields keep what they held.
+    EXPECT_EQ(std::tuple(f.mPresetName, f.mFocusedParam, f.mTapOnMask[2], f.mTapOnMask[3], f.mStepFxMask[0],
+                         f.mDryKill),
+              std::tuple("Tape Wobble", 123, source.mFields.mTapOnMask[2], 0x66, 0x77, false));
     for (int id = 0; id < kNumParams; ++id)
         ASSERT_EQ(host.Value(id), host.Param(id)->defaultValue) << "parameter " << id;
     EXPECT_EQ(host.mChanges.size(), static_cast<std::size_t>(kNumParams + 1));

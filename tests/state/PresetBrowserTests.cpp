@@ -34,9 +34,8 @@ std::vector<std::string> Items(const IPresetMenu& menu, int index)
     return items;
 }
 
-// Both sections, folders and files sorted regardless of case, and the step from no selection: back
-// to the last, on past it to the first (the root menu, behind its header). The wraps from a
-// selection are heard through the plug-in's own steps (PresetRow in the engine suite).
+// Both sections, folders and files sorted regardless of case; an empty or missing tree gives the two
+// headers and no step.
 TEST(PresetBrowser, MenuHoldsBothSectionsSortedRegardlessOfCase)
 {
     Tree tree{"/User Presets/beta.txt",           "/User Presets/Alpha.txt",
@@ -56,15 +55,31 @@ TEST(PresetBrowser, MenuHoldsBothSectionsSortedRegardlessOfCase)
     EXPECT_EQ(std::tuple(menu.MenuOfFolder("/User Presets/"), menu.MenuOfFolder("/Factory Presets/"),
                          menu.MenuOfFolder("/Elsewhere/")),
               std::tuple(0, 0, -1));
-    EXPECT_EQ(menu.Step(false), "/Factory Presets/Spaces/Hall");
-    EXPECT_EQ(menu.Step(true), "/User Presets/Alpha");
-    EXPECT_EQ(menu.SelectedMenuFolder() + std::to_string(menu.SelectedIndex()), "/User Presets/1");
 
     tree.menu.Rebuild(tree.dir.Path() + "/missing");
     EXPECT_EQ(Items(tree.menu, 0),
               (std::vector<std::string>{"--  User  Presets  --", "--  Factory  Presets  --"}));
     EXPECT_FALSE(tree.menu.Step(true).has_value());
     EXPECT_TRUE(tree.menu.SelectedPath().empty());
+}
+
+TEST(PresetBrowser, StepWrapsBothWaysAndStartsAtAnEndWithoutSelection)
+{
+    Tree tree{"/User Presets/a.txt", "/User Presets/B.txt", "/Factory Presets/F/c.txt"};
+    IPresetMenu& menu = tree.menu;
+    EXPECT_EQ(menu.Step(false), "/Factory Presets/F/c"); // nothing selected: backward is the last
+    EXPECT_EQ(menu.Step(true), "/User Presets/a");       // past the last: the first
+    EXPECT_EQ(menu.Step(true), "/User Presets/B");
+    EXPECT_EQ(menu.Step(false), "/User Presets/a");
+    EXPECT_EQ(menu.Step(false), "/Factory Presets/F/c"); // before the first: the last
+    EXPECT_EQ(menu.SelectedPath(), "/Factory Presets/F/c");
+    EXPECT_EQ(menu.SelectedMenuFolder(), "/Factory Presets/F/");
+    EXPECT_EQ(menu.SelectedIndex(), 0);
+
+    menu.ClearSelection();
+    EXPECT_EQ(menu.Step(true), "/User Presets/a");
+    EXPECT_EQ(menu.SelectedMenuFolder(), "/User Presets/"); // the root menu's own name
+    EXPECT_EQ(menu.SelectedIndex(), 1);                     // behind the header
 }
 
 // Hidden files and folders are never listed, nor a file whose full path reaches 260 characters.

@@ -291,6 +291,14 @@ Take Render(Instance& plug, const Take& in, int block, IParameterChanges* first 
 
 using PlainValues = std::initializer_list<std::pair<ParamID, double>>;
 
+// Normalised points {id, offset, value}, as a host queues automation.
+inline void AddPoints(ParameterChanges& changes,
+                      std::initializer_list<std::tuple<ParamID, int32, double>> points)
+{
+    for (const auto& [id, at, value] : points)
+        changes.Add(id, at, value);
+}
+
 // Plain values (in the parameters' units) as one point each at offset 0.
 inline void AddPlain(Instance& plug, ParameterChanges& changes, PlainValues values)
 {

@@ -326,21 +326,8 @@ TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
 }
 
 // The last value of each queue a plug-in wrote into a host's output changes, by id.
-std::map<ParamID, ParamValue> Written(ParameterChanges& out)
-{
-    std::map<ParamID, ParamValue> values;
-    for (int32 i = 0; i < out.getParameterCount(); ++i)
-    {
-        IParamValueQueue* queue = out.getParameterData(i);
-        int32 offset = 0;
-        ParamValue value = 0.0;
-        if (queue && queue->getPoint(queue->getPointCount() - 1, offset, value) == kResultTrue)
-            values[queue->getParameterId()] = value;
-    }
-    return values;
-}
-
-// One call of silence carrying `in`, with an output queue as a host that reads it gives, or none.
+// One call of silence carrying `in`, with an output queue as a host that reads it gives, or none;
+// the last value of each queue the plug-in wrote into it, by id.
 std::map<ParamID, ParamValue> ProcessTelling(Instance& plug, ParameterChanges& in, bool hostReads = true)
 {
     AudioRig<double> rig(256, {2, 2}, {2});
@@ -349,7 +336,15 @@ std::map<ParamID, ParamValue> ProcessTelling(Instance& plug, ParameterChanges& i
     rig.data.inputParameterChanges = &in;
     rig.data.outputParameterChanges = hostReads ? &out : nullptr;
     EXPECT_EQ(plug.processor->process(rig.data), kResultOk);
-    return Written(out);
+    std::map<ParamID, ParamValue> values;
+    for (int32 i = 0, offset = 0; i < out.getParameterCount(); ++i)
+    {
+        IParamValueQueue* queue = out.getParameterData(i);
+        ParamValue value = 0.0;
+        if (queue && queue->getPoint(queue->getPointCount() - 1, offset, value) == kResultTrue)
+            values[queue->getParameterId()] = value;
+    }
+    return values;
 }
 std::map<ParamID, ParamValue> ProcessTelling(Instance& plug, PlainValues values)
 {

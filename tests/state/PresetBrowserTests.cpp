@@ -121,47 +121,43 @@ TEST(PresetBrowser, SelectionChecksExactlyOneFileAndSurvivesARebuild)
     EXPECT_EQ(menu.SelectedPath() + std::to_string(menu.SelectedIndex()), "/User Presets/a2");
 }
 
+// Each row: the path chosen (below /p/Presets unless it starts elsewhere), whether the write works,
+// the answer, the path written and the path relative to the presets folder afterwards.
 TEST(PresetSaving, ChosenPathsAreCheckedBeforeAndAfterWriting)
 {
-    const PresetFolders folders = PresetFolders::FromBase("/p/Presets");
-    const struct
-    {
-        std::string chosen;
-        bool writes;
-        PresetSaveResult result;
-        std::string written;
-        std::string relative;
-    } cases[] = {
-        {"/p/Presets/User Presets/Mine/Dub.txt", true, PresetSaveResult::kSaved,
-         "/p/Presets/User Presets/Mine/Dub.txt", "/User Presets/Mine/Dub.txt"},
-        {"/p/Presets/User Presets/Dub", true, PresetSaveResult::kSaved, "/p/Presets/User Presets/Dub.txt",
-         "/User Presets/Dub.txt"},
-        {"/p/Presets/user presets/Dub.txt", true, PresetSaveResult::kSaved, "/p/Presets/user presets/Dub.txt",
-         "/user presets/Dub.txt"},
-        {"/p/Presets/Factory Presets/Basics/Dub.txt", true, PresetSaveResult::kFactoryTree, "", ""},
-        {"/p/Presets/FACTORY PRESETS/Dub.txt", true, PresetSaveResult::kFactoryTree, "", ""},
-        {"/p/Presets/User Presets/Dub.txt", false, PresetSaveResult::kWriteFailed,
-         "/p/Presets/User Presets/Dub.txt", ""},
-        {"/home/me/Dub.txt", true, PresetSaveResult::kOutsideUserTree, "/home/me/Dub.txt", ""},
-        {"/p/Presets/User Presets/.txt", true, PresetSaveResult::kNoName, "", ""},
-        {"/p/Presets/User Presets/   ", true, PresetSaveResult::kNoName, "", ""},
-        {"", true, PresetSaveResult::kNoName, "", ""},
+    using R = PresetSaveResult;
+    const std::string base = "/p/Presets";
+    const std::tuple<std::string, bool, R, std::string, std::string> cases[] = {
+        {"/User Presets/Mine/Dub.txt", true, R::kSaved, "/User Presets/Mine/Dub.txt",
+         "/User Presets/Mine/Dub.txt"},
+        {"/User Presets/Dub", true, R::kSaved, "/User Presets/Dub.txt", "/User Presets/Dub.txt"},
+        {"/user presets/Dub.txt", true, R::kSaved, "/user presets/Dub.txt", "/user presets/Dub.txt"},
+        {"/Factory Presets/Basics/Dub.txt", true, R::kFactoryTree, "", ""},
+        {"/FACTORY PRESETS/Dub.txt", true, R::kFactoryTree, "", ""},
+        {"/User Presets/Dub.txt", false, R::kWriteFailed, "/User Presets/Dub.txt", ""},
+        {"!/home/me/Dub.txt", true, R::kOutsideUserTree, "!/home/me/Dub.txt", ""},
+        {"/User Presets/.txt", true, R::kNoName, "", ""},
+        {"/User Presets/   ", true, R::kNoName, "", ""},
+        {"!", true, R::kNoName, "", ""},
     };
-    for (const auto& c : cases)
+    const auto full = [&](const std::string& path) {
+        return path.empty() ? path : path[0] == '!' ? path.substr(1) : base + path;
+    };
+    for (const auto& [chosen, writes, answer, written, relative] : cases)
     {
-        std::string written;
+        std::string wrote;
         PresetSaveTarget target;
-        const PresetSaveResult result = SavePresetFile(
-            folders, c.chosen,
-            [&](const std::string& path)
+        const R result = SavePresetFile(
+            PresetFolders::FromBase(base), full(chosen),
+            [&, writes = writes](const std::string& path)
             {
-                written = path;
-                return c.writes;
+                wrote = path;
+                return writes;
             },
             target);
-        EXPECT_EQ(std::tuple(result, written, result == PresetSaveResult::kSaved ? target.relativePath : ""),
-                  std::tuple(c.result, c.written, c.relative))
-            << c.chosen;
+        EXPECT_EQ(std::tuple(result, wrote, result == R::kSaved ? target.relativePath : ""),
+                  std::tuple(answer, full(written), relative))
+            << chosen;
     }
 }
 

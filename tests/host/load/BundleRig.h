@@ -34,28 +34,13 @@ constexpr ParamID kBypassId = 0x62706173; // "bpas"
 constexpr ParamID kPresetId = 0x70727374; // "prst"
 constexpr int kNumParams = 1095;
 // Parameters used by name, by id as the catalogue fixes them.
-constexpr ParamID kSlotOn1 = 0;
-constexpr ParamID kDirectIn1 = 16;
-constexpr ParamID kFeedback1 = 68;
-constexpr ParamID kFxPost1 = 112;
-constexpr ParamID kFxOnPost1 = 304;
-constexpr ParamID kDelayMode1 = 308;
-constexpr ParamID kDelayTaps1 = 316;
-constexpr ParamID kTimebase1 = 328;
-constexpr ParamID kDelayTimeL1 = 344;
-constexpr ParamID kDelayTimeR1 = 356;
-constexpr ParamID kDelayLopass1 = 776;
-constexpr ParamID kLfoRate1 = 864;
-constexpr ParamID kMasterFx = 1052;
-constexpr ParamID kMasterFxP1 = 1054;
-constexpr ParamID kMasterFxP2 = 1055;
-constexpr ParamID kMasterFxLevel = 1062;
-constexpr ParamID kLimiterOn = 1063;
-constexpr ParamID kDryLevel = 1066;
-// Master effect types by their place in the list.
-constexpr double kQuorvexHall = 1.0;
-constexpr double kReverb = 2.0;
-constexpr double kFast = 3.0; // the fastest limiter
+constexpr ParamID kSlotOn1 = 0, kDirectIn1 = 16, kFeedback1 = 68, kFxPost1 = 112, kFxOnPost1 = 304,
+                  kDelayMode1 = 308, kDelayTaps1 = 316, kTimebase1 = 328, kDelayTimeL1 = 344,
+                  kDelayTimeR1 = 356, kDelayLopass1 = 776, kLfoRate1 = 864, kMasterFx = 1052,
+                  kMasterFxP1 = 1054, kMasterFxP2 = 1055, kMasterFxLevel = 1062, kLimiterOn = 1063,
+                  kDryLevel = 1066;
+// Master effect types by their place in the list, and the fastest limiter.
+constexpr double kQuorvexHall = 1.0, kReverb = 2.0, kFast = 3.0;
 
 inline std::u16string Text(const char16* s)
 {

@@ -25,23 +25,17 @@ enum ProbeParam
     kNumProbeParams
 };
 
-IPlugConfig ProbeConfig()
-{
-    IPlugConfig config;
-    config.nParams = kNumProbeParams;
-    config.channelIOStr = "2-2 3-2 4-2";
-    config.nPresets = 1;
-    config.latency = 44;
-    config.plugDoesChunks = true;
-    config.plugScChans = 2;
-    return config;
-}
-
 // Records what the binding hands to the engine side.
 class ProbePlug : public IPlugVST3
 {
   public:
-    ProbePlug() : IPlugVST3(ProbeConfig())
+    ProbePlug()
+        : IPlugVST3({.nParams = kNumProbeParams,
+                     .channelIOStr = "2-2 3-2 4-2",
+                     .nPresets = 1,
+                     .latency = 44,
+                     .plugDoesChunks = true,
+                     .plugScChans = 2})
     {
         GetParam(kGain)->InitDouble("Gain", 50.0, 0.0, 100.0, 0.1, "%");
         GetParam(kAmount)->InitDouble("Amount", 0.25, 0.0, 1.0, 0.01);
@@ -96,9 +90,8 @@ class PlugVST3Test : public ::testing::Test
     {
         ASSERT_EQ(mPlug->initialize(&mHost), kResultOk);
         mPlug->setComponentHandler(&mHandler);
-        for (int b = 0; b < 2; ++b)
-            mPlug->activateBus(kAudio, kInput, b, true);
-        mPlug->activateBus(kAudio, kOutput, 0, true);
+        for (const auto& [dir, bus] : {std::pair{kInput, 0}, {kInput, 1}, {kOutput, 0}})
+            mPlug->activateBus(kAudio, dir, bus, true);
         ProcessSetup setup{kRealtime, kSample64, 512, 48000.0};
         ASSERT_EQ(mPlug->setupProcessing(setup), kResultOk);
         mPlug->setActive(true);

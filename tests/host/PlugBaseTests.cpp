@@ -15,14 +15,6 @@
 
 namespace
 {
-IPlugConfig Config(int nParams = 4)
-{
-    IPlugConfig config;
-    config.nParams = nParams;
-    config.channelIOStr = "2-2";
-    return config;
-}
-
 // A plug-in on the bare base that records what the base asks of it.
 class TestPlug : public IPlugBase
 {
@@ -55,7 +47,7 @@ class TestPlug : public IPlugBase
 
 TEST(PlugBase, GuiChangeSetsTheRecordThenTellsTheHostThenTheEngine)
 {
-    TestPlug plug(Config());
+    TestPlug plug({.nParams = 4, .channelIOStr = "2-2"});
     plug.GetParam(1)->InitInt("Steps", 0, 0, 10);
     plug.SetParameterFromGUI(1, 0.44);
     plug.SetParameterFromGUI(7, 0.5); // no such parameter: nobody hears of it
@@ -69,7 +61,7 @@ TEST(PlugBase, GuiChangeSetsTheRecordThenTellsTheHostThenTheEngine)
 // nothing is left to read.
 TEST(PlugBase, ChunkValuesAreCutToRangeAndMissingOnesAreZero)
 {
-    TestPlug plug(Config(5));
+    TestPlug plug({.nParams = 5, .channelIOStr = "2-2"});
     // {min, max, stored, read}: a value below, inside, NaN, above (nothing in range is 0), missing.
     const double rows[5][4] = {{0, 100, 30, 30},
                                {-50, 50, -70, -50},

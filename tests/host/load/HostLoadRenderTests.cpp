@@ -237,10 +237,9 @@ TEST(HostLoad, OfflineEffectTypeChangesTakeEffectWhereTheyArrive)
     const Take plain = render(false);
     const Take first = render(true);
     EXPECT_TRUE(Same(render(true), first));
-    std::size_t departs = 0;
-    while (departs < plain.Size() && plain.l[departs] == first.l[departs] &&
-           plain.r[departs] == first.r[departs])
-        ++departs;
+    const auto departs = static_cast<std::size_t>(
+        std::min(std::mismatch(plain.l.begin(), plain.l.end(), first.l.begin()).first - plain.l.begin(),
+                 std::mismatch(plain.r.begin(), plain.r.end(), first.r.begin()).first - plain.r.begin()));
     const std::size_t arrives = 20 * kBlock;
     EXPECT_GE(departs, arrives);
     EXPECT_LT(departs, arrives + kBlock + 200) << "the first change was heard late";

@@ -48,20 +48,17 @@ TEST(StringField, IsALengthWordAndTheBytesWithoutTerminator)
     ByteChunk longer;
     longer.Put(std::int32_t{10});
     longer.PutBytes("abc", 3);
-    const struct
-    {
-        const ByteChunk* chunk;
-        int at, next;
-        const char* read;
-    } rows[] = {{&chunk, 0, 8, "Echo"},   {&chunk, 8, 12, "kept"},  {&chunk, 12, 14, "kept"},
-                {&chunk, 16, -1, "kept"}, {&chunk, 18, -1, "kept"}, {&chunk, -1, -1, "kept"},
-                {&longer, 0, 14, "kept"}};
+    // {chunk, read from, next position, text read}
+    const std::tuple<const ByteChunk*, int, int, const char*> rows[] = {
+        {&chunk, 0, 8, "Echo"},   {&chunk, 8, 12, "kept"},  {&chunk, 12, 14, "kept"},
+        {&chunk, 16, -1, "kept"}, {&chunk, 18, -1, "kept"}, {&chunk, -1, -1, "kept"},
+        {&longer, 0, 14, "kept"}};
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(chunk.Data()) + 4, 4), "Echo");
-    for (const auto& r : rows)
+    for (const auto& [from, at, next, read] : rows)
     {
         std::string target = "kept";
-        EXPECT_EQ(GetStr(*r.chunk, target, r.at), r.next) << "from " << r.at;
-        EXPECT_EQ(target, r.read) << "from " << r.at;
+        EXPECT_EQ(GetStr(*from, target, at), next) << "from " << at;
+        EXPECT_EQ(target, read) << "from " << at;
     }
 }
 } // namespace

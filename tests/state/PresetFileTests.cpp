@@ -194,12 +194,8 @@ TEST(PresetFile, EveryCutOfAFileLoadsWhatItHoldsAndNothingElse)
 
 TEST(PresetNames, NameAndFolderLabelFollowTheirCuttingRules)
 {
-    const struct
-    {
-        std::string path;
-        std::string name;
-        std::string label;
-    } cases[] = {
+    // {path, name, folder label}
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"/Factory Presets/Ambient/Long Tail.txt", "Long Tail", "F:Ambient"},
         {"/User Presets/Long Tail.txt", "Long Tail", "U:"},
         {"/Factory Presets/Long Tail.txt", "Long Tail", "U:"}, // directly in the factory tree
@@ -211,10 +207,7 @@ TEST(PresetNames, NameAndFolderLabelFollowTheirCuttingRules)
         {"/User Presets/" + std::string(35, 'f') + "/x.txt", "x", "U:" + std::string(30, 'f')},
         {"/User Presets/NoExtension", "NoExtension", "U:"},
     };
-    for (const auto& c : cases)
-    {
-        EXPECT_EQ(PresetNameOf(c.path), c.name) << c.path;
-        EXPECT_EQ(PresetFolderLabelOf(c.path), c.label) << c.path;
-    }
+    for (const auto& [path, name, label] : cases)
+        EXPECT_EQ(PresetNameOf(path) + "|" + PresetFolderLabelOf(path), name + "|" + label) << path;
 }
 } // namespace

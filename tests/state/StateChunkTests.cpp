@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -134,32 +135,26 @@ TEST(StateChunkRead, AppliesDerivedValuesAndCallsEveryIdInOrder)
 // exponential curve from -12 dB at the bottom to 0 dB at the top, cut towards 0 dB.
 TEST(StateChunkRead, PageMemoryAndAttenuatorFollowTheirLaws)
 {
-    const struct
+    // {page, remembered page, attenuator stored, position read, its whole dB}
+    const std::tuple<std::int32_t, int, double, double, int> rows[] = {
+        {0, 2, std::numeric_limits<double>::quiet_NaN(), 1.0, 0},
+        {9, 2, -0.25, 0.0, -12},
+        {10, 10, 0.0, 0.0, -12},
+        {13, 13, 0.5, 0.5, -4},
+        {17, 17, 0.25, 0.25, -7},
+        {12, 12, 0.999, 0.999, -1},
+        {11, 11, 1.5, 1.0, 0}};
+    for (const auto& [page, memory, stored, position, db] : rows)
     {
-        std::int32_t page;
-        int memory;
-        double stored, position;
-        int db;
-    } rows[] = {{0, 2, std::numeric_limits<double>::quiet_NaN(), 1.0, 0},
-                {9, 2, -0.25, 0.0, -12},
-                {10, 10, 0.0, 0.0, -12},
-                {13, 13, 0.5, 0.5, -4},
-                {17, 17, 0.25, 0.25, -7},
-                {12, 12, 0.999, 0.999, -1},
-                {11, 11, 1.5, 1.0, 0}};
-    for (const auto& r : rows)
-    {
-        SCOPED_TRACE(::testing::Message() << "page " << r.page << ", attenuator " << r.stored);
+        SCOPED_TRACE(::testing::Message() << "page " << page << ", attenuator " << stored);
         FakeStateHost source, host;
-        source.mFields.mLastPage = r.page;
-        source.mFields.mInputAttenuator = r.stored;
-        host.mFields.mPageMemory = 15;
-        host.mFields.mInputAttenuator = 0.2;
+        std::tie(source.mFields.mLastPage, source.mFields.mInputAttenuator) = std::tuple(page, stored);
+        std::tie(host.mFields.mPageMemory, host.mFields.mInputAttenuator) = std::tuple(15, 0.2);
         ReadStateChunk(host, ChunkOf(0x10200, source), 0);
         EXPECT_EQ(std::tuple(host.mFields.mPageMemory, host.mFields.mLastPage, host.mFields.mInputAttenuator,
-                             InputAttenuatorDb(r.position)),
-                  std::tuple(r.memory, r.page, r.position, r.db));
-        EXPECT_NEAR(host.mFields.mAttenuation, std::pow(10.0, r.db / 20.0), 1e-12);
+                             InputAttenuatorDb(position)),
+                  std::tuple(memory, page, position, db));
+        EXPECT_NEAR(host.mFields.mAttenuation, std::pow(10.0, db / 20.0), 1e-12);
     }
 }
 
@@ -232,23 +227,18 @@ TEST(StateChunkMigration, EffectIndicesShiftWhereTheListsGrew)
     const double top = FakeStateHost().Param(kFX1FB)->max;
     const int ids[] = {kFX2FB, kFX3FB, kFX1PR, kFX3PR, kFX4PO, kFX2PO, kFX1FB};
     const std::vector<double> stored = {13, 12, 18, 17, 20, 3, top};
-    const struct
-    {
-        std::int32_t version;
-        std::vector<double> read;
-    } rows[] = {{0x10150, {14, 12, 19, 17, 21, 3, top}},
-                {0x10160, {14, 12, 18, 17, 20, 3, top}},
-                {0x10161, stored},
-                {0x10200, stored}};
-    for (const auto& r : rows)
+    const std::pair<std::int32_t, std::vector<double>> rows[] = {{0x10150, {14, 12, 19, 17, 21, 3, top}},
+                                                                 {0x10160, {14, 12, 18, 17, 20, 3, top}},
+                                                                 {0x10161, stored},
+                                                                 {0x10200, stored}};
+    for (const auto& [version, read] : rows)
     {
         FakeStateHost source, host;
         for (std::size_t k = 0; k < stored.size(); ++k)
             source.Set(ids[k], stored[k]);
-        ReadStateChunk(host, ChunkOf(r.version, source), 0);
+        ReadStateChunk(host, ChunkOf(version, source), 0);
         for (std::size_t k = 0; k < stored.size(); ++k)
-            EXPECT_EQ(host.Value(ids[k]), r.read[k])
-                << std::hex << r.version << std::dec << ", id " << ids[k];
+            EXPECT_EQ(host.Value(ids[k]), read[k]) << std::hex << version << std::dec << ", id " << ids[k];
     }
 }
 
@@ -257,28 +247,27 @@ TEST(StateChunkMigration, EffectIndicesShiftWhereTheListsGrew)
 TEST(StateChunkMigration, TappedMixLosesThirtyPercentFeedbackInTheFirstSuchSlotOnly)
 {
     constexpr double kTapped = 3.0, kMix = 6.0, kDual = 0.0;
-    const struct
-    {
-        std::int32_t version;
-        double mode[3], route[3], read[3];
-    } rows[] = {{0x10150, {kTapped, kTapped, 0}, {kMix, kMix, kMix}, {35, 50, 50}},
-                {0x10150, {kTapped, kTapped, kTapped}, {kDual, kMix, kDual}, {50, 35, 50}},
-                {0x10200, {kTapped, kTapped, 0}, {kMix, kMix, kMix}, {50, 50, 50}}};
-    for (const auto& r : rows)
+    using Three = std::array<double, 3>;
+    // {version, the three slots' modes, routes, and feedback read}
+    const std::tuple<std::int32_t, Three, Three, Three> rows[] = {
+        {0x10150, {kTapped, kTapped, 0}, {kMix, kMix, kMix}, {35, 50, 50}},
+        {0x10150, {kTapped, kTapped, kTapped}, {kDual, kMix, kDual}, {50, 35, 50}},
+        {0x10200, {kTapped, kTapped, 0}, {kMix, kMix, kMix}, {50, 50, 50}}};
+    for (const auto& [version, mode, route, read] : rows)
     {
         FakeStateHost source, host;
         for (int s = 0; s < 3; ++s)
-            source.Set(
-                {{kDelayMode1 + s, r.mode[s]}, {kDelayRoute1 + s, r.route[s]}, {kFeedback1 + s, 50.0}});
-        ReadStateChunk(host, ChunkOf(r.version, source), 0);
+            source.Set({{kDelayMode1 + s, mode[s]}, {kDelayRoute1 + s, route[s]}, {kFeedback1 + s, 50.0}});
+        ReadStateChunk(host, ChunkOf(version, source), 0);
         for (int s = 0; s < 3; ++s)
         {
-            SCOPED_TRACE(::testing::Message() << std::hex << r.version << std::dec << ", slot " << s + 1);
-            EXPECT_NEAR(host.Value(kFeedback1 + s), r.read[s], 1e-12);
+            SCOPED_TRACE(::testing::Message() << std::hex << version << std::dec << ", slot " << s + 1);
+            EXPECT_NEAR(host.Value(kFeedback1 + s), read[s], 1e-12);
             const auto told = std::count(host.mChanges.begin(), host.mChanges.end(), kFeedback1 + s);
-            EXPECT_EQ(told, r.read[s] == 35 ? 2 : 1);
-            const auto route = std::find(host.mChanges.begin(), host.mChanges.end(), kDelayRoute1 + s);
-            EXPECT_TRUE(told == 1 || *(route - 1) == kFeedback1 + s) << "announced from within the route's";
+            EXPECT_EQ(told, read[s] == 35 ? 2 : 1);
+            const auto routeTold = std::find(host.mChanges.begin(), host.mChanges.end(), kDelayRoute1 + s);
+            EXPECT_TRUE(told == 1 || *(routeTold - 1) == kFeedback1 + s)
+                << "announced from within the route's";
         }
         EXPECT_EQ(host.mFields.mMigrationMarker, 0);
     }

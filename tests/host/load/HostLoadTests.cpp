@@ -196,16 +196,8 @@ TEST(HostLoad, ParametersUnitsAndProgramsAsTheHostScansThem)
                 c->getParameterInfo(-1, none) != kResultTrue);
 
     // A sample of the list as the host shows it (parameter n sits at index n + 2).
-    const struct
-    {
-        int32 index;
-        const char16_t* title;
-        const char16_t* units;
-        int32 steps;
-        double normalizedDefault;
-        int32 flags;
-        UnitID unit;
-    } rows[] = {
+    // {index, title, units, steps, normalised default, flags, unit}
+    const std::tuple<int32, const char16_t*, const char16_t*, int32, double, int32, UnitID> rows[] = {
         {0, u"Preset", u"", 1, 0.0, ParameterInfo::kIsProgramChange, kRootUnitId},
         {1, u"Bypass", u"", 1, 0.0,
          ParameterInfo::kCanAutomate | ParameterInfo::kIsBypass | ParameterInfo::kIsList, kRootUnitId},
@@ -215,13 +207,13 @@ TEST(HostLoad, ParametersUnitsAndProgramsAsTheHostScansThem)
         {2 + kLfoRate1, u"LFO Rate 1", u"Hz", 0, std::pow((0.5 - 0.001) / (500.0 - 0.001), 0.25),
          ParameterInfo::kCanAutomate, 1},
     };
-    for (const auto& row : rows)
+    for (const auto& [index, title, units, steps, normalizedDefault, flags, unit] : rows)
     {
         ParameterInfo info{};
-        ASSERT_EQ(c->getParameterInfo(row.index, info), kResultTrue);
+        ASSERT_EQ(c->getParameterInfo(index, info), kResultTrue);
         EXPECT_EQ(std::tuple(Text(info.title), Text(info.units), info.stepCount, info.flags, info.unitId),
-                  std::tuple(row.title, row.units, row.steps, row.flags, row.unit));
-        EXPECT_NEAR(info.defaultNormalizedValue, row.normalizedDefault, 1e-12) << info.id;
+                  std::tuple(title, units, steps, flags, unit));
+        EXPECT_NEAR(info.defaultNormalizedValue, normalizedDefault, 1e-12) << info.id;
     }
 
     IUnitInfo* u = plug.units;
@@ -249,13 +241,7 @@ TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
     // Typed texts: numbers in their unit; for lists, only their entries' texts. Each row gives the
     // plain value the text stands for (NaN: the text is refused) and the text that value shows. A
     // blank entry of a list (FX1 FB, 108, past COMPRESSOR) can't be typed and shows its number.
-    const struct
-    {
-        ParamID id;
-        const char16_t* typed;
-        double plain;
-        const char16_t* shown;
-    } rows[] = {
+    const std::tuple<ParamID, const char16_t*, double, const char16_t*> rows[] = {
         {kFeedback1, u"80.0", 80.0, u"80.0"},
         {kFeedback1, u"loud", kQuietNaN, nullptr},
         {kDelayLopass1, u"3000", 3000.0, nullptr},
@@ -273,21 +259,16 @@ TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
         {108, u"", 14.0, u"14"},
     };
     String128 text{};
-    for (const auto& row : rows)
+    for (const auto& [id, typed, plain, shown] : rows)
     {
-        const std::u16string entry = row.typed;
-        SCOPED_TRACE(::testing::Message() << row.id << " " << std::string(entry.begin(), entry.end()));
-        const ParamValue n =
-            entry.empty() ? c->plainParamToNormalized(row.id, row.plain) : plug.FromText(row.id, entry);
-        if (std::isnan(row.plain))
-        {
-            EXPECT_EQ(n, -1.0) << "taken";
-            continue;
-        }
-        ASSERT_GE(n, 0.0) << "refused";
-        EXPECT_NEAR(c->normalizedParamToPlain(row.id, n), row.plain, 1e-6);
-        ASSERT_EQ(c->getParamStringByValue(row.id, n, text), kResultTrue);
-        EXPECT_EQ(Text(text), row.shown ? row.shown : Text(text));
+        const std::u16string entry = typed;
+        SCOPED_TRACE(::testing::Message() << id << " " << std::string(entry.begin(), entry.end()));
+        const ParamValue n = entry.empty() ? c->plainParamToNormalized(id, plain) : plug.FromText(id, entry);
+        EXPECT_EQ(n < 0.0, std::isnan(plain)) << "taken or refused";
+        if (n < 0.0 || std::isnan(plain)) continue;
+        EXPECT_NEAR(c->normalizedParamToPlain(id, n), plain, 1e-6);
+        ASSERT_EQ(c->getParamStringByValue(id, n, text), kResultTrue);
+        EXPECT_EQ(Text(text), shown ? shown : Text(text));
     }
     EXPECT_NE(c->getParamStringByValue(kNumParams, 0.5, text), kResultTrue);
     // A value between a list's entries shows the entry it selects: 0.6 of 0..3 is 2.

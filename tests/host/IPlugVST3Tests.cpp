@@ -74,13 +74,10 @@ class ProbePlug : public IPlugVST3
     }
 
     std::vector<double> mSeen[4];
-    bool mConnected[4] = {};
     std::vector<int> mChanged;
-    int mProcessCalls = 0;
-    int mLatencyFromProcess = -1;
+    int mProcessCalls = 0, mLatencyFromProcess = -1;
     TransportInfo mTimeSeen;
-    bool mThrowOnActivate = false;
-    bool mThrowOnState = false;
+    bool mConnected[4] = {}, mThrowOnActivate = false, mThrowOnState = false;
 };
 
 class PlugVST3Test : public ::testing::Test

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "PresetFixtures.h"
@@ -22,11 +23,7 @@ namespace
 // "key value" pairs.
 TEST(PresetMigration, EachRowOfTheHistoryAppliesBelowItsVersion)
 {
-    const struct
-    {
-        int version;
-        const char *body, *expected;
-    } rows[] = {
+    const std::tuple<int, const char*, const char*> rows[] = {
         // Below 14 TAPPED + MIX slots lose 30 % feedback, every slot (unlike old state chunks); slot
         // 4 from its default 50.
         {13,
@@ -65,17 +62,17 @@ TEST(PresetMigration, EachRowOfTheHistoryAppliesBelowItsVersion)
          "Level1 -6.0205999"},
         {3, "LFOFreqModDepth1 50", "LFOFreqModDepth1 50"},
     };
-    for (const auto& r : rows)
+    const auto& keys = ParamKeys();
+    for (const auto& [version, body, after] : rows)
     {
-        SCOPED_TRACE(::testing::Message() << r.version << ": " << r.body);
+        SCOPED_TRACE(::testing::Message() << version << ": " << body);
         FakeStateHost host;
-        Load(host, Head(r.version) + r.body);
-        std::istringstream expected(r.expected);
+        Load(host, Head(version) + body);
+        std::istringstream expected(after);
         std::string key;
         double value = 0.0;
         while (expected >> key >> value)
         {
-            const auto& keys = ParamKeys();
             const auto id = static_cast<int>(std::find(keys.begin(), keys.end(), key) - keys.begin());
             ASSERT_LT(id, kNumParams) << key;
             EXPECT_NEAR(host.Value(id), value, 1e-5) << key;

@@ -254,19 +254,21 @@ TEST(HostLoad, StatesLoadedWhileAudioRunsLeaveTheLastInForce)
     constexpr double kRate = 44100.0;
     constexpr int kBlock = 256;
     Instance plug;
-    const auto stateWith = [&](std::vector<std::pair<ParamID, double>> values)
+    const auto stateWith = [&](double feedback, double left, double right, double hallLevel)
     {
         auto state = plug.ComponentState();
-        values.insert(values.end(),
-                      {{kDirectIn1, 50.0}, {kLimiterOn, kFast}, {kTimebase1, 0.0}, {kMasterFx, kReverb}});
-        for (const auto& [id, plain] : values)
+        for (const auto& [id, plain] : PlainValues{{kFeedback1, feedback},
+                                                   {kDelayTimeL1, left},
+                                                   {kDelayTimeR1, right},
+                                                   {kMasterFxLevel, hallLevel},
+                                                   {kDirectIn1, 50.0},
+                                                   {kLimiterOn, kFast},
+                                                   {kTimebase1, 0.0},
+                                                   {kMasterFx, kReverb}})
             PutValue(state, id, plain);
         return state;
     };
-    const auto a = stateWith(
-        {{kFeedback1, 120.0}, {kDelayTimeL1, 7.0}, {kDelayTimeR1, 3000.0}, {kMasterFxLevel, 150.0}});
-    const auto b =
-        stateWith({{kFeedback1, 40.0}, {kDelayTimeL1, 250.0}, {kDelayTimeR1, 375.0}, {kMasterFxLevel, 80.0}});
+    const auto a = stateWith(120.0, 7.0, 3000.0, 150.0), b = stateWith(40.0, 250.0, 375.0, 80.0);
     plug.Start(kRate, kBlock, kSample64);
     std::atomic<bool> automate{true}, done{false};
     std::atomic<long> badAt{-1}, quietBlocks{0};

@@ -37,11 +37,8 @@ ByteChunk ChunkOf(std::int32_t version, FakeStateHost& host)
         chunk.Put(m);
     for (std::int32_t m : f.mStepFxMask)
         chunk.Put(m);
-    for (int s = 0; s < 4; ++s)
-    {
-        chunk.Put(static_cast<std::int32_t>(f.mStepModMask[0][s]));
-        chunk.Put(static_cast<std::int32_t>(f.mStepModMask[1][s]));
-    }
+    for (int k = 0; k < 8; ++k) // a slot's two rows side by side
+        chunk.Put(static_cast<std::int32_t>(f.mStepModMask[k % 2][k / 2]));
     chunk.Put(static_cast<std::uint8_t>(f.mDryKill ? 1 : 0));
     for (int id = 0; id < kNumParams; ++id)
         chunk.Put(host.Value(id));
@@ -52,11 +49,8 @@ ByteChunk ChunkOf(std::int32_t version, FakeStateHost& host)
 void Scramble(FakeStateHost& host)
 {
     for (int id = 0; id < kNumParams; ++id)
-    {
-        IParamRecord* p = host.Param(id);
-        const double frac = ((id * 37) % 101 + 0.5) / 101.5;
-        p->value = p->min + (p->max - p->min) * frac;
-    }
+        host.Set(id, host.Param(id)->min +
+                         (host.Param(id)->max - host.Param(id)->min) * ((id * 37) % 101 + 0.5) / 101.5);
 }
 
 void FillFields(StateFields& f)
@@ -67,11 +61,8 @@ void FillFields(StateFields& f)
     for (int i = 0; i < 8; ++i)
         f.mTapOnMask[i] = 0x1234 + 0x1111 * i;
     for (int s = 0; s < 4; ++s)
-    {
-        f.mStepFxMask[s] = 0xF00F ^ (s << 4);
-        f.mStepModMask[0][s] = 0x0101 << s;
-        f.mStepModMask[1][s] = 0x8000 >> s;
-    }
+        std::tie(f.mStepFxMask[s], f.mStepModMask[0][s], f.mStepModMask[1][s]) =
+            std::tuple(0xF00F ^ (s << 4), 0x0101 << s, 0x8000 >> s);
     f.mDryKill = true;
 }
 

@@ -361,8 +361,19 @@ std::map<ParamID, ParamValue> ProcessTelling(Instance& plug, PlainValues values)
 // and is what the saved state holds, in either order of the queues.
 TEST(HostLoad, ValuesThePlugInWritesReachTheHostAndTheHostsOwnWin)
 {
+    constexpr ParamID kLink1 = 760, kLfoSync1 = 844;
     Instance plug;
     plug.Start(48000.0, 256, kSample64);
+    // Each value written came back through the output queue, and a UI-thread call tells the host
+    // of none of them again.
+    const auto toldOnlyThere = [&](const std::map<ParamID, ParamValue>& written)
+    {
+        plug.handler.Clear();
+        for (const auto& [id, value] : written)
+            EXPECT_EQ(value, plug.controller->getParamNormalized(id)) << id; // a UI-thread call
+        for (const auto& edit : plug.handler.Edits())
+            EXPECT_EQ(written.count(edit.id), 0u) << "told twice: " << edit.id;
+    };
     // The time base switch: a synced slot set free plays its synced times, four eighths (the
     // factors' default) at 120 bpm: 1000 ms, unless the host sets the time in the same call.
     for (bool hostReads : {true, false})
@@ -384,11 +395,7 @@ TEST(HostLoad, ValuesThePlugInWritesReachTheHostAndTheHostsOwnWin)
             ASSERT_EQ(written.count(kDelayTimeR1), 1u);
             EXPECT_NEAR(plug.controller->normalizedParamToPlain(kDelayTimeR1, written[kDelayTimeR1]), 1000.0,
                         1e-9);
-            plug.handler.Clear();
-            for (const auto& [id, value] : written)
-                EXPECT_EQ(value, plug.controller->getParamNormalized(id)) << id; // a UI-thread call
-            for (const auto& edit : plug.handler.Edits())
-                EXPECT_EQ(written.count(edit.id), 0u) << "told twice: " << edit.id;
+            toldOnlyThere(written);
         }
         const double right = plug.controller->getParamNormalized(kDelayTimeR1); // a UI-thread call
         const auto edits = plug.handler.Edits();
@@ -401,6 +408,18 @@ TEST(HostLoad, ValuesThePlugInWritesReachTheHostAndTheHostsOwnWin)
         EXPECT_NEAR(plug.Plain(kDelayTimeL1), 500.0, 1e-9);
         EXPECT_NEAR(SavedValue(plug.ComponentState(), kDelayTimeL1), 500.0, 1e-9);
     }
+    // The link: the right time follows the left.
+    ProcessTelling(plug, {{kLink1, 1.0}});
+    auto written = ProcessTelling(plug, {{kDelayTimeL1, 250.0}});
+    ASSERT_EQ(written.count(kDelayTimeR1), 1u);
+    EXPECT_NEAR(plug.controller->normalizedParamToPlain(kDelayTimeR1, written[kDelayTimeR1]), 250.0, 1e-9);
+    toldOnlyThere(written);
+    // An LFO switched from hertz to note values gets the rate in the new unit.
+    const ParamValue hertz = plug.controller->getParamNormalized(kLfoRate1);
+    written = ProcessTelling(plug, {{kLfoSync1, 1.0}});
+    ASSERT_EQ(written.count(kLfoRate1), 1u);
+    EXPECT_NE(written[kLfoRate1], hertz);
+    toldOnlyThere(written);
     plug.Stop();
 }
 

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <future>
+#include <mutex>
 #include <tuple>
 #include <vector>
 
@@ -26,13 +27,8 @@ class TestPlug : public IPlugBase
         UncheckedScope unchecked;
         mChanges.push_back(id);
         // Another thread must not get the mutex while the base holds it.
-        auto other = std::async(std::launch::async,
-                                [this]
-                                {
-                                    const bool got = ParamsMutex().try_lock();
-                                    if (got) ParamsMutex().unlock();
-                                    return got;
-                                });
+        auto other = std::async(std::launch::async, [this]
+                                { return std::unique_lock(ParamsMutex(), std::try_to_lock).owns_lock(); });
         mLockedDuringChange = mLockedDuringChange && !other.get();
     }
     // What the host was told, the record's value then, and how many engine changes came before.

@@ -1,9 +1,12 @@
 // The VST 3 binding driven in-process through a probe plug-in that records what reaches the engine
 // side. What the real bundle shows a host is in load/; here are the laws the real plug-in cannot
-// show: what reaches the engine, engines that throw, a transport read back field by field.
+// show: what reaches the engine, engines that throw, a transport read back field by field. Below
+// them, the plug-in base without a host binding (the order of a GUI change, parameter values read
+// from a chunk) and the text between our UTF-8 and the host's UTF-16 fields.
 
 #include "common/HostDoubles.h"
 
+#include "host/HostText.h"
 #include "host/IPlugVST3.h"
 #include "host/UncheckedScope.h"
 #include "params/IParamRecord.h"
@@ -11,8 +14,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <future>
+#include <mutex>
 #include <stdexcept>
+#include <string>
 #include <tuple>
+#include <vector>
 
 using namespace hostdoubles;
 
@@ -259,5 +267,97 @@ TEST_F(PlugVST3Test, TheEditorHearsTheHostOnItsTick)
     mPlug->FlushPendingHostNotices();
     EXPECT_EQ(std::tuple(editor.mLastId, editor.mLastValue), std::tuple(int(kAmount), 0.6));
     mPlug->AttachGraphics(nullptr);
+}
+
+// A plug-in on the bare base that records what the base asks of it.
+class TestPlug : public IPlugBase
+{
+  public:
+    explicit TestPlug(const IPlugConfig& config) : IPlugBase(config) {}
+
+    void OnParamChange(int id) override
+    {
+        UncheckedScope unchecked;
+        mChanges.push_back(id);
+        // Another thread must not get the mutex while the base holds it.
+        auto other = std::async(std::launch::async, [this]
+                                { return std::unique_lock(ParamsMutex(), std::try_to_lock).owns_lock(); });
+        mLockedDuringChange = mLockedDuringChange && !other.get();
+    }
+    // What the host was told, the record's value then, and how many engine changes came before.
+    void InformHostOfParamChange(int id, double normalized) override
+    {
+        mInformed.emplace_back(normalized, GetParam(id)->value, mChanges.size());
+    }
+    std::vector<int> mChanges;
+    std::vector<std::tuple<double, double, std::size_t>> mInformed;
+    bool mLockedDuringChange = true;
+};
+
+TEST(PlugBase, GuiChangeSetsTheRecordThenTellsTheHostThenTheEngine)
+{
+    TestPlug plug({.nParams = 4, .channelIOStr = "2-2"});
+    plug.GetParam(1)->InitInt("Steps", 0, 0, 10);
+    plug.SetParameterFromGUI(1, 0.44);
+    plug.SetParameterFromGUI(7, 0.5); // no such parameter: nobody hears of it
+    // The record is set (and quantised) before the host hears, and the engine hears after the host.
+    EXPECT_EQ(plug.mInformed, (std::vector<std::tuple<double, double, std::size_t>>{{0.44, 4.0, 0}}));
+    EXPECT_EQ(plug.mChanges, std::vector<int>{1});
+}
+
+// Values are 64-bit floats in id order, each cut to its record's range; NaN counts as missing (0)
+// and so do the values a short chunk lacks. Every record is announced, inside the mutex, even when
+// nothing is left to read.
+TEST(PlugBase, ChunkValuesAreCutToRangeAndMissingOnesAreZero)
+{
+    TestPlug plug({.nParams = 5, .channelIOStr = "2-2"});
+    // {min, max, stored, read}: a value below, inside, NaN, above (nothing in range is 0), missing.
+    const double rows[5][4] = {{0, 100, 30, 30},
+                               {-50, 50, -70, -50},
+                               {10, 20, std::nan(""), 10},
+                               {-8, -2, 1e300, -2},
+                               {-1, 9, 0, 0}};
+    ByteChunk chunk;
+    for (int id = 0; id < 5; ++id)
+    {
+        plug.GetParam(id)->InitDouble("P", (rows[id][0] + rows[id][1]) / 2, rows[id][0], rows[id][1], 0.1);
+        if (id < 4) chunk.Put(rows[id][2]);
+    }
+    chunk.Put(std::int32_t{0}); // half a value
+    EXPECT_EQ(plug.UnserializeParams(chunk, 0), -1);
+    for (int id = 0; id < 5; ++id)
+        EXPECT_EQ(plug.GetParam(id)->value, rows[id][3]) << id;
+    EXPECT_EQ(plug.mChanges, (std::vector<int>{0, 1, 2, 3, 4}));
+    EXPECT_TRUE(plug.mLockedDuringChange) << "notifications run inside the mutex";
+    plug.mChanges.clear();
+    EXPECT_EQ(plug.UnserializeParams(chunk, -1), -1);
+    EXPECT_EQ(std::tuple(plug.GetParam(0)->value, plug.mChanges.size()), std::tuple(30.0, 5u));
+    ByteChunk written;
+    EXPECT_TRUE(plug.SerializeParams(written) && written.Size() == 5 * 8);
+}
+
+TEST(HostText, WhatFitsWholeWhatIsCutAndWhatIsMalformed)
+{
+    // {UTF-8, units of room, what the host's field holds}
+    const std::tuple<const char*, int, std::u16string> rows[] = {
+        {"a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80z", 32, u"a\u00E4\u20AC\U0001F600z"}, // a ä € 😀 z
+        {"abcdef", 4, u"abc"},
+        // Two units left, the emoji needs two plus the terminator: it is left out whole.
+        {"ab\xF0\x9F\x98\x80", 4, u"ab"},
+        {"x\xC3", 16, u"x\uFFFD"}, // lead byte without its continuation
+        {"\xFFy", 16, u"\uFFFDy"},
+    };
+    Steinberg::char16 out[32];
+    for (const auto& [utf8, capacity, wide] : rows)
+    {
+        WidenText(utf8, out, capacity);
+        EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(out)), wide) << utf8;
+    }
+    // Back to UTF-8, stopping at the unit limit and replacing lone surrogates.
+    WidenText(std::get<0>(rows[0]), out, 32);
+    EXPECT_EQ(NarrowText(out, 32), std::get<0>(rows[0]));
+    EXPECT_EQ(NarrowText(out, 3), "a\xC3\xA4\xE2\x82\xAC");
+    Steinberg::char16 lone[] = {0xD800, u'q', 0};
+    EXPECT_EQ(NarrowText(lone, 8), "\xEF\xBF\xBDq");
 }
 } // namespace

@@ -1,14 +1,17 @@
 #include "params/IParamRecord.h"
 #include "params/ParamCatalogue.h"
+#include "params/ParamDispatch.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <tuple>
 #include <utility>
+#include <vector>
 
-// The laws of one record: the normalised power curve, quantising. The records the catalogue builds are
-// pinned by its digest, and their texts checked as hosts read and type them, through the bundle.
+// The laws of one record (the normalised power curve, quantising) and of the dispatch of changes to
+// their owners. The records the catalogue builds are pinned by its digest, and their texts checked
+// as hosts read and type them, through the bundle.
 
 namespace
 {
@@ -24,6 +27,16 @@ IParamRecord MakeInt(int def, int min, int max)
     IParamRecord p;
     p.InitInt("I", def, min, max);
     return p;
+}
+
+struct Target
+{
+    std::vector<ParamChange> seen;
+};
+using Dispatch = ParamDispatch<Target>;
+void Record(Target& t, const ParamChange& c)
+{
+    t.seen.push_back(c);
 }
 } // namespace
 
@@ -59,4 +72,26 @@ TEST(ParamRecord, IntegersRoundHalfUpAndAreCutAboveOnly)
     IParamRecord b;
     b.InitBool("B", true);
     EXPECT_EQ(b.GetDisplayForHost(0, false) + "|" + b.GetDisplayForHost(1, false), "0|on");
+}
+
+// Overlapping rows leave their common ids without an owner instead of letting the order decide;
+// ids a row owns without a handler are accepted and do nothing.
+TEST(ParamDispatch, OverlapsAreRefusedAndStoredOnlyRowsAreQuiet)
+{
+    const Dispatch::Row first[] = {{"a", 10, 4, Record}, {"stored", 20, 2, nullptr}};
+    const Dispatch::Row second[] = {{"b", 13, 3, Record}};
+    const std::span<const Dispatch::Row> tables[] = {first, second};
+    const Dispatch dispatch{tables};
+    Target t;
+    EXPECT_TRUE(dispatch.Apply(t, 12, 5.0));
+    ASSERT_EQ(t.seen.size(), 1u);
+    EXPECT_EQ(t.seen[0].member, 2);
+    EXPECT_EQ(t.seen[0].value, 5.0);
+    EXPECT_EQ(dispatch.OwnerCount(13), 2);
+    EXPECT_FALSE(dispatch.Apply(t, 13, 1.0));
+    EXPECT_TRUE(dispatch.Apply(t, 15, 1.0));
+    EXPECT_EQ(t.seen.back().member, 2);
+    EXPECT_TRUE(dispatch.Apply(t, 21, 1.0));
+    EXPECT_FALSE(dispatch.Apply(t, 9, 1.0));
+    EXPECT_EQ(t.seen.size(), 2u);
 }

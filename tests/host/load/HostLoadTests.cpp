@@ -60,8 +60,7 @@ TEST(HostLoad, ModuleFactoryAndInstanceAsAHostFindsThem)
     // One object serves every side.
     Instance plug;
     ASSERT_TRUE(plug.processor && plug.controller && plug.units);
-    auto* a = Query<FUnknown>(plug.component);
-    auto* b = Query<FUnknown>(plug.controller);
+    FUnknown *a = Query<FUnknown>(plug.component), *b = Query<FUnknown>(plug.controller);
     EXPECT_EQ(a, b);
     a->release();
     b->release();

@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "modulators/WaveMenu.h"
@@ -38,10 +39,7 @@ class FakeStateHost : public IStateHost
     bool WriteParamValues(ByteChunk& chunk) override
     {
         for (const auto& p : mParams)
-        {
-            const double v = p->value;
-            chunk.Put(v);
-        }
+            chunk.Put(double(p->value));
         return true;
     }
     int ReadParamValues(const ByteChunk& chunk, int pos) override
@@ -64,9 +62,8 @@ class FakeStateHost : public IStateHost
     StateFields& Fields() override { return mFields; }
     void SelectPresetMenuItem(const std::string& folder, int index) override
     {
-        if (folder.empty()) return;
-        mFields.mPresetMenuFolder = folder;
-        mFields.mPresetMenuIndex = index;
+        if (!folder.empty())
+            std::tie(mFields.mPresetMenuFolder, mFields.mPresetMenuIndex) = std::tie(folder, index);
     }
     void ApplyTapMask(int index, std::int32_t mask) override { mAppliedTapMasks.push_back(mask); }
 
@@ -75,7 +72,7 @@ class FakeStateHost : public IStateHost
     void Set(std::initializer_list<std::pair<int, double>> values)
     {
         for (const auto& [id, v] : values)
-            Set(id, v);
+            mParams[id]->value = v;
     }
 
     std::vector<std::unique_ptr<IParamRecord>> mParams;

@@ -34,12 +34,9 @@ inline PresetData Load(FakeStateHost& host, std::string_view text)
 class TempFolder
 {
   public:
-    TempFolder()
+    TempFolder() : mPath((std::filesystem::temp_directory_path() / "quorvex-presets-XXXXXX").string())
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "quorvex-presets-XXXXXX").string();
-        const char* made = mkdtemp(pattern.data());
-        EXPECT_NE(made, nullptr);
-        mPath = pattern;
+        EXPECT_NE(mkdtemp(mPath.data()), nullptr);
     }
     ~TempFolder()
     {
@@ -53,9 +50,8 @@ class TempFolder
     // Writes text at a path below the folder, making the folders on the way.
     void Write(const std::string& relative, std::string_view text) const
     {
-        const std::filesystem::path path = mPath + relative;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << text;
+        std::filesystem::create_directories(std::filesystem::path(mPath + relative).parent_path());
+        std::ofstream(mPath + relative, std::ios::binary) << text;
     }
 
   private:

@@ -21,6 +21,7 @@
 #include <initializer_list>
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -33,28 +34,13 @@ constexpr ParamID kBypassId = 0x62706173; // "bpas"
 constexpr ParamID kPresetId = 0x70727374; // "prst"
 constexpr int kNumParams = 1095;
 // Parameters used by name, by id as the catalogue fixes them.
-constexpr ParamID kSlotOn1 = 0;
-constexpr ParamID kDirectIn1 = 16;
-constexpr ParamID kFeedback1 = 68;
-constexpr ParamID kFxPost1 = 112;
-constexpr ParamID kFxOnPost1 = 304;
-constexpr ParamID kDelayMode1 = 308;
-constexpr ParamID kDelayTaps1 = 316;
-constexpr ParamID kTimebase1 = 328;
-constexpr ParamID kDelayTimeL1 = 344;
-constexpr ParamID kDelayTimeR1 = 356;
-constexpr ParamID kDelayLopass1 = 776;
-constexpr ParamID kLfoRate1 = 864;
-constexpr ParamID kMasterFx = 1052;
-constexpr ParamID kMasterFxP1 = 1054;
-constexpr ParamID kMasterFxP2 = 1055;
-constexpr ParamID kMasterFxLevel = 1062;
-constexpr ParamID kLimiterOn = 1063;
-constexpr ParamID kDryLevel = 1066;
-// Master effect types by their place in the list.
-constexpr double kQuorvexHall = 1.0;
-constexpr double kReverb = 2.0;
-constexpr double kFast = 3.0; // the fastest limiter
+constexpr ParamID kSlotOn1 = 0, kDirectIn1 = 16, kFeedback1 = 68, kFxPost1 = 112, kFxOnPost1 = 304,
+                  kDelayMode1 = 308, kDelayTaps1 = 316, kTimebase1 = 328, kDelayTimeL1 = 344,
+                  kDelayTimeR1 = 356, kDelayLopass1 = 776, kLfoRate1 = 864, kMasterFx = 1052,
+                  kMasterFxP1 = 1054, kMasterFxP2 = 1055, kMasterFxLevel = 1062, kLimiterOn = 1063,
+                  kDryLevel = 1066;
+// Master effect types by their place in the list, and the fastest limiter.
+constexpr double kQuorvexHall = 1.0, kReverb = 2.0, kFast = 3.0;
 
 inline std::u16string Text(const char16* s)
 {
@@ -161,16 +147,12 @@ class Instance
         processor->setProcessing(false);
         component->setActive(false);
     }
-    std::vector<std::uint8_t> ComponentState()
+    std::vector<std::uint8_t> ComponentState() { return StateOf(component); }
+    std::vector<std::uint8_t> ControllerState() { return StateOf(controller); }
+    template <typename Side> static std::vector<std::uint8_t> StateOf(Side* side)
     {
         MemoryStream stream;
-        EXPECT_EQ(component->getState(&stream), kResultOk);
-        return stream.Bytes();
-    }
-    std::vector<std::uint8_t> ControllerState()
-    {
-        MemoryStream stream;
-        EXPECT_EQ(controller->getState(&stream), kResultOk);
+        EXPECT_EQ(side->getState(&stream), kResultOk);
         return stream.Bytes();
     }
     tresult LoadState(const std::vector<std::uint8_t>& bytes)
@@ -194,9 +176,8 @@ class Instance
     // Plain value of a list entry, through the plug-in's own texts.
     double ListValue(ParamID id, const std::u16string& text)
     {
-        const ParamValue normalized = FromText(id, text);
-        EXPECT_GE(normalized, 0.0) << "no entry " << std::string(text.begin(), text.end());
-        return controller->normalizedParamToPlain(id, normalized);
+        EXPECT_GE(FromText(id, text), 0.0) << "no entry " << std::string(text.begin(), text.end());
+        return controller->normalizedParamToPlain(id, FromText(id, text));
     }
 
     HostApplication host;
@@ -234,22 +215,18 @@ template <typename Sample>
     return ::testing::AssertionSuccess();
 }
 
-// Stereo audio as one run of samples per channel.
+// Stereo audio as one run of samples per channel; silence when made from a length.
 struct Take
 {
+    explicit Take(std::size_t n = 0) : l(n), r(n) {}
     std::vector<double> l, r;
     std::size_t Size() const { return l.size(); }
 };
 
-inline Take Silence(std::size_t n)
-{
-    return Take{std::vector<double>(n), std::vector<double>(n)};
-}
-
 // Silence with a full-scale click on both channels at sample `at`.
 inline Take Click(std::size_t n, std::size_t at)
 {
-    Take t = Silence(n);
+    Take t(n);
     t.l[at] = t.r[at] = 1.0;
     return t;
 }
@@ -258,12 +235,9 @@ inline Take NoiseTake(std::size_t n, double amplitude, unsigned seed)
 {
     std::mt19937 rng(seed);
     std::uniform_real_distribution<double> noise(-amplitude, amplitude);
-    Take t = Silence(n);
+    Take t(n);
     for (std::size_t i = 0; i < n; ++i)
-    {
-        t.l[i] = noise(rng);
-        t.r[i] = noise(rng);
-    }
+        std::tie(t.l[i], t.r[i]) = std::tuple(noise(rng), noise(rng));
     return t;
 }
 
@@ -273,7 +247,7 @@ template <typename Sample = double>
 Take RenderWith(Instance& plug, const Take& in, int block,
                 const std::function<IParameterChanges*(int)>& changesFor, ProcessModes mode = kRealtime)
 {
-    Take out = Silence(in.Size());
+    Take out(in.Size());
     for (std::size_t done = 0, k = 0; done < in.Size(); done += static_cast<std::size_t>(block), ++k)
     {
         const std::size_t n = std::min<std::size_t>(static_cast<std::size_t>(block), in.Size() - done);
@@ -302,6 +276,14 @@ Take Render(Instance& plug, const Take& in, int block, IParameterChanges* first 
 
 using PlainValues = std::initializer_list<std::pair<ParamID, double>>;
 
+// Normalised points {id, offset, value}, as a host queues automation.
+inline void AddPoints(ParameterChanges& changes,
+                      std::initializer_list<std::tuple<ParamID, int32, double>> points)
+{
+    for (const auto& [id, at, value] : points)
+        changes.Add(id, at, value);
+}
+
 // Plain values (in the parameters' units) as one point each at offset 0.
 inline void AddPlain(Instance& plug, ParameterChanges& changes, PlainValues values)
 {
@@ -314,15 +296,16 @@ inline void Apply(Instance& plug, PlainValues values, int block = 256)
 {
     ParameterChanges changes;
     AddPlain(plug, changes, values);
-    Render(plug, Silence(static_cast<std::size_t>(block)), block, &changes);
+    Render(plug, Take(static_cast<std::size_t>(block)), block, &changes);
 }
 
 // Index of the first output sample that is not finite, or -1.
 inline long FirstNonFinite(const Take& t)
 {
-    for (std::size_t i = 0; i < t.Size(); ++i)
-        if (!std::isfinite(t.l[i]) || !std::isfinite(t.r[i])) return static_cast<long>(i);
-    return -1;
+    const auto bad = [](double v) { return !std::isfinite(v); };
+    const auto at = std::min(std::find_if(t.l.begin(), t.l.end(), bad) - t.l.begin(),
+                             std::find_if(t.r.begin(), t.r.end(), bad) - t.r.begin());
+    return at == static_cast<long>(t.Size()) ? -1 : at;
 }
 
 // Sample for sample the same render, or where the two first part.
@@ -343,8 +326,7 @@ constexpr std::size_t kPresetNameAt = 4 + 4 + 4 + 8;
 inline std::int32_t ReadInt(const std::vector<std::uint8_t>& b, std::size_t at)
 {
     std::int32_t v = 0;
-    std::memcpy(&v, b.data() + at, sizeof v);
-    return v;
+    return *static_cast<std::int32_t*>(std::memcpy(&v, b.data() + at, sizeof v));
 }
 
 // The parameter values close the state chunk, as 64-bit values in their own units in id order.
@@ -355,8 +337,7 @@ inline std::size_t ValueOffset(const std::vector<std::uint8_t>& state, ParamID i
 inline double SavedValue(const std::vector<std::uint8_t>& state, ParamID id)
 {
     double v = 0.0;
-    std::memcpy(&v, state.data() + ValueOffset(state, id), sizeof v);
-    return v;
+    return *static_cast<double*>(std::memcpy(&v, state.data() + ValueOffset(state, id), sizeof v));
 }
 inline void PutValue(std::vector<std::uint8_t>& state, ParamID id, double v)
 {

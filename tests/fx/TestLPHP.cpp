@@ -41,11 +41,6 @@ std::complex<double> Drive(double hz)
     return 0.5 * (1.0 + std::polar(1.0, -2.0 * M_PI * hz / kRate));
 }
 
-double Db(std::complex<double> h)
-{
-    return 20.0 * std::log10(std::abs(h));
-}
-
 std::complex<double> Serial(int lowN, double lowX, int highN, double highX, double hz)
 {
     return Drive(hz) * std::pow(Section(false, lowX, hz), lowN) * std::pow(Section(true, highX, hz), highN);
@@ -94,7 +89,7 @@ TEST_F(LPHPTest, CornersAndSlopesPerModeAndVariableSlope)
         }
         f->Reset();
         const double hz = r.probe * corner;
-        EXPECT_NEAR(Measure(*f, hz), Db(Serial(r.lowN, r.lp, r.highN, r.hp, hz)), 0.1);
+        EXPECT_NEAR(Measure(*f, hz), testmeasure::Db(std::abs(Serial(r.lowN, r.lp, r.highN, r.hp, hz))), 0.1);
         if (r.probe == 0.5)
         {
             const double slope = Measure(*f, hz) - Measure(*f, hz / 2);
@@ -130,6 +125,6 @@ TEST_F(LPHPTest, ParallelModeSumsWithoutReset)
     {
         const std::complex<double> sum =
             Drive(hz) * (std::pow(Section(false, 0.3, hz), 2) + std::pow(Section(true, 0.7, hz), 2));
-        EXPECT_NEAR(Measure(f, hz), Db(sum), 0.05) << hz;
+        EXPECT_NEAR(Measure(f, hz), testmeasure::Db(std::abs(sum)), 0.05) << hz;
     }
 }

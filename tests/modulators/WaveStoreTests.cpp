@@ -6,10 +6,8 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <cstring>
 #include <limits>
 #include <numbers>
-#include <set>
 
 // The wave tables are measured like signals: start, extremes, mean, jumps, monotonic runs,
 // harmonics.
@@ -71,7 +69,6 @@ TEST(WaveStore, BoundedRecordsInIdOrderAndTheMenuOfTwentySeven)
         EXPECT_EQ(list[i]->id, menuIds[i]) << i;
         EXPECT_STREQ(list[i]->name, kWaveMenuNames[i]);
     }
-    EXPECT_STREQ(kWaveMenuNames[26], "S&H");
 }
 
 TEST(WaveStore, ShapesHaveTheirStartExtremesMeanAndJumps)
@@ -139,13 +136,10 @@ TEST(WaveStore, ShapesHaveTheirStartExtremesMeanAndJumps)
 
 TEST(WaveStore, HarmonicContentOfTheSineFamilyAndTheSaw)
 {
+    // (SIN4, which an LFO of the golden renders plays, is pinned there.)
     EXPECT_NEAR(Harmonic(Wave(1), 1), 0.568, 0.003); // SIN2: first and second equal
     EXPECT_NEAR(Harmonic(Wave(1), 2), 0.568, 0.003);
     EXPECT_NEAR(Harmonic(Wave(2), 1) / Harmonic(Wave(2), 4), 0.412 / 0.314, 1e-6); // SIN3
-    // SIN4: windowed carrier on the 6th, neighbours at about 0.2.
-    EXPECT_NEAR(Harmonic(Wave(3), 6), 0.494, 0.03);
-    EXPECT_NEAR(Harmonic(Wave(3), 5), 0.197, 0.05);
-    EXPECT_LT(Harmonic(Wave(3), 3), 0.01);
     // SIN5: one spike in the first eighth, then only a small tail.
     const double* s5 = Wave(4);
     for (int n = kN / 8 + 1; n < kN; ++n)

@@ -171,8 +171,9 @@ TEST_F(MasterSectionTest, MasterEffectBusAndReturn)
     EXPECT_EQ(*std::max_element(master.mMfxOutL, master.mMfxOutL + kBlock), 0.0);
 }
 
-// The meter law's clamps and the bus meters (larger channel, 1.5 times hotter); the law between,
-// the slot activity and the output meter's ballistics are read off the editor on the engine.
+// The meter law's clamps, the bus meters (larger channel, 1.5 times hotter) and the output meter's
+// ballistics at 96 kHz; the law between and the ballistics at 48 kHz are read off the editor on the
+// engine.
 TEST_F(MasterSectionTest, MeterLawClampsAndBusMeter)
 {
     for (const auto& [level, shown] : {std::pair{0.0, 0.0}, {Db(-80.0), 0.0}, {3.0, 1.0}})
@@ -182,5 +183,15 @@ TEST_F(MasterSectionTest, MeterLawClampsAndBusMeter)
     EXPECT_NEAR(PairMeterLaw(l, r, kBlock), 1.0 + 20.0 * std::log10(0.15) / 60.0, 1e-12);
     EXPECT_EQ(SlotActivityLaw(-0.5, 0.2, false), 0.0);
     EXPECT_NEAR(master.TickOutputMeter(0, nullptr, kBlock), 0.0, 1e-12);
+    // The output meter moves by exp(-2 pi / 40) a frame at 25 frames a second at this rate too: a
+    // block peaking at -12 dB reads 0.8 (1 - c^10) after ten frames.
+    UseRate(96000.0);
+    master.Prepare(25.0);
+    double host[kBlock] = {};
+    host[17] = -Db(-12.0);
+    double shown = 0.0;
+    for (int k = 0; k < 10; ++k)
+        shown = master.TickOutputMeter(1, host, kBlock);
+    EXPECT_NEAR(shown, 0.8 * (1.0 - std::pow(std::exp(-2.0 * M_PI / 40.0), 10)), 1e-9);
 }
 } // namespace

@@ -121,28 +121,26 @@ std::vector<double> Notches(DSPShell& m)
 // phase through N x 360 degrees: N notches, the first one lower as more sections add their lag.
 TEST(PhaserC, NotchCountAndPlaceFollowStagesAndBase)
 {
-    struct Row
-    {
-        double rate, base;
-        int stages;
-    };
-    const Row rows[] = {{44100.0, 0.5, 1}, {96000.0, 1.0, 1}, {48000.0, 0.0, 1},
-                        {48000.0, 0.0, 2}, {48000.0, 0.0, 4}, {48000.0, 0.0, 8}};
     RateGuard guard;
     double previousLowest = 1e9;
-    for (const Row& r : rows)
+    for (const auto& [rate, base, stages] : {std::tuple{44100.0, 0.5, 1},
+                                             {96000.0, 1.0, 1},
+                                             {48000.0, 0.0, 1},
+                                             {48000.0, 0.0, 2},
+                                             {48000.0, 0.0, 4},
+                                             {48000.0, 0.0, 8}})
     {
-        SCOPED_TRACE(testing::Message() << r.rate << " Hz, base " << r.base << ", " << r.stages << " stages");
-        SetTimeBase(r.rate);
+        SCOPED_TRACE(testing::Message() << rate << " Hz, base " << base << ", " << stages << " stages");
+        SetTimeBase(rate);
         PhaserC m(false);
-        SetParams(m, {r.base, 1.0, (r.stages - 1) / 7.0, 0.0, 0.0});
-        ASSERT_EQ(m.Stages(), r.stages);
+        SetParams(m, {base, 1.0, (stages - 1) / 7.0, 0.0, 0.0});
+        ASSERT_EQ(m.Stages(), stages);
         const std::vector<double> notches = Notches(m);
-        ASSERT_EQ(int(notches.size()), r.stages);
-        const double centre = (r.base * r.base + 0.1) * 6.0 * PhaserC::kSectionTable[0] * 22050.0;
-        EXPECT_TRUE(r.stages > 1 || std::fabs(notches[0] / centre - 1.0) < 0.01) << notches[0];
-        EXPECT_TRUE(r.rate != 48000.0 || notches[0] < previousLowest) << notches[0];
-        if (r.rate == 48000.0) previousLowest = notches[0];
+        ASSERT_EQ(int(notches.size()), stages);
+        const double centre = (base * base + 0.1) * 6.0 * PhaserC::kSectionTable[0] * 22050.0;
+        EXPECT_TRUE(stages > 1 || std::fabs(notches[0] / centre - 1.0) < 0.01) << notches[0];
+        EXPECT_TRUE(rate != 48000.0 || notches[0] < previousLowest) << notches[0];
+        if (rate == 48000.0) previousLowest = notches[0];
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <complex>
+#include <tuple>
 
 using namespace filtertest;
 using fxrig::SetParams;
@@ -30,31 +31,26 @@ cd ExpectedPhase(double f, int stages, double b, double hz)
 // channels apart: 2x - 1 added to the left's frequency, taken off the right's.
 TEST(PhaseFilter, StagesCoefficientFeedbackAndSpread)
 {
-    struct Row
-    {
-        bool right;
-        double p1, p2, p3, p4; // frequency, feedback, spread, stages
-        double f;              // the channel's frequency after the spread
-        int stages;
-    };
-    const Row rows[] = {
+    // {right, frequency, feedback, spread, stage knobs, the channel's frequency after the spread,
+    // stages}
+    const std::tuple<bool, double, double, double, double, double, int> rows[] = {
         {false, 0.45, 0.0, 0.5, 1.0, 0.45, 7}, {false, 0.45, 0.0, 0.5, 0.0, 0.45, 3},
         {false, 0.45, 0.0, 0.5, 0.5, 0.45, 5}, {false, 0.45, 0.5, 0.5, 0.5, 0.45, 5},
         {false, 0.3, 0.0, 0.6, 0.0, 0.5, 3},   {true, 0.3, 0.0, 0.6, 0.0, 0.1, 3},
     };
-    for (const Row& r : rows)
+    for (const auto& [right, p1, p2, p3, p4, f, stages] : rows)
     {
-        PhaseFilter pf(r.right);
-        SetParams(pf, {r.p1, r.p2, r.p3, r.p4});
+        PhaseFilter pf(right);
+        SetParams(pf, {p1, p2, p3, p4});
         pf.Reset();
-        EXPECT_EQ(int(pf.mStages), r.stages);
+        EXPECT_EQ(int(pf.mStages), stages);
         for (double hz : {100.0, 700.0, 3000.0, 12000.0})
         {
             const Tone t = MeasureTone(pf, hz, 1.0, 0.3);
-            const cd want = ExpectedPhase(r.f, r.stages, r.p2, hz);
+            const cd want = ExpectedPhase(f, stages, p2, hz);
             EXPECT_NEAR(std::abs(std::polar(t.gain, t.phase) - want), 0.0, 2e-3)
-                << (r.right ? "right" : "left") << " stages " << r.stages << " feedback " << r.p2 << " at "
-                << hz << " Hz";
+                << (right ? "right" : "left") << " stages " << stages << " feedback " << p2 << " at " << hz
+                << " Hz";
         }
     }
 }

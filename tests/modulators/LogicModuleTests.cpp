@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <tuple>
 
 namespace
@@ -96,25 +97,38 @@ TEST(LogicModule, ModesDepthsAndClipOnKnownInputs)
         EXPECT_NEAR(modulated.Output()[i], 0.5 * (0.2 - 0.5 * depth[i]), 1e-12) << i;
 }
 
-// The depth acts after the smoother: halving it mid-ramp halves the very next sample. 0 ms passes the
-// input straight through from the first sample.
-TEST(LogicModule, DepthActsAfterTheSmootherZeroMsPassesAndOwnOutputIsReadLate)
+// The smoothing pole's time constant is the set time / (2 pi) at every rate; the depth acts after
+// the smoother, 0 ms passes the input straight through, and the module reads its own output one
+// block late.
+TEST(LogicModule, SmoothingDepthAfterItAndOwnOutputReadLate)
 {
     const Block one = Constant(0.8);
-    LogicModule logic;
-    logic.SetSource1(one.data());
-    logic.SetSmooth(10.0);
-    logic.Reset();
-    for (int block = 0; block < 3; ++block)
+    for (double rate : {44100.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        LogicModule logic;
+        logic.SetSource1(one.data());
+        logic.SetSmooth(10.0);
+        logic.Reset();
+        int crossing = -1; // the sample that reaches 63 % of the step
+        for (int block = 0; block < 40 && crossing < 0; ++block)
+        {
+            logic.Process();
+            for (int i = 0; i < gBlockLen && crossing < 0; ++i)
+                if (logic.Output()[i] >= 0.8 * (1.0 - std::exp(-1.0))) crossing = block * gBlockLen + i + 1;
+        }
+        EXPECT_NEAR(crossing, 0.010 * rate / (2.0 * M_PI), 1.0) << rate;
+        // Halving the depth mid-ramp halves the very next sample: the smoother does not see it.
+        const double before = logic.Output()[gBlockLen - 1];
+        logic.SetDepth(50.0);
         logic.Process();
-    const double before = logic.Output()[gBlockLen - 1];
-    logic.SetDepth(50.0);
-    logic.Process();
-    EXPECT_LT(logic.Output()[0], 0.5 * 0.8);
-    EXPECT_GT(logic.Output()[0], 0.5 * before);
-    for (int block = 0; block < 100; ++block)
-        logic.Process();
-    EXPECT_NEAR(logic.Output()[gBlockLen - 1], 0.4, 1e-9);
+        EXPECT_LT(logic.Output()[0], 0.5 * 0.8);
+        EXPECT_GT(logic.Output()[0], 0.5 * before);
+        for (int block = 0; block < 100; ++block)
+            logic.Process();
+        EXPECT_NEAR(logic.Output()[gBlockLen - 1], 0.4, 1e-9) << rate;
+    }
+    SetTimeBase(44100.0);
 
     LogicModule direct;
     direct.SetSource1(one.data());

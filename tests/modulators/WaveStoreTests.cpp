@@ -8,6 +8,7 @@
 #include <complex>
 #include <limits>
 #include <numbers>
+#include <tuple>
 
 // The wave tables are measured like signals: start, extremes, mean, jumps, monotonic runs,
 // harmonics.
@@ -74,13 +75,7 @@ TEST(WaveStore, BoundedRecordsInIdOrderAndTheMenuOfTwentySeven)
 TEST(WaveStore, ShapesHaveTheirStartExtremesMeanAndJumps)
 {
     // {id, first point, min, max, mean, jump threshold, jumps}; kAny where the shape leaves it free.
-    struct Row
-    {
-        int id;
-        double first, min, max, mean, threshold;
-        int jumps;
-    };
-    const Row rows[] = {
+    const std::tuple<int, double, double, double, double, double, int> rows[] = {
         {0, 0.0, -1.0, 1.0, 0.0, 0.01, 0},       // SIN1
         {6, 0.0, -0.71, 0.91, kAny, 0.1, 0},     // SIN7
         {7, 0.0, kAny, kAny, kAny, 0.04, 3},     // SIN8: a chirp with three small jumps
@@ -96,17 +91,17 @@ TEST(WaveStore, ShapesHaveTheirStartExtremesMeanAndJumps)
         {32, 1.0, -1.0, 1.0, kAny, 0.01, 0},     // THE RIDE
         {33, -1.0, -1.0, 0.98, kAny, 0.01, 0},   // SLIDE
     };
-    for (const Row& r : rows)
+    for (const auto& [id, first, min, max, mean, threshold, jumps] : rows)
     {
-        const double* t = Wave(r.id);
-        ExpectNear(t[0], r.first, 1e-9, "first point", r.id);
-        ExpectNear(*std::min_element(t, t + kN), r.min, 1e-9, "minimum", r.id);
-        ExpectNear(*std::max_element(t, t + kN), r.max, 1e-9, "maximum", r.id);
-        double mean = 0.0;
+        const double* t = Wave(id);
+        ExpectNear(t[0], first, 1e-9, "first point", id);
+        ExpectNear(*std::min_element(t, t + kN), min, 1e-9, "minimum", id);
+        ExpectNear(*std::max_element(t, t + kN), max, 1e-9, "maximum", id);
+        double average = 0.0;
         for (int n = 0; n < kN; ++n)
-            mean += t[n] / kN;
-        ExpectNear(mean, r.mean, 0.01, "mean", r.id);
-        EXPECT_EQ(Jumps(t, r.threshold), r.jumps) << r.id;
+            average += t[n] / kN;
+        ExpectNear(average, mean, 0.01, "mean", id);
+        EXPECT_EQ(Jumps(t, threshold), jumps) << id;
     }
     // Pulses: +1 for their duty, then -1, one jump.
     for (const auto& [id, high] : {std::pair{17, 2048}, {34, 1366}, {35, 1024}, {36, 512}, {37, 256}})

@@ -55,6 +55,15 @@ TEST(EffectTable, MenusLeadToTheirIds)
         EXPECT_NE(FxTypeFromMenu(kFxMenuFeedback, i), 37) << i;
 }
 
+// Which types route a modulation of P5 to the slot's mix: all but OFF, WAVE SHAPE, COMB, VOWEL and
+// the compressor, whose P5 is a parameter of their own.
+TEST(EffectTable, P5IsMixForAllButFourTypes)
+{
+    for (int id : kTypeIds)
+        EXPECT_EQ(FxP5IsMix(id), id != 0 && id != 6 && id != 35 && id != 36 && id != 37) << id;
+    EXPECT_FALSE(FxP5IsMix(99));
+}
+
 TEST(FxParamLaw, ListsTakeTheIndexAtTheirSteps)
 {
     // {type, knob, percent, value}: a list of n + 1 entries takes entry trunc(n x) (variable

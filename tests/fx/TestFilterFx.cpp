@@ -82,6 +82,7 @@ TEST(FilterFx, ModesHaveTheirCornerGainsAndSlopes)
     // "NOTCH" is an all-pass that cancels at the corner when mixed half and half (P5 is the mix
     // there, and no mix for the peak).
     auto notch = Make(kFxMulti12, 0.5, 0.0, 3, 0.5);
+    EXPECT_DOUBLE_EQ(double(notch->mMix), 0.5);
     for (double hz : {Corner(0.5), Corner(0.5) / 8.0})
     {
         const Tone t = MeasureTone(*notch, hz);
@@ -90,6 +91,7 @@ TEST(FilterFx, ModesHaveTheirCornerGainsAndSlopes)
         EXPECT_TRUE(hz == Corner(0.5) ? blended < 0.02 : blended > 0.9) << hz << ": " << blended;
     }
     EXPECT_LT(MeasureTone(*Make(kFxMulti12, 0.5, 0.0, 2), Corner(0.5) / 8.0).dB(), -12.0); // band-pass skirt
+    EXPECT_DOUBLE_EQ(double(Make(kFxPeak, 0.5, 0.0, 0.75, 1.0)->mMix), 1.0);
 }
 
 // The formant peaks sit where the vowel table puts them, for the position and the set chosen.

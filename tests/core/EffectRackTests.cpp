@@ -1,19 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
 #include <chrono>
-#include <cmath>
 #include <memory>
-#include <random>
 #include <thread>
 #include <vector>
 
 #include "core/EffectRack.h"
-#include "delay/DelayMode.h"
-#include "fx/EffectTable.h"
-#include "params/IParamRecord.h"
-#include "params/ParamIds.h"
 
 // The rack against a catalog of recording modules: what a position's modules receive, the tap
 // step law, and the replacement as the rack drives it.

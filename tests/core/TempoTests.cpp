@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -29,20 +29,16 @@ TEST(TempoCache, SlowTemposClampOnlyTheDerivedValues)
     RateGuard rate(48000.0);
     TempoCache cache;
     // {host tempo, changed, seconds a beat}: below 30 BPM the derived values stop at 2 s a beat.
-    struct Row
+    for (const auto& [tempo, changed, secPerBeat] : {std::tuple{120.0, false, 0.5},
+                                                     {20.0, true, 2.0},
+                                                     {30.0, true, 2.0},
+                                                     {30.0, false, 2.0},
+                                                     {90.0, true, 60.0 / 90.0}})
     {
-        double tempo;
-        bool changed;
-        double secPerBeat;
-    };
-    for (const Row r : {Row{120.0, false, 0.5}, Row{20.0, true, 2.0}, Row{30.0, true, 2.0},
-                        Row{30.0, false, 2.0}, Row{90.0, true, 60.0 / 90.0}})
-    {
-        EXPECT_EQ(cache.Update(r.tempo), r.changed) << r.tempo;
-        EXPECT_EQ(bool(cache.changed), r.changed) << r.tempo;
-        EXPECT_DOUBLE_EQ(cache.tempo, r.tempo);
-        EXPECT_DOUBLE_EQ(cache.secPerBeat, r.secPerBeat) << r.tempo;
-        EXPECT_DOUBLE_EQ(cache.beatsPerSample, 1.0 / r.secPerBeat / 48000.0) << r.tempo;
+        EXPECT_EQ(cache.Update(tempo), changed) << tempo;
+        EXPECT_EQ(bool(cache.changed), changed) << tempo;
+        EXPECT_DOUBLE_EQ(cache.secPerBeat, secPerBeat) << tempo;
+        EXPECT_DOUBLE_EQ(cache.beatsPerSample, 1.0 / secPerBeat / 48000.0) << tempo;
     }
     // A new sample rate re-derives the per-sample value only.
     SetTimeBase(96000.0);
@@ -78,14 +74,9 @@ TEST(SongPosition, HostPositionWhilePlayingAndTempoCountWhileStopped)
 
 TEST(SongPosition, BeatBarAndOddBarEdges)
 {
-    struct Step
-    {
-        double pos;
-        int numerator;
-        bool beat, bar, odd;
-    };
-    // Bars of 3 beats: bar 1 starts at beat 3, bar 2 at beat 6, bar 3 at beat 9.
-    const std::vector<Step> steps{
+    // {host position, numerator, beat, bar, odd bar}. Bars of 3 beats: bar 1 starts at beat 3, bar 2
+    // at beat 6, bar 3 at beat 9.
+    const std::vector<std::tuple<double, int, bool, bool, bool>> steps{
         {0.0, 3, false, false, false}, {0.5, 3, false, false, false},  {1.0, 3, true, false, false},
         {2.99, 3, true, false, false}, {3.0, 3, true, true, true},     {3.7, 3, false, false, false},
         {6.2, 3, true, true, false},   {6.9, 3, false, false, false},  {9.0, 3, true, true, true},
@@ -93,13 +84,12 @@ TEST(SongPosition, BeatBarAndOddBarEdges)
         {8.0, 4, true, true, false},   {12.0, 4, true, true, true},    {12.1, 4, false, false, false},
     };
     SongPosition pos;
-    for (std::size_t i = 0; i < steps.size(); ++i)
+    for (const auto& [at, numerator, beat, bar, odd] : steps)
     {
-        SCOPED_TRACE(i);
-        pos.Advance(Playing(steps[i].pos, steps[i].numerator), 0.0);
-        EXPECT_EQ(pos.mFlags.beatChanged, steps[i].beat);
-        EXPECT_EQ(pos.mFlags.barChanged, steps[i].bar);
-        EXPECT_EQ(pos.mFlags.oddBar, steps[i].odd);
+        pos.Advance(Playing(at, numerator), 0.0);
+        EXPECT_EQ(pos.mFlags.beatChanged, beat) << at;
+        EXPECT_EQ(pos.mFlags.barChanged, bar) << at;
+        EXPECT_EQ(pos.mFlags.oddBar, odd) << at;
     }
     // Without a numerator there are beats but no bars.
     SongPosition free;
@@ -114,61 +104,35 @@ TEST(SongPosition, BeatBarAndOddBarEdges)
     EXPECT_EQ(bars, 0);
 }
 
-TEST(NoteTable, FactorsAndFreeEntries)
-{
-    EXPECT_EQ(DelayTimeFactor(0), 1.0);
-    EXPECT_EQ(TapTimeFactor(0), 0.0);
-    const double factors[] = {0.5,   0.25,   0.125,     0.0625,    0.75,
-                              0.375, 0.1875, 1.0 / 3.0, 1.0 / 6.0, 1.0 / 12.0};
-    for (int i = 1; i <= 10; ++i)
-    {
-        EXPECT_DOUBLE_EQ(DelayTimeFactor(i), factors[i - 1]) << i;
-        EXPECT_DOUBLE_EQ(TapTimeFactor(i), factors[i - 1]) << i;
-    }
-}
-
 // Slot times in samples: free times in seconds, synced ones as count x note value in beats, both
-// scaled by 2^(scale / 100); the tap step alike.
-TEST(SlotTiming, FreeAndSyncedTimesInSamplesWithTimeScale)
+// scaled by 2^(scale / 100); the tap step alike, and leaving sync gives the free times back.
+TEST(SlotTiming, NoteValuesFreeTimesTimeScaleAndTapStep)
 {
+    RateGuard guard(96000.0);
     TempoCache tempo;
     tempo.Update(100.0); // 0.6 s a beat
-    EXPECT_DOUBLE_EQ(DelayTimeScale(-100.0), 0.5);
-    EXPECT_DOUBLE_EQ(DelayTimeScale(50.0), std::sqrt(2.0));
-    // {timebase, expected seconds left, right} with 250 / 1000 ms free and counts 3 / 2.
-    struct Row
+    const double scale = DelayTimeScale(-100.0);
+    EXPECT_DOUBLE_EQ(scale, 0.5);
+    // Beats of each note value: 1/8 .. 1/64, dotted, triplets.
+    const double beats[] = {0.5, 0.25, 0.125, 0.0625, 0.75, 0.375, 0.1875, 1.0 / 3.0, 1.0 / 6.0, 1.0 / 12.0};
+    SlotTiming slot;
+    slot.SetFreeTimeMs(0, 250.0);
+    slot.SetFreeTimeMs(1, 1000.0);
+    slot.SetDelayFactor(0, 3);
+    slot.SetDelayFactor(1, 2);
+    slot.SetTapTimeMs(125.0);
+    for (int k = 1; k <= 11; ++k)
     {
-        int timebase;
-        double left, right;
-    };
-    const Row rows[] = {
-        {0, 0.25, 1.0}, {5, 3 * 0.75 * 0.6, 2 * 0.75 * 0.6}, {10, 3 * 0.6 / 12, 2 * 0.6 / 12}};
-    for (double rate : {44100.0, 96000.0})
-        for (double scalePercent : {-100.0, 50.0})
-        {
-            RateGuard guard(rate);
-            const double scale = DelayTimeScale(scalePercent);
-            SlotTiming slot;
-            slot.SetFreeTimeMs(0, 250.0);
-            slot.SetFreeTimeMs(1, 1000.0);
-            slot.SetDelayFactor(0, 3);
-            slot.SetDelayFactor(1, 2);
-            for (const Row& r : rows)
-            {
-                SCOPED_TRACE(testing::Message()
-                             << rate << " Hz, scale " << scalePercent << ", " << r.timebase);
-                slot.SetTimebase(r.timebase);
-                EXPECT_EQ(slot.Synced(), r.timebase != 0);
-                const double unit = slot.Unit(tempo.secPerBeat, scale);
-                EXPECT_NEAR(unit * slot.Time(0), r.left * rate * scale, 1e-9);
-                EXPECT_NEAR(unit * slot.Time(1), r.right * rate * scale, 1e-9);
-            }
-            slot.SetTimebase(0); // back to free: the free times come back unchanged
-            EXPECT_EQ(slot.Time(1), 1.0);
-            slot.SetTapTimeMs(125.0);
-            EXPECT_NEAR(slot.TapStepSamples(tempo.secPerBeat, scale), 0.125 * rate * scale, 1e-9);
-            slot.SetTapTimebase(2); // 1/16
-            EXPECT_NEAR(slot.TapStepSamples(tempo.secPerBeat, scale), 0.25 * 0.6 * rate * scale, 1e-9);
-        }
-    EXPECT_NEAR(SyncedBeatsToFreeMs(1.0 / 12.0, 0.5), 41.6667, 1e-4);
+        const int timebase = k % 11; // free last, after the synced ones
+        const double beat = timebase == 0 ? 0.0 : beats[timebase - 1] * 0.6;
+        slot.SetTimebase(timebase);
+        slot.SetTapTimebase(timebase);
+        EXPECT_EQ(slot.Synced(), timebase != 0);
+        const double unit = slot.Unit(tempo.secPerBeat, scale), samples = 96000.0 * scale;
+        EXPECT_NEAR(unit * slot.Time(0), (timebase == 0 ? 0.25 : 3 * beat) * samples, 1e-9) << timebase;
+        EXPECT_NEAR(unit * slot.Time(1), (timebase == 0 ? 1.0 : 2 * beat) * samples, 1e-9) << timebase;
+        EXPECT_NEAR(slot.TapStepSamples(tempo.secPerBeat, scale), (timebase == 0 ? 0.125 : beat) * samples,
+                    1e-9)
+            << timebase;
+    }
 }

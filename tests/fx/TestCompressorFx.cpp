@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 using namespace filtertest;
@@ -27,31 +28,17 @@ double SteadyGainDb(CompressorFx& c, double rmsDb)
         sx += x[n] * x[n], sy += y[n] * y[n];
     return 10.0 * std::log10(sy / sx);
 }
-
-// Knob fraction of a ratio under the law 1 + 19 x^2.
-double RatioKnob(double ratio)
-{
-    return std::sqrt((ratio - 1.0) / 19.0);
-}
 } // namespace
 
-// Threshold -30 dB (knob 0.5), a signal 20 dB above it: ratio 4 takes off 15 dB, ratio 1 nothing,
-// and the makeup knob adds 24 dB per unit on top.
+// Threshold -30 dB (knob 0.5), a signal 20 dB above it: ratio 4 takes off 15 dB, ratio 2 10 dB, and
+// the makeup knob adds 24 dB per unit on top. The compressor's own law (knee, ratio 1, below the
+// threshold) is measured in the dynamics suite.
 TEST(CompressorFx, SteadyReductionFollowsRatio)
 {
-    const struct
-    {
-        double ratio, makeup, want;
-    } cases[] = {{4.0, 0.0, -15.0}, {1.0, 0.0, 0.0}, {2.0, 0.5, -10.0 + 12.0}, {20.0, 0.0, -19.0}};
-    for (const auto& c : cases)
+    for (const auto& [ratio, makeup, want] : {std::tuple{4.0, 0.0, -15.0}, {2.0, 0.5, -10.0 + 12.0}})
     {
         CompressorFx comp(false);
-        fxrig::SetParams(comp, {0.5, RatioKnob(c.ratio), 0.3, 0.3, c.makeup});
-        EXPECT_NEAR(SteadyGainDb(comp, -10.0), c.want, 0.1) << "ratio " << c.ratio;
-        EXPECT_DOUBLE_EQ(double(comp.mMix), 1.0);
+        fxrig::SetParams(comp, {0.5, std::sqrt((ratio - 1.0) / 19.0), 0.3, 0.3, makeup}); // 1 + 19 x^2
+        EXPECT_NEAR(SteadyGainDb(comp, -10.0), want, 0.1) << "ratio " << ratio;
     }
-    // Below the threshold nothing happens, whatever the ratio.
-    CompressorFx comp(false);
-    fxrig::SetParams(comp, {0.5, 1.0});
-    EXPECT_NEAR(SteadyGainDb(comp, -35.0), 0.0, 0.05);
 }

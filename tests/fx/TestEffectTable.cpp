@@ -1,5 +1,6 @@
 #include "dsp/TimeBase.h"
 #include "fx/EffectTable.h"
+#include "fx/FxFactory.h"
 #include "fx/FxParamLaw.h"
 #include "fx/MasterFxLaws.h"
 
@@ -16,16 +17,22 @@ const std::set<int> kTypeIds{0,  1,  2,  3,  4,  5,  6,  14, 15, 16, 17, 18, 19,
 
 } // namespace
 
-TEST(EffectTable, HoldsExactlyTheTypeIds)
+// The table holds exactly the stored type ids, and the factory builds a left and a right module for
+// each of them but OFF, and a master module for the master types alone.
+TEST(EffectTable, HoldsExactlyTheTypeIdsAndTheFactoryBuildsThem)
 {
     for (int id = -2; id < 70; ++id)
     {
         const FxTypeInfo* info = FindFxType(id);
         ASSERT_EQ(info != nullptr, kTypeIds.count(id) == 1) << id;
-        if (info != nullptr)
+        EXPECT_TRUE(info == nullptr || info->id == id) << id;
+        for (bool isRight : {false, true})
         {
-            EXPECT_EQ(info->id, id);
+            const std::unique_ptr<DSPShell> m = CreateFxModule(id, isRight);
+            ASSERT_EQ(m != nullptr, info != nullptr && id != 0) << id;
+            EXPECT_TRUE(m == nullptr || m->mChannelSign == (isRight ? -1.0 : 1.0)) << id;
         }
+        EXPECT_EQ(CreateMasterFxModule(id) != nullptr, id >= 39 && id <= 45) << id;
     }
     EXPECT_EQ(FxTypeTable().size(), kTypeIds.size());
     // Stored words with their trailing blanks and misspellings.
@@ -48,6 +55,8 @@ TEST(EffectTable, MenusLeadToTheirIds)
         EXPECT_NE(FxTypeFromMenu(kFxMenuFeedback, i), 37) << i;
 }
 
+// Which types route a modulation of P5 to the slot's mix: all but OFF, WAVE SHAPE, COMB, VOWEL and
+// the compressor, whose P5 is a parameter of their own.
 TEST(EffectTable, P5IsMixForAllButFourTypes)
 {
     for (int id : kTypeIds)
@@ -82,46 +91,27 @@ TEST(FxParamLaw, ListsTakeTheIndexAtTheirSteps)
 
 TEST(MasterFxLaws, KnobsMapToTheirModuleValues)
 {
-    // {type, knob, percent, module parameter, value} at 48 kHz.
-    struct Row
-    {
-        int type, knob;
-        double percent;
-        int id;
-        double value;
-    };
-    const Row rows[] = {
-        {40, 0, 100.0, 0, 30.0},                        // hall size, seconds
-        {41, 1, 50.0, 1, 4800.0},                       // room pre-delay: 100 ms
-        {40, 1, 100.0, 1, 24000.0},                     // hall pre-delay: 500 ms
-        {40, 2, 100.0, 2, 0.61568910657988},            // high-pass knob at the top
-        {41, 3, 100.0, 3, 0.9},                         // room damping
-        {39, 0, 0.0, 0, 1.2},                           // ambience size 1.2 .. 5.2
-        {39, 0, 100.0, 0, 5.2},                         //
-        {39, 1, 100.0, 1, std::sqrt(0.999) + 0.0005},   // decay with its small floor
-        {39, 3, 100.0, 3, 1.0 - 0.768621786840241},     // damp falls from the top
-        {42, 0, 100.0, 0, std::pow(10.0, 18.0 / 40.0)}, // shelves take amplitudes
-        {42, 3, 0.0, 3, std::pow(10.0, -18.0 / 40.0)},  //
-        {42, 2, 100.0, 2, 1.0},                         // peaks the knob fraction
-        {42, 1, 100.0, 1, 5000.0},                      // frequencies in hertz
-        {43, 3, 100.0, 3, 20000.0},                     //
-        {44, 1, 100.0, 1, 1000.0},                      //
-        {44, 3, 100.0, 3, 7500.0},                      //
-        {44, 2, 75.0, 2, std::pow(10.0, 9.0 / 40.0)},   //
-        {45, 3, 100.0, 3, 5.0},                         // drive mode = trunc(v / 20)
-        {45, 3, 99.9, 3, 4.0},                          //
-        {45, 1, 40.0, 1, 0.4},                          //
-        {38, 0, 50.0, -1, 0.0},                         // OFF, unknown types and knobs beyond the
-        {46, 0, 50.0, -1, 0.0},                         // fourth set nothing
-        {40, 4, 50.0, -1, 0.0},                         //
+    // {type, knob, percent, module parameter, value} at 48 kHz; the equalisers' gains and
+    // frequencies are measured through their modules with the factory.
+    const std::tuple<int, int, double, int, double> rows[] = {
+        {41, 1, 50.0, 1, 4800.0},                     // room pre-delay: 100 ms
+        {40, 1, 100.0, 1, 24000.0},                   // hall pre-delay: 500 ms
+        {40, 2, 100.0, 2, 0.61568910657988},          // high-pass knob at the top
+        {41, 3, 100.0, 3, 0.9},                       // room damping
+        {39, 0, 0.0, 0, 1.2},                         // ambience size, from 1.2
+        {39, 1, 100.0, 1, std::sqrt(0.999) + 0.0005}, // decay with its small floor
+        {45, 3, 100.0, 3, 5.0},                       // drive mode = trunc(v / 20)
+        {45, 3, 99.9, 3, 4.0},                        //
+        {38, 0, 50.0, -1, 0.0},                       // OFF, unknown types and knobs beyond the
+        {46, 0, 50.0, -1, 0.0},                       // fourth set nothing
+        {40, 4, 50.0, -1, 0.0},                       //
     };
     SetTimeBase(48000.0);
-    for (const Row& r : rows)
+    for (const auto& [type, knob, percent, id, value] : rows)
     {
-        const MasterFxSetting s = MasterFxParam(r.type, r.knob, r.percent);
-        EXPECT_EQ(s.id, r.id) << r.type << " knob " << r.knob;
-        EXPECT_NEAR(r.id >= 0 ? s.value : 0.0, r.value, 1e-9 * std::max(1.0, r.value))
-            << r.type << " knob " << r.knob;
+        const MasterFxSetting s = MasterFxParam(type, knob, percent);
+        EXPECT_EQ(s.id, id) << type << " knob " << knob;
+        EXPECT_NEAR(id >= 0 ? s.value : 0.0, value, 1e-9 * std::max(1.0, value)) << type << " knob " << knob;
     }
     SetTimeBase(44100.0);
     EXPECT_EQ(MasterFxDisplay(40, 0, 100.0), "30.0 s");

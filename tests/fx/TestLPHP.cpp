@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <complex>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -41,11 +42,6 @@ std::complex<double> Drive(double hz)
     return 0.5 * (1.0 + std::polar(1.0, -2.0 * M_PI * hz / kRate));
 }
 
-double Db(std::complex<double> h)
-{
-    return 20.0 * std::log10(std::abs(h));
-}
-
 std::complex<double> Serial(int lowN, double lowX, int highN, double highX, double hz)
 {
     return Drive(hz) * std::pow(Section(false, lowX, hz), lowN) * std::pow(Section(true, highX, hz), highN);
@@ -64,41 +60,30 @@ double Measure(DSPShell& f, double hz)
 TEST_F(LPHPTest, CornersAndSlopesPerModeAndVariableSlope)
 {
     const double corner = MapFreqHz(0.5f); // about 1 kHz
-    struct Row
-    {
-        bool variable;
-        double hp, lp;
-        int mode, lowN, highN;
-        double probe; // over the corner
-    };
-    const Row rows[] = {
+    // {VARILPHP, high-pass, low-pass, mode or slope, low-pass sections, high-pass sections, probe
+    // frequency over the corner}
+    const std::tuple<bool, double, double, int, int, int, double> rows[] = {
         {false, 0.0, 0.5, 0, 2, 2, 1.0}, {false, 0.0, 0.5, 1, 4, 4, 2.0}, {false, 0.0, 0.5, 2, 6, 6, 4.0},
         {false, 0.5, 0.9, 0, 2, 2, 1.0}, {false, 0.5, 0.9, 1, 4, 4, 0.5}, {false, 0.5, 0.9, 2, 6, 6, 0.5},
         {true, 0.5, 0.9, 0, 4, 1, 0.5},  {true, 0.5, 0.9, 1, 3, 2, 0.5},  {true, 0.5, 0.9, 2, 2, 3, 0.5},
         {true, 0.5, 0.9, 3, 1, 4, 0.5},
     };
-    for (const Row& r : rows)
+    for (const auto& [variable, hp, lp, mode, lowN, highN, probe] : rows)
     {
         SCOPED_TRACE(testing::Message()
-                     << (r.variable ? "VARILPHP slope " : "LPHP mode ") << r.mode << " at " << r.probe);
-        std::unique_ptr<DSPShell> f;
-        if (r.variable)
-        {
-            f = std::make_unique<VARILPHP>(false);
-            SetParams(*f, {r.hp, double(r.mode), r.lp, double(3 - r.mode)});
-        }
+                     << (variable ? "VARILPHP slope " : "LPHP mode ") << mode << " at " << probe);
+        std::unique_ptr<DSPShell> f(variable ? static_cast<DSPShell*>(new VARILPHP(false)) : new LPHP(false));
+        if (variable)
+            SetParams(*f, {hp, double(mode), lp, double(3 - mode)});
         else
-        {
-            f = std::make_unique<LPHP>(false);
-            SetParams(*f, {r.hp, r.lp, 0.0, double(r.mode)});
-        }
+            SetParams(*f, {hp, lp, 0.0, double(mode)});
         f->Reset();
-        const double hz = r.probe * corner;
-        EXPECT_NEAR(Measure(*f, hz), Db(Serial(r.lowN, r.lp, r.highN, r.hp, hz)), 0.1);
-        if (r.probe == 0.5)
+        const double hz = probe * corner;
+        EXPECT_NEAR(Measure(*f, hz), testmeasure::Db(std::abs(Serial(lowN, lp, highN, hp, hz))), 0.1);
+        if (probe == 0.5)
         {
             const double slope = Measure(*f, hz) - Measure(*f, hz / 2);
-            EXPECT_NEAR(slope, 12.0 * r.highN, 0.03 * 12.0 * r.highN);
+            EXPECT_NEAR(slope, 12.0 * highN, 0.03 * 12.0 * highN);
         }
     }
 }
@@ -130,6 +115,6 @@ TEST_F(LPHPTest, ParallelModeSumsWithoutReset)
     {
         const std::complex<double> sum =
             Drive(hz) * (std::pow(Section(false, 0.3, hz), 2) + std::pow(Section(true, 0.7, hz), 2));
-        EXPECT_NEAR(Measure(f, hz), Db(sum), 0.05) << hz;
+        EXPECT_NEAR(Measure(f, hz), testmeasure::Db(std::abs(sum)), 0.05) << hz;
     }
 }

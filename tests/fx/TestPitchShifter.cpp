@@ -44,9 +44,7 @@ Line Analyse(MVPitchShifter& fx, double inHz)
     }
     std::vector<std::complex<double>> bins(kFftSize);
     for (int i = 0; i < kFftSize; ++i)
-    {
         bins[size_t(i)] = fxrig::BlackmanHarris(size_t(i), kFftSize) * out[size_t(settle + i)];
-    }
     Fft(bins);
     std::vector<double> db(kFftSize / 2);
     for (int k = 0; k < kFftSize / 2; ++k)

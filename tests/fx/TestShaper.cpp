@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -116,16 +117,12 @@ TEST_F(ShaperTest, SlotShapersFollowTheirLaws)
     }
     // DESTROY folds (1 + min(15 a, 3)) x, NOISE (1 + min(7.5 a^2, 3)) x at half output: small-signal
     // gains, and odd partials only once the fold is reached.
-    const struct
+    for (const auto& [type, amount, gain] :
+         {std::tuple{18, 0.1, 2.5}, {18, 1.0, 4.0}, {20, 0.5, 0.5 * 2.875}, {20, 1.0, 2.0}})
     {
-        int type;
-        double amount, gain;
-    } folds[] = {{18, 0.1, 2.5}, {18, 1.0, 4.0}, {20, 0.5, 0.5 * 2.875}, {20, 1.0, 2.0}};
-    for (const auto& c : folds)
-    {
-        SCOPED_TRACE(c.type);
-        Shaper s(c.type, false);
-        EXPECT_NEAR(Analyse(Open(s, c.amount), 0.01).h[1] / 0.01, c.gain, 0.01);
+        SCOPED_TRACE(type);
+        Shaper s(type, false);
+        EXPECT_NEAR(Analyse(Open(s, amount), 0.01).h[1] / 0.01, gain, 0.01);
         const Spectrum loud = Analyse(s, 0.8);
         EXPECT_GT(loud.h[3], 0.05 * loud.h[1]);
         EXPECT_LT(loud.h[2], 1e-9 * loud.h[1]);

@@ -6,7 +6,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
-#include <vector>
+#include <tuple>
 
 namespace
 {
@@ -84,20 +84,18 @@ TEST(EnvelopeSource, TriggerOncePerRiseToFullLevel)
     // {blocks, input: 's'ine, 'z'eros or 'n'o source, triggers expected in them}: 0.3 s bursts
     // and 0.5 s of silence, long enough to fall back to idle.
     const int burst = int(0.3 * gSampleRate / gBlockLen), rest = int(0.5 * gSampleRate / gBlockLen);
-    struct Stretch
-    {
-        int blocks;
-        char input;
-        int triggers;
-    };
-    for (const Stretch& s : {Stretch{200, 'z', 0}, Stretch{burst, 's', 1}, Stretch{rest, 'z', 0},
-                             Stretch{burst, 's', 1}, Stretch{1, 'n', 0}, Stretch{1, 's', 1}})
+    for (const auto& [blocks, input, expected] : {std::tuple{200, 'z', 0},
+                                                  {burst, 's', 1},
+                                                  {rest, 'z', 0},
+                                                  {burst, 's', 1},
+                                                  {1, 'n', 0},
+                                                  {1, 's', 1}})
     {
         int triggers = 0, full = 0;
-        for (int b = 0; b < s.blocks; ++b)
+        for (int b = 0; b < blocks; ++b)
         {
-            const Block in = s.input == 's' ? sine.Next() : silence;
-            env.SetSourceBuffer(s.input == 'n' ? nullptr : in.data());
+            const Block in = input == 's' ? sine.Next() : silence;
+            env.SetSourceBuffer(input == 'n' ? nullptr : in.data());
             const double before = env.Level();
             env.Process(nullptr, nullptr);
             full += env.Level() >= 1.0;
@@ -105,12 +103,12 @@ TEST(EnvelopeSource, TriggerOncePerRiseToFullLevel)
             {
                 ++triggers;
                 EXPECT_GE(env.Level(), 1.0);
-                EXPECT_TRUE(before < 1.0 || s.blocks == 1); // a forgotten level may still read full
+                EXPECT_TRUE(before < 1.0 || blocks == 1); // a forgotten level may still read full
             }
         }
-        EXPECT_EQ(triggers, s.triggers) << s.input << " for " << s.blocks << " blocks";
-        EXPECT_TRUE(s.input != 's' || s.blocks == 1 || full > 50) << full; // held full, yet one pulse
-        EXPECT_TRUE(s.input != 'z' || env.Level() < 1.0) << "still held after the silence";
+        EXPECT_EQ(triggers, expected) << input << " for " << blocks << " blocks";
+        EXPECT_TRUE(input != 's' || blocks == 1 || full > 50) << full; // held full, yet one pulse
+        EXPECT_TRUE(input != 'z' || env.Level() < 1.0) << "still held after the silence";
     }
     env.SetSourceBuffer(silence.data());
     for (int b = 0; b < 200; ++b)
@@ -155,21 +153,13 @@ TEST(EnvelopeSource, PairedRunMatchesSingleRuns)
 {
     SetTimeBase(48000.0);
     EnvelopeSource single[2], paired[2];
-    for (EnvelopeSource* env : {&single[0], &paired[0]})
+    for (EnvelopeSource* env : {&single[0], &paired[0], &single[1], &paired[1]})
     {
-        env->SetLocut(200.0);
-        env->SetHicut(3000.0);
-        env->SetGain(6.0);
-        env->SetAttack(3.0);
-        env->SetDecay(80.0);
-        env->Reset();
-    }
-    for (EnvelopeSource* env : {&single[1], &paired[1]})
-    {
-        SetUpGate(*env);
-        env->SetLocut(60.0);
-        env->SetHicut(12000.0);
-        env->SetListen(true);
+        if (env == &single[1] || env == &paired[1])
+            SetUpGate(*env), env->SetLocut(60.0), env->SetHicut(12000.0), env->SetListen(true);
+        else
+            env->SetLocut(200.0), env->SetHicut(3000.0), env->SetGain(6.0), env->SetAttack(3.0),
+                env->SetDecay(80.0), env->Reset();
     }
     Sine loud{0.5}, quiet{0.05};
     std::size_t differing = 0, nonzero = 0;
@@ -177,17 +167,14 @@ TEST(EnvelopeSource, PairedRunMatchesSingleRuns)
     {
         const Block x = loud.Next();
         const Block y = b % 300 < 150 ? quiet.Next() : loud.Next();
-        if (b == 400)
-            for (EnvelopeSource* env : {&single[0], &paired[0]})
-                env->SetHicut(800.0);
-        if (b == 700)
-            for (EnvelopeSource* env : {&single[1], &paired[1]})
-                env->SetLocut(1500.0);
-        const bool missing = b >= 900 && b < 1000;
-        for (EnvelopeSource* env : {&single[0], &paired[0]})
-            env->SetSourceBuffer(x.data());
-        for (EnvelopeSource* env : {&single[1], &paired[1]})
-            env->SetSourceBuffer(missing ? nullptr : y.data());
+        const bool missing = b >= 900 && b < 1000; // the second source is missing for a while
+        for (int e = 0; e < 2; ++e)
+            for (EnvelopeSource* env : {&single[e], &paired[e]})
+            {
+                if (b == 400 && e == 0) env->SetHicut(800.0);
+                if (b == 700 && e == 1) env->SetLocut(1500.0);
+                env->SetSourceBuffer(e == 0 ? x.data() : (missing ? nullptr : y.data()));
+            }
         Block listenSingle{}, listenPaired{};
         single[0].Process(listenSingle.data(), nullptr);
         single[1].Process(listenSingle.data(), nullptr);

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cmath>
-#include <numbers>
 #include <tuple>
 
 namespace
@@ -98,7 +97,10 @@ TEST(LogicModule, ModesDepthsAndClipOnKnownInputs)
         EXPECT_NEAR(modulated.Output()[i], 0.5 * (0.2 - 0.5 * depth[i]), 1e-12) << i;
 }
 
-TEST(LogicModule, SmoothingTimeConstantAtTwoRatesAndDepthAfterIt)
+// The smoothing pole's time constant is the set time / (2 pi) at every rate; the depth acts after
+// the smoother, 0 ms passes the input straight through, and the module reads its own output one
+// block late.
+TEST(LogicModule, SmoothingDepthAfterItAndOwnOutputReadLate)
 {
     const Block one = Constant(0.8);
     for (double rate : {44100.0, 96000.0})
@@ -108,16 +110,14 @@ TEST(LogicModule, SmoothingTimeConstantAtTwoRatesAndDepthAfterIt)
         logic.SetSource1(one.data());
         logic.SetSmooth(10.0);
         logic.Reset();
-        // The pole's time constant is 10 ms / (2 pi): 63 % of the step after that many samples.
-        const double tau = 0.010 * rate / (2.0 * std::numbers::pi);
-        int crossing = -1;
+        int crossing = -1; // the sample that reaches 63 % of the step
         for (int block = 0; block < 40 && crossing < 0; ++block)
         {
             logic.Process();
             for (int i = 0; i < gBlockLen && crossing < 0; ++i)
                 if (logic.Output()[i] >= 0.8 * (1.0 - std::exp(-1.0))) crossing = block * gBlockLen + i + 1;
         }
-        EXPECT_NEAR(crossing, tau, 1.0) << rate;
+        EXPECT_NEAR(crossing, 0.010 * rate / (2.0 * M_PI), 1.0) << rate;
         // Halving the depth mid-ramp halves the very next sample: the smoother does not see it.
         const double before = logic.Output()[gBlockLen - 1];
         logic.SetDepth(50.0);
@@ -130,30 +130,26 @@ TEST(LogicModule, SmoothingTimeConstantAtTwoRatesAndDepthAfterIt)
     }
     SetTimeBase(44100.0);
 
-    // 0 ms passes the input straight through from the first sample.
     LogicModule direct;
     direct.SetSource1(one.data());
     direct.SetSmooth(0.0);
     direct.Process();
     EXPECT_DOUBLE_EQ(direct.Output()[0], 0.8);
-}
 
-TEST(LogicModule, ReadsItsOwnOutputOneBlockLate)
-{
-    // Depth modulated by the module's own output: w = last output + 0.5, out = 0.5 w, so the
-    // outputs run 0.25, 0.375, 0.4375, ... towards 0.5.
+    // Depth modulated by the module's own output, which it reads one block late: w = last output +
+    // 0.5, out = 0.5 w, so the outputs run 0.25, 0.375, 0.4375, ... towards 0.5.
     const Block a = Constant(0.5);
     Block bank{};
-    LogicModule logic(bank.data());
-    logic.SetSource1(a.data());
-    logic.SetDepthSource(bank.data());
-    logic.SetDepthMod(100.0);
-    logic.SetDepth(50.0);
+    LogicModule own(bank.data());
+    own.SetSource1(a.data());
+    own.SetDepthSource(bank.data());
+    own.SetDepthMod(100.0);
+    own.SetDepth(50.0);
     double expected = 0.0;
     for (int block = 0; block < 4; ++block)
     {
         expected = 0.5 * (expected + 0.5);
-        logic.Process();
+        own.Process();
         for (int i = 0; i < gBlockLen; ++i)
             ASSERT_NEAR(bank[i], expected, 1e-12) << block << ", " << i;
     }

@@ -6,10 +6,9 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <cstring>
 #include <limits>
 #include <numbers>
-#include <set>
+#include <tuple>
 
 // The wave tables are measured like signals: start, extremes, mean, jumps, monotonic runs,
 // harmonics.
@@ -71,19 +70,12 @@ TEST(WaveStore, BoundedRecordsInIdOrderAndTheMenuOfTwentySeven)
         EXPECT_EQ(list[i]->id, menuIds[i]) << i;
         EXPECT_STREQ(list[i]->name, kWaveMenuNames[i]);
     }
-    EXPECT_STREQ(kWaveMenuNames[26], "S&H");
 }
 
 TEST(WaveStore, ShapesHaveTheirStartExtremesMeanAndJumps)
 {
     // {id, first point, min, max, mean, jump threshold, jumps}; kAny where the shape leaves it free.
-    struct Row
-    {
-        int id;
-        double first, min, max, mean, threshold;
-        int jumps;
-    };
-    const Row rows[] = {
+    const std::tuple<int, double, double, double, double, double, int> rows[] = {
         {0, 0.0, -1.0, 1.0, 0.0, 0.01, 0},       // SIN1
         {6, 0.0, -0.71, 0.91, kAny, 0.1, 0},     // SIN7
         {7, 0.0, kAny, kAny, kAny, 0.04, 3},     // SIN8: a chirp with three small jumps
@@ -99,17 +91,17 @@ TEST(WaveStore, ShapesHaveTheirStartExtremesMeanAndJumps)
         {32, 1.0, -1.0, 1.0, kAny, 0.01, 0},     // THE RIDE
         {33, -1.0, -1.0, 0.98, kAny, 0.01, 0},   // SLIDE
     };
-    for (const Row& r : rows)
+    for (const auto& [id, first, min, max, mean, threshold, jumps] : rows)
     {
-        const double* t = Wave(r.id);
-        ExpectNear(t[0], r.first, 1e-9, "first point", r.id);
-        ExpectNear(*std::min_element(t, t + kN), r.min, 1e-9, "minimum", r.id);
-        ExpectNear(*std::max_element(t, t + kN), r.max, 1e-9, "maximum", r.id);
-        double mean = 0.0;
+        const double* t = Wave(id);
+        ExpectNear(t[0], first, 1e-9, "first point", id);
+        ExpectNear(*std::min_element(t, t + kN), min, 1e-9, "minimum", id);
+        ExpectNear(*std::max_element(t, t + kN), max, 1e-9, "maximum", id);
+        double average = 0.0;
         for (int n = 0; n < kN; ++n)
-            mean += t[n] / kN;
-        ExpectNear(mean, r.mean, 0.01, "mean", r.id);
-        EXPECT_EQ(Jumps(t, r.threshold), r.jumps) << r.id;
+            average += t[n] / kN;
+        ExpectNear(average, mean, 0.01, "mean", id);
+        EXPECT_EQ(Jumps(t, threshold), jumps) << id;
     }
     // Pulses: +1 for their duty, then -1, one jump.
     for (const auto& [id, high] : {std::pair{17, 2048}, {34, 1366}, {35, 1024}, {36, 512}, {37, 256}})
@@ -139,13 +131,10 @@ TEST(WaveStore, ShapesHaveTheirStartExtremesMeanAndJumps)
 
 TEST(WaveStore, HarmonicContentOfTheSineFamilyAndTheSaw)
 {
+    // (SIN4, which an LFO of the golden renders plays, is pinned there.)
     EXPECT_NEAR(Harmonic(Wave(1), 1), 0.568, 0.003); // SIN2: first and second equal
     EXPECT_NEAR(Harmonic(Wave(1), 2), 0.568, 0.003);
     EXPECT_NEAR(Harmonic(Wave(2), 1) / Harmonic(Wave(2), 4), 0.412 / 0.314, 1e-6); // SIN3
-    // SIN4: windowed carrier on the 6th, neighbours at about 0.2.
-    EXPECT_NEAR(Harmonic(Wave(3), 6), 0.494, 0.03);
-    EXPECT_NEAR(Harmonic(Wave(3), 5), 0.197, 0.05);
-    EXPECT_LT(Harmonic(Wave(3), 3), 0.01);
     // SIN5: one spike in the first eighth, then only a small tail.
     const double* s5 = Wave(4);
     for (int n = kN / 8 + 1; n < kN; ++n)

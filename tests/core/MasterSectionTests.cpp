@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <tuple>
 #include <vector>
 
 #include "common/Noise.h"
@@ -107,6 +108,24 @@ class MasterSectionTest : public ::testing::Test
     MasterSection master{fields};
     const Stereo silent = Stereo(60 * kBlock);
 };
+
+// Output = a L + b R on the left and b L + a R on the right, 1 ms late. 0 is mono at half of L + R;
+// 100 skips the stage, bit for bit; 150 has mid 0.25 and side 0.5; 200 leaves half the difference.
+TEST_F(MasterSectionTest, GlobalWidthLaw)
+{
+    const Stereo wet = Noise(40 * kBlock, 0.5, 7);
+    for (const auto& [width, a, b] : {std::tuple{0.0, 0.5, 0.5},
+                                      {50.0, 0.75, 0.25},
+                                      {100.0, 1.0, 0.0},
+                                      {150.0, 0.75, -0.25},
+                                      {200.0, 0.5, -0.5}})
+    {
+        master.Clear();
+        master.SetGlobalWidth(width);
+        const double err = MixError(RunBlocks(master, Stereo(wet.Size()), wet), wet, gLookAhead, a, b);
+        EXPECT_LE(err, width == 100.0 ? 0.0 : 1e-15) << width;
+    }
+}
 
 // Switching the limiter on again later is seamless: the run that switches it on at block 30 gives
 // the output of the run that never switched it off (its look-ahead holds audio from the first

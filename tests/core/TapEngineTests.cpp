@@ -123,6 +123,53 @@ class ScalingFx : public ITapFx
 };
 } // namespace
 
+TEST(TapEngine, TapsLandAtAccumulatedStepTimesWithSwing)
+{
+    // Four taps, 1500 samples a step; swing 100 % makes the spacing 4/3 and 2/3 of a step; tap 2
+    // has a half step, which counts half (0.75 of a step) with the depth at 50 %. The last tap is
+    // the delay stage.
+    for (const double timeDepth : {100.0, 50.0})
+    {
+        TapRig rig;
+        rig.taps.SetTapCount(3);
+        rig.taps.SetSwing(100.0);
+        rig.taps.SetTimeStep(2, 50.0);
+        rig.taps.SetTimeStepDepth(timeDepth);
+        rig.io.stepSamples = 1500.0;
+        const Capture c = rig.Run(200);
+        const double third = timeDepth == 100.0 ? 1000.0 : 1500.0;
+        ExpectEchoes(c.postL, {{2000.0, 1.0}, {3000.0, 1.0}, {3000.0 + third, 1.0}, {4000.0 + third, 1.0}},
+                     timeDepth == 100.0 ? "full depth" : "half depth");
+        ExpectEchoes(c.dlyL, {{4000.0 + third, 1.0}}, "delay stage");
+    }
+}
+
+// One tap at 4000.5 samples, full swell: 16 pre-echoes k with d = k x 0.45 / 16, gain 0.45 - d, at
+// (8 d)^2 x 500 samples in front of the tap, read as a raw block that ends there, which puts it 32
+// samples later. Only k = 1..12 lie after time 0.
+TEST(TapEngine, SwellPutsPreEchoesOnASquareLawGrid)
+{
+    const auto run = [](double swellPercent)
+    {
+        TapRig rig;
+        rig.taps.SetTapCount(0);
+        rig.taps.SetSwell(swellPercent);
+        rig.io.stepSamples = 4000.5;
+        return rig.Run(140).postL;
+    };
+    const std::vector<double> dry = run(0.0), swelled = run(100.0);
+    std::vector<double> expected(dry.size(), 0.0);
+    for (int k = 1; k <= 12; ++k) // 500 x (8 x 0.45 / 16)^2 x k^2 in front
+        expected[static_cast<int>(std::floor(4000.5 - 25.3125 * k * k)) + gBlockLen] = 0.45 - 0.028125 * k;
+    int echoes = 0;
+    for (std::size_t n = 0; n < dry.size(); ++n)
+    {
+        EXPECT_NEAR(swelled[n] - dry[n], expected[n], 1e-12) << "sample " << n;
+        echoes += swelled[n] != dry[n];
+    }
+    EXPECT_EQ(echoes, 12);
+}
+
 TEST(TapEngine, LevelsAndPansInEachPanMode)
 {
     // Two taps at 2000 and 4000 samples. Tap 0: level 80 %, pan +50 %; tap 1: level 50 %, pan

@@ -77,9 +77,9 @@ template <typename Rows, typename Rules> void ExpectFitsAndNoOverlap(const Rows&
     for (size_t i = 0; i < rows.size(); ++i)
         for (size_t j = i + 1; j < rows.size(); ++j)
         {
-            const bool together = !rules || ((*rules)[i].mModes & (*rules)[j].mModes) &&
-                                                ((*rules)[i].mSync & (*rules)[j].mSync) &&
-                                                ((*rules)[i].mViews & (*rules)[j].mViews);
+            const bool together = !rules || (((*rules)[i].mModes & (*rules)[j].mModes) &&
+                                             ((*rules)[i].mSync & (*rules)[j].mSync) &&
+                                             ((*rules)[i].mViews & (*rules)[j].mViews));
             EXPECT_FALSE(Interactive(rows[i].mKind) && Interactive(rows[j].mKind) && together &&
                          rows[i].mRect.Intersects(rows[j].mRect))
                 << i << " " << j;
@@ -368,9 +368,11 @@ TEST_F(DelayEditor, ARowPresetWritesTheTapsInUseOneGestureEach)
             EXPECT_NEAR(Step(1, row, i)->GetValue(), steps[i], 1e-9) << row << " " << grid << " " << i;
         // Levels start at full: the last step of the ramp is there already and is left out.
         if (preset == 2 && !grid)
+        {
             EXPECT_EQ(plug.Gestures(),
                       OneGesture(kTapDelay2Step1Level) + " " + OneGesture(kTapDelay2Step2Level) + " " +
                           OneGesture(kTapDelay2Step3Level) + " " + OneGesture(kTapDelay2Step4Level));
+        }
     }
     EXPECT_EQ(Step(1, "LEVEL", 5)->GetValue(), untouched);
     // RANDOMIZE fills all 16 steps, the hidden ones too.

@@ -110,8 +110,10 @@ TEST_F(ModPages, EachPageBuildsItsRowsOnItsFamiliesAndShowsThemAlone)
             EXPECT_EQ(control->GetRECT(), row.mRect) << "row " << i;
             EXPECT_EQ(control->ParamIdx(), row.mKind == ELayoutKind::kMeter ? -1 : row.mParam) << "row " << i;
             if (control->ParamIdx() >= 0)
+            {
                 EXPECT_DOUBLE_EQ(control->GetValue(), plug.GetParam(control->ParamIdx())->GetNormalized())
                     << i;
+            }
         }
     }
 }

@@ -28,6 +28,21 @@ namespace
 {
 using namespace hostdoubles;
 
+// A plug-in set up for `block` frames of `Sample` at `rate`, buses `inputs` active, processing.
+template <typename Sample>
+IPlugVST3* Started(IPlugVST3* plug, HostApplication& host, double rate, int block, int inputs)
+{
+    EXPECT_EQ(plug->initialize(&host), kResultOk);
+    for (int bus = 0; bus < inputs; ++bus)
+        plug->activateBus(kAudio, kInput, bus, true);
+    plug->activateBus(kAudio, kOutput, 0, true);
+    ProcessSetup setup{kRealtime, sizeof(Sample) == 8 ? kSample64 : kSample32, block, rate};
+    EXPECT_EQ(plug->setupProcessing(setup), kResultOk);
+    plug->setActive(true);
+    plug->setProcessing(true);
+    return plug;
+}
+
 // Enough host blocks for several 32-sample engine blocks even at one frame per call.
 template <typename Sample> bool RunAutomated(double rate, int block, std::uint32_t seed)
 {
@@ -35,15 +50,7 @@ template <typename Sample> bool RunAutomated(double rate, int block, std::uint32
                  << rate << " Hz, " << block << " frames, " << sizeof(Sample) * 8 << "-bit");
     HostApplication host;
     ComponentHandler handler;
-    IPlugVST3* plug = CreatePlugInstance();
-    EXPECT_EQ(plug->initialize(&host), kResultOk);
-    for (int bus = 0; bus < 2; ++bus)
-        plug->activateBus(kAudio, kInput, bus, true);
-    plug->activateBus(kAudio, kOutput, 0, true);
-    ProcessSetup setup{kRealtime, sizeof(Sample) == 8 ? kSample64 : kSample32, block, rate};
-    EXPECT_EQ(plug->setupProcessing(setup), kResultOk);
-    plug->setActive(true);
-    plug->setProcessing(true);
+    IPlugVST3* plug = Started<Sample>(CreatePlugInstance(), host, rate, block, 2);
     plug->setComponentHandler(&handler);
     const auto nParams = static_cast<unsigned>(plug->NParams());
     AudioRig<Sample> rig(block, {2, 2}, {2});
@@ -110,4 +117,31 @@ TEST(RealtimeProcess, FullAutomationAtEveryRateAndHostBlockSize)
                 return;
 }
 
+#ifdef QUORVEX_RTSAN
+// The sanitizer watches `process` itself: a parameter handler that allocates is caught there. Without
+// this, a build that lost the realtime marks would pass every run above.
+class AllocatingPlug : public IPlugVST3
+{
+  public:
+    AllocatingPlug() : IPlugVST3(IPlugConfig{.nParams = 1, .channelIOStr = "2-2"}) {}
+    void OnParamChange(int) override { mLog.push_back(std::vector<double>(64, 1.0)); }
+    std::vector<std::vector<double>> mLog;
+};
+
+TEST(RealtimeProcessDeathTest, AnAllocationInsideProcessIsReported)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto run = []
+    {
+        HostApplication host;
+        IPlugVST3* plug = Started<double>(new AllocatingPlug, host, 48000.0, 32, 1);
+        AudioRig<double> rig(32, {2}, {2});
+        ParameterChanges changes;
+        changes.Add(0, 0, 0.5);
+        rig.data.inputParameterChanges = &changes;
+        plug->process(rig.data);
+    };
+    EXPECT_DEATH(run(), "RealtimeSanitizer");
+}
+#endif
 } // namespace

@@ -128,6 +128,60 @@ TEST_F(ArpGateTest, SyncedStepFollowsHostPosition)
     }
 }
 
+// 1/16 at 120 bpm runs free at 8 steps a second: a step every 44100 / 8 / 32 = 172.27 blocks.
+TEST_F(ArpGateTest, FreeRunningStepsAtTheTempo)
+{
+    ArpGate gate;
+    gate.setLength(16);
+    gate.setTimebase(2, nullptr);
+    const double perBlock = 4.0 * gBlockLen * 120.0 / 44100.0 / 60.0;
+    int previous = 0, changes = 0;
+    for (int j = 1; j <= 2760; ++j) // just over two seconds
+    {
+        gate.processBlock(0.0, 120.0f);
+        const bool expected = std::floor(j * perBlock) > std::floor((j - 1) * perBlock);
+        ASSERT_EQ(gate.Step() != previous, expected) << "block " << j;
+        changes += expected;
+        previous = gate.Step();
+    }
+    EXPECT_EQ(changes, 16);
+    EXPECT_EQ(gate.Step(), 0);
+}
+
+// The glide is a one-pole recursion with time constant 1.5 x 20 ms / (2 pi) towards the step's
+// value, sample by sample, alike at every rate.
+TEST_F(ArpGateTest, GlideIsAOnePoleTowardsTheStep)
+{
+    const double levels[4] = {0.9, 0.1, 0.75, 0.3};
+    for (double rate : {44100.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        ArpGate gate;
+        gate.setGlide(20.0);
+        gate.Reset();
+        gate.setPolarity(ArpGate::kBipolar);
+        gate.setDepth(0.5);
+        for (int s = 0; s < 4; ++s)
+            gate.setStepLevel(s, levels[s]);
+        gate.setLength(4);
+        const double a = std::exp(-2.0 * std::numbers::pi / (20.0 * 1.5 * 0.001 * rate));
+        std::uint8_t tick = 0;
+        gate.setClock(&tick);
+        double y = 0.0, maxErr = 0.0;
+        for (int b = 0; b < 400; ++b)
+        {
+            tick = (b % 50 == 0) ? 1 : 0;
+            gate.processBlock(0.0, 120.0f);
+            for (int k = 0; k < gBlockLen; ++k)
+            {
+                y = a * y + (1.0 - a) * (levels[gate.Step()] * 2.0 - 1.0);
+                maxErr = std::max(maxErr, std::fabs(gate.Out()[k] - 0.5 * y));
+            }
+        }
+        EXPECT_LT(maxErr, 1e-6) << rate; // the tabled powers are single precision
+    }
+}
+
 // Without glide the step value holds from the first sample, through each polarity and the depth.
 TEST_F(ArpGateTest, PolarityAndDepthShapeTheOutput)
 {

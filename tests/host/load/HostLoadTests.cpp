@@ -395,7 +395,10 @@ template <typename Sample> void CheckBypassDelaysByTheLatency(double rate)
         }
         AudioRig<Sample> warm(64, {2, 2}, {2});
         warm.data.inputParameterChanges = &bypassOff;
-        if (run == 2) ASSERT_EQ(plug.processor->process(warm.data), kResultOk);
+        if (run == 2)
+        {
+            ASSERT_EQ(plug.processor->process(warm.data), kResultOk);
+        }
         std::vector<Sample> in[2], out[2];
         // Calls shorter and longer than the latency: the ring wraps within calls and across them.
         for (int n : {1, 32, 511, 1000, 77, 300})

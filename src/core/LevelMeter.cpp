@@ -28,11 +28,10 @@ double PairMeterLaw(const double* l, const double* r, int n)
     return MeterLaw(std::max(BlockPeak(l, n), BlockPeak(r, n)) * kBusMeterBoost);
 }
 
-double SlotActivityLaw(double inL0, double inR0, bool slotOn)
+double SlotActivityLaw(double peak)
 {
-    if (!slotOn) return 0.0;
-    const double v = std::max(std::fabs(inL0), std::fabs(inR0)) * kBusMeterBoost;
-    return std::fabs(v * 4.0 / (v * 3.0 + 1.0));
+    const double v = std::fabs(peak) * kBusMeterBoost;
+    return v * 4.0 / (v * 3.0 + 1.0);
 }
 
 void LevelMeter::SetFrameRate(double frameRate)

@@ -20,9 +20,9 @@ double BlockPeak(const double* x, int n);
 double MeterLaw(double peak);
 // The larger peak of a stereo pair, times kBusMeterBoost, on the meter scale.
 double PairMeterLaw(const double* l, const double* r, int n);
-// Activity light of a slot from the first sample of its input pair: with v the larger magnitude
-// times kBusMeterBoost, |v * 4 / (v * 3 + 1)| while the slot is on, else 0. Saturates towards 4/3.
-double SlotActivityLaw(double inL0, double inR0, bool slotOn);
+// A slot's meter from its peak: with v the peak times kBusMeterBoost, |v * 4 / (v * 3 + 1)|, so
+// small echoes show and loud ones saturate towards 4/3 (the meter clamps at 1).
+double SlotActivityLaw(double peak);
 
 class LevelMeter
 {

@@ -183,10 +183,7 @@ void Quorvex::PresentReadouts()
     for (int s = 0; s < kNumSlots; ++s)
     {
         const int id = EditorReadouts::kSlot1 + s;
-        const double peak = mReadouts.TakePeak(id) * kBusMeterBoost;
-        // Shaped so small echoes show and loud ones saturate towards the top.
-        const double shaped = peak * 4.0 / (peak * 3.0 + 1.0);
-        mEditor->SetMeter(id, std::min(1.0, mMeters[id].Tick(shaped)));
+        mEditor->SetMeter(id, std::min(1.0, mMeters[id].Tick(SlotActivityLaw(mReadouts.TakePeak(id)))));
     }
     // Modulator outputs as they swing, on a 0..1 strip: their magnitude.
     for (int m = EditorReadouts::kMod1; m <= EditorReadouts::kModLast; ++m)

@@ -200,7 +200,7 @@ TEST_F(MasterSectionTest, MeterLawClampsAndBusMeter)
     const double l[kBlock] = {0.0, 0.05, -0.1};
     const double r[kBlock] = {0.0, -0.08};
     EXPECT_NEAR(PairMeterLaw(l, r, kBlock), 1.0 + 20.0 * std::log10(0.15) / 60.0, 1e-12);
-    EXPECT_EQ(SlotActivityLaw(-0.5, 0.2, false), 0.0);
+    EXPECT_NEAR(SlotActivityLaw(-0.5), 3.0 / 3.25, 1e-15); // v = 0.75: 3 / (2.25 + 1)
     EXPECT_NEAR(master.TickOutputMeter(0, nullptr, kBlock), 0.0, 1e-12);
     // The output meter moves by exp(-2 pi / 40) a frame at 25 frames a second at this rate too: a
     // block peaking at -12 dB reads 0.8 (1 - c^10) after ten frames.

@@ -1,4 +1,5 @@
 #include "common/FilterMeasure.h"
+#include "fx/DCRemover.h"
 #include "fx/FxRig.h"
 #include "fx/PhaseFilter.h"
 
@@ -53,4 +54,25 @@ TEST(PhaseFilter, StagesCoefficientFeedbackAndSpread)
                 << " Hz";
         }
     }
+}
+
+// y = 0.9999 y[-1] + x - x[-1]: a step passes at once, then decays with a time constant of 1 / (1 -
+// 0.9999) = 10,000 samples; Reset forgets the past.
+TEST(DCRemover, ConstantSettlesToZero)
+{
+    DCRemover dc;
+    double block[gBlockLen];
+    std::vector<double> y;
+    for (int b = 0; b < 2000; ++b)
+    {
+        std::fill(block, block + gBlockLen, 0.5);
+        dc.RemoveDC(block);
+        y.insert(y.end(), block, block + gBlockLen);
+    }
+    EXPECT_DOUBLE_EQ(y[0], 0.5);
+    EXPECT_NEAR(y[10000] / 0.5, std::exp(-1.0), 1e-3);
+    dc.Reset();
+    std::fill(block, block + gBlockLen, 0.5);
+    dc.RemoveDC(block);
+    EXPECT_DOUBLE_EQ(block[0], 0.5);
 }

@@ -1,6 +1,5 @@
 #include "common/Noise.h"
 #include "dsp/MDelayLine.h"
-#include "dsp/MLPF1a.h"
 #include "dsp/MSVRAP1ModDelayLine.h"
 #include "dsp/MSinOsc.h"
 
@@ -111,24 +110,6 @@ TEST(MSinOsc, StaysOnItsAmplitudeAndFrequencyOverTenMillionTicks)
     EXPECT_NEAR((lastCross - firstCross) / (crossings - 1) * w / (2.0 * M_PI), 1.0, 1e-8);
 }
 
-TEST(MLPF1a, NegativeFeedbackIsALowPassWithTheMeasuredGains)
-{
-    // y = b x - a y: a first-order response b / (1 + a z^-1), fixed by its gains at DC, b / (1 + a),
-    // and at Nyquist, b / (1 - a): a low-pass for negative a, a high-pass for positive a.
-    for (const auto& [b, a] : {std::pair{0.4f, -0.6f}, {0.05f, -0.95f}, {0.5f, 0.5f}})
-        for (const double sign : {1.0, -1.0})
-        {
-            MLPF1a lp;
-            lp.mIn = b;
-            lp.mFb = a;
-            float y = 0.0f;
-            for (int n = 0; n < 2000; ++n)
-                y = lp.Run(float(n % 2 == 0 ? 1.0 : sign)) * float(n % 2 == 0 ? 1.0 : sign);
-            const double expected = b / (1.0 + sign * a);
-            EXPECT_NEAR(y, expected, 1e-5 * expected) << "a " << a << (sign > 0.0 ? " at DC" : " at Nyquist");
-        }
-}
-
 TEST(MSVRAP1ModDelayLine, ConstantOffsetsGiveTheAllPassDelay)
 {
     const int centre = 40, depth = 8;
@@ -198,29 +179,4 @@ TEST(MSVRAP1ModDelayLine, AnExactNegativeHeadPositionStepsDownWithFractionOne)
         alternation = std::max(alternation, std::fabs(double(out[n]) - in[n - centre - 1]));
     }
     EXPECT_GT(alternation, 1e-3);
-}
-
-TEST(MSVRAP1ModDelayLine, SineModulationDelaysByCentrePlusMinusDepthFarPastTheRing)
-{
-    // The reverb's set-up: head update every 50 samples, a 2 Hz sine, depth 6 around a centre of 40.
-    const int centre = 40, depth = 6, interval = 50;
-    const double w = 2.0 * M_PI * interval * 2.0 / 44100.0;
-    MSinOsc osc, shadow;
-    osc.Setup(w, 0.7);
-    shadow.Setup(w, 0.7);
-    auto line = MakeLine(osc, centre + depth + 2, centre, depth, interval);
-
-    // A ramp passes an all-pass as the ramp delayed by the DC group delay: n - y[n] is the delay.
-    const int total = 1 << 17; // six modulator periods, about 2300 turns of the ring
-    double worst = 0.0;
-    float v = 0.0f;
-    for (int n = 0; n < total; ++n)
-    {
-        if (n % interval == 0) v = shadow.Tick();
-        const float y = line->Process();
-        line->Write(float(n));
-        if (n < 4 * interval) continue;
-        worst = std::max(worst, std::fabs(n - double(y) - ExpectedDelay(centre, double(v) * depth)));
-    }
-    EXPECT_LT(worst, 0.2);
 }

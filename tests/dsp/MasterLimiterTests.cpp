@@ -1,4 +1,5 @@
 #include "common/Measure.h"
+#include "common/Noise.h"
 #include "dsp/MasterLimitFollower.h"
 #include "dsp/MasterLimiter.h"
 #include "dsp/TimeBase.h"
@@ -12,8 +13,7 @@
 #include <vector>
 
 // The master limiter: its follower laws, the pass-through at low level (trim, boost, look-ahead),
-// the levels its stages settle on, and the mode-change fade. The ceiling on loud material is
-// measured where the master section runs the limiter.
+// the ceiling on any material, the levels its stages settle on, and the mode-change fade.
 namespace
 {
 constexpr int kN = 32;
@@ -117,6 +117,36 @@ TEST(MasterLimiter, LowLevelsPassDelayedByTheLookAheadWithTrimAndBoost)
                             std::fabs(out.r[i] - (i >= la ? gain * in.r[i - la] : 0.0)) < 1e-14)
                     << rate << " mode " << mode << " boost " << boostDb << " sample " << i;
         }
+    }
+}
+
+TEST(MasterLimiter, ModesTwoAndThreeNeverExceedFullScale)
+{
+    GlobalsGuard guard;
+    // Full-scale impulses of both signs, a +24 dB burst out of quiet, and noise with a 36 dB boost.
+    const double a24 = std::pow(10.0, 24.0 / 20.0);
+    const std::vector<double> noiseL = testnoise::Noise(44100, 1.0, 7),
+                              noiseR = testnoise::Noise(44100, 0.5, 8);
+    const Stereo cases[] = {
+        Make(
+            kN * 1300, [](int i) { return i % 997 == 100 ? 1.0 : 0.0; },
+            [](int i) { return i % 1291 == 50 ? -1.0 : (i % 1291 == 51 ? 0.99 : 0.0); }),
+        Make(
+            kN * 1300, [a24](int i) { return (i > 20000 && i < 24000 ? a24 : 0.01) * std::sin(0.05 * i); },
+            [](int) { return 0.0; }),
+        Make(
+            kN * 1300, [&](int i) { return noiseL[i]; }, [&](int i) { return noiseR[i]; })};
+    for (double rate : {44100.0, 96000.0})
+    {
+        SetTimeBase(rate);
+        for (int mode : {kLimiterSlowII, kLimiterFast})
+            for (int c = 0; c < 3; ++c)
+            {
+                const double peak = Peak(Limit(mode, cases[c], c == 2 ? 36.0 : 0.0));
+                // Limits, but does not mute.
+                EXPECT_TRUE(peak <= 1.0 + 1e-9 && peak > 0.5)
+                    << "case " << c << " mode " << mode << " rate " << rate;
+            }
     }
 }
 

@@ -188,30 +188,9 @@ TEST(IirState, DelayIsTheWholeStateAndBlocksMaySplit)
     }
 }
 
-TEST(IirBiquad, CascadesFollowTheSectionLawInArrayOrder)
+TEST(IirBiquad, SectionsKeepTheirOwnMemory)
 {
-    // One to five sections with a0 of 0.5, 2, 3, 1 and 4 against
-    // y = (b0 x + b1 x1 + b2 x2 - a1 y1 - a2 y2) / a0 in long double, section after section.
-    const double taps[30] = {0.5, -0.2, 0.1, 0.5, -0.3, 0.1, 1.0, 2.0, 1.0, 2.0, -1.0, 0.4,  3.0, 0.0,  -3.0,
-                             3.0, 0.6,  0.9, 0.2, 0.0,  0.0, 1.0, 0.5, 0.1, 1.0, 0.0,  -1.0, 4.0, -3.2, 2.4};
-    const std::vector<double> x = Noise(512, 0.5, 7);
-    std::vector<long double> ref(x.begin(), x.end());
-    for (int sections = 1; sections <= 5; ++sections)
-    {
-        const double* t = taps + 6 * (sections - 1);
-        std::vector<long double> in = ref;
-        for (size_t n = 0; n < x.size(); ++n)
-            ref[n] = (t[0] * in[n] + (n > 0 ? t[1] * in[n - 1] - t[4] * ref[n - 1] : 0.0L) +
-                      (n > 1 ? t[2] * in[n - 2] - t[5] * ref[n - 2] : 0.0L)) /
-                     t[3];
-        Filter f;
-        IirInitBiquad(&f.state, taps, sections, f.delay, f.work);
-        const std::vector<double> y = f.Run(x);
-        double worst = 0.0, size = 0.0;
-        for (size_t n = 0; n < y.size(); ++n)
-            worst = std::max(worst, std::fabs(y[n] - double(ref[n]))), size = std::max(size, std::fabs(y[n]));
-        EXPECT_LT(worst / size, 1e-12) << sections << " sections";
-    }
+    // The section law itself is measured through the biquad modules, one to twelve sections deep.
     // Section 0 rings from its memory; section 1 has no numerator and mutes whatever reaches it.
     const double mute[12] = {1.0, 0.0, 0.0, 1.0, -0.5, 0.0, 0.0, 0.0, 0.0, 1.0, -0.5, 0.0};
     Filter f;

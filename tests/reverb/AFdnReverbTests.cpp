@@ -76,25 +76,6 @@ TEST(AFdnReverb, DecayTimeMatchesSettingAndDampingShortensTheHighs)
     }
 }
 
-// The network runs on the sum of both inputs: either side alone gives the very same output. The two
-// tap patterns are orthogonal: the tails of left and right share little.
-TEST(AFdnReverb, InputIsAMonoSumAndTheSidesAreDecorrelated)
-{
-    for (const Shape& shape : {kHall, kRoom})
-    {
-        const int frames = int(kRate);
-        auto a = MakeReverb(shape, 2.0, HallDamp(50.0)), b = MakeReverb(shape, 2.0, HallDamp(50.0));
-        const StereoBuffer out = ImpulseResponse(*a, 1.0);
-        const StereoBuffer fromRight =
-            RenderStereo(*b, std::vector<double>(frames, 0.0), Impulse(frames), frames);
-        EXPECT_TRUE(out.left == fromRight.left && out.right == fromRight.right) << shape.name;
-        double worst = 0.0;
-        for (int lag = -20; lag <= 20; ++lag)
-            worst = std::max(worst, std::fabs(Correlation(out.left, out.right, 4410, 40000, lag)));
-        EXPECT_LT(worst, 0.3) << shape.name;
-    }
-}
-
 // The pre-delay holds the first output back by exactly its samples, scaled with the rate.
 TEST(AFdnReverb, PreDelayMovesTheFirstArrival)
 {

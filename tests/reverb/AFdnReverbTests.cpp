@@ -75,24 +75,3 @@ TEST(AFdnReverb, DecayTimeMatchesSettingAndDampingShortensTheHighs)
             << shape.name << " low " << low << " high " << high << " expected " << expected;
     }
 }
-
-// The pre-delay holds the first output back by exactly its samples, scaled with the rate.
-TEST(AFdnReverb, PreDelayMovesTheFirstArrival)
-{
-    for (double rate : {44100.0, 88200.0})
-    {
-        SetTimeBase(rate);
-        // Without modulated lines the shortest line's delay is fixed: its length plus one.
-        AFdnReverb r(10, 0, 4);
-        r.SetParam(0, 2.0);
-        r.SetParam(1, 441.0);
-        r.Reset();
-        const StereoBuffer out = RenderStereo(r, Impulse(8192), std::vector<double>(8192, 0.0), 8192);
-        const auto first =
-            std::find_if(out.left.begin(), out.left.end(), [](double v) { return std::fabs(v) >= 1e-6; });
-        // The shortest line (601 at 44.1 kHz) comes on top of the pre-delay.
-        EXPECT_EQ(first - out.left.begin(), int(441.0 * rate / 44100.0) + int(601 * rate / 44100.0) + 1)
-            << rate;
-    }
-    SetTimeBase(kRate);
-}

@@ -13,23 +13,18 @@ using namespace delaytest;
 
 TEST(MultiDelay, EchoesLandAtTheSetDelayAndTheRingEnd)
 {
-    for (double rate : {44100.0, 96000.0})
+    // 100 ms and a delay that is no multiple of the block length.
+    auto d = std::make_unique<QLMMultiDelay>();
+    for (float delay : {4410.0f, 12345.0f})
     {
-        RateGuard guard(rate);
-        auto d = std::make_unique<QLMMultiDelay>();
-        // 100 ms and a delay that is no multiple of the block length.
-        for (float delay : {float(0.1 * rate), 12345.0f})
-        {
-            d->Reset();
-            d->SnapTime();
-            std::vector<double> x(size_t(delay) + 3000, 0.0);
-            x[777] = 1.0;
-            ExpectSingleEcho(Drive(*d, x, delay), 777 + size_t(delay));
-        }
+        d->Reset();
+        d->SnapTime();
+        std::vector<double> x(size_t(delay) + 3000, 0.0);
+        x[777] = 1.0;
+        ExpectSingleEcho(Drive(*d, x, delay), 777 + size_t(delay));
     }
     // After a rate change the ring is resized and empty: only a new impulse comes back, and a
     // delay beyond the ring reads its oldest sample.
-    auto d = std::make_unique<QLMMultiDelay>();
     std::vector<double> x(4096, 0.0);
     x[100] = 1.0;
     Drive(*d, x, 2000.0f);

@@ -252,18 +252,16 @@ TEST(IppBiquad, FrequencyGlidesOncePerTwoBlocksOverTenMilliseconds)
     EXPECT_GE(updates, 25);
 }
 
-TEST(IppBiquad, SpreadAndModulationMoveTheCorner)
+TEST(IppBiquad, ModulationMovesTheCorner)
 {
     RateGuard guard;
     SetTimeBase(48000.0);
-    // Spread 0.2 moves the two channels by 0.2 * |0.2| in opposite directions; input 0 adds
-    // source * depth, input 2 adds it with the channel's sign, the sum is clamped.
+    // Input 0 adds source * depth, input 2 adds it with the channel's sign, the sum is clamped.
+    // (The spread's square law and channel sign are pinned by the golden renders.)
     const double source = 0.5, depth = 0.2, big = 4.0;
     for (bool right : {false, true})
     {
-        auto s = Make(kBqBandpass, 1, 0.5, 0.0, right), f = Make(kBqBandpass, 1, 0.5, 0.0, right);
-        s->SetParam(2, 0.2);
-        ExpectTone(*s, MapFreqHz(float(right ? 0.46 : 0.54)), 1.0, "spread centre");
+        auto f = Make(kBqBandpass, 1, 0.5, 0.0, right);
         f->SetModSource(0, &source);
         f->SetModDepth(0, &depth);
         ExpectTone(*f, MapFreqHz(0.6f), 1.0, "input 0");

@@ -86,12 +86,9 @@ TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
 {
     RateGuard guard(48000.0);
     QLMMultiDelay singleL{false}, singleR{true}, pairL{false}, pairR{true};
+    // A short ring, so that the run wraps it many times.
     for (QLMMultiDelay* d : {&singleL, &singleR, &pairL, &pairR})
-    {
-        d->SetMaxDelay(4000.0); // a short ring, so that the run wraps it many times
-        d->SetLowPass(3000.0 / gSampleRate);
-        d->SetHighPass(150.0 / gSampleRate);
-    }
+        d->SetMaxDelay(4000.0), d->SetLowPass(3000.0 / gSampleRate), d->SetHighPass(150.0 / gSampleRate);
     const std::vector<double> l = Sine(431.0, 32 * 900), r = Sine(97.0, 32 * 900);
     std::size_t differing = 0, nonzero = 0;
     const auto right = [&](const QLMMultiDelay* d) { return d == &singleR || d == &pairR; };

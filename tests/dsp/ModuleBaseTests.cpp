@@ -37,8 +37,7 @@ TEST(BlockSmoother, FollowsTheOnePoleOfItsTimeAndSettlesWithoutDrift)
             for (int i = 0; i < 32; ++i)
             {
                 y = a * y + (1.0 - a) * target;
-                ASSERT_NEAR(out[i], y, 2e-7 * (1.0 + std::fabs(target) + std::fabs(y)))
-                    << ms << " ms, i " << i;
+                ASSERT_NEAR(out[i], y, 2e-7 * (1.0 + std::fabs(target) + std::fabs(y))) << ms << " " << i;
             }
             y = out[31];
         }

@@ -11,7 +11,7 @@
 // measured as biquad modules; where the slot sets them, the golden renders pin them.
 using namespace delaytest;
 
-TEST(MultiDelay, EchoesLandAtTheSetDelayAndTheRingEnd)
+TEST(MultiDelay, EchoesLandAtTheSetDelayTheRingEndAndTheModulatedDelay)
 {
     // 100 ms and a delay that is no multiple of the block length.
     auto d = std::make_unique<QLMMultiDelay>();
@@ -25,7 +25,7 @@ TEST(MultiDelay, EchoesLandAtTheSetDelayAndTheRingEnd)
     }
     // After a rate change the ring is resized and empty: only a new impulse comes back, and a
     // delay beyond the ring reads its oldest sample.
-    std::vector<double> x(4096, 0.0);
+    std::vector<double> x(8192, 0.0);
     x[100] = 1.0;
     Drive(*d, x, 2000.0f);
     RateGuard guard(96000.0);
@@ -35,20 +35,13 @@ TEST(MultiDelay, EchoesLandAtTheSetDelayAndTheRingEnd)
     std::vector<double> z(size_t(d->mSize) + 3200, 0.0);
     z[500] = 1.0;
     ExpectSingleEcho(Drive(*d, z, 1e9f), 500 + size_t(d->mSize) - 1);
-}
-
-TEST(MultiDelay, ChannelSignSteersDelayModulation)
-{
+    // Input 0 adds to the delay on the left and takes off on the right.
     const double shift = 1000.0, depth = 1.0;
     for (bool right : {false, true})
     {
-        auto d = std::make_unique<QLMMultiDelay>(right);
-        d->SetModSource(0, &shift);
-        d->SetModDepth(0, &depth);
-        d->SnapTime();
-        std::vector<double> x(8000, 0.0);
-        x[64] = 1.0;
-        EXPECT_EQ(ArgMaxAbs(Drive(*d, x, 3000.0f)), 64u + (right ? 2000u : 4000u));
+        QLMMultiDelay m(right);
+        m.SetModSource(0, &shift), m.SetModDepth(0, &depth), m.SnapTime();
+        EXPECT_EQ(ArgMaxAbs(Drive(m, x, 3000.0f)), 100u + (right ? 2000u : 4000u)) << right;
     }
 }
 

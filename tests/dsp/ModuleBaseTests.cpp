@@ -94,14 +94,12 @@ TEST(DSPShell, ProcessCopiesExactlyOneBlockAndBypassClearsScratch)
     EXPECT_TRUE(std::equal(in, in + 32, out) && out[32] == -7.0 && out[39] == -7.0);
     for (bool bypass : {true, false})
     {
-        shell.mScratch[5] = 3.0;
-        shell.SetBypass(bypass);
+        shell.mScratch[5] = 3.0, shell.SetBypass(bypass);
         EXPECT_EQ(shell.mScratch[5], 0.0) << bypass;
     }
     // A modulation input gives source x depth until Init unwires it.
     const double src = 0.5, depth = 0.4;
-    shell.SetModSource(3, &src);
-    shell.SetModDepth(3, &depth);
+    shell.SetModSource(3, &src), shell.SetModDepth(3, &depth);
     const double wired = shell.ModValue(3);
     shell.Init();
     EXPECT_TRUE(std::fabs(wired - 0.2) < 1e-15 && shell.ModValue(3) == 0.0) << wired;

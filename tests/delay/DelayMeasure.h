@@ -3,7 +3,6 @@
 // reading echo positions and sine delays from its output.
 
 #include "common/Measure.h"
-#include "common/SineFit.h"
 #include "delay/QLMMultiDelay.h"
 #include "dsp/TimeBase.h"
 

@@ -1,6 +1,5 @@
 #include "common/Noise.h"
 #include "dsp/MDelayLine.h"
-#include "dsp/MLPF1a.h"
 #include "dsp/MSVRAP1ModDelayLine.h"
 #include "dsp/MSinOsc.h"
 
@@ -80,53 +79,22 @@ TEST(MDelayLine, ReadsTheSampleWrittenDelaySamplesEarlierAcrossTheWrap)
     }
 }
 
-TEST(MSinOsc, StaysOnItsAmplitudeAndFrequencyOverTenMillionTicks)
+TEST(MSinOsc, StaysOnItsAmplitudeOverTenMillionTicks)
 {
-    // A 2.3 Hz sine ticked every 50 samples at 44.1 kHz: period 44100 / (50 * 2.3) ticks. The
-    // amplitude neither grows nor fades: in the last million ticks the peaks still reach 1 to within
-    // a step's rounding, and upward zero crossings (placed by linear interpolation) keep the period.
-    const double w = 2.0 * M_PI * 50.0 * 2.3 / 44100.0;
+    // A 2.3 Hz sine ticked every 50 samples at 44.1 kHz. The amplitude neither grows nor fades: in
+    // the last million ticks the peaks still reach 1 to within a step's rounding. (Its frequency runs
+    // in the reverbs of the golden renders.)
     MSinOsc osc;
-    osc.Setup(w, 0.3);
-    const int total = 10'000'000, late = total - 1'000'000;
+    osc.Setup(2.0 * M_PI * 50.0 * 2.3 / 44100.0, 0.3);
     float peak = 0.0f, lateLo = 0.0f, lateHi = 0.0f;
-    double prev = 0.0, firstCross = -1.0, lastCross = -1.0;
-    int crossings = 0;
-    for (int n = 0; n < total; ++n)
+    for (int n = 0; n < 10'000'000; ++n)
     {
         const float v = osc.Tick();
         peak = std::max(peak, std::fabs(v));
-        if (n > late) lateLo = std::min(lateLo, v), lateHi = std::max(lateHi, v);
-        if (n > late && prev < 0.0 && v >= 0.0f)
-        {
-            lastCross = (n - 1) + (-prev) / (double(v) - prev);
-            firstCross = firstCross < 0.0 ? lastCross : firstCross;
-            ++crossings;
-        }
-        prev = v;
+        if (n > 9'000'000) lateLo = std::min(lateLo, v), lateHi = std::max(lateHi, v);
     }
     EXPECT_TRUE(peak <= 1.0f && lateHi > 0.9999f && lateLo < -0.9999f)
         << peak << " " << lateLo << " " << lateHi;
-    ASSERT_GT(crossings, 100);
-    EXPECT_NEAR((lastCross - firstCross) / (crossings - 1) * w / (2.0 * M_PI), 1.0, 1e-8);
-}
-
-TEST(MLPF1a, NegativeFeedbackIsALowPassWithTheMeasuredGains)
-{
-    // y = b x - a y: a first-order response b / (1 + a z^-1), fixed by its gains at DC, b / (1 + a),
-    // and at Nyquist, b / (1 - a): a low-pass for negative a, a high-pass for positive a.
-    for (const auto& [b, a] : {std::pair{0.4f, -0.6f}, {0.05f, -0.95f}, {0.5f, 0.5f}})
-        for (const double sign : {1.0, -1.0})
-        {
-            MLPF1a lp;
-            lp.mIn = b;
-            lp.mFb = a;
-            float y = 0.0f;
-            for (int n = 0; n < 2000; ++n)
-                y = lp.Run(float(n % 2 == 0 ? 1.0 : sign)) * float(n % 2 == 0 ? 1.0 : sign);
-            const double expected = b / (1.0 + sign * a);
-            EXPECT_NEAR(y, expected, 1e-5 * expected) << "a " << a << (sign > 0.0 ? " at DC" : " at Nyquist");
-        }
 }
 
 TEST(MSVRAP1ModDelayLine, ConstantOffsetsGiveTheAllPassDelay)
@@ -198,29 +166,4 @@ TEST(MSVRAP1ModDelayLine, AnExactNegativeHeadPositionStepsDownWithFractionOne)
         alternation = std::max(alternation, std::fabs(double(out[n]) - in[n - centre - 1]));
     }
     EXPECT_GT(alternation, 1e-3);
-}
-
-TEST(MSVRAP1ModDelayLine, SineModulationDelaysByCentrePlusMinusDepthFarPastTheRing)
-{
-    // The reverb's set-up: head update every 50 samples, a 2 Hz sine, depth 6 around a centre of 40.
-    const int centre = 40, depth = 6, interval = 50;
-    const double w = 2.0 * M_PI * interval * 2.0 / 44100.0;
-    MSinOsc osc, shadow;
-    osc.Setup(w, 0.7);
-    shadow.Setup(w, 0.7);
-    auto line = MakeLine(osc, centre + depth + 2, centre, depth, interval);
-
-    // A ramp passes an all-pass as the ramp delayed by the DC group delay: n - y[n] is the delay.
-    const int total = 1 << 17; // six modulator periods, about 2300 turns of the ring
-    double worst = 0.0;
-    float v = 0.0f;
-    for (int n = 0; n < total; ++n)
-    {
-        if (n % interval == 0) v = shadow.Tick();
-        const float y = line->Process();
-        line->Write(float(n));
-        if (n < 4 * interval) continue;
-        worst = std::max(worst, std::fabs(n - double(y) - ExpectedDelay(centre, double(v) * depth)));
-    }
-    EXPECT_LT(worst, 0.2);
 }

@@ -12,7 +12,6 @@
 #include <memory>
 #include <string>
 #include <vector>
-#include <xmmintrin.h>
 
 // The biquad and state-variable filter modules are measured by steady tones against the analogue
 // prototypes they realise under the prewarped bilinear map, at several rates.
@@ -111,17 +110,15 @@ std::unique_ptr<QLMSVF> MakeSvf(int type, double freq, double res)
 
 TEST(FreqMapping, PolynomialFollowsFiftyHzTimes400PowX)
 {
+    // On a fine grid, and on both sides of where each whole octave begins (no step there).
+    const auto expectLaw = [](float x)
+    { EXPECT_NEAR(MapFreqHz(x) / (50.0 * std::pow(400.0, double(x))), 1.0, 1e-5) << x; };
     EXPECT_EQ(MapFreqHz(0.0f), 50.0);
     for (int k = 0; k <= 2000; ++k)
-        EXPECT_NEAR(MapFreqHz(float(k) / 2000.0f) / (50.0 * std::pow(400.0, double(float(k) / 2000.0f))), 1.0,
-                    1e-5)
-            << k;
-    // No step where a whole octave begins.
+        expectLaw(float(k) / 2000.0f);
     for (int octave = 1; octave <= 8; ++octave)
-    {
-        const float edge = float(octave) / kFreqOctaves;
-        EXPECT_NEAR(MapFreqHz(std::nextafter(edge, 0.0f)) / MapFreqHz(edge), 1.0, 1e-5) << octave;
-    }
+        expectLaw(float(octave) / kFreqOctaves),
+            expectLaw(std::nextafter(float(octave) / kFreqOctaves, 0.0f));
 }
 
 TEST(IppBiquad, TypesMatchTheirPrototypesAtEveryRate)
@@ -141,12 +138,10 @@ TEST(IppBiquad, TypesMatchTheirPrototypesAtEveryRate)
     };
     const std::vector<Row> rows = {
         {"low-pass", kBqLowpass, 1, 0.0, false, 1, kLow},
-        {"resonant low-pass", kBqLowpass, 1, 1.0, false, 1, kLow},
         {"unlisted type 7 is a low-pass", 7, 1, 1.0, false, 1, kLow},
         {"high-pass", kBqHighpass, 1, 1.0, false, 1, kHigh},
         {"band-pass", kBqBandpass, 1, 0.0, false, 1, kBand},
         {"all-pass", kBqAllpass, 1, 1.0, false, 1, kAll},
-        {"3-section low-pass", kBqLowpass, 3, 0.0, false, 3, kLow},
         {"12-section high-pass", kBqHighpass, 12, 0.0, false, 12, kHigh},
         {"split, left low", kBqLowHighSplit, 2, 0.0, false, 2, kLow},
         {"split, right high", kBqLowHighSplit, 2, 0.0, true, 2, kHigh},
@@ -154,7 +149,6 @@ TEST(IppBiquad, TypesMatchTheirPrototypesAtEveryRate)
         {"type 25, v 0.7: three sections", kBqOrderFromParam, 1, 0.0, false, 3, kLow, Params({{1, 0.7}})},
         {"param 1: resonance", kBqLowpass, 1, 0.0, false, 1,
          [](double W, double) { return kLow(W, QualityOf(0.5)); }, Params({{1, 0.5}})},
-        {"peak +12 dB", kBqPeak, 1, 0.0, false, 1, PeakOf(12, 1), Params({{3, 0.75}})},
         {"peak -12 dB shared by 2", kBqPeak, 2, 0.0, false, 2, PeakOf(-12, 2), Params({{3, 0.25}})},
         // Makeup gain brings a boost back down (full: by 24 dB), never a cut up.
         {"+24 full makeup", kBqPeak, 1, 0.0, false, 1, PeakOf(24, 1, 1 / 15.8489), Params({{3, 1}, {4, 1}})},
@@ -167,7 +161,6 @@ TEST(IppBiquad, TypesMatchTheirPrototypesAtEveryRate)
         {"Chebyshev low 2", kBqChebyLow2, 1, 0.0, false, 1, ChebyOf(2, 1, false), nullptr, true},
         {"Chebyshev low 4", kBqChebyLow4, 1, 1.0, false, 1, ChebyOf(4, 15, false), nullptr, true},
         {"Chebyshev high 2", kBqChebyHigh2, 1, 1.0, false, 1, ChebyOf(2, 15, true), nullptr, true},
-        {"Chebyshev high 4", kBqChebyHigh4, 1, 0.0, false, 1, ChebyOf(4, 1, true), nullptr, true},
     };
     RateGuard guard;
     for (double rate : {32000.0, 44100.0, 96000.0})
@@ -204,24 +197,19 @@ TEST(IppBiquad, TypeChangeContinuesAsTheNewTypeAndOffStopsWriting)
         for (int to : {kBqHighpass, kBqBandpass, kBqAllpass, kBqPeak})
         {
             auto moved = Make(kBqLowpass, sections, 0.45, 0.3),
-                 cleared = Make(kBqLowpass, sections, 0.45, 0.3);
-            auto reference = Make(to, sections, 0.45, 0.3);
+                 cleared = Make(kBqLowpass, sections, 0.45, 0.3), reference = Make(to, sections, 0.45, 0.3);
             for (IppBiquad* f : {moved.get(), reference.get(), cleared.get()})
                 SettleControls(*f, 0.3), RunBlocks(*f, head);
-            moved->SetType(to);
-            cleared->SetType(to);
-            cleared->Reset();
-            const std::vector<double> b = RunBlocks(*reference, tail);
+            moved->SetType(to), cleared->SetType(to), cleared->Reset();
+            const std::vector<double> a = RunBlocks(*moved, tail), b = RunBlocks(*reference, tail),
+                                      c = RunBlocks(*cleared, tail);
             double worst = 0.0, worstCleared = 0.0;
-            for (const auto& [f, w] : {std::pair{moved.get(), &worst}, {cleared.get(), &worstCleared}})
-            {
-                const std::vector<double> a = RunBlocks(*f, tail);
-                for (size_t n = 0; n < a.size(); ++n)
-                    *w = std::max(*w, std::fabs(a[n] - b[n]));
-            }
+            for (size_t n = 0; n < a.size(); ++n)
+                worst = std::max(worst, std::fabs(a[n] - b[n])),
+                worstCleared = std::max(worstCleared, std::fabs(c[n] - b[n]));
             // A +24 dB peak rings longer than the input history reaches: a faint remainder.
-            EXPECT_LT(worst, to == kBqPeak ? 0.01 * worstCleared : 1e-9) << sections << " sections to " << to;
-            EXPECT_GT(worstCleared, 0.1) << sections << " sections to " << to;
+            EXPECT_TRUE(worst < (to == kBqPeak ? 0.01 * worstCleared : 1e-9) && worstCleared > 0.1)
+                << sections << " sections to " << to << ": " << worst << " " << worstCleared;
         }
     std::vector<double> zeros(gBlockLen, 0.0);
     for (int forcing : {kBqChebyLow4, kBqChebyHigh4, kBqVowel})
@@ -264,42 +252,19 @@ TEST(IppBiquad, FrequencyGlidesOncePerTwoBlocksOverTenMilliseconds)
     EXPECT_GE(updates, 25);
 }
 
-TEST(IppBiquad, FirstDelayElementNeverSubnormal)
-{
-    // Recursive code keeps out of subnormals by itself; flush-to-zero is off meanwhile so that
-    // they could appear.
-    const unsigned saved = _mm_getcsr();
-    _mm_setcsr(saved & ~0x8040u);
-    auto f = Make(kBqLowpass, 1, 0.9);
-    std::vector<double> block(gBlockLen, 0.0);
-    block[0] = 1.0;
-    bool subnormal = false;
-    for (int b = 0; b <= 20000; ++b, block[0] = 0.0)
-    {
-        RunBlocks(*f, block);
-        subnormal = subnormal || std::fpclassify(f->mDelay[0]) == FP_SUBNORMAL;
-    }
-    _mm_setcsr(saved);
-    EXPECT_TRUE(!subnormal && f->mDelay[0] == 0.0) << f->mDelay[0];
-}
-
-TEST(IppBiquad, SpreadAndModulationMoveTheCorner)
+TEST(IppBiquad, ModulationMovesTheCorner)
 {
     RateGuard guard;
     SetTimeBase(48000.0);
-    // Spread 0.2 moves the two channels by 0.2 * |0.2| in opposite directions; input 0 adds
-    // source * depth, input 2 adds it with the channel's sign, the sum is clamped.
+    // Input 0 adds source * depth, input 2 adds it with the channel's sign, the sum is clamped.
+    // (The spread's square law and channel sign are pinned by the golden renders.)
     const double source = 0.5, depth = 0.2, big = 4.0;
     for (bool right : {false, true})
     {
-        auto s = Make(kBqBandpass, 1, 0.5, 0.0, right), f = Make(kBqBandpass, 1, 0.5, 0.0, right);
-        s->SetParam(2, 0.2);
-        ExpectTone(*s, MapFreqHz(float(right ? 0.46 : 0.54)), 1.0, "spread centre");
-        f->SetModSource(0, &source);
-        f->SetModDepth(0, &depth);
+        auto f = Make(kBqBandpass, 1, 0.5, 0.0, right);
+        f->SetModSource(0, &source), f->SetModDepth(0, &depth);
         ExpectTone(*f, MapFreqHz(0.6f), 1.0, "input 0");
-        f->SetModSource(2, &source);
-        f->SetModDepth(2, &depth);
+        f->SetModSource(2, &source), f->SetModDepth(2, &depth);
         ExpectTone(*f, MapFreqHz(right ? 0.5f : 0.7f), 1.0, "inputs 0 and 2");
         f->SetModDepth(0, &big);
         ExpectTone(*f, MapFreqHz(1.0f), 1.0, "clamped at the top", 2e-3);
@@ -367,8 +332,8 @@ TEST(QLMSVF, FullResonanceIsHeldByTheSaturationAndResetClearsIt)
                 in[n] = 10.0 * std::sin(2.0 * M_PI * hz / 44100.0 * n);
             const std::vector<double> y = RunBlocks(*f, in);
             const double first = testmeasure::Peak(y, 0, total / 2), second = testmeasure::Peak(y, total / 2);
-            EXPECT_TRUE(std::isfinite(testmeasure::Rms(y))) << type << " at " << hz;
-            EXPECT_TRUE(second < std::min(15.0, 1.05 * first) && second > 0.1)
+            EXPECT_TRUE(std::isfinite(testmeasure::Rms(y)) && second < std::min(15.0, 1.05 * first) &&
+                        second > 0.1)
                 << type << " at " << hz << ": " << second;
             f->Reset();
             EXPECT_EQ(testmeasure::Rms(RunBlocks(*f, std::vector<double>(256, 0.0))), 0.0) << type;
@@ -377,6 +342,5 @@ TEST(QLMSVF, FullResonanceIsHeldByTheSaturationAndResetClearsIt)
     kick[0] = 1.0;
     auto ringing = MakeSvf(1, 0.5, 1.0), damped = MakeSvf(1, 0.5, 0.85);
     const double late = testmeasure::Peak(RunBlocks(*ringing, kick), kick.size() / 2);
-    EXPECT_TRUE(late > 0.01 && late < 2.0) << late;
-    EXPECT_LT(std::fabs(RunBlocks(*damped, kick).back()), 1e-6);
+    EXPECT_TRUE(late > 0.01 && late < 2.0 && std::fabs(RunBlocks(*damped, kick).back()) < 1e-6) << late;
 }

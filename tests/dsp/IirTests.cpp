@@ -124,9 +124,8 @@ TEST(IirDesign, RunPathFollowsTheClosedForms)
         for (const bool highpass : {false, true})
             for (const bool fromTaps : {false, true})
             {
-                SCOPED_TRACE(testing::Message() << "kind " << kind << ", " << rate << " Hz, corner " << hz
-                                                << ", order " << order << (highpass ? " HP" : " LP")
-                                                << (fromTaps ? ", factored taps" : ", design roots"));
+                SCOPED_TRACE(testing::Message()
+                             << kind << " " << rate << " " << hz << " " << order << highpass << fromTaps);
                 const double fc = hz / rate;
                 Filter flt;
                 flt.Design(highpass, fc, ripple, order, kind);
@@ -146,8 +145,7 @@ TEST(IirDesign, RunPathFollowsTheClosedForms)
         Filter a, b;
         a.Design(false, edge, 3.0, 4, 1);
         b.Design(false, edge < 0.1 ? 1e-6 : 0.62, 3.0, 4, 1);
-        EXPECT_TRUE(std::equal(a.taps, a.taps + 10, b.taps));
-        EXPECT_GT(ImpulseDecay(b, 1 << 22), 0);
+        EXPECT_TRUE(std::equal(a.taps, a.taps + 10, b.taps) && ImpulseDecay(b, 1 << 22) > 0) << edge;
     }
 }
 
@@ -188,30 +186,9 @@ TEST(IirState, DelayIsTheWholeStateAndBlocksMaySplit)
     }
 }
 
-TEST(IirBiquad, CascadesFollowTheSectionLawInArrayOrder)
+TEST(IirBiquad, SectionsKeepTheirOwnMemory)
 {
-    // One to five sections with a0 of 0.5, 2, 3, 1 and 4 against
-    // y = (b0 x + b1 x1 + b2 x2 - a1 y1 - a2 y2) / a0 in long double, section after section.
-    const double taps[30] = {0.5, -0.2, 0.1, 0.5, -0.3, 0.1, 1.0, 2.0, 1.0, 2.0, -1.0, 0.4,  3.0, 0.0,  -3.0,
-                             3.0, 0.6,  0.9, 0.2, 0.0,  0.0, 1.0, 0.5, 0.1, 1.0, 0.0,  -1.0, 4.0, -3.2, 2.4};
-    const std::vector<double> x = Noise(512, 0.5, 7);
-    std::vector<long double> ref(x.begin(), x.end());
-    for (int sections = 1; sections <= 5; ++sections)
-    {
-        const double* t = taps + 6 * (sections - 1);
-        std::vector<long double> in = ref;
-        for (size_t n = 0; n < x.size(); ++n)
-            ref[n] = (t[0] * in[n] + (n > 0 ? t[1] * in[n - 1] - t[4] * ref[n - 1] : 0.0L) +
-                      (n > 1 ? t[2] * in[n - 2] - t[5] * ref[n - 2] : 0.0L)) /
-                     t[3];
-        Filter f;
-        IirInitBiquad(&f.state, taps, sections, f.delay, f.work);
-        const std::vector<double> y = f.Run(x);
-        double worst = 0.0, size = 0.0;
-        for (size_t n = 0; n < y.size(); ++n)
-            worst = std::max(worst, std::fabs(y[n] - double(ref[n]))), size = std::max(size, std::fabs(y[n]));
-        EXPECT_LT(worst / size, 1e-12) << sections << " sections";
-    }
+    // The section law itself is measured through the biquad modules, one to twelve sections deep.
     // Section 0 rings from its memory; section 1 has no numerator and mutes whatever reaches it.
     const double mute[12] = {1.0, 0.0, 0.0, 1.0, -0.5, 0.0, 0.0, 0.0, 0.0, 1.0, -0.5, 0.0};
     Filter f;
@@ -271,32 +248,20 @@ TEST(IirInit, RedesignGoesOnFromTheOldMemory)
     }
 }
 
-TEST(IirInit, StaleDesignIsNotReusedAndUnusableTapsAreSilent)
+TEST(IirInit, UnusableTapsAreSilent)
 {
-    // A design leaves its roots in the working memory; other taps must not pick them up.
-    Filter f;
-    f.Design(false, 1000.0 / 48000.0, 3.0, 4, 1);
-    double high[10];
-    IirDesignHighpass(5000.0 / 48000.0, 0.0, 4, high, 0, nullptr);
-    IirInit(&f.state, high, 4, f.delay, f.work);
-    std::fill(f.delay, f.delay + kDelays, 0.0);
-    std::vector<double> h;
-    ASSERT_GT(ImpulseDecay(f, 1 << 16, &h), 0);
-    EXPECT_TRUE(ResponseDb(h, 100.0 / 48000.0) < -80.0 && std::fabs(ResponseDb(h, 20000.0 / 48000.0)) < 0.01);
-
     // a0 = 0, a NaN tap or too high an order give silence; order 0 is a plain gain b0 / a0.
     const std::vector<double> x = Noise(256, 0.5, 1);
     Filter g;
-    const double zeroA0[4] = {1.0, 0.5, 0.0, -0.3}, nanTaps[4] = {1.0, std::nan(""), 1.0, -0.5};
+    const double zeroA0[4] = {1.0, 0.5, 0.0, -0.3}, nanTaps[4] = {1.0, std::nan(""), 1.0, -0.5},
+                 gain[2] = {3.0, 2.0};
     double wide[2 * (kIirMaxOrder + 2)] = {1.0, 0.5, 1.0};
-    for (const auto& [t, order] : {std::pair{zeroA0, 1}, {nanTaps, 1}, {wide, kIirMaxOrder + 1}})
+    for (const auto& [t, order, expected] :
+         {std::tuple{zeroA0, 1, 0.0}, {nanTaps, 1, 0.0}, {wide, kIirMaxOrder + 1, 0.0}, {gain, 0, 1.5}})
     {
         IirInit(&g.state, t, order, g.delay, g.work);
-        EXPECT_EQ(testmeasure::Rms(g.Run(x)), 0.0) << "order " << order;
+        const std::vector<double> y = g.Run(x);
+        for (size_t n = 0; n < x.size(); ++n)
+            ASSERT_EQ(y[n], expected * x[n]) << "order " << order;
     }
-    const double gainTaps[2] = {3.0, 2.0};
-    g.InitFromTaps(gainTaps, 0);
-    const std::vector<double> y = g.Run(x);
-    for (size_t n = 0; n < x.size(); ++n)
-        EXPECT_EQ(y[n], 1.5 * x[n]);
 }

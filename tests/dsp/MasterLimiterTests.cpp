@@ -97,26 +97,23 @@ TEST(MasterLimiter, LowLevelsPassDelayedByTheLookAheadWithTrimAndBoost)
 {
     GlobalsGuard guard;
     // Modes 1 and 2 lift quiet material by their trim (40 % and 5 %), mode 3 leaves it alone; the
-    // boost is in decibels.
-    for (double rate : {44100.0, 96000.0})
+    // boost is in decibels. At 96 kHz, so that the look-ahead is seen to scale with the rate.
+    SetTimeBase(96000.0);
+    const std::size_t la = std::size_t(gLookAhead);
+    const Stereo in = Make(
+        kN * 400, [](int i) { return 0.02 * std::sin(0.01 * i); },
+        [](int i) { return 0.015 * std::cos(0.037 * i); });
+    for (const auto& [mode, boostDb, gain] : {std::tuple{kLimiterSlowI, 0.0, 1.4},
+                                              {kLimiterSlowII, 0.0, 1.05},
+                                              {kLimiterFast, 0.0, 1.0},
+                                              {kLimiterFast, 6.0, 1.9952623149688795},
+                                              {kLimiterFast, -12.0, 0.251188643150958}})
     {
-        SetTimeBase(rate);
-        const std::size_t la = std::size_t(gLookAhead);
-        const Stereo in = Make(
-            kN * 400, [](int i) { return 0.02 * std::sin(0.01 * i); },
-            [](int i) { return 0.015 * std::cos(0.037 * i); });
-        for (const auto& [mode, boostDb, gain] : {std::tuple{kLimiterSlowI, 0.0, 1.4},
-                                                  {kLimiterSlowII, 0.0, 1.05},
-                                                  {kLimiterFast, 0.0, 1.0},
-                                                  {kLimiterFast, 6.0, 1.9952623149688795},
-                                                  {kLimiterFast, -12.0, 0.251188643150958}})
-        {
-            const Stereo out = Limit(mode, in, boostDb);
-            for (std::size_t i = 0; i < in.l.size(); ++i)
-                ASSERT_TRUE(std::fabs(out.l[i] - (i >= la ? gain * in.l[i - la] : 0.0)) < 1e-14 &&
-                            std::fabs(out.r[i] - (i >= la ? gain * in.r[i - la] : 0.0)) < 1e-14)
-                    << rate << " mode " << mode << " boost " << boostDb << " sample " << i;
-        }
+        const Stereo out = Limit(mode, in, boostDb);
+        for (std::size_t i = 0; i < in.l.size(); ++i)
+            ASSERT_TRUE(std::fabs(out.l[i] - (i >= la ? gain * in.l[i - la] : 0.0)) < 1e-14 &&
+                        std::fabs(out.r[i] - (i >= la ? gain * in.r[i - la] : 0.0)) < 1e-14)
+                << "mode " << mode << " boost " << boostDb << " sample " << i;
     }
 }
 
@@ -175,46 +172,44 @@ TEST(MasterLimiter, StagesSettleWhereTheirLawsPutThem)
 TEST(MasterLimiter, ModeChangeFadesOutAndInWithSquaredGain)
 {
     GlobalsGuard guard;
-    for (double rate : {44100.0, 96000.0})
-    {
-        SetTimeBase(rate);
-        MasterLimiter lim;
-        lim.SetMode(kLimiterFast, false);
-        lim.Reset();
-        // Steady low level: mode 3 passes 0.1, so the output over 0.1 is the fade gain.
-        const double in = 0.1;
-        double l[kN], outL[kN], outR[kN];
-        std::fill(l, l + kN, in);
-        lim.mIn1 = lim.mIn2 = l;
-        lim.mOut1 = outL;
-        lim.mOut2 = outR;
-        for (int b = 0; b < 10; ++b)
-            lim.Process();
-        lim.SetMode(kLimiterSlowII, true);
-        // 32 / (50 ms at 44.1 kHz) per block, whatever the rate: 69 blocks down, then the switch,
-        // then as many up; the gain is squared.
-        const double step = 32.0 / 2205.0;
-        for (int k = 1; k <= 69; ++k)
-        {
-            lim.Process();
-            EXPECT_EQ(int(lim.mMode), kLimiterFast) << k; // nothing switches before the fade is out
-            ASSERT_NEAR(outL[kN - 1], in * std::pow(1.0 - k * step, 2), 1e-12) << rate << " block " << k;
-        }
-        // The switch block does no audio work: what the caller left is only scaled by the fade.
-        double g = 1.0 - 69 * step + step;
-        std::fill(outL, outL + kN, 0.5);
+    // At 96 kHz: the fade runs in steps of 50 ms at 44.1 kHz whatever the rate.
+    SetTimeBase(96000.0);
+    MasterLimiter lim;
+    lim.SetMode(kLimiterFast, false);
+    lim.Reset();
+    // Steady low level: mode 3 passes 0.1, so the output over 0.1 is the fade gain.
+    const double in = 0.1;
+    double l[kN], outL[kN], outR[kN];
+    std::fill(l, l + kN, in);
+    lim.mIn1 = lim.mIn2 = l;
+    lim.mOut1 = outL;
+    lim.mOut2 = outR;
+    for (int b = 0; b < 10; ++b)
         lim.Process();
-        EXPECT_TRUE(int(lim.mMode) == kLimiterSlowII && std::fabs(outL[0] - 0.5 * g * g) < 1e-12) << outL[0];
-        int inBlocks = 1;
-        while (lim.mFade.mFadeIn)
-        {
-            lim.Process();
-            g += step;
-            ++inBlocks;
-            // SLOW II's RMS state comes down over half a second; it never lifts by more than the trim.
-            const double modeGain = outL[kN - 1] / (g * g) / in;
-            ASSERT_TRUE(modeGain <= 1.05 + 1e-12 && modeGain > 0.5) << inBlocks << " " << modeGain;
-        }
-        EXPECT_NEAR(inBlocks, 69, 1) << rate;
+    lim.SetMode(kLimiterSlowII, true);
+    // 32 / (50 ms at 44.1 kHz) per block, whatever the rate: 69 blocks down, then the switch,
+    // then as many up; the gain is squared.
+    const double step = 32.0 / 2205.0;
+    for (int k = 1; k <= 69; ++k)
+    {
+        lim.Process();
+        EXPECT_EQ(int(lim.mMode), kLimiterFast) << k; // nothing switches before the fade is out
+        ASSERT_NEAR(outL[kN - 1], in * std::pow(1.0 - k * step, 2), 1e-12) << "block " << k;
     }
+    // The switch block does no audio work: what the caller left is only scaled by the fade.
+    double g = 1.0 - 69 * step + step;
+    std::fill(outL, outL + kN, 0.5);
+    lim.Process();
+    EXPECT_TRUE(int(lim.mMode) == kLimiterSlowII && std::fabs(outL[0] - 0.5 * g * g) < 1e-12) << outL[0];
+    int inBlocks = 1;
+    while (lim.mFade.mFadeIn)
+    {
+        lim.Process();
+        g += step;
+        ++inBlocks;
+        // SLOW II's RMS state comes down over half a second; it never lifts by more than the trim.
+        const double modeGain = outL[kN - 1] / (g * g) / in;
+        ASSERT_TRUE(modeGain <= 1.05 + 1e-12 && modeGain > 0.5) << inBlocks << " " << modeGain;
+    }
+    EXPECT_NEAR(inBlocks, 69, 1);
 }

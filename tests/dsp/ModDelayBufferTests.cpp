@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <tuple>
 #include <vector>
@@ -13,40 +14,33 @@ constexpr int kN = 32;
 
 TEST(ModDelayBuffer, ReadGivesWholeSampleDelaysAcrossTheWrapAndClearEmptiesIt)
 {
-    // The ring is the request rounded up to a power of two (256 here): 32-sample writes of odd
-    // lengths cross its end; sample t holds t + 1, so a read is checked against its exact source.
+    // The ring is the request rounded up to a power of two (256 here): writes of 20 and 32 samples
+    // cross its end; sample t holds t + 1, so a read is checked against its exact source. The
+    // fraction of a delay is dropped; longer delays than the ring read the oldest sample it holds.
     ModDelayBuffer buf;
     buf.Allocate(200);
-    EXPECT_EQ(buf.mSize, 256);
     long t = 0;
+    double block[kN];
     for (int b = 0; b < 40; ++b)
     {
         const int len = b % 3 == 0 ? 20 : kN;
-        double block[kN];
         for (int i = 0; i < len; ++i)
-            block[i] = static_cast<double>(t + i + 1);
+            block[i] = double(++t);
         buf.Write(block, len);
-        buf.ReadModulated(7.5, len);
-        t += len;
-        for (int delay : {0, 1, 13, 100, 223})
+        for (const int delay : {0, 13, 223})
         {
-            const double* y = buf.Read(delay + 0.9, len); // the fraction is dropped
+            const double* y = buf.Read(delay + 0.9, len);
             for (int i = 0; i < len; ++i)
-            {
-                const long src = t - len + i - delay;
-                ASSERT_EQ(y[i], src >= 0 ? static_cast<double>(src + 1) : 0.0) << b << " delay " << delay;
-            }
+                ASSERT_EQ(y[i], double(std::max(t - len + i - delay + 1, 0L))) << b << " delay " << delay;
         }
-        // Longer delays than the ring read the oldest sample it holds.
-        EXPECT_EQ(*buf.Read(1e9, 1), t > 255 ? static_cast<double>(t - 255) : 0.0);
+        EXPECT_EQ(*buf.Read(1e9, 1), double(std::max(t - 255, 0L)));
     }
     // Clear empties the ring and the all-pass.
     buf.Clear();
-    const double zeros[kN] = {};
-    buf.Write(zeros, kN);
+    std::fill(block, block + kN, 0.0);
+    buf.Write(block, kN);
     for (const double* y : {buf.Read(3.0, kN), buf.Read(200.0, kN), buf.ReadModulated(7.5, kN)})
-        for (int i = 0; i < kN; ++i)
-            ASSERT_EQ(y[i], 0.0);
+        ASSERT_TRUE(std::all_of(y, y + kN, [](double v) { return v == 0.0; }));
 }
 
 TEST(ModDelayBuffer, RampReadsItsDelayAcrossWrapsAndGlidesOverTenMilliseconds)
@@ -69,28 +63,22 @@ TEST(ModDelayBuffer, RampReadsItsDelayAcrossWrapsAndGlidesOverTenMilliseconds)
         {
             double block[kN];
             for (int i = 0; i < kN; ++i)
-                block[i] = static_cast<double>(t + i);
+                block[i] = double(t++);
             buf.Write(block, kN);
-            t += kN;
             return buf.ReadModulated(d, kN);
         };
-        for (int b = 0; b < 400; ++b) // the glide from 0 settles
-            runBlock(delay);
-        for (int b = 0; b < 1600; ++b)
+        for (int b = 0; b < 2000; ++b) // the glide from 0 settles in the first 400 blocks
         {
             const double* y = runBlock(delay);
-            for (int i = 0; i < kN; ++i)
-                ASSERT_NEAR(y[i], static_cast<double>(t - kN + i) - expected, 1e-4) << rate << " " << delay;
+            for (int i = 0; i < kN && b >= 400; ++i)
+                ASSERT_NEAR(y[i], double(t - kN + i) - expected, 1e-4) << rate << " " << delay;
         }
         if (delay != 37.3) continue;
-        double measured = 0.0;
-        for (int b = 0; b < 14; ++b)
-        {
-            const double last = runBlock(137.3)[kN - 1];
-            measured = static_cast<double>(t - 1) - last;
-        }
+        for (int b = 0; b < 13; ++b)
+            runBlock(137.3);
+        const double last = runBlock(137.3)[kN - 1];
         // The delay moves by a fraction of a sample per sample, so the all-pass lags a little.
-        EXPECT_NEAR(measured, 137.3 - 100.0 * std::exp(-2.0 * M_PI * 448.0 / 441.0), 0.05);
+        EXPECT_NEAR(double(t - 1) - last, 137.3 - 100.0 * std::exp(-2.0 * M_PI * 448.0 / 441.0), 0.05);
     }
     SetTimeBase(44100.0);
 }

@@ -37,8 +37,7 @@ TEST(BlockSmoother, FollowsTheOnePoleOfItsTimeAndSettlesWithoutDrift)
             for (int i = 0; i < 32; ++i)
             {
                 y = a * y + (1.0 - a) * target;
-                ASSERT_NEAR(out[i], y, 2e-7 * (1.0 + std::fabs(target) + std::fabs(y)))
-                    << ms << " ms, i " << i;
+                ASSERT_NEAR(out[i], y, 2e-7 * (1.0 + std::fabs(target) + std::fabs(y))) << ms << " " << i;
             }
             y = out[31];
         }
@@ -54,35 +53,17 @@ TEST(BlockSmoother, FollowsTheOnePoleOfItsTimeAndSettlesWithoutDrift)
 
 TEST(BlockSmoother, RepeatedRunsMatchAFreshSmootherInTheSameState)
 {
-    // The last block is kept and handed out again for the same inputs; a settled smoother that skips
-    // the work, one whose state was set from outside, one that was retimed and a shorter block all
-    // give what a fresh smoother in the same state gives, bit for bit.
+    // The last block is handed out again for the same inputs (the glides of the delay lines see
+    // that for a new target or start); after a retime, and for a shorter block, it is not.
     BlockSmoother s(5.0);
-    for (int block = 0; block < 4000; ++block)
-        s.RunD(0.7, 32);
-    const auto expectFresh = [&s](double last, double ms, int n)
-    {
-        BlockSmoother fresh(ms);
-        fresh.SetLastD(last);
-        s.SetLastD(last);
-        const double* a = s.RunD(0.7, n);
-        EXPECT_TRUE(std::equal(a, a + n, fresh.RunD(0.7, n)) && s.LastD() == fresh.LastD())
-            << last << " " << ms << " " << n;
-    };
-    expectFresh(s.LastD(), 5.0, 32);
-    expectFresh(0.1, 5.0, 32);
+    s.SetLastD(0.1), s.RunD(0.7, 32);
     s.SetTime(50.0);
     for (const int n : {32, 8})
-        expectFresh(0.1, 50.0, n);
-    BlockSmoother f(100.0), fresh(100.0);
-    for (int block = 0; block < 10; ++block)
-        f.RunF(2000.0f, 32);
-    for (int pass = 0; pass < 2; ++pass)
     {
-        f.SetLastF(1000.0);
-        fresh.SetLastF(1000.0);
-        const float* y = f.RunF(2000.0f, 32);
-        EXPECT_TRUE(std::equal(y, y + 32, fresh.RunF(2000.0f, 32))) << pass;
+        BlockSmoother fresh(50.0);
+        fresh.SetLastD(0.1), s.SetLastD(0.1);
+        const double* a = s.RunD(0.7, n);
+        EXPECT_TRUE(std::equal(a, a + n, fresh.RunD(0.7, n)) && s.LastD() == fresh.LastD()) << n;
     }
 }
 
@@ -113,14 +94,12 @@ TEST(DSPShell, ProcessCopiesExactlyOneBlockAndBypassClearsScratch)
     EXPECT_TRUE(std::equal(in, in + 32, out) && out[32] == -7.0 && out[39] == -7.0);
     for (bool bypass : {true, false})
     {
-        shell.mScratch[5] = 3.0;
-        shell.SetBypass(bypass);
+        shell.mScratch[5] = 3.0, shell.SetBypass(bypass);
         EXPECT_EQ(shell.mScratch[5], 0.0) << bypass;
     }
     // A modulation input gives source x depth until Init unwires it.
     const double src = 0.5, depth = 0.4;
-    shell.SetModSource(3, &src);
-    shell.SetModDepth(3, &depth);
+    shell.SetModSource(3, &src), shell.SetModDepth(3, &depth);
     const double wired = shell.ModValue(3);
     shell.Init();
     EXPECT_TRUE(std::fabs(wired - 0.2) < 1e-15 && shell.ModValue(3) == 0.0) << wired;

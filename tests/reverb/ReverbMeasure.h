@@ -1,6 +1,6 @@
 #pragma once
 // Measurements on reverb responses: a stereo renderer for block processors, the decay time from the
-// backward-integrated energy decay curve, band-pass filtering and normalised correlation.
+// backward-integrated energy decay curve and band-pass filtering.
 
 #include "common/Measure.h"
 #include "dsp/DSPShell.h"
@@ -81,17 +81,4 @@ inline std::vector<double> BandPass(const std::vector<double>& x, double hz, dou
         x2 = x1, x1 = x[i], y2 = y1, y1 = y[i];
     }
     return y;
-}
-
-// Normalised correlation of a[from..to) with b shifted by lag.
-inline double Correlation(const std::vector<double>& a, const std::vector<double>& b, size_t from, size_t to,
-                          int lag)
-{
-    double ab = 0, aa = 0, bb = 0;
-    for (size_t i = from; i < to; ++i)
-    {
-        const double y = b[size_t(long(i) + lag)];
-        ab += a[i] * y, aa += a[i] * a[i], bb += y * y;
-    }
-    return ab / std::sqrt(aa * bb);
 }

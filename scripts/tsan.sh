@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The suites where threads meet under ThreadSanitizer: the engine core (effect swaps while audio
-# runs), the engine (presets and states loaded from another thread, automation of effect types),
+# runs), the engine (presets and states loaded from another thread),
 # the host binding (parameter edits against processing), and the loaded bundle (states loaded
 # while another thread processes).
 set -euo pipefail

@@ -40,7 +40,9 @@ TEST(MultiDelay, EchoesLandAtTheSetDelayTheRingEndAndTheModulatedDelay)
     for (bool right : {false, true})
     {
         QLMMultiDelay m(right);
-        m.SetModSource(0, &shift), m.SetModDepth(0, &depth), m.SnapTime();
+        m.SetModSource(0, &shift);
+        m.SetModDepth(0, &depth);
+        m.SnapTime();
         EXPECT_EQ(ArgMaxAbs(Drive(m, x, 3000.0f)), 100u + (right ? 2000u : 4000u)) << right;
     }
 }
@@ -81,7 +83,11 @@ TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
     QLMMultiDelay singleL{false}, singleR{true}, pairL{false}, pairR{true};
     // A short ring, so that the run wraps it many times.
     for (QLMMultiDelay* d : {&singleL, &singleR, &pairL, &pairR})
-        d->SetMaxDelay(4000.0), d->SetLowPass(3000.0 / gSampleRate), d->SetHighPass(150.0 / gSampleRate);
+    {
+        d->SetMaxDelay(4000.0);
+        d->SetLowPass(3000.0 / gSampleRate);
+        d->SetHighPass(150.0 / gSampleRate);
+    }
     const std::vector<double> l = Sine(431.0, 32 * 900), r = Sine(97.0, 32 * 900);
     std::size_t differing = 0, nonzero = 0;
     const auto right = [&](const QLMMultiDelay* d) { return d == &singleR || d == &pairR; };
@@ -96,7 +102,10 @@ TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
         double pl[gBlockLen], pr[gBlockLen];
         QLMMultiDelay::ReadForwardPair(pairL, pairR, delayL, delayR, pl, pr);
         for (int i = 0; i < gBlockLen; ++i)
-            differing += (yl[i] != pl[i]) + (yr[i] != pr[i]), nonzero += (yl[i] != 0.0) + (yr[i] != 0.0);
+        {
+            differing += (yl[i] != pl[i]) + (yr[i] != pr[i]);
+            nonzero += (yl[i] != 0.0) + (yr[i] != 0.0);
+        }
         for (QLMMultiDelay* d : {&singleL, &pairL, &singleR, &pairR})
             d->WriteBlock((right(d) ? r : l).data() + b);
     }

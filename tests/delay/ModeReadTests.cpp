@@ -14,11 +14,13 @@ using namespace delaytest;
 TEST(MultiDelay, BackwardPlaysSegmentsReversed)
 {
     auto d = std::make_unique<QLMMultiDelay>();
-    d->SetMode(DelayBackward), d->SetReverseFade(0.0);
+    d->SetMode(DelayBackward);
+    d->SetReverseFade(0.0);
     d->mLowPass.SetBypass(true); // compare the bare heads with the input
     // A settled whole-sample offset: the all-pass then reads one sample exactly.
     const double offset = 64.0;
-    d->mReverseOffset = offset, d->mReverseOffsetSmoother.SetLastD(offset + 1e-15);
+    d->mReverseOffset = offset;
+    d->mReverseOffsetSmoother.SetLastD(offset + 1e-15);
     const float delay = 2205.0f; // 50 ms; with the position at 0 a segment lasts as long
     const size_t n = 32 * 1400;
     const auto x = UniqueNoise(n);
@@ -52,7 +54,8 @@ TEST(MultiDelay, BackwardRestartWaitsForTheFade)
     // Segments of 100 ms and a restart asked for in every block: each is honoured at the first
     // sample after a fade has run out, never inside one.
     auto d = std::make_unique<QLMMultiDelay>();
-    d->SetMode(DelayBackward), d->SetReverseFade(10.0);
+    d->SetMode(DelayBackward);
+    d->SetReverseFade(10.0);
     const auto noise = UniqueNoise(32 * 1000);
     std::vector<long> restarts;
     int lastElapsed = 0;
@@ -85,7 +88,8 @@ TEST(MultiDelay, UnitSpeedGrainsKeepTheirDelay)
     for (auto [position, expected] : {std::pair{0.0, double(delay)}, std::pair{1.0, grainLen}})
     {
         auto d = std::make_unique<QLMMultiDelay>();
-        d->SetMode(DelayGrain), d->SetGrainPosition(position);
+        d->SetMode(DelayGrain);
+        d->SetGrainPosition(position);
         d->SetGrainSize(grainLen / (gSampleRate * 0.001 * 0.995));
         const auto y = Drive(*d, ramp, delay);
         const double fraction = expected - std::floor(expected);
@@ -107,7 +111,10 @@ TEST(MultiDelay, TappedHeadsLandAtTheirTimes)
     // Input 6 adds a time in seconds to every head; input 0 is ignored in this mode.
     const double tapShift = 0.01, delayShift = 5000.0, one = 1.0;
     for (const auto& [input, source] : {std::pair{6, &tapShift}, {0, &delayShift}})
-        d->SetModSource(input, source), d->SetModDepth(input, &one);
+    {
+        d->SetModSource(input, source);
+        d->SetModDepth(input, &one);
+    }
     const auto tapDelay = [](int tap) { return float(300 + 1237 * tap); };
     const size_t n = 32 * 1024, impulse = 32 * 100 + 5;
     std::vector<std::vector<double>> out(kMaxDelayTaps, std::vector<double>(n, 0.0));

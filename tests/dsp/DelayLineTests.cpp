@@ -39,7 +39,10 @@ std::vector<float> RunLine(MSVRAP1ModDelayLine& line, const std::vector<float>& 
 {
     std::vector<float> out(in.size());
     for (size_t n = 0; n < in.size(); ++n)
-        out[n] = line.Process(), line.Write(in[n]);
+    {
+        out[n] = line.Process();
+        line.Write(in[n]);
+    }
     return out;
 }
 
@@ -70,7 +73,10 @@ TEST(MDelayLine, ReadsTheSampleWrittenDelaySamplesEarlierAcrossTheWrap)
     // silence until the new samples come through.
     line.Allocate(4);
     for (int k = 0; k < 30; ++k)
-        line.Write(1.0f), line.Read();
+    {
+        line.Write(1.0f);
+        line.Read();
+    }
     line.Clear();
     for (int k = 0; k < 10; ++k)
     {
@@ -128,7 +134,11 @@ TEST(MSVRAP1ModDelayLine, ConstantOffsetsGiveTheAllPassDelay)
         const std::vector<float> out = run(v, impulse);
         double sum = 0.0, energy = 0.0, moment = 0.0;
         for (size_t n = start; n < out.size(); ++n)
-            sum += out[n], energy += double(out[n]) * out[n], moment += double(n - start) * out[n];
+        {
+            sum += out[n];
+            energy += double(out[n]) * out[n];
+            moment += double(n - start) * out[n];
+        }
         EXPECT_TRUE(std::fabs(sum - 1.0) < 1e-5 && std::fabs(energy - 1.0) < 1e-5)
             << v << ": " << sum << " " << energy;
         EXPECT_NEAR(moment / sum, ExpectedDelay(centre, double(v) * depth), 1e-4) << "offset " << v * depth;

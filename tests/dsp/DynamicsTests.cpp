@@ -31,7 +31,8 @@ struct PlainEnvelope
 
     PlainEnvelope()
     {
-        env.mLowCut.SetBypass(true), env.mHighCut.SetBypass(true);
+        env.mLowCut.SetBypass(true);
+        env.mHighCut.SetBypass(true);
         env.mIn1 = block;
     }
     // One block of constant level x with the detector already settled on it (x = 0: silence with
@@ -74,7 +75,9 @@ TEST(Envelope, FollowerRisesAndFallsWithAttackAndRelease)
     const double rate = 96000.0;
     SetTimeBase(rate);
     PlainEnvelope p;
-    p.env.SetAttack(10.0), p.env.SetRelease(50.0), p.env.Reset(); // climbs over 20 ms, falls over 100 ms
+    p.env.SetAttack(10.0); // climbs over 20 ms, falls over 100 ms
+    p.env.SetRelease(50.0);
+    p.env.Reset();
     const double up = std::exp(2.0 * M_PI * 32.0 / (0.020 * rate)),
                  down = std::exp(-2.0 * M_PI * 32.0 / (0.100 * rate));
     // Rise towards a level of 1: the first block lifts the empty state to the floor, then a factor
@@ -131,8 +134,13 @@ TEST(Envelope, GateAttackHoldReleaseAndRetrigger)
     const double rate = 48000.0;
     SetTimeBase(rate);
     PlainEnvelope p;
-    p.env.SetGateMode(true), p.env.SetThreshold(0.2), p.env.SetDepth(0.8);
-    p.env.SetAttack(5.0), p.env.SetHold(20.0), p.env.SetRelease(25.0), p.env.Reset();
+    p.env.SetGateMode(true);
+    p.env.SetThreshold(0.2);
+    p.env.SetDepth(0.8);
+    p.env.SetAttack(5.0);
+    p.env.SetHold(20.0);
+    p.env.SetRelease(25.0);
+    p.env.Reset();
     const double up = 32.0 / (0.010 * rate), down = 32.0 / (0.050 * rate);
     for (int b = 0; b < 5; ++b)
         p.Step(0.1); // below the threshold: idle

@@ -199,8 +199,13 @@ TEST(IppBiquad, TypeChangeContinuesAsTheNewTypeAndOffStopsWriting)
             auto moved = Make(kBqLowpass, sections, 0.45, 0.3),
                  cleared = Make(kBqLowpass, sections, 0.45, 0.3), reference = Make(to, sections, 0.45, 0.3);
             for (IppBiquad* f : {moved.get(), reference.get(), cleared.get()})
-                SettleControls(*f, 0.3), RunBlocks(*f, head);
-            moved->SetType(to), cleared->SetType(to), cleared->Reset();
+            {
+                SettleControls(*f, 0.3);
+                RunBlocks(*f, head);
+            }
+            moved->SetType(to);
+            cleared->SetType(to);
+            cleared->Reset();
             const std::vector<double> a = RunBlocks(*moved, tail), b = RunBlocks(*reference, tail),
                                       c = RunBlocks(*cleared, tail);
             double worst = 0.0, worstCleared = 0.0;
@@ -262,9 +267,11 @@ TEST(IppBiquad, ModulationMovesTheCorner)
     for (bool right : {false, true})
     {
         auto f = Make(kBqBandpass, 1, 0.5, 0.0, right);
-        f->SetModSource(0, &source), f->SetModDepth(0, &depth);
+        f->SetModSource(0, &source);
+        f->SetModDepth(0, &depth);
         ExpectTone(*f, MapFreqHz(0.6f), 1.0, "input 0");
-        f->SetModSource(2, &source), f->SetModDepth(2, &depth);
+        f->SetModSource(2, &source);
+        f->SetModDepth(2, &depth);
         ExpectTone(*f, MapFreqHz(right ? 0.5f : 0.7f), 1.0, "inputs 0 and 2");
         f->SetModDepth(0, &big);
         ExpectTone(*f, MapFreqHz(1.0f), 1.0, "clamped at the top", 2e-3);

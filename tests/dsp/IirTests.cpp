@@ -166,7 +166,10 @@ TEST(IirState, DelayIsTheWholeStateAndBlocksMaySplit)
         // the output nor the memory.
         double set[kDelays + 1], got[kDelays + 1], y[kBlock];
         for (int i = 0; i <= kDelays; ++i)
-            set[i] = 0.1 * (i + 1) * (i % 2 ? -1.0 : 1.0), got[i] = 99.0;
+        {
+            set[i] = 0.1 * (i + 1) * (i % 2 ? -1.0 : 1.0);
+            got[i] = 99.0;
+        }
         std::fill(y, y + kBlock, 5.0);
         IirSetDelay(a.state, set);
         IirRun(set, y, 0, a.state);

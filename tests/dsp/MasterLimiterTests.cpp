@@ -38,7 +38,10 @@ Stereo Make(int len, const std::function<double(int)>& left, const std::function
 {
     Stereo s{std::vector<double>(len), std::vector<double>(len)};
     for (int i = 0; i < len; ++i)
-        s.l[i] = left(i), s.r[i] = right(i);
+    {
+        s.l[i] = left(i);
+        s.r[i] = right(i);
+    }
     return s;
 }
 

@@ -56,12 +56,14 @@ TEST(BlockSmoother, RepeatedRunsMatchAFreshSmootherInTheSameState)
     // The last block is handed out again for the same inputs (the glides of the delay lines see
     // that for a new target or start); after a retime, and for a shorter block, it is not.
     BlockSmoother s(5.0);
-    s.SetLastD(0.1), s.RunD(0.7, 32);
+    s.SetLastD(0.1);
+    s.RunD(0.7, 32);
     s.SetTime(50.0);
     for (const int n : {32, 8})
     {
         BlockSmoother fresh(50.0);
-        fresh.SetLastD(0.1), s.SetLastD(0.1);
+        fresh.SetLastD(0.1);
+        s.SetLastD(0.1);
         const double* a = s.RunD(0.7, n);
         EXPECT_TRUE(std::equal(a, a + n, fresh.RunD(0.7, n)) && s.LastD() == fresh.LastD()) << n;
     }
@@ -87,19 +89,24 @@ TEST(DSPShell, ProcessCopiesExactlyOneBlockAndBypassClearsScratch)
     DSPShell shell;
     double in[40], out[40];
     for (int i = 0; i < 40; ++i)
-        in[i] = i + 1, out[i] = -7.0;
+    {
+        in[i] = i + 1;
+        out[i] = -7.0;
+    }
     shell.mIn1 = in;
     shell.mOut1 = out;
     shell.Process();
     EXPECT_TRUE(std::equal(in, in + 32, out) && out[32] == -7.0 && out[39] == -7.0);
     for (bool bypass : {true, false})
     {
-        shell.mScratch[5] = 3.0, shell.SetBypass(bypass);
+        shell.mScratch[5] = 3.0;
+        shell.SetBypass(bypass);
         EXPECT_EQ(shell.mScratch[5], 0.0) << bypass;
     }
     // A modulation input gives source x depth until Init unwires it.
     const double src = 0.5, depth = 0.4;
-    shell.SetModSource(3, &src), shell.SetModDepth(3, &depth);
+    shell.SetModSource(3, &src);
+    shell.SetModDepth(3, &depth);
     const double wired = shell.ModValue(3);
     shell.Init();
     EXPECT_TRUE(std::fabs(wired - 0.2) < 1e-15 && shell.ModValue(3) == 0.0) << wired;

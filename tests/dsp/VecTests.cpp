@@ -51,7 +51,10 @@ TEST(OnePoleBlock, PairedRunMatchesSingleRuns)
         {
             double x0[32], x1[32], q0[32], q1[32];
             for (int i = 0; i < 32; ++i)
-                x0[i] = q0[i] = noise[b + std::size_t(i)], x1[i] = q1[i] = b < 32 * 200 ? 1.0 : 0.0;
+            {
+                x0[i] = q0[i] = noise[b + std::size_t(i)];
+                x1[i] = q1[i] = b < 32 * 200 ? 1.0 : 0.0;
+            }
             single0 = OnePoleBlock(x0, 32, p0, 1.0 - p0, 1e-15, single0);
             single1 = OnePoleBlock(x1, 32, p1, 1.0 - p1, 1e-15, single1);
             OnePoleBlockPair(q0, q1, 32, p0, 1.0 - p0, p1, 1.0 - p1, 1e-15, paired0, paired1);

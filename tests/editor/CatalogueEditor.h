@@ -44,7 +44,8 @@ struct CatalogueEditor : ::testing::Test
     }
     void ClickAt(int x, int y, const IMouseMod& mod = Left())
     {
-        editor.OnMouseDown(x, y, mod), editor.OnMouseUp(x, y, mod);
+        editor.OnMouseDown(x, y, mod);
+        editor.OnMouseUp(x, y, mod);
     }
     // A click in the middle of a control, which must be the one the mouse finds there.
     void Click(IControl* c, const IMouseMod& mod = Left())

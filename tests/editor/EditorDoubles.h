@@ -93,10 +93,15 @@ template <int W, int H> struct Window : ::testing::Test
     template <typename C> C* Attach(C* c) { return graphics.AttachControl(c), c; }
     void Click(int x, int y, const IMouseMod& mod = Left())
     {
-        graphics.OnMouseDown(x, y, mod), graphics.OnMouseUp(x, y, mod);
+        graphics.OnMouseDown(x, y, mod);
+        graphics.OnMouseUp(x, y, mod);
     }
     // Draws what is pending and forgets what the host heard so far.
-    void Settle() { graphics.OnTimerTick(), plug.mLog.clear(); }
+    void Settle()
+    {
+        graphics.OnTimerTick();
+        plug.mLog.clear();
+    }
     std::uint32_t Pixel(int x, int y)
     {
         return graphics.Raster().Pixels()[y * (graphics.Raster().Stride() / 4) + x];

@@ -25,7 +25,10 @@ double SteadyGainDb(CompressorFx& c, double rmsDb)
     const int from = total - int(0.2 * gSampleRate);
     double sx = 0, sy = 0;
     for (int n = from; n < total; ++n)
-        sx += x[n] * x[n], sy += y[n] * y[n];
+    {
+        sx += x[n] * x[n];
+        sy += y[n] * y[n];
+    }
     return 10.0 * std::log10(sy / sx);
 }
 } // namespace

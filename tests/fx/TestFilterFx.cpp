@@ -115,7 +115,10 @@ TEST(FilterFx, VowelFormantPeaks)
             double best = 0.0, bestHz = 0.0;
             for (double hz = 0.85 * f; hz <= 1.15 * f; hz *= 1.004)
                 if (const double m = std::abs(testmeasure::ResponseAt(h, hz, gSampleRate)); m > best)
-                    best = m, bestHz = hz;
+                {
+                    best = m;
+                    bestHz = hz;
+                }
             EXPECT_NEAR(bestHz / f, 1.0, 0.03) << c.pos << " " << c.set << " " << f;
             EXPECT_GT(testmeasure::Db(best), 15.0) << f; // a clear formant, +24 dB at the setting
         }

@@ -130,7 +130,11 @@ TEST(EnvelopeSource, ListenIsExclusiveAndCarriesTheFilteredInput)
     Block left{}, right{};
     double inSum = 0.0, outSum = 0.0;
     for (EnvelopeSource* env : both)
-        env->SetGain(20.0), env->SetLocut(50.0), env->SetHicut(20000.0);
+    {
+        env->SetGain(20.0);
+        env->SetLocut(50.0);
+        env->SetHicut(20000.0);
+    }
     for (int b = 0; b < 200; ++b)
     {
         const Block in = sine.Next();
@@ -156,7 +160,12 @@ TEST(EnvelopeSource, PairedRunMatchesSingleRuns)
     for (EnvelopeSource* env : {&single[0], &paired[0], &single[1], &paired[1]})
     {
         if (env == &single[1] || env == &paired[1])
-            SetUpGate(*env), env->SetLocut(60.0), env->SetHicut(12000.0), env->SetListen(true);
+        {
+            SetUpGate(*env);
+            env->SetLocut(60.0);
+            env->SetHicut(12000.0);
+            env->SetListen(true);
+        }
         else
             env->SetLocut(200.0), env->SetHicut(3000.0), env->SetGain(6.0), env->SetAttack(3.0),
                 env->SetDecay(80.0), env->Reset();

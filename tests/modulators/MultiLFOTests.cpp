@@ -25,7 +25,10 @@ TEST(MultiLFO, RoesslerStaysBoundedForEveryRateOverAnHour)
         {
             lfo.Tick();
             for (int k = 0; k < 2; ++k)
-                lo[k] = std::min(lo[k], lfo.Out(k)), hi[k] = std::max(hi[k], lfo.Out(k));
+            {
+                lo[k] = std::min(lo[k], lfo.Out(k));
+                hi[k] = std::max(hi[k], lfo.Out(k));
+            }
         }
         const bool swings = percent >= 10;
         EXPECT_TRUE(std::isfinite(lfo.Out(0)) && std::isfinite(lfo.Out(1)));

@@ -59,7 +59,10 @@ inline double MeasureRt60(const std::vector<double>& a, const std::vector<double
         if (db > -5.0) continue;
         if (db < -35.0) break;
         const double t = double(i) / rate;
-        sx += t, sy += db, sxx += t * t, sxy += t * db;
+        sx += t;
+        sy += db;
+        sxx += t * t;
+        sxy += t * db;
         ++count;
     }
     const double slope = (count * sxy - sx * sy) / (count * sxx - sx * sx);
@@ -78,7 +81,10 @@ inline std::vector<double> BandPass(const std::vector<double>& x, double hz, dou
     for (size_t i = 0; i < x.size(); ++i)
     {
         y[i] = b0 * x[i] + b2 * x2 - a1 * y1 - a2 * y2;
-        x2 = x1, x1 = x[i], y2 = y1, y1 = y[i];
+        x2 = x1;
+        x1 = x[i];
+        y2 = y1;
+        y1 = y[i];
     }
     return y;
 }

@@ -76,7 +76,11 @@ class XvfbEnvironment : public ::testing::Environment
             {
                 std::this_thread::sleep_for(std::chrono::milliseconds(50));
                 if (Display* d = XOpenDisplay(name.c_str()))
-                    XCloseDisplay(d), setenv("DISPLAY", name.c_str(), 1), gDisplay = name;
+                {
+                    XCloseDisplay(d);
+                    setenv("DISPLAY", name.c_str(), 1);
+                    gDisplay = name;
+                }
                 else if (waitpid(mPid, nullptr, WNOHANG) == mPid)
                     break; // that number was taken: next
             }
@@ -321,7 +325,8 @@ struct EditorHost : ::testing::Test
         ASSERT_EQ(view->queryInterface(IPlugViewContentScaleSupport::iid, reinterpret_cast<void**>(&scaling)),
                   kResultOk);
         view->setFrame(&frame);
-        scaling->setContentScaleFactor(static_cast<float>(s)), scaling->release();
+        scaling->setContentScaleFactor(static_cast<float>(s));
+        scaling->release();
         ViewRect size;
         ASSERT_EQ(view->getSize(&size), kResultTrue);
         EXPECT_EQ(size.getWidth(), static_cast<int>(std::lround(kEditorWidth * s)));
@@ -351,7 +356,11 @@ struct EditorHost : ::testing::Test
     }
 
     // Mouse and keys at layout coordinates, as XTest input on the screen.
-    void Sent() { XFlush(display), loop.Pump(30); }
+    void Sent()
+    {
+        XFlush(display);
+        loop.Pump(30);
+    }
     void Move(int x, int y)
     {
         XTestFakeMotionEvent(display, -1, static_cast<int>(x * scale), static_cast<int>(y * scale),
@@ -360,11 +369,21 @@ struct EditorHost : ::testing::Test
     }
     void Button(unsigned button, bool down)
     {
-        XTestFakeButtonEvent(display, button, down, CurrentTime), Sent();
+        XTestFakeButtonEvent(display, button, down, CurrentTime);
+        Sent();
     }
-    void Press(unsigned button) { Button(button, true), Button(button, false); }
+    void Press(unsigned button)
+    {
+        Button(button, true);
+        Button(button, false);
+    }
     // Waits after the press so that the next one makes no double click.
-    void Click(int x, int y, unsigned button = 1) { Move(x, y), Press(button), loop.Pump(450); }
+    void Click(int x, int y, unsigned button = 1)
+    {
+        Move(x, y);
+        Press(button);
+        loop.Pump(450);
+    }
     void Key(KeySym sym)
     {
         const KeyCode code = XKeysymToKeycode(display, sym);
@@ -462,7 +481,9 @@ TEST_F(EditorHost, MouseAndKeysReachTheHostAndTheViewResizesAtEveryScale)
         const IRECT wet = RowRect(ELayoutKind::kKnob, kWetLevel);
         Click(wet.L + 26, wet.T + 26, 3);
         const KeySym digit = s == 1.0 ? XK_3 : XK_4;
-        Key(digit), Key(digit), Key(XK_Return);
+        Key(digit);
+        Key(digit);
+        Key(XK_Return);
         const double typed = s == 1.0 ? 0.33 : 0.44;
         EXPECT_NEAR(log.Last(kWetLevel), typed, 1e-9);
         EXPECT_NEAR(controller->getParamNormalized(kWetLevel), typed, 1e-9);
@@ -511,7 +532,8 @@ TEST_F(EditorHost, WheelDoubleClickAndForwardedKeys)
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before + 0.009, 1e-9);
     EXPECT_EQ(log.Of(kWetLevel), "BPEBPE");
     // Two quick presses return the knob to the value it had when the editor was built.
-    Press(1), Press(1);
+    Press(1);
+    Press(1);
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), before, 1e-9);
 
     log.Clear();
@@ -545,7 +567,9 @@ TEST_F(EditorHost, TheHostsContextMenuCarriesOurValueEntry)
     ASSERT_NE(target, nullptr);
     EXPECT_EQ(target->executeMenuItem(item.tag), kResultOk);
     loop.Pump(100);
-    Key(XK_1), Key(XK_2), Key(XK_Return);
+    Key(XK_1);
+    Key(XK_2);
+    Key(XK_Return);
     EXPECT_NEAR(controller->getParamNormalized(kWetLevel), 0.12, 1e-9);
     EXPECT_EQ(host.Of(kWetLevel), "BPE");
     Close();

@@ -56,26 +56,10 @@ struct CatalogueEditor : ::testing::Test
         ClickAt(x, y, mod);
     }
     IPopupOverlay* Popup() { return dynamic_cast<IPopupOverlay*>(editor.ModalOverlay()); }
-    // Picks row `i` of the open list's first level with the mouse, as a user does.
-    void PickRow(int i)
-    {
-        ASSERT_NE(Popup(), nullptr);
-        const IRECT r = Popup()->ItemRect(0, i);
-        editor.OnMouseOver(r.L + 4, r.T + 4, IMouseMod());
-        ClickAt(r.L + 4, r.T + 4);
-    }
     static std::string OneGesture(int param)
     {
         const std::string id = std::to_string(param);
         return "B" + id + " P" + id + " E" + id;
-    }
-    // A value picked from a list: the press that opened it may bracket nothing, the pick itself is
-    // the one begin, perform, end of the parameter.
-    bool PickIsOneGesture(int param) const
-    {
-        const std::string g = plug.Gestures();
-        const std::string pick = OneGesture(param);
-        return g.ends_with(pick) && g.find(" P") == g.rfind(" P");
     }
 };
 } // namespace editortest

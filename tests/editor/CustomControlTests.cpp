@@ -20,12 +20,18 @@ using Editor = Window<400, 300>;
 constexpr IColor kRed(255, 255, 0, 0);
 } // namespace
 
-TEST(KnobFrameTest, PlainAndSteppedLaws)
+// The frame a strip shows for a value: a bitmap control's, and a knob's with steps of its own.
+TEST(FrameTest, BitmapsPlainLawAndKnobsSteppedLaw)
 {
-    // {value, frames, steps, shape, frame}. Plain: 1 + (frames - 1) x value, rounded and kept on the
-    // strip. Four steps over 64 frames show only the frames 1, 17, 33, 48 and 64; the shape bends the
-    // value first (0.7^2 = 0.49 is still the first step) and counts as linear when not positive. As
-    // many steps as frames is a step law; more, or fewer than one, are plain.
+    // {value, frames, frame}: 1 + (frames - 1) x value, rounded and kept on the strip.
+    const std::tuple<double, int, int> plain[] = {{1.0, 64, 64}, {0.24, 3, 1},  {0.26, 3, 2},
+                                                  {1.7, 10, 10}, {-0.3, 10, 1}, {0.5, 1, 1}};
+    for (const auto& [value, frames, frame] : plain)
+        EXPECT_EQ(IBitmapControl::FrameForValue(value, frames), frame) << value << " of " << frames;
+    // {value, frames, steps, shape, frame}. The knob's plain law is the same. Four steps over 64 frames show
+    // only the frames 1, 17, 33, 48 and 64; the shape bends the value first (0.7^2 = 0.49 is still the first
+    // step) and counts as linear when not positive. As many steps as frames is a step law; more, or fewer
+    // than one, are plain.
     const std::tuple<double, int, int, double, int> cases[] = {
         {0.0, 64, 0, 1.0, 1},   {1.0, 64, 0, 1.0, 64},  {0.6, 64, 0, 1.0, 39}, {1.4, 64, 0, 1.0, 64},
         {-0.2, 64, 0, 1.0, 1},  {0.5, 1, 0, 1.0, 1},    {0.24, 64, 4, 1.0, 1}, {0.25, 64, 4, 1.0, 17},
@@ -188,8 +194,23 @@ TEST_F(Editor, GridSelectsACellAndItsMarkerFollowsTheMouse)
         EXPECT_LT(Red(x, y), 100) << x << "," << y; // the last in a cell not selected
 }
 
-TEST_F(Editor, MyTextRedrawsOnlyOnAChangeAndAlignsToItsSide)
+TEST_F(Editor, MyTextFormatsRedrawsOnlyOnAChangeAndAlignsToItsSide)
 {
+    // The text is the value through its format and unit; a list text format and unusable ones
+    // show the plain number.
+    const std::tuple<const char*, const char*, double, const char*> cases[] = {
+        {"%.1f", " ms", 12.345, "12.3 ms"},
+        {"%d", " ST", -6.6, "-7 ST"},
+        {"%5.2f", "", 3.14159, " 3.14"},
+        {"%+.1f", " dB", 1.25, "+1.2 dB"},
+        {"%s", "", 1.5, "1.5"},
+        {"%.1f %f", "", 1.0, "1"},
+        {"%n", "", 2.0, "2"},
+        {"%", " ms", 3.0, "3 ms"},
+        {"%.1f%%", "", 50.0, "50.0%"}};
+    for (const auto& [format, unit, value, text] : cases)
+        EXPECT_EQ(IMyTextControl::FormatValue(format, unit, value), text) << format;
+
     IText style;
     style.mSize = 14;
     auto* left = Attach(new IMyTextControl(&plug, IRECT(0, 0, 200, 20), style, &kRed, false, "%.1f", " ms"));
@@ -211,10 +232,7 @@ TEST_F(Editor, MyTextRedrawsOnlyOnAChangeAndAlignsToItsSide)
     for (int y0 : {0, 30})
         for (int x0 : {0, 100})
         {
-            int lit = 0;
-            for (int y = y0; y < y0 + 20; ++y)
-                for (int x = x0; x < x0 + 100; ++x)
-                    lit += Red(x, y) > 128;
+            const int lit = RedPixels(IRECT(x0, y0, x0 + 100, y0 + 20));
             EXPECT_EQ(lit > 10, (x0 == 0) == (y0 == 0)) << x0 << "," << y0 << ": " << lit;
         }
 
@@ -226,27 +244,25 @@ TEST_F(Editor, MyTextRedrawsOnlyOnAChangeAndAlignsToItsSide)
 
 // A switch steps through its frames and wraps, one gesture per press, and ignores the right button:
 // it has too few states to be worth a prompt. (The other controls' presses are their own tests'.)
-TEST(CustomGestureTest, ASwitchStepsThroughItsFramesOneGesturePerPress)
+TEST_F(Editor, ASwitchStepsThroughItsFramesOneGesturePerPress)
 {
     for (const auto& [frames, param, after] :
          {std::tuple{2, +kSwitch, std::vector<double>{1.0, 0.0}}, {3, +kMix, {0.5, 1.0, 0.0, 0.5}}})
     {
-        RecordingPlug p; // each on its own plug-in, so that the logs don't mix
-        IGraphics g(&p, 100, 100, 25);
-        IControl* c = new IMySwitchControl(&p, IRECT(0, 0, 20, 40), param, FakeStrip(20, 20, frames));
-        g.AttachControl(c);
-        g.OnTimerTick();
-        g.OnMouseDown(10, 20, Right());
-        EXPECT_TRUE(g.ModalOverlay() == nullptr && p.mLog.empty());
+        // The second switch lies over the first and takes the mouse.
+        IControl* c =
+            Attach(new IMySwitchControl(&plug, IRECT(0, 0, 20, 40), param, FakeStrip(20, 20, frames)));
+        Settle();
+        graphics.OnMouseDown(10, 20, Right());
+        EXPECT_TRUE(graphics.ModalOverlay() == nullptr && plug.mLog.empty());
         const std::string id = std::to_string(param);
         for (double value : after)
         {
-            p.mLog.clear();
-            g.OnMouseDown(10, 20, Left());
-            g.OnMouseUp(10, 20, Left());
-            EXPECT_EQ(p.mLog, (std::vector<std::string>{"B" + id, "P" + id, "E" + id}));
+            plug.mLog.clear();
+            Click(10, 20);
+            EXPECT_EQ(plug.mLog, (std::vector<std::string>{"B" + id, "P" + id, "E" + id}));
             EXPECT_DOUBLE_EQ(c->GetValue(), value);
-            EXPECT_DOUBLE_EQ(p.mLastPerformed, value);
+            EXPECT_DOUBLE_EQ(plug.mLastPerformed, value);
         }
     }
 }

@@ -23,21 +23,13 @@ constexpr IColor kGreen(255, 0, 255, 0);
 struct Screen : Window<300, 200>
 {
     int Green(int x, int y) { return static_cast<int>((Pixel(x, y) >> 8) & 0xFF); }
-    // Rows of column x in y0..y1 whose red is above half.
+    // Rows of column x whose red is above half.
     std::vector<int> RedRows(int x)
     {
         std::vector<int> rows;
         for (int y = 0; y < 200; ++y)
             if (Red(x, y) > 128) rows.push_back(y);
         return rows;
-    }
-    int RedPixels(const IRECT& r)
-    {
-        int n = 0;
-        for (int y = r.T; y < r.B; ++y)
-            for (int x = r.L; x < r.R; ++x)
-                n += Red(x, y) > 128;
-        return n;
     }
 };
 } // namespace

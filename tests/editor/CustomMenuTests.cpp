@@ -16,21 +16,8 @@ struct Menus : Window<600, 400>
     IText style;
 
     IPopupOverlay* Popup() { return dynamic_cast<IPopupOverlay*>(graphics.ModalOverlay()); }
-    // Number of rows the open popup shows at its first level.
-    int Rows()
-    {
-        int n = 0;
-        while (Popup() && !Popup()->ItemRect(0, n).Empty())
-            ++n;
-        return n;
-    }
-    void Pick(int index)
-    {
-        ASSERT_NE(Popup(), nullptr);
-        const IRECT r = Popup()->ItemRect(0, index);
-        graphics.OnMouseOver(r.L + 5, r.T + 5, IMouseMod());
-        Click(r.L + 5, r.T + 5);
-    }
+    // Number of rows the open popup offers at its first level.
+    int Rows() { return Popup() ? Popup()->MenuAt(0)->NItems() : 0; }
 };
 } // namespace
 
@@ -47,7 +34,7 @@ TEST_F(Menus, ParameterPopupsChooseTheValueAndShowIt)
     plug.mLog.clear();
     Click(150, 110);
     EXPECT_EQ(Rows(), 3);
-    Pick(2);
+    PickRow(graphics, 2);
     EXPECT_EQ(field->Text(), "FOLD");
     EXPECT_EQ(plug.GetParam(kMode)->value, 2.0);
     EXPECT_EQ(plug.Gestures(), "B1 E1 B1 P1 E1");
@@ -66,7 +53,7 @@ TEST_F(Menus, ParameterPopupsChooseTheValueAndShowIt)
     Click(320, 110);
     EXPECT_EQ(Rows(), 3);
     plug.mLog.clear();
-    Pick(1); // the second row shown is the third value
+    PickRow(graphics, 1); // the second row shown is the third value
     EXPECT_EQ(mode->value, 2.0);
     EXPECT_DOUBLE_EQ(button->GetValue(), 2.0 / 3.0);
     EXPECT_EQ(button->ValueText(), "FOLD");
@@ -81,7 +68,7 @@ TEST_F(Menus, MenusWithoutAParameterHandTheirPickToTheCallback)
     auto* single = Attach(new ITextPopupMenu(&plug, IRECT(300, 100, 400, 120), -1, {"ONLY"}, style, nullptr));
     single->SetAction([&](IControl& c) { picks.push_back(static_cast<ITextPopupMenu&>(c).Index()); });
     Click(350, 110);
-    Pick(0);
+    PickRow(graphics, 0);
     EXPECT_EQ(single->GetValue(), 0.0);
     single->SetItems({});
     Click(350, 110);
@@ -97,14 +84,14 @@ TEST_F(Menus, MenusWithoutAParameterHandTheirPickToTheCallback)
     for (int pick : {2, 1, -1}) // the last dismissed: the check stays
     {
         Click(150, 110);
-        pick < 0 ? Click(5, 5) : Pick(pick);
+        pick < 0 ? Click(5, 5) : PickRow(graphics, pick);
         for (int i = 0; i < 3; ++i)
             EXPECT_EQ(menu->GetItem(i)->Checked(), i == (pick < 0 ? 1 : pick)) << pick << " " << i;
     }
     Attach(new IEmptyPopupMenu(&plug, IRECT(450, 100, 490, 120), menu,
                                [&](IPopupMenu*, int i) { picks.push_back(10 + i); }));
     Click(470, 110);
-    Pick(1);
+    PickRow(graphics, 1);
     EXPECT_EQ(picks, (std::vector<int>{0, 2, 1, 11}));
     EXPECT_TRUE(plug.mLog.empty());
 }
@@ -117,7 +104,7 @@ TEST_F(Menus, ColourPanelListsTheSetsAndReportsThePick)
     EXPECT_STREQ(panel->Name(), "DEFAULT");
     Click(150, 110);
     EXPECT_EQ(Rows(), kNumColorSets);
-    Pick(4);
+    PickRow(graphics, 4);
     EXPECT_EQ(panel->Selection(), 4);
     EXPECT_STREQ(panel->Name(), "FIRE");
     // The plug-in moves the selection after a state load; an index outside the table shows the

@@ -172,16 +172,14 @@ TEST_F(DelayEditor, EachLargeViewIsOnItsSlotsSteps)
     // Pan faders fill from the middle; level faders from the bottom.
     EXPECT_TRUE(dynamic_cast<StepFaderControl*>(Step(0, "PAN", 0))->IsBipolar());
     EXPECT_FALSE(dynamic_cast<StepFaderControl*>(Step(0, "LEVEL", 0))->IsBipolar());
-    // No delay parameter is left without a control on the delay pages.
+    // No delay parameter is left without a control on the delay pages. (The feedback and swing
+    // families, which lie elsewhere in the catalogue, are the overview test's.)
     std::set<int> onPages;
     for (int list : {kListDelay, kListLarge1, kListLarge2, kListLarge3, kListLarge4})
         for (int idx : editor.ListControls(static_cast<EPageList>(list)))
             onPages.insert(editor.GetControl(idx)->ParamIdx());
     for (int id = kDelayMode1; id <= kReverseXFade4; ++id)
         EXPECT_EQ(onPages.count(id), 1u) << plug.GetParam(id)->name;
-    for (int slot = 0; slot < 4; ++slot)
-        for (int first : {kFeedback1, kFeedbackModDepth1, kFeedbackModSource1, kDelayTapsSwing1})
-            EXPECT_EQ(onPages.count(first + slot), 1u) << plug.GetParam(first + slot)->name;
 }
 
 // Each view shows its own rows, in as many columns as the slot has taps; the other view's rows and
@@ -264,27 +262,25 @@ TEST_F(DelayEditor, ATapNumberOffersTheChannelsTheTapSoundsOnAndLightsWhileItPla
     editor.ShowPage(kPageLargeLevels + 1, false);
     editor.Delay().SetTapOnMask(1, 0, 0xFFFF);
     editor.Delay().SetTapOnMask(1, 1, 0xFFFF);
-    // {entry picked, entry checked before, left and right on after}
-    const std::tuple<const char*, const char*, bool, bool> picks[] = {
-        {"R", "L+R", false, true}, {"--", "R", false, false}, {"L", "--", true, false}};
-    for (const auto& [mark, checked, left, right] : picks)
+    // {row picked of "--|L|R|L+R|", entry checked before, left and right on after}
+    const std::tuple<int, const char*, bool, bool> picks[] = {
+        {2, "L+R", false, true}, {0, "R", false, false}, {1, "--", true, false}};
+    for (const auto& [row, checked, left, right] : picks)
     {
         Click(Large(1, layout::StepColumnNumber(2)));
         const IPopupMenu* items = Popup()->MenuAt(0);
         std::string texts, was;
-        int pick = -1;
         for (int i = 0; i < items->NItems(); ++i)
         {
             texts += items->GetItem(i)->mText + "|";
             was = items->GetItem(i)->Checked() ? items->GetItem(i)->mText : was;
-            pick = items->GetItem(i)->mText == mark ? i : pick;
         }
         EXPECT_EQ(texts, "--|L|R|L+R|");
         EXPECT_EQ(was, checked);
-        PickRow(pick);
-        EXPECT_EQ(editor.Delay().TapOnMask(1, 0), left ? 0xFFFFu : 0xFFFBu) << mark;
-        EXPECT_EQ(editor.Delay().TapOnMask(1, 1), right ? 0xFFFFu : 0xFFFBu) << mark;
-        EXPECT_TRUE(Lit(1, "TAP L", 2) == left && Lit(1, "TAP R", 2) == right) << mark;
+        PickRow(editor, row);
+        EXPECT_EQ(editor.Delay().TapOnMask(1, 0), left ? 0xFFFFu : 0xFFFBu) << row;
+        EXPECT_EQ(editor.Delay().TapOnMask(1, 1), right ? 0xFFFFu : 0xFFFBu) << row;
+        EXPECT_TRUE(Lit(1, "TAP L", 2) == left && Lit(1, "TAP R", 2) == right) << row;
     }
     // One report per pick, with both channels; no other tap and no parameter moved.
     EXPECT_EQ(taps, "tap1201 tap1200 tap1210 ");

@@ -54,7 +54,7 @@ TEST_F(Dialogs, MessageBoxWaitsForTheUsersAnswer)
     EXPECT_EQ(acknowledged, 4);
 }
 
-TEST_F(Dialogs, SavePromptListsTheFolderTreeWithoutHiddenFolders)
+TEST_F(Dialogs, SavePromptListsTheFolderTreeWithoutHiddenFoldersAndMakesPathsInIt)
 {
     // Sorted by path regardless of case: "Atmos" before "bass", "bass/Dub" under "bass".
     std::string listed;
@@ -63,10 +63,7 @@ TEST_F(Dialogs, SavePromptListsTheFolderTreeWithoutHiddenFolders)
     EXPECT_EQ(listed, ":User Presets:0 Atmos:Atmos:1 bass:bass:1 bass/Dub:Dub:2 ");
     // A folder that doesn't exist still offers itself, and nothing else.
     EXPECT_EQ(IFilePromptOverlay::ScanFolders((dir / "missing").string()).size(), 1u);
-}
 
-TEST_F(Dialogs, SavePromptPathsFromNamesAndFolders)
-{
     // A blank name gives no path at all.
     const std::tuple<const char*, const char*, const char*> cases[] = {
         {"bass/Dub", "  Deep  ", "/bass/Dub/Deep.txt"},

@@ -10,6 +10,7 @@
 
 #include "editor/IControl.h"
 #include "editor/IGraphics.h"
+#include "editor/IOverlay.h"
 #include "host/IPlugBase.h"
 #include "params/IParamRecord.h"
 
@@ -84,6 +85,17 @@ inline const auto FakeStrip = [](int w, int frameH, int frames) {
 inline const auto Left = [] { return IMouseMod{.L = true}; };
 inline const auto Right = [] { return IMouseMod{.R = true}; };
 
+// Picks row `i` of the open list's first level with the mouse, as a user does.
+inline void PickRow(IGraphics& g, int i)
+{
+    auto* popup = dynamic_cast<IPopupOverlay*>(g.ModalOverlay());
+    ASSERT_NE(popup, nullptr);
+    const IRECT r = popup->ItemRect(0, i);
+    g.OnMouseOver(r.L + 4, r.T + 4, IMouseMod());
+    g.OnMouseDown(r.L + 4, r.T + 4, Left());
+    g.OnMouseUp(r.L + 4, r.T + 4, Left());
+}
+
 // The recording plug-in behind a window of W x H layout pixels.
 template <int W, int H> struct Window : ::testing::Test
 {
@@ -107,5 +119,14 @@ template <int W, int H> struct Window : ::testing::Test
         return graphics.Raster().Pixels()[y * (graphics.Raster().Stride() / 4) + x];
     }
     int Red(int x, int y) { return static_cast<int>((Pixel(x, y) >> 16) & 0xFF); }
+    // Pixels of r whose red is above half.
+    int RedPixels(const IRECT& r)
+    {
+        int n = 0;
+        for (int y = r.T; y < r.B; ++y)
+            for (int x = r.L; x < r.R; ++x)
+                n += Red(x, y) > 128;
+        return n;
+    }
 };
 } // namespace editortest

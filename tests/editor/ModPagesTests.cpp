@@ -147,7 +147,7 @@ TEST_F(ModPages, TheColourSetFieldAppliesAPickAndTellsThePlugIn)
         dynamic_cast<IColorSetPopUpControl*>(editor.ControlOfPageRow(kListOptions, kOptionsColorSetRow));
     ASSERT_NE(field, nullptr);
     Click(field);
-    PickRow(5);
+    PickRow(editor, 5);
     EXPECT_EQ(told, std::vector<int>{5});
     EXPECT_EQ(editor.Colors().Current(), 5);
     EXPECT_STREQ(field->SetName(), "ICE");

@@ -191,22 +191,20 @@ class Frame : public hostdoubles::PlugFrame
 class EditLog : public hostdoubles::ComponentHandler
 {
   public:
-    // The gesture string of `id`, and the last value performed for it (or -1).
-    std::string Of(ParamID id, ParamValue* last = nullptr)
+    // The gesture string of `id`.
+    std::string Of(ParamID id)
     {
         std::string s;
         for (const Edit& e : Edits())
-            if (e.id == id)
-            {
-                s += static_cast<char>(std::toupper(e.kind));
-                if (last && e.kind == 'p') *last = e.value;
-            }
+            if (e.id == id) s += static_cast<char>(std::toupper(e.kind));
         return s;
     }
+    // The last value performed for `id` (or -1).
     ParamValue Last(ParamID id)
     {
         ParamValue v = -1;
-        Of(id, &v);
+        for (const Edit& e : Edits())
+            if (e.id == id && e.kind == 'p') v = e.value;
         return v;
     }
 };
@@ -560,10 +558,7 @@ TEST_F(EditorHost, TheHostsContextMenuCarriesOurValueEntry)
     EXPECT_NEAR(host.mMenu.mAt.second, 2 * (wet.T + 26), 2);
     ASSERT_EQ(host.mMenu.mItems.size(), 1u);
     const auto& [item, target] = host.mMenu.mItems[0];
-    std::string name;
-    for (int i = 0; item.name[i]; ++i)
-        name += static_cast<char>(item.name[i]);
-    EXPECT_EQ(name, "Enter value...");
+    EXPECT_EQ(std::u16string(item.name), u"Enter value...");
     ASSERT_NE(target, nullptr);
     EXPECT_EQ(target->executeMenuItem(item.tag), kResultOk);
     loop.Pump(100);
@@ -694,5 +689,4 @@ TEST_F(EditorHost, EveryPageTakesTheMouse)
         Grab(Cat({"page-", std::to_string(page), ".png"}));
     }
     EXPECT_GE(pagesWithControls, 3); // the three effect pages at least
-    Close();
 }

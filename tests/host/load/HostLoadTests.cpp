@@ -247,7 +247,6 @@ TEST(HostLoad, ParameterTextsAndValuesConvertBothWays)
         {kFeedback1, u"loud", kQuietNaN, nullptr},
         {kDelayLopass1, u"3000", 3000.0, nullptr},
         {kLimiterOn, u"SLOW II", 2.0, u"SLOW II"},
-        {kLimiterOn, u"FAST", 3.0, u"FAST"},
         {kLimiterOn, u"2", kQuietNaN, nullptr},
         {kMasterFx, u"1", kQuietNaN, nullptr},
         {kTimebase1, u"1/16", 2.0, u"1/16"},
@@ -440,7 +439,6 @@ TEST(HostLoad, StatesRoundTripToTheByteAndKeepTheBypass)
     const auto state = source.ComponentState();
     ASSERT_EQ(state, named);
     const auto controllerState = source.ControllerState();
-    source.Stop();
     ASSERT_EQ(controllerState.size(), state.size() + 4);
     EXPECT_TRUE(std::equal(state.begin(), state.end(), controllerState.begin()));
 

@@ -65,6 +65,7 @@ TEST(StringField, IsALengthWordAndTheBytesWithoutTerminator)
         {&chunk, 0, 8, "Echo"},   {&chunk, 8, 12, "kept"},  {&chunk, 12, 14, "kept"},
         {&chunk, 16, -1, "kept"}, {&chunk, 18, -1, "kept"}, {&chunk, -1, -1, "kept"},
         {&longer, 0, 14, "kept"}};
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(chunk.Data()) + 4, 4), "Echo");
     for (const auto& [from, at, next, read] : rows)
     {
         std::string target = "kept";

@@ -22,11 +22,6 @@ using preset_test::Load;
 
 namespace
 {
-float AsFloat(double v)
-{
-    return static_cast<float>(v);
-}
-
 // A value the file format carries exactly: four significant digits, or a whole step of a list.
 double RandomValue(const IParamRecord& p, std::mt19937& rng)
 {
@@ -68,8 +63,7 @@ TEST(PresetFile, RandomPatchesComeBackAsThirtyTwoBitFloatsWithTheirMasks)
         target.Set(kFeedback3, 99.0); // a leftover of an earlier sound, not in every patch
         Load(target, PresetFileText(source));
         for (int id = 0; id < kNumParams; ++id)
-            ASSERT_EQ(AsFloat(target.Value(id)), AsFloat(source.Value(id)))
-                << ParamKey(id) << " seed " << seed;
+            ASSERT_EQ(float(target.Value(id)), float(source.Value(id))) << ParamKey(id) << " seed " << seed;
         const StateFields& g = target.Fields();
         EXPECT_TRUE(std::memcmp(g.mTapOnMask, f.mTapOnMask, sizeof f.mTapOnMask) == 0 &&
                     std::memcmp(g.mStepFxMask, f.mStepFxMask, sizeof f.mStepFxMask) == 0 &&
@@ -193,7 +187,7 @@ TEST(PresetFile, EveryCutOfAFileLoadsWhatItHoldsAndNothingElse)
             const std::size_t at = part.find(line);
             const bool whole =
                 at != std::string::npos && part.find('\n', at + line.size()) != std::string::npos;
-            ASSERT_TRUE(!whole || AsFloat(v) == AsFloat(source.Value(id))) << cut << " " << ParamKey(id);
+            ASSERT_TRUE(!whole || float(v) == float(source.Value(id))) << cut << " " << ParamKey(id);
         }
     }
 }

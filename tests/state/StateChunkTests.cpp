@@ -145,7 +145,7 @@ TEST(StateChunkRoundTrip, FieldsInOrderComeBackBitForBit)
     EXPECT_TRUE(withoutFolder == ChunkOf(0x10200, source));
 }
 
-// The read derives the dry gain (0 under dry kill) and the attenuation, announces every id in order
+// The read derives the dry gain (0 under dry kill), announces every id in order
 // and the focused one last, hands the tap masks to the tap engine, and ends every load flag. Empty
 // texts and no menu selection leave what is shown.
 TEST(StateChunkRead, AppliesDerivedValuesAndCallsEveryIdInOrder)
@@ -155,8 +155,7 @@ TEST(StateChunkRead, AppliesDerivedValuesAndCallsEveryIdInOrder)
         SCOPED_TRACE(dryKill);
         FakeStateHost source, target;
         source.Set(kDryLevel, 40.0);
-        std::tie(source.mFields.mDryKill, source.mFields.mInputAttenuator, source.mFields.mFocusedParam) =
-            std::tuple(dryKill, 0.5, kFeedback3);
+        std::tie(source.mFields.mDryKill, source.mFields.mFocusedParam) = std::tuple(dryKill, kFeedback3);
         for (int i = 0; i < 8; ++i)
             source.mFields.mTapOnMask[i] = 1 << i;
         FillFields(target.mFields);
@@ -165,7 +164,6 @@ TEST(StateChunkRead, AppliesDerivedValuesAndCallsEveryIdInOrder)
         const StateFields& f = target.mFields;
         EXPECT_TRUE(std::abs(f.mDryLevel - (dryKill ? 0.0 : 0.4)) < 1e-12 && target.Value(kDryLevel) == 40.0)
             << f.mDryLevel;
-        EXPECT_NEAR(f.mAttenuation, std::pow(10.0, -4.0 / 20.0), 1e-12);
         std::vector<int> order(kNumParams);
         std::iota(order.begin(), order.end(), 0);
         order.push_back(kFeedback3); // the focused parameter is refreshed last
@@ -189,7 +187,6 @@ TEST(StateChunkRead, PageMemoryAndAttenuatorFollowTheirLaws)
         {9, 2, -0.25, 0.0, -12},
         {10, 10, 0.0, 0.0, -12},
         {13, 13, 0.5, 0.5, -4},
-        {17, 17, 0.25, 0.25, -7},
         {12, 12, 0.999, 0.999, -1},
         {11, 11, 1.5, 1.0, 0}};
     for (const auto& [page, memory, stored, position, db] : rows)
@@ -274,10 +271,8 @@ TEST(StateChunkMigration, EffectIndicesShiftWhereTheListsGrew)
     const double top = FakeStateHost().Param(kFX1FB)->max;
     const int ids[] = {kFX2FB, kFX3FB, kFX1PR, kFX3PR, kFX4PO, kFX2PO, kFX1FB};
     const std::vector<double> stored = {13, 12, 18, 17, 20, 3, top};
-    const std::pair<std::int32_t, std::vector<double>> rows[] = {{0x10150, {14, 12, 19, 17, 21, 3, top}},
-                                                                 {0x10160, {14, 12, 18, 17, 20, 3, top}},
-                                                                 {0x10161, stored},
-                                                                 {0x10200, stored}};
+    const std::pair<std::int32_t, std::vector<double>> rows[] = {
+        {0x10150, {14, 12, 19, 17, 21, 3, top}}, {0x10160, {14, 12, 18, 17, 20, 3, top}}, {0x10161, stored}};
     for (const auto& [version, read] : rows)
     {
         FakeStateHost source, host;

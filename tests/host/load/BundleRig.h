@@ -98,7 +98,8 @@ template <typename I> I* Query(FUnknown* object)
     return static_cast<I*>(obj);
 }
 
-// One plug-in instance with every side a host asks for.
+// One plug-in instance with every side a host asks for; closed as a host closes it, processing
+// stopped and deactivated before it is terminated.
 class Instance
 {
   public:
@@ -118,8 +119,14 @@ class Instance
             controller->setComponentHandler(&handler);
         }
     }
+    // Started at once, as most tests want it.
+    Instance(double rate, int32 maxBlock, int32 sampleSize, ProcessModes mode = kRealtime) : Instance()
+    {
+        Start(rate, maxBlock, sampleSize, mode);
+    }
     ~Instance()
     {
+        Stop();
         controller->setComponentHandler(nullptr);
         component->terminate();
         units->release();

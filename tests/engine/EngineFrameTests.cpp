@@ -39,9 +39,7 @@ TEST(EngineFrame, OutputDoesNotDependOnHostBlockSize)
         e->Set({{kFeedback1, 70.0}, {kDelayRoute1, DelayPingPongLR}});
         return e;
     };
-    Stereo in = Noise(8000, 1.0, 11);
-    in.l.resize(12000);
-    in.r.resize(12000);
+    const Stereo in = Noise(8000, 1.0, 11, 12000);
     const Stereo expected = Stream(make()->Plug(), in, 1);
     for (int chunk : {7, 32, 1000, 4096})
     {

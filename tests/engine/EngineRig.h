@@ -37,9 +37,10 @@ struct Stereo
     bool operator==(const Stereo&) const = default;
 };
 
-inline Stereo Noise(int n, double amplitude, std::uint32_t seed)
+// n samples of noise, then silence up to `length` samples when that is longer.
+inline Stereo Noise(int n, double amplitude, std::uint32_t seed, int length = 0)
 {
-    Stereo s(static_cast<std::size_t>(n));
+    Stereo s(static_cast<std::size_t>(std::max(n, length)));
     testnoise::NoiseSource noise{seed};
     for (int i = 0; i < n; ++i)
     {

@@ -109,12 +109,8 @@ TEST(SlotPath, TimeScaleSpreadAndOffsetShiftEchoes)
 // a level of 0 meaning nothing arrives there.
 TEST(SlotPath, EachRouteDoesWhatItSays)
 {
-    struct Echo
-    {
-        int side;
-        double ms, level;
-    };
-    const std::pair<int, std::vector<Echo>> routes[] = {
+    using Echoes = std::vector<std::tuple<int, double, double>>; // side, ms, level / A
+    const std::pair<int, Echoes> routes[] = {
         {DelayDual, {{0, 100, 1.0}, {1, 150, 0.5}, {0, 200, 0.5}, {1, 300, 0.25}, {1, 250, 0.0}}},
         {DelayPingPongL, {{0, 100, 1.0}, {1, 150, 0.0}, {1, 250, 0.5}, {0, 350, 0.25}, {0, 200, 0.0}}},
         {DelayPingPongML, {{0, 100, 0.99}, {1, 150, 0.0}, {1, 250, 0.495}, {0, 350, 0.2475}}},
@@ -136,9 +132,9 @@ TEST(SlotPath, EachRouteDoesWhatItSays)
         const int at = rig.DryAt();
         if (route == DelayDual) a = PeakNear(out.l, at + rig.Samples(100));
         ASSERT_GT(a, 0.1);
-        for (const Echo& e : echoes)
-            EXPECT_NEAR(PeakNear(out.Side(e.side), at + rig.Samples(e.ms)) / a, e.level, 0.01)
-                << kDelayStereoModeLabels[route] << " side " << e.side << " at " << e.ms << " ms";
+        for (const auto& [side, ms, level] : echoes)
+            EXPECT_NEAR(PeakNear(out.Side(side), at + rig.Samples(ms)) / a, level, 0.01)
+                << kDelayStereoModeLabels[route] << " side " << side << " at " << ms << " ms";
     }
 }
 

@@ -155,12 +155,9 @@ TEST_F(RenderTool, ErrorsNameTheirCauseWithTheExitCode)
     Write(Path("three.wav"), 48000, 3, 100);
     std::ofstream(Path("foreign.txt")) << "Something else entirely\n";
     const std::string in = Path("in.wav"), out = Path("out.wav");
-    const struct
-    {
-        std::vector<std::string> args;
-        int code;
-        std::vector<std::string> mentions;
-    } cases[] = {
+    // Each row: the arguments, the exit code and what the message must mention.
+    using Strings = std::vector<std::string>;
+    const std::tuple<Strings, int, Strings> cases[] = {
         {{Path("missing.wav"), out}, 1, {Path("missing.wav")}},
         {{Path("three.wav"), out}, 1, {Path("three.wav"), "3 channels"}},
         {{"--set", "Feedback9=10", in, out}, 2, {"unknown parameter", "Feedback9"}},
@@ -177,12 +174,12 @@ TEST_F(RenderTool, ErrorsNameTheirCauseWithTheExitCode)
          2,
          {"give --preset first"}},
     };
-    for (const auto& c : cases)
+    for (const auto& [args, code, mentions] : cases)
     {
-        const ToolRun run = Tool(c.args);
-        SCOPED_TRACE(c.args.front() + " " + c.args.back() + "\n" + run.err);
-        EXPECT_EQ(run.code, c.code);
-        for (const auto& m : c.mentions)
+        const ToolRun run = Tool(args);
+        SCOPED_TRACE(args.front() + " " + args.back() + "\n" + run.err);
+        EXPECT_EQ(run.code, code);
+        for (const auto& m : mentions)
             EXPECT_NE(run.err.find(m), std::string::npos) << m;
         EXPECT_EQ(run.err.rfind("quorvex-render: ", 0), 0u);
         ExpectPrefixed(run.err);

@@ -333,13 +333,8 @@ TEST_F(EditorOnEngine, StepMaskTapButtonsShowAndWriteTheMasks)
     for (int side : {0, 1})
         EXPECT_EQ(editor->Delay().TapOnMask(0, side), 0xFFFF);
 
-    // Tap 3's left button.
-    const auto row =
-        std::find_if(std::begin(kLargeDelayLayout), std::end(kLargeDelayLayout),
-                     [](const LayoutRow& r)
-                     { return r.mKind == ELayoutKind::kStepMaskButton && r.mIndex == kMaskTapOnL * 16 + 2; });
-    Click(*editor,
-          editor->ControlOfPageRow(kListLarge1, static_cast<int>(row - std::begin(kLargeDelayLayout))));
+    // Tap 3's left button, in the first step row ("TAP L").
+    Click(*editor, editor->ControlOfPageRow(kListLarge1, layout::StepRowControl(0, 2)));
     EXPECT_EQ(plug.Fields().mTapOnMask[0], 0xFFFF & ~(1 << 2));
     EXPECT_EQ(plug.Fields().mTapOnMask[1], 0xFFFF);
 

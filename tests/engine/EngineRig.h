@@ -31,30 +31,23 @@ constexpr int kMs = 48; // 1 ms at 48 kHz
 struct Stereo
 {
     std::vector<double> l, r;
-    explicit Stereo(std::size_t n = 0) : l(n, 0.0), r(n, 0.0) {}
+    // n samples of `value` on both sides.
+    explicit Stereo(std::size_t n = 0, double value = 0.0) : l(n, value), r(n, value) {}
     int Size() const { return static_cast<int>(l.size()); }
     const std::vector<double>& Side(int side) const { return side == 0 ? l : r; }
     bool operator==(const Stereo&) const = default;
 };
 
-inline Stereo Noise(int n, double amplitude, std::uint32_t seed)
+// n samples of noise, then silence up to `length` samples when that is longer.
+inline Stereo Noise(int n, double amplitude, std::uint32_t seed, int length = 0)
 {
-    Stereo s(static_cast<std::size_t>(n));
+    Stereo s(static_cast<std::size_t>(std::max(n, length)));
     testnoise::NoiseSource noise{seed};
     for (int i = 0; i < n; ++i)
     {
         s.l[i] = noise.Next(amplitude);
         s.r[i] = noise.Next(amplitude);
     }
-    return s;
-}
-
-// n samples of `value` on both sides.
-inline Stereo Constant(int n, double value)
-{
-    Stereo s(static_cast<std::size_t>(n));
-    s.l.assign(s.l.size(), value);
-    s.r = s.l;
     return s;
 }
 

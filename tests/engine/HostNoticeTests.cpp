@@ -56,11 +56,8 @@ TEST(HostNotices, WindowGesturesThatWriteOtherParametersTellTheHost)
     Quorvex& q = *dynamic_cast<Quorvex*>(p.plug);
 
     // A ramp over five steps, snapped to the "GATE Steps" grid, written through the parameters.
-    for (const auto& [id, value] : {std::pair{kGate1Length, 5.0}, {kGATESteps1, 0.0}})
-    {
-        q.GetParam(id)->value = value;
-        q.OnParamChange(id);
-    }
+    q.SetParameterFromGUI(kGate1Length, q.GetParam(kGate1Length)->GetNormalized(5.0));
+    q.SetParameterFromGUI(kGATESteps1, q.GetParam(kGATESteps1)->GetNormalized(0.0));
     p.handler.Clear();
     q.ApplyGateStepPreset(0, kStepPresetRamp);
     auto told = p.Told();

@@ -14,12 +14,12 @@ using namespace engine_rig;
 TEST(InputRest, ASlotSwitchedOnAgainHearsNoStaleInput)
 {
     Rig rig;
-    const Stereo loud = rig.Run(Constant(200 * kMs, 0.8));
+    const Stereo loud = rig.Run(Stereo(200 * kMs, 0.8));
     ASSERT_NEAR(loud.l.back(), 0.8, 0.01);
     rig.Set(kSlotOn1, 0.0);
-    rig.Run(Constant(100 * kMs, 0.0));
+    rig.Run(Stereo(100 * kMs, 0.0));
     rig.Set(kSlotOn1, 1.0);
-    const Stereo back = rig.Run(Constant(20 * kMs, 0.0));
+    const Stereo back = rig.Run(Stereo(20 * kMs, 0.0));
     EXPECT_LT(Peak(back, 0), 1e-9);
 }
 

@@ -14,10 +14,8 @@ namespace
 class EchoRig : public Engine
 {
   public:
-    explicit EchoRig(double rate) : Engine(rate), mFs(std::min(rate, 96000.0)) {}
-
     // No dry, no wobble, the lines' own filters open, free times: echoes are pure delays.
-    EchoRig& Clean(double leftMs, double rightMs)
+    EchoRig(double rate, double leftMs, double rightMs) : Engine(rate), mFs(std::min(rate, 96000.0))
     {
         Set(kDryLevel, 0.0);
         for (int s = 0; s < 4; ++s)
@@ -25,24 +23,22 @@ class EchoRig : public Engine
             Set({{kModulation1 + s, 0.0}, {kDelayLopass1 + s, 20000.0}, {kDelayHipass1 + s, 20.0}});
             Set({{kTimebase1 + s, 0.0}, {kDelayTimeL1 + s, leftMs}, {kDelayTimeR1 + s, rightMs}});
         }
-        return *this;
     }
 
     // An impulse of `left` and `right` at ImpulseAt(), followed by `seconds` of silence.
     Stereo Impulse(double left, double right, double seconds)
     {
-        Stereo in(static_cast<std::size_t>(ImpulseAt() + seconds * Fs()));
+        Stereo in(static_cast<std::size_t>(ImpulseAt() + seconds * mFs));
         in.l[static_cast<std::size_t>(ImpulseAt())] = left;
         in.r[static_cast<std::size_t>(ImpulseAt())] = right;
         return Run(in, 512);
     }
 
-    double Fs() const { return mFs; }
     // Late enough for the fade-in and the delay time glide to be over.
-    int ImpulseAt() const { return static_cast<int>(0.4 * Fs()); }
+    int ImpulseAt() const { return static_cast<int>(0.4 * mFs); }
     // Where the impulse leaves the plug-in on the dry path.
-    int DryAt() const { return ImpulseAt() + 64 + static_cast<int>(Fs() / 1000.0); }
-    int Samples(double ms) const { return static_cast<int>(std::lround(ms * 0.001 * Fs())); }
+    int DryAt() const { return ImpulseAt() + 64 + static_cast<int>(mFs / 1000.0); }
+    int Samples(double ms) const { return static_cast<int>(std::lround(ms * 0.001 * mFs)); }
 
   private:
     double mFs; // the engine's rate, which stops at 96 kHz
@@ -70,8 +66,7 @@ TEST(SlotPath, SyncedAndFreeTimesAtSeveralRates)
         for (const auto& [timebase, count, expectedMs] :
              {std::tuple{2, 4, 500.0}, {9, 3, 250.0}, {5, 2, 750.0}, {0, 4, 300.0}})
         {
-            EchoRig rig(rate);
-            rig.Clean(timebase == 0 ? expectedMs : 500.0, timebase == 0 ? expectedMs : 500.0);
+            EchoRig rig(rate, timebase == 0 ? expectedMs : 500.0, timebase == 0 ? expectedMs : 500.0);
             rig.Set({{kDirectIn1, 50.0},
                      {kTimebase1, timebase},
                      {kDelayFactorL1, count},
@@ -97,8 +92,7 @@ TEST(SlotPath, TimeScaleSpreadAndOffsetShiftEchoes)
     {
         SCOPED_TRACE(::testing::Message()
                      << "scale " << scale << " spread " << spread << " offset " << offset);
-        EchoRig rig(44100.0);
-        rig.Clean(200.0, 200.0);
+        EchoRig rig(44100.0, 200.0, 200.0);
         rig.Set(
             {{kDirectIn1, 50.0}, {kDelayTimeScale, scale}, {kDelaySpread1, spread}, {kLROffset1, offset}});
         const Stereo out = rig.Impulse(1.0, 1.0, 0.6);
@@ -115,12 +109,8 @@ TEST(SlotPath, TimeScaleSpreadAndOffsetShiftEchoes)
 // a level of 0 meaning nothing arrives there.
 TEST(SlotPath, EachRouteDoesWhatItSays)
 {
-    struct Echo
-    {
-        int side;
-        double ms, level;
-    };
-    const std::pair<int, std::vector<Echo>> routes[] = {
+    using Echoes = std::vector<std::tuple<int, double, double>>; // side, ms, level / A
+    const std::pair<int, Echoes> routes[] = {
         {DelayDual, {{0, 100, 1.0}, {1, 150, 0.5}, {0, 200, 0.5}, {1, 300, 0.25}, {1, 250, 0.0}}},
         {DelayPingPongL, {{0, 100, 1.0}, {1, 150, 0.0}, {1, 250, 0.5}, {0, 350, 0.25}, {0, 200, 0.0}}},
         {DelayPingPongML, {{0, 100, 0.99}, {1, 150, 0.0}, {1, 250, 0.495}, {0, 350, 0.2475}}},
@@ -136,16 +126,15 @@ TEST(SlotPath, EachRouteDoesWhatItSays)
     double a = 0.0;
     for (const auto& [route, echoes] : routes)
     {
-        EchoRig rig(44100.0);
-        rig.Clean(100.0, 150.0);
+        EchoRig rig(44100.0, 100.0, 150.0);
         rig.Set({{kDirectIn1, 100.0}, {kInput1, 3.0}, {kDelayRoute1, route}}); // STEREO input
         const Stereo out = rig.Impulse(1.0, 0.5, 0.45);
         const int at = rig.DryAt();
         if (route == DelayDual) a = PeakNear(out.l, at + rig.Samples(100));
         ASSERT_GT(a, 0.1);
-        for (const Echo& e : echoes)
-            EXPECT_NEAR(PeakNear(out.Side(e.side), at + rig.Samples(e.ms)) / a, e.level, 0.01)
-                << kDelayStereoModeLabels[route] << " side " << e.side << " at " << e.ms << " ms";
+        for (const auto& [side, ms, level] : echoes)
+            EXPECT_NEAR(PeakNear(out.Side(side), at + rig.Samples(ms)) / a, level, 0.01)
+                << kDelayStereoModeLabels[route] << " side " << side << " at " << ms << " ms";
     }
 }
 
@@ -155,8 +144,7 @@ TEST(SlotPath, ProportionalFeedbackGivesBothSidesTheSameDecay)
 {
     for (bool proportional : {false, true})
     {
-        EchoRig rig(44100.0);
-        rig.Clean(100.0, 50.0);
+        EchoRig rig(44100.0, 100.0, 50.0);
         rig.Set({{kDirectIn1, 100.0}, {kInput1, 3.0}, {kFBProportional1, proportional ? 1.0 : 0.0}});
         const Stereo out = rig.Impulse(1.0, 1.0, 0.5);
         const auto decay = [&](const std::vector<double>& x)
@@ -172,13 +160,11 @@ TEST(SlotPath, FeedbackAt160PercentStaysBounded)
 {
     for (int route : {DelayDual, DelayMix, DelayPingPongLR})
     {
-        EchoRig rig(44100.0);
-        rig.Clean(10.0, 13.0);
+        EchoRig rig(44100.0, 10.0, 13.0);
         rig.Set({{kDirectIn1, 100.0}, {kInput1, 3.0}, {kFeedback1, 160.0}, {kDelayRoute1, route}});
-        Stereo in = Noise(22050, 1.0, 3); // half a second of noise, opposite on the sides, then silence
+        Stereo in =
+            Noise(22050, 1.0, 3, 44100); // half a second of noise, opposite on the sides, then silence
         std::transform(in.l.begin(), in.l.end(), in.r.begin(), std::negate<>());
-        in.l.resize(44100);
-        in.r.resize(44100);
         const Stereo out = rig.Run(in, 512);
         EXPECT_LT(Peak(out), 3.0) << kDelayStereoModeLabels[route];
         // Long after the input stopped the loop still rings.
@@ -190,7 +176,7 @@ TEST(SlotPath, FeedbackAt160PercentStaysBounded)
 // to the free-time controls as milliseconds at the present tempo (1/16 x 4 and x 3 at 120 BPM).
 TEST(SlotPath, LinkAndTimebaseSwitchWriteTheTwinControls)
 {
-    EchoRig rig(44100.0);
+    Engine rig(44100.0);
     rig.Set({{kDelayLRLink1, 1.0}, {kDelayTimeL1, 123.0}});
     EXPECT_EQ(rig.Get(kDelayTimeR1), 123.0);
     rig.Set(kDelayFactorR1, 3.0);

@@ -63,13 +63,6 @@ double Reported(const std::string& out, const std::string& what)
     return m[1] == "-inf" ? -INFINITY : std::stod(m[1]);
 }
 
-double PeakDb(const Audio& a)
-{
-    if (a.samples.empty()) return -INFINITY;
-    const auto louder = [](double x, double y) { return std::abs(x) < std::abs(y); };
-    return 20.0 * std::log10(std::abs(*std::max_element(a.samples.begin(), a.samples.end(), louder)));
-}
-
 // Every line the tool writes to stderr carries its name.
 void ExpectPrefixed(const std::string& err)
 {
@@ -87,15 +80,12 @@ TEST_F(RenderTool, BypassedRendersAreTheInputDelayedByTheReportedLatency)
     // Each row: the arguments, ending in the input and the output file, the output format and
     // the frames of tail.
     const int wav24 = SF_FORMAT_WAV | SF_FORMAT_PCM_24, flac24 = SF_FORMAT_FLAC | SF_FORMAT_PCM_24;
-    for (const auto& [given, format, tailFrames] :
+    for (const auto& [args, format, tailFrames] :
          {std::tuple{std::vector<std::string>{"--set", "Bypass=on", "--block", "37", "--tail", "0.05",
-                                              "in.wav", "out.wav"},
+                                              Path("in.wav"), Path("out.wav")},
                      wav24, 2205u},
-          {{"--set", "Bypass=1", "--tail", "0", "mono.aiff", "out.flac"}, flac24, 0u}})
+          {{"--set", "Bypass=1", "--tail", "0", Path("mono.aiff"), Path("out.flac")}, flac24, 0u}})
     {
-        std::vector<std::string> args = given;
-        for (auto name = args.end() - 2; name != args.end(); ++name)
-            *name = Path(*name);
         const std::string inPath = args.end()[-2], outPath = args.back();
         const ToolRun run = Tool(args);
         SCOPED_TRACE(run.out + run.err);
@@ -165,12 +155,9 @@ TEST_F(RenderTool, ErrorsNameTheirCauseWithTheExitCode)
     Write(Path("three.wav"), 48000, 3, 100);
     std::ofstream(Path("foreign.txt")) << "Something else entirely\n";
     const std::string in = Path("in.wav"), out = Path("out.wav");
-    const struct
-    {
-        std::vector<std::string> args;
-        int code;
-        std::vector<std::string> mentions;
-    } cases[] = {
+    // Each row: the arguments, the exit code and what the message must mention.
+    using Strings = std::vector<std::string>;
+    const std::tuple<Strings, int, Strings> cases[] = {
         {{Path("missing.wav"), out}, 1, {Path("missing.wav")}},
         {{Path("three.wav"), out}, 1, {Path("three.wav"), "3 channels"}},
         {{"--set", "Feedback9=10", in, out}, 2, {"unknown parameter", "Feedback9"}},
@@ -187,12 +174,12 @@ TEST_F(RenderTool, ErrorsNameTheirCauseWithTheExitCode)
          2,
          {"give --preset first"}},
     };
-    for (const auto& c : cases)
+    for (const auto& [args, code, mentions] : cases)
     {
-        const ToolRun run = Tool(c.args);
-        SCOPED_TRACE(c.args.front() + " " + c.args.back() + "\n" + run.err);
-        EXPECT_EQ(run.code, c.code);
-        for (const auto& m : c.mentions)
+        const ToolRun run = Tool(args);
+        SCOPED_TRACE(args.front() + " " + args.back() + "\n" + run.err);
+        EXPECT_EQ(run.code, code);
+        for (const auto& m : mentions)
             EXPECT_NE(run.err.find(m), std::string::npos) << m;
         EXPECT_EQ(run.err.rfind("quorvex-render: ", 0), 0u);
         ExpectPrefixed(run.err);

@@ -5,6 +5,8 @@
 #include <sndfile.h>
 #include <sys/wait.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -66,6 +68,14 @@ struct Audio
         return samples[frame * static_cast<std::size_t>(channels) + ch];
     }
 };
+
+// The loudest sample's level in dBFS, -inf for no samples.
+inline double PeakDb(const Audio& a)
+{
+    if (a.samples.empty()) return -INFINITY;
+    const auto louder = [](double x, double y) { return std::abs(x) < std::abs(y); };
+    return 20.0 * std::log10(std::abs(*std::max_element(a.samples.begin(), a.samples.end(), louder)));
+}
 
 // The file's samples as doubles; an empty Audio when it can't be read.
 inline Audio ReadAudio(const fs::path& path)

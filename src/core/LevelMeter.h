@@ -20,7 +20,7 @@ double BlockPeak(const double* x, int n);
 double MeterLaw(double peak);
 // The larger peak of a stereo pair, times kBusMeterBoost, on the meter scale.
 double PairMeterLaw(const double* l, const double* r, int n);
-// A slot's meter from its peak: with v the peak times kBusMeterBoost, |v * 4 / (v * 3 + 1)|, so
+// A slot's meter from its peak: with v the peak's magnitude times kBusMeterBoost, v * 4 / (v * 3 + 1), so
 // small echoes show and loud ones saturate towards 4/3 (the meter clamps at 1).
 double SlotActivityLaw(double peak);
 

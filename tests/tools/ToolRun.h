@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "common/Measure.h"
+
 namespace tooltest
 {
 namespace fs = std::filesystem;
@@ -72,9 +74,7 @@ struct Audio
 // The loudest sample's level in dBFS, -inf for no samples.
 inline double PeakDb(const Audio& a)
 {
-    if (a.samples.empty()) return -INFINITY;
-    const auto louder = [](double x, double y) { return std::abs(x) < std::abs(y); };
-    return 20.0 * std::log10(std::abs(*std::max_element(a.samples.begin(), a.samples.end(), louder)));
+    return testmeasure::Db(testmeasure::Peak(a.samples));
 }
 
 // The file's samples as doubles; an empty Audio when it can't be read.

@@ -88,7 +88,6 @@ class MemoryStream : public StackUnknown<IBStream>
     }
 
     const std::vector<std::uint8_t>& Bytes() const { return mBytes; }
-    void Rewind() { mPos = 0; }
     bool mFailWrites = false;
 
   private:

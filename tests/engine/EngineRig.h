@@ -3,8 +3,14 @@
 // measurements the engine tests make on its output, and the engine's private state that no host
 // call shows. Shared by the engine tests.
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <functional>
+#include <initializer_list>
+#include <memory>
 #include <numbers>
+#include <vector>
 
 #include "common/Measure.h"
 #include "common/Noise.h"

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
 
 #include "EngineRig.h"
 #include "params/ValueLists.h"

@@ -16,9 +16,12 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 #include <regex>
+#include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "PluginModule.h"
 #include "common/HostDoubles.h"

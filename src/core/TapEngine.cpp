@@ -1,5 +1,6 @@
 #include "core/TapEngine.h"
 
+#include "dsp/ScaledSum.h"
 #include "dsp/Vec.h"
 #include "params/ParamIds.h"
 #include "params/ValueLists.h"
@@ -24,38 +25,6 @@ int ClampTap(int tap)
     return std::clamp(tap, 0, kNumTaps - 1);
 }
 
-// dst = base + src[0] x gain[0] + src[1] x gain[1] + ..., added in that order for every sample,
-// exactly as one pass per block would add them, but N blocks per pass, so that the sum stays in
-// a register instead of going through memory once per pre-echo. The in-place form reads dst
-// itself: a pass whose input overlaps its output is not vectorised.
-template <int N, bool kInPlace>
-void AddScaledGroup(const double* base, const double* const* src, const double* gain, double* dst)
-{
-    for (int i = 0; i < gBlockLen; ++i)
-    {
-        double sum = kInPlace ? dst[i] : base[i];
-        for (int k = 0; k < N; ++k)
-            sum += src[k][i] * gain[k];
-        dst[i] = sum;
-    }
-}
-
-void AddScaledBlocks(const double* base, const double* const* src, const double* gain, int count, double* dst)
-{
-    int k = 0;
-    if (count >= 8)
-        AddScaledGroup<8, false>(base, src, gain, dst), k = 8;
-    else if (count >= 4)
-        AddScaledGroup<4, false>(base, src, gain, dst), k = 4;
-    else
-        VecCopy(base, dst, gBlockLen);
-    for (; k + 8 <= count; k += 8)
-        AddScaledGroup<8, true>(nullptr, src + k, gain + k, dst);
-    for (; k + 4 <= count; k += 4)
-        AddScaledGroup<4, true>(nullptr, src + k, gain + k, dst);
-    for (; k < count; ++k)
-        VecAddScaled(src[k], gain[k], dst, gBlockLen);
-}
 } // namespace
 
 TapEngine::TapEngine()
@@ -162,17 +131,38 @@ int TapEngine::FeedbackTap() const
     return choice == 0 ? int(tapCount) : choice - 1;
 }
 
-void TapEngine::FindSwell(double acc, SwellEchoes& echoes) const
+void TapEngine::LayOutSwellGrid(double swell)
 {
-    echoes.count = 0;
-    for (int k = 1; k <= mSwellCount && echoes.count < kMaxSwellEchoes; ++k)
+    mGridSwell = swell;
+    mGridCount = 0;
+    const double count = swell * kSwellMaxCount;
+    const double ratio = count > 0.0 ? kSwellPeak / count : 0.0;
+    const double spread = swell * 0.9 + 0.1;
+    for (int k = 1; k <= count && mGridCount < kMaxSwellEchoes; ++k)
     {
-        const double d = k * mSwellRatio;
+        const double d = k * ratio;
         const double v = d * kSwellGridScale;
-        const double pos = acc - v * v * kSwellGridSamples * mSwellSpread;
-        if (pos <= 0.0) continue;
-        echoes.pos[echoes.count] = pos;
-        echoes.gain[echoes.count++] = kSwellPeak - d;
+        mGridOffset[mGridCount] = v * v * kSwellGridSamples * spread;
+        mGridGain[mGridCount++] = kSwellPeak - d;
+    }
+}
+
+void TapEngine::FindSwell(double acc, const QLMMultiDelay& line, SwellEchoes& echoes) const
+{
+    // The grid moves away from the tap, so the pre-echoes that still lie after the write began
+    // are its first ones.
+    int count = 0;
+    while (count < mGridCount && acc - mGridOffset[count] > 0.0)
+        ++count;
+    echoes.count = count;
+    const int length = line.mSize;
+    for (int k = 0; k < count; ++k)
+    {
+        // A block ending `pos` samples before the write head; kept inside the ring's memory.
+        const int p = std::min(static_cast<int>(acc - mGridOffset[k]), length - gBlockLen);
+        const int w = line.mWritePos - p;
+        const int r = w - gBlockLen;
+        echoes.start[k] = r < 0 ? length - gBlockLen + w : r;
     }
 }
 
@@ -180,18 +170,10 @@ void TapEngine::AddSwell(const QLMMultiDelay& line, const SwellEchoes& echoes, c
                          double* buffer) const
 {
     const double* src[kMaxSwellEchoes];
-    const int length = line.mSize;
     const double* mem = line.mBuf.get();
     for (int e = 0; e < echoes.count; ++e)
-    {
-        // A block ending p samples before the write head; kept inside the ring's memory.
-        const int p = std::min(static_cast<int>(echoes.pos[e]), length - gBlockLen);
-        const int w = line.mWritePos - p;
-        int r = w - gBlockLen;
-        if (r < 0) r = length - gBlockLen + w;
-        src[e] = mem + r;
-    }
-    AddScaledBlocks(read, src, echoes.gain, echoes.count, buffer);
+        src[e] = mem + echoes.start[e];
+    SumScaledBlocks(read, src, mGridGain, echoes.count, buffer);
 }
 
 bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBlockIO& io)
@@ -212,10 +194,7 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
     const double panDepth = tapPanDepth;
     const double maxDelay = gMaxDelay;
 
-    const double swell = tapSwell;
-    mSwellCount = swell * kSwellMaxCount;
-    mSwellRatio = mSwellCount > 0.0 ? kSwellPeak / mSwellCount : 0.0;
-    mSwellSpread = swell * 0.9 + 0.1;
+    if (const double swell = tapSwell; swell != mGridSwell) LayOutSwellGrid(swell);
 
     const bool track = trackPlaying;
     int loudestTap = -1;
@@ -231,6 +210,7 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
         }
     };
 
+    const bool ringsInStep = left.mSize == right.mSize && left.mWritePos == right.mWritePos;
     double acc = 0.0;
     for (int i = 0; i <= last; ++i)
     {
@@ -257,9 +237,10 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
 
         if (acc > maxDelay) continue;
 
-        // Both sides' pre-echoes lie at the same distances.
+        // Both sides' pre-echoes lie at the same distances, and in lines written in step also at
+        // the same places.
         SwellEchoes echoes;
-        if (onL || onR) FindSwell(acc, echoes);
+        if (onL || onR) FindSwell(acc, left, echoes);
 
         // Both sides of a tap in one pass where both are read.
         const float delayL = static_cast<float>(io.modL + acc), delayR = static_cast<float>(io.modR + acc);
@@ -287,6 +268,7 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
             if (i == count) VecCopy(read, io.dlyR, gBlockLen);
             if (onR)
             {
+                if (!ringsInStep) FindSwell(acc, right, echoes);
                 AddSwell(right, echoes, read, io.tapR);
                 if (fx) io.fx->RunTapFx(io.tapR, 2 * i + 1);
                 if (track) note(i, io.tapR, std::max(gainB, panMode != kTapPanStereo ? gainA : 0.0));

@@ -11,6 +11,7 @@
 #include "dsp/Relaxed.h"
 
 #include <cstdint>
+#include <limits>
 
 inline constexpr int kNumTaps = kMaxDelayTaps;
 
@@ -120,23 +121,26 @@ class TapEngine
     }
 
   private:
-    // The pre-echoes of a tap at `acc` samples: where each lies (samples before the write head)
-    // and its gain. The same for both sides.
+    // The pre-echoes of a tap at `acc` samples in one line: where each one's block starts in the
+    // line's memory. They are the first `count` of the grid, whose gains they take.
     static constexpr int kMaxSwellEchoes = 16;
     struct SwellEchoes
     {
-        double pos[kMaxSwellEchoes];
-        double gain[kMaxSwellEchoes];
+        int start[kMaxSwellEchoes];
         int count = 0;
     };
-    void FindSwell(double acc, SwellEchoes& echoes) const;
+    void FindSwell(double acc, const QLMMultiDelay& line, SwellEchoes& echoes) const;
     // buffer = the tap's read plus its pre-echoes, read straight from the line's memory.
     void AddSwell(const QLMMultiDelay& line, const SwellEchoes& echoes, const double* read,
                   double* buffer) const;
+    // The grid depends on the swell alone: laid out again only when it moves.
+    void LayOutSwellGrid(double swell);
 
-    // Swell values of the running block.
-    double mSwellCount = 0.0;
-    double mSwellRatio = 0.0;
-    double mSwellSpread = 0.0;
+    // The pre-echo grid of the swell in force: how far each pre-echo lies before its tap, and its
+    // gain. NaN never equals itself, so the first block always lays the grid out.
+    double mGridSwell = std::numeric_limits<double>::quiet_NaN();
+    double mGridOffset[kMaxSwellEchoes] = {};
+    double mGridGain[kMaxSwellEchoes] = {};
+    int mGridCount = 0;
     Relaxed<int> mPlayingTap{-1};
 };

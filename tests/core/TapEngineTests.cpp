@@ -153,8 +153,11 @@ TEST(TapEngine, SwellPutsPreEchoesOnASquareLawGrid)
     {
         TapRig rig;
         rig.taps.SetTapCount(0);
-        rig.taps.SetSwell(swellPercent);
         rig.io.stepSamples = 4000.5;
+        // A grid laid out for an earlier swell gives way to the new one.
+        rig.taps.SetSwell(30.0);
+        rig.Run(0);
+        rig.taps.SetSwell(swellPercent);
         return rig.Run(140).postL;
     };
     const std::vector<double> dry = run(0.0), swelled = run(100.0);

@@ -1,5 +1,6 @@
 #include "common/Noise.h"
 #include "dsp/OnePoleBlock.h"
+#include "dsp/ScaledSum.h"
 #include "dsp/Vec.h"
 
 #include <gtest/gtest.h>
@@ -62,5 +63,37 @@ TEST(OnePoleBlock, PairedRunMatchesSingleRuns)
                 differing += (x0[i] != q0[i]) + (x1[i] != q1[i]);
         }
         EXPECT_TRUE(differing == 0 && single0 == paired0 && single1 == paired1) << p0 << " " << p1;
+    }
+}
+
+// The sum of scaled blocks, two lanes wide and four, for every count of sources: the bits of the
+// plain sum, term by term in order.
+TEST(ScaledSum, BothFormsAddEverySourceInOrder)
+{
+    const std::vector<double> noise = testnoise::Noise(17 * gBlockLen);
+    const double* src[16];
+    double gain[16];
+    for (int k = 0; k < 16; ++k)
+    {
+        src[k] = noise.data() + (k + 1) * gBlockLen;
+        gain[k] = 0.45 - 0.028125 * k;
+    }
+    for (int count = 0; count <= 16; ++count)
+    {
+        double expected[gBlockLen], out[gBlockLen];
+        for (int i = 0; i < gBlockLen; ++i)
+        {
+            expected[i] = noise[i];
+            for (int k = 0; k < count; ++k)
+                expected[i] += src[k][i] * gain[k];
+        }
+        for (ScaledSumFn sum : {ScaledSumBaseline(), ScaledSumWide()})
+        {
+            if (sum == nullptr) continue; // no AVX2 here
+            sum(noise.data(), src, gain, count, out);
+            EXPECT_EQ(std::vector<double>(out, out + gBlockLen),
+                      std::vector<double>(expected, expected + gBlockLen))
+                << count << " sources";
+        }
     }
 }

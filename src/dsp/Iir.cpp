@@ -26,6 +26,7 @@
 #include "dsp/Iir.h"
 #include "dsp/IirSections.h"
 #include "dsp/LanePair.h"
+#include "dsp/WideLanes.h"
 
 #include <cmath>
 #include <cstdint>
@@ -291,6 +292,61 @@ void IirRunI(double* srcDst, int n, IirState* state)
 namespace
 {
 
+// The full steps of the wavefront below with sections 2q and 2q + 1 as the low and high halves
+// of one four-lane vector: per lane the same operations in the same order. A section takes what
+// the section before it gave in the previous step, so each step first moves the last outputs one
+// half up: the high half of quad q - 1 and the low half of quad q make quad q's input.
+template <int S>
+__attribute__((target("avx2"))) void RunFullStepsWide(double* left, double* right, int from, int to,
+                                                      const LanePair (&c)[5][S], LanePair* z1, LanePair* z2,
+                                                      LanePair* carry)
+{
+    static_assert(S % 2 == 0);
+    constexpr int Q = S / 2;
+    using Quad = double __attribute__((vector_size(32)));
+    using Mask = long long __attribute__((vector_size(32)));
+    // Lambdas do not take the function's target, so the halves are joined by hand.
+    Quad b0[Q], b1[Q], b2[Q], a1[Q], a2[Q], w1[Q], w2[Q], y[Q];
+    for (int q = 0; q < Q; ++q)
+    {
+        const int lo = 2 * q, hi = 2 * q + 1;
+        b0[q] = Quad{c[0][lo][0], c[0][lo][1], c[0][hi][0], c[0][hi][1]};
+        b1[q] = Quad{c[1][lo][0], c[1][lo][1], c[1][hi][0], c[1][hi][1]};
+        b2[q] = Quad{c[2][lo][0], c[2][lo][1], c[2][hi][0], c[2][hi][1]};
+        a1[q] = Quad{c[3][lo][0], c[3][lo][1], c[3][hi][0], c[3][hi][1]};
+        a2[q] = Quad{c[4][lo][0], c[4][lo][1], c[4][hi][0], c[4][hi][1]};
+        w1[q] = Quad{z1[lo][0], z1[lo][1], z1[hi][0], z1[hi][1]};
+        w2[q] = Quad{z2[lo][0], z2[lo][1], z2[hi][0], z2[hi][1]};
+        // The outputs of the step before: what sections 2q + 1 and 2q + 2 take next.
+        const LanePair next = hi + 1 < S ? carry[hi + 1] : LanePair{};
+        y[q] = Quad{carry[hi][0], carry[hi][1], next[0], next[1]};
+    }
+    for (int t = from; t < to; ++t)
+    {
+        Quad x[Q];
+        x[0] = __builtin_shuffle(Quad{left[t], right[t]}, y[0], Mask{0, 1, 4, 5});
+        for (int q = 1; q < Q; ++q)
+            x[q] = __builtin_shuffle(y[q - 1], y[q], Mask{2, 3, 4, 5});
+        for (int q = 0; q < Q; ++q)
+        {
+            y[q] = b0[q] * x[q] + w1[q];
+            w1[q] = b1[q] * x[q] - a1[q] * y[q] + w2[q];
+            w2[q] = b2[q] * x[q] - a2[q] * y[q];
+        }
+        left[t - (S - 1)] = y[Q - 1][2];
+        right[t - (S - 1)] = y[Q - 1][3];
+    }
+    for (int q = 0; q < Q; ++q)
+    {
+        z1[2 * q] = LanePair{w1[q][0], w1[q][1]};
+        z1[2 * q + 1] = LanePair{w1[q][2], w1[q][3]};
+        z2[2 * q] = LanePair{w2[q][0], w2[q][1]};
+        z2[2 * q + 1] = LanePair{w2[q][2], w2[q][3]};
+        carry[2 * q + 1] = LanePair{y[q][0], y[q][1]};
+        if (2 * q + 2 < S) carry[2 * q + 2] = LanePair{y[q][2], y[q][3]};
+    }
+}
+
 // Every section of both filters in one pass. The sections run as a wavefront: in step t section s
 // works on sample t - s, so within a step no section waits for another (each takes what the
 // section before it gave in the previous step), and the chains of dependent multiply-adds of all
@@ -298,7 +354,12 @@ namespace
 // order.
 template <int S> void RunPairSections(double* left, double* right, int n, IirState* stL, IirState* stR)
 {
-    LanePair b0[S], b1[S], b2[S], a1[S], a2[S], z1[S], z2[S];
+    LanePair coef[5][S], z1[S], z2[S];
+    LanePair(&b0)[S] = coef[0];
+    LanePair(&b1)[S] = coef[1];
+    LanePair(&b2)[S] = coef[2];
+    LanePair(&a1)[S] = coef[3];
+    LanePair(&a2)[S] = coef[4];
     for (int s = 0; s < S; ++s)
     {
         const Section& l = stL->mSec[s];
@@ -336,6 +397,14 @@ template <int S> void RunPairSections(double* left, double* right, int n, IirSta
     for (; t < S - 1 && t < n + S - 1; ++t)
         for (int s = S - 1; s >= 0; --s)
             if (s <= t && t - s < n) section(s, t);
+    // Two sections are bound by the latency of their recursions, not by the number of operations,
+    // and gain nothing from wider vectors.
+    if constexpr (S % 2 == 0 && S >= 4)
+        if (full > 0 && WideLanes())
+        {
+            RunFullStepsWide<S>(left, right, t, S - 1 + full, coef, z1, z2, carry);
+            t = S - 1 + full;
+        }
     for (; t < S - 1 + full; ++t)
     {
 #pragma GCC unroll 12

@@ -1,5 +1,8 @@
 #include "dsp/ScaledSum.h"
 
+#include "dsp/TimeBase.h"
+#include "dsp/WideLanes.h"
+
 namespace
 {
 // N sources per pass, so that the running sum stays in a register instead of going through
@@ -58,34 +61,19 @@ void SumBaseline(const double* base, const double* const* src, const double* gai
     SumBlocks(base, src, gain, count, dst);
 }
 
-// The same loops compiled for AVX2 without FMA: multiplies and adds stay separate, so every
-// lane rounds as the two-lane form does.
+// The same loops compiled for AVX2 without FMA: multiplies and adds stay separate.
 __attribute__((target("avx2"))) void SumWide(const double* base, const double* const* src, const double* gain,
                                              int count, double* dst)
 {
     SumBlocks(base, src, gain, count, dst);
 }
 
-bool HasWide()
-{
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2") != 0;
-}
-
-const ScaledSumFn kChosen = HasWide() ? &SumWide : &SumBaseline;
 } // namespace
 
 void SumScaledBlocks(const double* base, const double* const* src, const double* gain, int count, double* dst)
 {
-    kChosen(base, src, gain, count, dst);
-}
-
-ScaledSumFn ScaledSumBaseline()
-{
-    return &SumBaseline;
-}
-
-ScaledSumFn ScaledSumWide()
-{
-    return HasWide() ? &SumWide : nullptr;
+    if (WideLanes())
+        SumWide(base, src, gain, count, dst);
+    else
+        SumBaseline(base, src, gain, count, dst);
 }

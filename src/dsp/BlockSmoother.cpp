@@ -2,6 +2,7 @@
 
 #include "dsp/Denormals.h"
 #include "dsp/Vec.h"
+#include "dsp/WideLanes.h"
 
 #include <algorithm>
 #include <bit>
@@ -50,6 +51,27 @@ const double* BlockSmoother::RunD(double target, int n)
     return mOutD;
 }
 
+namespace
+{
+inline void FillF(const float* pow, const float* sum, double last, float step, float* out, int n)
+{
+    for (int i = 0; i < n; ++i)
+        out[i] = static_cast<float>(pow[i] * last + sum[i] * step);
+}
+
+void FillFBaseline(const float* pow, const float* sum, double last, float step, float* out, int n)
+{
+    FillF(pow, sum, last, step, out, n);
+}
+
+// Every tap of a tapped line glides its own time: four lanes halve the conversions and products.
+__attribute__((target("avx2"))) void FillFWide(const float* pow, const float* sum, double last, float step,
+                                               float* out, int n)
+{
+    FillF(pow, sum, last, step, out, n);
+}
+} // namespace
+
 const float* BlockSmoother::RunF(float target, int n)
 {
     n = std::min(n, mLen);
@@ -60,8 +82,7 @@ const float* BlockSmoother::RunF(float target, int n)
     if (run.n != mRunF.n || run.target != mRunF.target || run.last != mRunF.last)
     {
         mRunF = run;
-        for (int i = 0; i < n; ++i)
-            mOutF[i] = static_cast<float>(mPowF[i] * last + mSumF[i] * step);
+        (WideLanes() ? FillFWide : FillFBaseline)(mPowF, mSumF, last, step, mOutF, n);
     }
     mLastF = Undenormal(mOutF[n - 1]);
     return mOutF;

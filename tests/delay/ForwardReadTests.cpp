@@ -1,4 +1,5 @@
 #include "DelayMeasure.h"
+#include "dsp/WideLanes.h"
 
 #include <gtest/gtest.h>
 
@@ -74,9 +75,9 @@ TEST(MultiDelay, DelayGlidesOverAHundredMilliseconds)
     }
 }
 
-// Reading a left and a right line together gives each side bit for bit what its own read gives:
-// a gliding and a steady delay, a read across the ring's end, both loop filters on, then the
-// high-pass on one side only, then the low-pass alone on both.
+// Reading a left and a right line together gives each side bit for bit what its own read gives,
+// in either lane form: a gliding and a steady delay, a read across the ring's end, both loop
+// filters on, then the high-pass on one side only, then the low-pass alone on both.
 TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
 {
     RateGuard guard(48000.0);
@@ -97,8 +98,11 @@ TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
             if (b == 32 * (right(d) ? 600 : 750)) d->SetHighPass(20.0 / gSampleRate);
         // The left delay glides between two times, the right one holds still.
         const float delayL = (b / gBlockLen) % 200 < 100 ? 1234.25f : 3100.5f, delayR = 2500.75f;
+        // The single reads in the two-lane form, the paired one four lanes wide where AVX2 is.
+        SetWideLanes(false);
         const double* yl = singleL.ReadTap(delayL, 0);
         const double* yr = singleR.ReadTap(delayR, 0);
+        SetWideLanes(true);
         double pl[gBlockLen], pr[gBlockLen];
         QLMMultiDelay::ReadForwardPair(pairL, pairR, delayL, delayR, pl, pr);
         for (int i = 0; i < gBlockLen; ++i)

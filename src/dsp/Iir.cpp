@@ -393,27 +393,43 @@ template <int S> void RunPairSections(double* left, double* right, int n, IirSta
     // Each step runs its sections from the last to the first, so that a carry is taken before
     // it is replaced.
     const int full = n - (S - 1); // steps in which every section has a sample
-    int t = 0;
-    for (; t < S - 1 && t < n + S - 1; ++t)
-        for (int s = S - 1; s >= 0; --s)
-            if (s <= t && t - s < n) section(s, t);
-    // Two sections are bound by the latency of their recursions, not by the number of operations,
-    // and gain nothing from wider vectors.
-    if constexpr (S % 2 == 0 && S >= 4)
-        if (full > 0 && WideLanes())
-        {
-            RunFullStepsWide<S>(left, right, t, S - 1 + full, coef, z1, z2, carry);
-            t = S - 1 + full;
-        }
-    for (; t < S - 1 + full; ++t)
+    if (full <= 0)
     {
-#pragma GCC unroll 12
-        for (int s = S - 1; s >= 0; --s)
-            section(s, t);
+        // A block shorter than the wavefront: no step has every section busy.
+        for (int t = 0; t < n + S - 1; ++t)
+            for (int s = S - 1; s >= 0; --s)
+                if (s <= t && t - s < n) section(s, t);
     }
-    for (; t < n + S - 1; ++t)
-        for (int s = S - 1; s >= 0; --s)
-            if (s <= t && t - s < n) section(s, t);
+    else
+    {
+        // Section s starts at step s and ends at step n - 1 + s, so the ramps at both ends have
+        // fixed shapes and unroll without a test.
+#pragma GCC unroll 16
+        for (int t = 0; t < S - 1; ++t)
+#pragma GCC unroll 16
+            for (int s = t; s >= 0; --s)
+                section(s, t);
+        int t = S - 1;
+        // Two sections are bound by the latency of their recursions, not by the number of
+        // operations, and gain nothing from wider vectors.
+        if constexpr (S % 2 == 0 && S >= 4)
+            if (WideLanes())
+            {
+                RunFullStepsWide<S>(left, right, t, n, coef, z1, z2, carry);
+                t = n;
+            }
+        for (; t < n; ++t)
+        {
+#pragma GCC unroll 12
+            for (int s = S - 1; s >= 0; --s)
+                section(s, t);
+        }
+#pragma GCC unroll 16
+        for (int d = 0; d < S - 1; ++d)
+#pragma GCC unroll 16
+            for (int s = S - 1; s > d; --s)
+                section(s, n + d);
+    }
     for (int s = 0; s < S; ++s)
     {
         stL->mZ[2 * s] = z1[s][0];

@@ -304,7 +304,6 @@ __attribute__((target("avx2"))) void RunFullStepsWide(double* left, double* righ
     static_assert(S % 2 == 0);
     constexpr int Q = S / 2;
     using Quad = double __attribute__((vector_size(32)));
-    using Mask = long long __attribute__((vector_size(32)));
     // Lambdas do not take the function's target, so the halves are joined by hand.
     Quad b0[Q], b1[Q], b2[Q], a1[Q], a2[Q], w1[Q], w2[Q], y[Q];
     for (int q = 0; q < Q; ++q)
@@ -324,9 +323,9 @@ __attribute__((target("avx2"))) void RunFullStepsWide(double* left, double* righ
     for (int t = from; t < to; ++t)
     {
         Quad x[Q];
-        x[0] = __builtin_shuffle(Quad{left[t], right[t]}, y[0], Mask{0, 1, 4, 5});
+        x[0] = __builtin_shufflevector(Quad{left[t], right[t]}, y[0], 0, 1, 4, 5);
         for (int q = 1; q < Q; ++q)
-            x[q] = __builtin_shuffle(y[q - 1], y[q], Mask{2, 3, 4, 5});
+            x[q] = __builtin_shufflevector(y[q - 1], y[q], 2, 3, 4, 5);
         for (int q = 0; q < Q; ++q)
         {
             y[q] = b0[q] * x[q] + w1[q];

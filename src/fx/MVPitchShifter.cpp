@@ -1,9 +1,11 @@
 #include "fx/MVPitchShifter.h"
 
 #include "dsp/TimeBase.h"
+#include "dsp/WideLanes.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace
 {
@@ -25,21 +27,45 @@ double Clamp01(double x)
     return std::clamp(x, 0.0, 1.0);
 }
 
-// Four independent sums so that the products overlap in the pipeline.
-double Dot(const double* a, const double* b, int n)
+// L dot products of a with b[0..L-1], each as four independent sums (element j goes to sum j % 4)
+// added up as (s0 + s1) + (s2 + s3). The L products run side by side, so that their chains of
+// additions overlap; a product's four sums are the lanes of one vector where WideLanes() holds and
+// two pairs of lanes elsewhere. Every product comes out the same in each form and for any L.
+template <int L> inline void DotsBody(const double* a, const double* const* b, int n, double* out)
 {
-    double s0 = 0.0, s1 = 0.0, s2 = 0.0, s3 = 0.0;
+    using Quad = double __attribute__((vector_size(32)));
+    Quad sum[L] = {};
     int j = 0;
     for (; j + 4 <= n; j += 4)
     {
-        s0 += a[j] * b[j];
-        s1 += a[j + 1] * b[j + 1];
-        s2 += a[j + 2] * b[j + 2];
-        s3 += a[j + 3] * b[j + 3];
+        Quad x;
+        std::memcpy(&x, a + j, sizeof x);
+        for (int l = 0; l < L; ++l)
+        {
+            Quad y;
+            std::memcpy(&y, b[l] + j, sizeof y);
+            sum[l] = sum[l] + x * y;
+        }
     }
     for (; j < n; ++j)
-        s0 += a[j] * b[j];
-    return (s0 + s1) + (s2 + s3);
+        for (int l = 0; l < L; ++l)
+            sum[l][0] += a[j] * b[l][j];
+    for (int l = 0; l < L; ++l)
+        out[l] = (sum[l][0] + sum[l][1]) + (sum[l][2] + sum[l][3]);
+}
+
+constexpr int kDotsAtOnce = 4;
+using DotsFn = void (*)(const double* a, const double* const* b, int n, double* out);
+
+template <int L> void DotsBaseline(const double* a, const double* const* b, int n, double* out)
+{
+    DotsBody<L>(a, b, n, out);
+}
+
+template <int L>
+__attribute__((target("avx2"))) void DotsWide(const double* a, const double* const* b, int n, double* out)
+{
+    DotsBody<L>(a, b, n, out);
 }
 } // namespace
 
@@ -162,25 +188,48 @@ double MVPitchShifter::SpliceDelay(uint32_t now, double otherDelay, double lowDe
             e[k + 1] = e[k] + c[k] * c[k];
         }
     }
-    auto score = [&](int lag)
+    const bool wide = WideLanes();
+    const DotsFn dots = wide ? DotsWide<kDotsAtOnce> : DotsBaseline<kDotsAtOnce>;
+    const DotsFn dot = wide ? DotsWide<1> : DotsBaseline<1>;
+    const auto candidate = [&](int lag) { return cand + (lag % stride) * run + lag / stride; };
+    const auto normalise = [&](int lag, double product)
     {
         const int p = lag % stride, q = lag / stride;
         const double* e = energy + p * (run + 1);
         const double power = std::max(e[q + match] - e[q], 0.0) + 1e-20;
-        return Dot(ref, cand + p * run + q, match) / std::sqrt(power);
+        return product / std::sqrt(power);
     };
-    // Every second lag first, then a climb to the best single-sample neighbour.
+    auto score = [&](int lag)
+    {
+        const double* b = candidate(lag);
+        double product;
+        dot(ref, &b, match, &product);
+        return normalise(lag, product);
+    };
+    // Every second lag first, several at a time, then a climb to the best single-sample neighbour.
     int lag = 0;
     double mid = -2.0;
-    for (int k = 0; k <= span; k += 2)
+    const auto consider = [&](int k, double s)
     {
-        const double s = score(k);
         if (s > mid)
         {
             mid = s;
             lag = k;
         }
+    };
+    int k = 0;
+    for (; k + 2 * (kDotsAtOnce - 1) <= span; k += 2 * kDotsAtOnce)
+    {
+        const double* b[kDotsAtOnce];
+        double products[kDotsAtOnce];
+        for (int l = 0; l < kDotsAtOnce; ++l)
+            b[l] = candidate(k + 2 * l);
+        dots(ref, b, match, products);
+        for (int l = 0; l < kDotsAtOnce; ++l)
+            consider(k + 2 * l, normalise(k + 2 * l, products[l]));
     }
+    for (; k <= span; k += 2)
+        consider(k, score(k));
     double left = lag > 0 ? score(lag - 1) : -2.0, right = lag < span ? score(lag + 1) : -2.0;
     if (left > mid && left >= right)
     {

@@ -190,6 +190,8 @@ QLMMultiDelay::QLMMultiDelay(bool isRight)
     // The corners arrive as relative frequencies and go to the designs as they are.
     mLowPass.mMapFreq = false;
     mHighPass.mMapFreq = false;
+    mLowPass.SetTypeFixed();
+    mHighPass.SetTypeFixed();
     SetLowPass(kOpenLowPass);
     SetHighPass(kOpenHighPass);
     SetMaxDelay(gMaxDelay);

@@ -18,6 +18,8 @@ Envelope::Envelope(bool isRight) : Dynamics(isRight)
 {
     mAttackMs = 20.0;
     mReleaseMs = 200.0;
+    mLowCut.SetTypeFixed();
+    mHighCut.SetTypeFixed();
     // Open band until the owner sets the corners.
     mLowCut.SetParam(0, 1.0);
     mHighCut.SetParam(0, 0.0);

@@ -388,8 +388,11 @@ bool IppBiquad::PrepareControls(int type)
 
 void IppBiquad::KeepHistory(const double* input)
 {
-    VecCopy(input, mHistory + mHistoryPos, mBlockLen);
-    mHistoryPos = (mHistoryPos + mBlockLen) % kTypeChangeHistory;
+    if (mKeepHistory)
+    {
+        VecCopy(input, mHistory + mHistoryPos, mBlockLen);
+        mHistoryPos = (mHistoryPos + mBlockLen) % kTypeChangeHistory;
+    }
     mHasRun = true;
 }
 

@@ -90,6 +90,10 @@ class IppBiquad : public QLMFilter
     Relaxed<StageFn> mDesign{nullptr};
     Relaxed<StageFn> mUpdate{nullptr};
 
+    // For a filter whose type never changes after construction: it keeps no input history, which
+    // only a type change reads.
+    void SetTypeFixed() { mKeepHistory = false; }
+
   private:
     // Process in three steps: the block's controls and history (false when nothing is to run),
     // the filter itself, then the memory kept and the type's output gain.
@@ -110,5 +114,6 @@ class IppBiquad : public QLMFilter
     // The last input, so that a type change can hand the new design the memory it would have had.
     double mHistory[kTypeChangeHistory] = {};
     int mHistoryPos = 0;
+    bool mKeepHistory = true;
     bool mHasRun = false;
 };

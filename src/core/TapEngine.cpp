@@ -176,6 +176,43 @@ void TapEngine::AddSwell(const QLMMultiDelay& line, const SwellEchoes& echoes, c
     SumScaledBlocks(read, src, mGridGain, echoes.count, buffer);
 }
 
+void TapEngine::ReadTaps(QLMMultiDelay& left, QLMMultiDelay& right, const TapPlan* plan, int last)
+{
+    // In tap order on each line, as a tap at a time would read them. A tap read on both sides
+    // waits for the next such tap, and the two are read together.
+    int waiting = -1;
+    const auto readAlone = [&](int i)
+    {
+        QLMMultiDelay::ReadTapPair(left, right, plan[i].delayL, plan[i].delayR, i);
+        VecCopy(left.mMixOut, mRead[i][0], gBlockLen);
+        VecCopy(right.mMixOut, mRead[i][1], gBlockLen);
+    };
+    for (int i = 0; i <= last; ++i)
+    {
+        const TapPlan& t = plan[i];
+        if (t.skip) continue;
+        if (t.readL && t.readR)
+        {
+            if (waiting < 0)
+            {
+                waiting = i;
+                continue;
+            }
+            const float delayL[2] = {plan[waiting].delayL, t.delayL};
+            const float delayR[2] = {plan[waiting].delayR, t.delayR};
+            double* const out[2][2] = {{mRead[waiting][0], mRead[waiting][1]}, {mRead[i][0], mRead[i][1]}};
+            QLMMultiDelay::ReadTwoTapPairs(left, right, delayL, delayR, waiting, i, out);
+            waiting = -1;
+            continue;
+        }
+        if (waiting >= 0) readAlone(waiting);
+        waiting = -1;
+        if (t.readL) VecCopy(left.ReadTap(t.delayL, i), mRead[i][0], gBlockLen);
+        if (t.readR) VecCopy(right.ReadTap(t.delayR, i), mRead[i][1], gBlockLen);
+    }
+    if (waiting >= 0) readAlone(waiting);
+}
+
 bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBlockIO& io)
 {
     VecZero(io.postL, gBlockLen);
@@ -210,67 +247,72 @@ bool TapEngine::Process(QLMMultiDelay& left, QLMMultiDelay& right, const TapBloc
         }
     };
 
-    const bool ringsInStep = left.mSize == right.mSize && left.mWritePos == right.mWritePos;
+    // Each tap's time, switches and gains first. Times add up from tap to tap.
+    TapPlan plan[kNumTaps];
     double acc = 0.0;
     for (int i = 0; i <= last; ++i)
     {
+        TapPlan& t = plan[i];
         const double swingFactor = (i & 1) == 0 ? 1.0 + swing : 1.0 - swing;
-        const bool fx = runTapFx && tapFxOn[i];
-        const bool onL = tapOnL[i] && i <= count && panMode != kTapPanRight;
-        const bool onR = tapOnR[i] && i <= count && panMode != kTapPanLeft;
-        const bool readL = onL || i == fbTap || i == count;
-        const bool readR = onR || i == fbTap || i == count;
-
-        // Times add up from tap to tap.
+        t.fx = runTapFx && tapFxOn[i];
+        t.onL = tapOnL[i] && i <= count && panMode != kTapPanRight;
+        t.onR = tapOnR[i] && i <= count && panMode != kTapPanLeft;
+        t.readL = t.onL || i == fbTap || i == count;
+        t.readR = t.onR || i == fbTap || i == count;
         const double step = std::min((1.0 - timeDepth) * tapTimeStep[i] + timeDepth, 1.0);
         acc += step * stepSamples * swingFactor;
-
-        double gainA = 1.0;
-        double gainB = 1.0;
-        if (onL || onR)
+        t.acc = acc;
+        t.gainA = 1.0;
+        t.gainB = 1.0;
+        if (t.onL || t.onR)
         {
             const double level = std::clamp(tapLevelStep[i] + levelDepth, 0.0, 1.0) * io.wet;
             const double pan = tapPanStep[i] * panDepth;
-            gainA = std::min(1.0 + pan, 1.0) * level;
-            gainB = std::min(1.0 - pan, 1.0) * level;
+            t.gainA = std::min(1.0 + pan, 1.0) * level;
+            t.gainB = std::min(1.0 - pan, 1.0) * level;
         }
+        t.skip = acc > maxDelay;
+        t.delayL = static_cast<float>(io.modL + acc);
+        t.delayR = static_cast<float>(io.modR + acc);
+    }
+    ReadTaps(left, right, plan, last);
 
-        if (acc > maxDelay) continue;
+    const bool ringsInStep = left.mSize == right.mSize && left.mWritePos == right.mWritePos;
+    for (int i = 0; i <= last; ++i)
+    {
+        const TapPlan& t = plan[i];
+        if (t.skip) continue;
+        const double gainA = t.gainA, gainB = t.gainB;
 
         // Both sides' pre-echoes lie at the same distances, and in lines written in step also at
         // the same places.
         SwellEchoes echoes;
-        if (onL || onR) FindSwell(acc, left, echoes);
-
-        // Both sides of a tap in one pass where both are read.
-        const float delayL = static_cast<float>(io.modL + acc), delayR = static_cast<float>(io.modR + acc);
-        const bool pair = readL && readR;
-        if (pair) QLMMultiDelay::ReadTapPair(left, right, delayL, delayR, i);
-        if (readL)
+        if (t.onL || t.onR) FindSwell(t.acc, left, echoes);
+        if (t.readL)
         {
-            const double* read = pair ? left.mMixOut : left.ReadTap(delayL, i);
+            const double* read = mRead[i][0];
             if (i == fbTap) VecScale(read, io.fbL, io.fbOutL, gBlockLen);
             if (i == count) VecCopy(read, io.dlyL, gBlockLen);
-            if (onL)
+            if (t.onL)
             {
                 AddSwell(left, echoes, read, io.tapL);
-                if (fx) io.fx->RunTapFx(io.tapL, 2 * i);
+                if (t.fx) io.fx->RunTapFx(io.tapL, 2 * i);
                 if (track) note(i, io.tapL, std::max(gainA, panMode != kTapPanStereo ? gainB : 0.0));
                 VecAddScaled(io.tapL, gainA, io.postL, gBlockLen);
                 if (panMode != kTapPanStereo && gainB != 0.0)
                     VecAddScaled(io.tapL, gainB, io.postR, gBlockLen);
             }
         }
-        if (readR)
+        if (t.readR)
         {
-            const double* read = pair ? right.mMixOut : right.ReadTap(delayR, i);
+            const double* read = mRead[i][1];
             if (i == fbTap) VecScale(read, io.fbL, io.fbOutR, gBlockLen);
             if (i == count) VecCopy(read, io.dlyR, gBlockLen);
-            if (onR)
+            if (t.onR)
             {
-                if (!ringsInStep) FindSwell(acc, right, echoes);
+                if (!ringsInStep) FindSwell(t.acc, right, echoes);
                 AddSwell(right, echoes, read, io.tapR);
-                if (fx) io.fx->RunTapFx(io.tapR, 2 * i + 1);
+                if (t.fx) io.fx->RunTapFx(io.tapR, 2 * i + 1);
                 if (track) note(i, io.tapR, std::max(gainB, panMode != kTapPanStereo ? gainA : 0.0));
                 VecAddScaled(io.tapR, gainB, io.postR, gBlockLen);
                 if (panMode != kTapPanStereo && gainA != 0.0)

@@ -136,6 +136,18 @@ class TapEngine
     // The grid depends on the swell alone: laid out again only when it moves.
     void LayOutSwellGrid(double swell);
 
+    // One tap of the running block: where it reads, what it plays and at which gains.
+    struct TapPlan
+    {
+        double acc, gainA, gainB;
+        float delayL, delayR;
+        bool onL, onR, readL, readR, fx, skip;
+    };
+    // Every read of the block into mRead.
+    void ReadTaps(QLMMultiDelay& left, QLMMultiDelay& right, const TapPlan* plan, int last);
+    // Each tap's read, left and right.
+    double mRead[kNumTaps][2][gBlockLen] = {};
+
     // The pre-echo grid of the swell in force: how far each pre-echo lies before its tap, and its
     // gain. NaN never equals itself, so the first block always lays the grid out.
     double mGridSwell = std::numeric_limits<double>::quiet_NaN();

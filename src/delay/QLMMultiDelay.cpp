@@ -518,6 +518,41 @@ void QLMMultiDelay::ReadTapPair(QLMMultiDelay& left, QLMMultiDelay& right, float
     right.mApState[tap] = s[1];
 }
 
+void QLMMultiDelay::ReadTwoTapPairs(QLMMultiDelay& left, QLMMultiDelay& right, const float* delayL,
+                                    const float* delayR, int tapA, int tapB, double* const (*out)[2])
+{
+    if (left.mReadFn != &ReadTapped || right.mReadFn != &ReadTapped)
+    {
+        const int taps[2] = {tapA, tapB};
+        for (int t = 0; t < 2; ++t)
+        {
+            ReadTapPair(left, right, delayL[t], delayR[t], taps[t]);
+            VecCopy(left.mMixOut, out[t][0], gBlockLen);
+            VecCopy(right.mMixOut, out[t][1], gBlockLen);
+        }
+        return;
+    }
+    double uL[2][gBlockLen], cL[2][gBlockLen], uR[2][gBlockLen], cR[2][gBlockLen];
+    tapA = PrepareTermsPair(left, right, delayL[0], delayR[0], tapA, uL[0], cL[0], uR[0], cR[0]);
+    tapB = PrepareTermsPair(left, right, delayL[1], delayR[1], tapB, uL[1], cL[1], uR[1], cR[1]);
+    // The recursion of ReadAndFilter<0>, s = u - s * c, for both heads side by side.
+    LanePair a = LanePair{left.mApState[tapA], right.mApState[tapA]};
+    LanePair b = LanePair{left.mApState[tapB], right.mApState[tapB]};
+    for (int i = 0; i < gBlockLen; ++i)
+    {
+        a = LanePair{uL[0][i], uR[0][i]} - a * LanePair{cL[0][i], cR[0][i]};
+        b = LanePair{uL[1][i], uR[1][i]} - b * LanePair{cL[1][i], cR[1][i]};
+        out[0][0][i] = a[0];
+        out[0][1][i] = a[1];
+        out[1][0][i] = b[0];
+        out[1][1][i] = b[1];
+    }
+    left.mApState[tapA] = a[0];
+    right.mApState[tapA] = a[1];
+    left.mApState[tapB] = b[0];
+    right.mApState[tapB] = b[1];
+}
+
 int QLMMultiDelay::PrepareTermsPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
                                     int tap, double* uL, double* cL, double* uR, double* cR)
 {

@@ -51,6 +51,11 @@ class QLMMultiDelay : public DSPShell
     // mMixOut, the two all-pass recursions as the lanes of one vector; each side comes out exactly
     // as its own ReadTap gives it. Lines in another mode read one after the other.
     static void ReadTapPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR, int tap);
+    // ReadTapPair of two heads, first tapA then tapB, into out[0] (left, right of tapA) and out[1]:
+    // their four recursions run in one loop, so that the chains of the two heads overlap. Each
+    // block comes out exactly as ReadTapPair gives it.
+    static void ReadTwoTapPairs(QLMMultiDelay& left, QLMMultiDelay& right, const float* delayL,
+                                const float* delayR, int tapA, int tapB, double* const (*out)[2]);
     // Appends 32 samples to the ring.
     void WriteBlock(const double* src);
     // The same for samples computed on the way in: sample(i) for i = 0..31.

@@ -28,6 +28,7 @@
 #include "dsp/LanePair.h"
 #include "dsp/WideLanes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -445,6 +446,43 @@ bool RunPairOf(int sections, double* left, double* right, int n, IirState* stL, 
     return ((sections == S + 1 ? (RunPairSections<S + 1>(left, right, n, stL, stR), true) : false) || ...);
 }
 } // namespace
+
+void IirRunPairChainI(double* left, double* right, int n, IirState* firstL, IirState* firstR, IirState* thenL,
+                      IirState* thenR)
+{
+    if (n <= 0 || firstL == nullptr || firstR == nullptr || thenL == nullptr || thenR == nullptr) return;
+    const int head = firstL->mSections, tail = thenL->mSections;
+    const bool plain = !firstL->mHalfFirst && !firstR->mHalfFirst && !thenL->mHalfFirst && !thenR->mHalfFirst;
+    if (!plain || head != firstR->mSections || tail != thenR->mSections || head + tail > kMaxSections)
+    {
+        IirRunPairI(left, right, n, firstL, firstR);
+        IirRunPairI(left, right, n, thenL, thenR);
+        return;
+    }
+    // One cascade of both filters' sections and memories per side; the first filter's last
+    // section hands each sample to the second's first, as the two runs in turn would.
+    IirState chainL, chainR;
+    const auto join = [head, tail](IirState& chain, const IirState* first, const IirState* then)
+    {
+        chain.mSections = head + tail;
+        chain.mHalfFirst = false;
+        chain.mDelayCount = 2 * (head + tail);
+        std::copy_n(first->mSec, head, chain.mSec);
+        std::copy_n(then->mSec, tail, chain.mSec + head);
+        std::copy_n(first->mZ, 2 * head, chain.mZ);
+        std::copy_n(then->mZ, 2 * tail, chain.mZ + 2 * head);
+    };
+    join(chainL, firstL, thenL);
+    join(chainR, firstR, thenR);
+    RunPairOf(head + tail, left, right, n, &chainL, &chainR, std::make_integer_sequence<int, kMaxSections>{});
+    const auto split = [head, tail](const IirState& chain, IirState* first, IirState* then)
+    {
+        std::copy_n(chain.mZ, 2 * head, first->mZ);
+        std::copy_n(chain.mZ + 2 * head, 2 * tail, then->mZ);
+    };
+    split(chainL, firstL, thenL);
+    split(chainR, firstR, thenR);
+}
 
 void IirRunPairI(double* left, double* right, int n, IirState* stateL, IirState* stateR)
 {

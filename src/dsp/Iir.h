@@ -23,6 +23,10 @@ void IirRunI(double* srcDst, int n, IirState* state);
 // each lane rounding exactly as IirRunI would. Filters of different structure (section count,
 // first-order start) fall back to IirRunI one after the other.
 void IirRunPairI(double* left, double* right, int n, IirState* stateL, IirState* stateR);
+// IirRunPairI with `first` and then with `then`, as one cascade of both filters' sections, whose
+// recursions then overlap; the same bits as the two runs in turn.
+void IirRunPairChainI(double* left, double* right, int n, IirState* firstL, IirState* firstR, IirState* thenL,
+                      IirState* thenR);
 // The one second-order section (a0 = 1) of a filter that runs as exactly one, and its two
 // states, for a caller that runs it inside a loop of its own with the operations of IirRun:
 // y = b0 x + z[0], z[0] = b1 x - a1 y + z[1], z[1] = b2 x - a2 y. False for any other filter.

@@ -449,6 +449,46 @@ void IppBiquad::ProcessPair(IppBiquad& left, IppBiquad& right)
     const int typeR = right.mType;
     const bool runL = left.PrepareRun(typeL);
     const bool runR = right.PrepareRun(typeR);
+    RunPreparedPair(left, runL, typeL, right, runR, typeR);
+}
+
+void IppBiquad::ProcessChainPair(IppBiquad& firstL, IppBiquad& firstR, IppBiquad& thenL, IppBiquad& thenR)
+{
+    const int typeL = firstL.mType, typeR = firstR.mType, thenTypeL = thenL.mType, thenTypeR = thenR.mType;
+    double* outL = firstL.RunTarget();
+    double* outR = firstR.RunTarget();
+    // The second pair's history would be the first pair's output, and an output gain of the first
+    // pair would come between the two: either keeps the runs apart.
+    const int n = firstL.mBlockLen;
+    const bool chained = firstL.mIn1 == outL && firstR.mIn1 == outR && thenL.mIn1 == outL &&
+                         thenR.mIn1 == outR && thenL.RunTarget() == outL && thenR.RunTarget() == outR &&
+                         firstR.mBlockLen == n && thenL.mBlockLen == n && thenR.mBlockLen == n &&
+                         !thenL.mKeepHistory && !thenR.mKeepHistory && !HasOutGain(typeL) &&
+                         !HasOutGain(typeR);
+    if (!chained)
+    {
+        ProcessPair(firstL, firstR);
+        ProcessPair(thenL, thenR);
+        return;
+    }
+    // The second pair's controls and memory do not depend on the first pair's output.
+    const bool runL = firstL.PrepareRun(typeL), runR = firstR.PrepareRun(typeR);
+    const bool thenRunL = thenL.PrepareRun(thenTypeL), thenRunR = thenR.PrepareRun(thenTypeR);
+    if (runL && runR && thenRunL && thenRunR)
+    {
+        IirRunPairChainI(outL, outR, n, firstL.mState, firstR.mState, thenL.mState, thenR.mState);
+        firstL.FinishRun(outL, typeL);
+        firstR.FinishRun(outR, typeR);
+        thenL.FinishRun(outL, thenTypeL);
+        thenR.FinishRun(outR, thenTypeR);
+        return;
+    }
+    RunPreparedPair(firstL, runL, typeL, firstR, runR, typeR);
+    RunPreparedPair(thenL, thenRunL, thenTypeL, thenR, thenRunR, thenTypeR);
+}
+
+void IppBiquad::RunPreparedPair(IppBiquad& left, bool runL, int typeL, IppBiquad& right, bool runR, int typeR)
+{
     double* outL = left.RunTarget();
     double* outR = right.RunTarget();
     if (runL && runR && left.mIn1 == outL && right.mIn1 == outR && left.mBlockLen == right.mBlockLen)

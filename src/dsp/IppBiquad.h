@@ -65,6 +65,10 @@ class IppBiquad : public QLMFilter
     // the same structure the pair runs as the lanes of one vector, each side rounding exactly as
     // its own Process would.
     static void ProcessPair(IppBiquad& left, IppBiquad& right);
+    // ProcessPair(firstL, firstR), then ProcessPair(thenL, thenR) on what the first pair gave, in
+    // place: where the second pair keeps no history and the first has no output gain, all four
+    // run as one cascade per side, the same bits with the recursions overlapping.
+    static void ProcessChainPair(IppBiquad& firstL, IppBiquad& firstR, IppBiquad& thenL, IppBiquad& thenR);
     // Process in the hands of an owner that runs the filter inside a loop of its own. BeginBlock
     // does the block's control work and loads the memory; false: nothing runs this block. Then
     // either the owner runs the single section (SingleSection: false for any other filter, or a
@@ -98,6 +102,9 @@ class IppBiquad : public QLMFilter
     // Process in three steps: the block's controls and history (false when nothing is to run),
     // the filter itself, then the memory kept and the type's output gain.
     bool PrepareRun(int type);
+    // The rest of ProcessPair once both sides are prepared.
+    static void RunPreparedPair(IppBiquad& left, bool runL, int typeL, IppBiquad& right, bool runR,
+                                int typeR);
     bool PrepareControls(int type);
     void KeepHistory(const double* input);
     int mBegunType = kBqOff;

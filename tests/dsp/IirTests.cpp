@@ -271,7 +271,8 @@ TEST(IirInit, UnusableTapsAreSilent)
 }
 
 // A left and a right cascade run as the lanes of one vector, in the two-lane form and the
-// four-lane one, give the bits of each run alone, block after block and for short blocks too.
+// four-lane one, and split into two filters chained in one run, give the bits of each run alone,
+// block after block and for short blocks too.
 // Every section and side has its own taps, so a section or side mixed up shows.
 TEST(IirPair, BothLaneFormsGiveTheBitsOfSingleRuns)
 {
@@ -287,13 +288,19 @@ TEST(IirPair, BothLaneFormsGiveTheBitsOfSingleRuns)
                     const double t[6] = {0.2 + v, 0.1 - v, 0.05, 1.0, -0.5 + v, 0.2 - v};
                     std::copy(t, t + 6, taps[side] + 6 * k);
                 }
-            std::vector<double> out[3][2];
-            for (int form = 0; form < 3; ++form) // alone, two lanes, four lanes
+            std::vector<double> out[4][2];
+            // Alone, two lanes, four lanes, and split into two filters run as one chain.
+            for (int form = 0; form < 4; ++form)
             {
-                SetWideLanes(form == 2);
-                Filter f[2];
+                SetWideLanes(form >= 2);
+                const int head = form == 3 ? sections / 2 : sections;
+                Filter f[2], then[2];
                 for (int side = 0; side < 2; ++side)
-                    IirInitBiquad(&f[side].state, taps[side], sections, f[side].delay, f[side].work);
+                {
+                    IirInitBiquad(&f[side].state, taps[side], head, f[side].delay, f[side].work);
+                    IirInitBiquad(&then[side].state, taps[side] + 6 * head, sections - head, then[side].delay,
+                                  then[side].work);
+                }
                 for (int b = 0; b < 3; ++b)
                 {
                     double x[2][kBlock];
@@ -302,13 +309,15 @@ TEST(IirPair, BothLaneFormsGiveTheBitsOfSingleRuns)
                     if (form == 0)
                         for (int side = 0; side < 2; ++side)
                             IirRunI(x[side], n, f[side].state);
+                    else if (form == 3)
+                        IirRunPairChainI(x[0], x[1], n, f[0].state, f[1].state, then[0].state, then[1].state);
                     else
                         IirRunPairI(x[0], x[1], n, f[0].state, f[1].state);
                     for (int side = 0; side < 2; ++side)
                         out[form][side].insert(out[form][side].end(), x[side], x[side] + n);
                 }
             }
-            for (int form = 1; form < 3; ++form)
+            for (int form = 1; form < 4; ++form)
                 for (int side = 0; side < 2; ++side)
                     EXPECT_EQ(out[form][side], out[0][side])
                         << sections << " sections, " << n << " samples, form " << form;

@@ -34,6 +34,12 @@ inline double AtLeastOne(double x)
 {
     return x < 1.0 ? 1.0 : x;
 }
+
+// One sample of the look-ahead peak follower: rises over 0.5 ms, falls at once behind a 3 ms hold.
+inline double LookAheadPeakStep(double x, double& env, double& held)
+{
+    return LimitFollowStep(x, gCoef05ms, 0.0, gCoef3ms, env, held);
+}
 } // namespace
 
 void SetLimiterCurve(int mode)
@@ -134,12 +140,14 @@ void MasterLimiter::SlowStage(int mode)
         t[i] = AtLeastOne(std::fabs(w * knee * mDetect[i]));
     }
 
-    // The gain stage and the peak stage after it, one sample at a time, so that the two
-    // followers' recursions overlap instead of running one block after the other.
+    // The gain stage, the peak stage after it and the look-ahead peak follower of Process, one
+    // sample at a time, so that the three followers' recursions overlap instead of running one
+    // block after the other. The look-ahead follower's output replaces t, for Process.
     const double trim = gLimitTrim;
     const double fall1 = mode == kLimiterSlowI ? gCoef1s : gCoef2s;
     double env1 = mFollower[1].mEnv, held1 = mFollower[1].mHold;
     double env2 = mFollower[2].mEnv, held2 = mFollower[2].mHold;
+    double env4 = mFollower[4].mEnv, held4 = mFollower[4].mHold;
     for (int i = 0; i < n; ++i)
     {
         const double g1 = 1.0 / LimitFollowStep(t[i], gCoef100ms, fall1, gCoef10ms, env1, held1) * trim;
@@ -147,15 +155,19 @@ void MasterLimiter::SlowStage(int mode)
         const double u = AtLeastOne(std::fabs(mW[i] * d));
         // The same divisor works twice, as a square.
         const double g2 = 1.0 / LimitFollowStep(u, gCoef20ms, gCoef100ms, gCoef10ms, env2, held2);
-        mDetect[i] = d * g2 * g2;
+        const double detect = d * g2 * g2;
+        mDetect[i] = detect;
         const double g = g1 * g2 * g2;
         mL[i] *= g;
         mR[i] *= g;
+        t[i] = LookAheadPeakStep(AtLeastOne(std::fabs(detect)), env4, held4);
     }
     mFollower[1].mEnv = env1;
     mFollower[1].mHold = held1;
     mFollower[2].mEnv = env2;
     mFollower[2].mHold = held2;
+    mFollower[4].mEnv = env4;
+    mFollower[4].mHold = held4;
 }
 
 void MasterLimiter::Process()
@@ -205,10 +217,16 @@ void MasterLimiter::Process()
         mDelayDetect.Write(mDetect, n);
 
         // Peak stage: rises over 0.5 ms within the look-ahead, falls at once behind a 3 ms hold.
+        // The slow modes ran it inside their stage.
         double* t = mScratch;
-        for (int i = 0; i < n; ++i)
-            t[i] = AtLeastOne(std::fabs(mDetect[i]));
-        mFollower[4].Run(t, gCoef05ms, 0.0, gCoef3ms, n);
+        if (mode >= kLimiterFast)
+        {
+            double env = mFollower[4].mEnv, held = mFollower[4].mHold;
+            for (int i = 0; i < n; ++i)
+                t[i] = LookAheadPeakStep(AtLeastOne(std::fabs(mDetect[i])), env, held);
+            mFollower[4].mEnv = env;
+            mFollower[4].mHold = held;
+        }
         for (int i = 0; i < n; ++i)
             mG1[i] = 1.0 / t[i];
 

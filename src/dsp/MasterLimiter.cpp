@@ -4,6 +4,7 @@
 #include "dsp/Vec.h"
 
 #include <cmath>
+#include <emmintrin.h>
 
 // exp(-1 / samples) for each time at 44.1 kHz; not recomputed at a rate change.
 const double gCoef05ms = std::exp(-1.0 / 22.05);
@@ -122,11 +123,15 @@ void MasterLimiter::SlowStage(int mode)
             const double x = mDetect[i];
             t[i] = LimitFollowStep(x, 0.0, gCoef1s, gCoef10ms, env, held);
             s = (x * x - s) * rmsCoef + s;
-            mP[i] = std::sqrt(s);
+            mP[i] = s;
         }
         mFollower[0].mEnv = env;
         mFollower[0].mHold = held;
         mRmsState = s;
+        // The roots after the recursions, two at a time: a root inside the loop holds it up.
+        static_assert(gBlockLen % 2 == 0);
+        for (int i = 0; i < n; i += 2)
+            _mm_storeu_pd(mP + i, _mm_sqrt_pd(_mm_loadu_pd(mP + i)));
     }
 
     // Weight from how far the peak envelope stands above the RMS: dense material limits harder.

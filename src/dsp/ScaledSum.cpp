@@ -1,6 +1,7 @@
 #include "dsp/ScaledSum.h"
 
 #include "dsp/TimeBase.h"
+#include "dsp/Vec.h"
 #include "dsp/WideLanes.h"
 
 namespace
@@ -20,18 +21,6 @@ inline void AddGroup(const double* base, const double* const* src, const double*
     }
 }
 
-inline void AddSingle(const double* src, double gain, double* dst)
-{
-    for (int i = 0; i < gBlockLen; ++i)
-        dst[i] += src[i] * gain;
-}
-
-inline void Copy(const double* src, double* dst)
-{
-    for (int i = 0; i < gBlockLen; ++i)
-        dst[i] = src[i];
-}
-
 inline void SumBlocks(const double* base, const double* const* src, const double* gain, int count,
                       double* dst)
 {
@@ -47,13 +36,13 @@ inline void SumBlocks(const double* base, const double* const* src, const double
         k = 4;
     }
     else
-        Copy(base, dst);
+        VecCopy(base, dst, gBlockLen);
     for (; k + 8 <= count; k += 8)
         AddGroup<8, true>(nullptr, src + k, gain + k, dst);
     for (; k + 4 <= count; k += 4)
         AddGroup<4, true>(nullptr, src + k, gain + k, dst);
     for (; k < count; ++k)
-        AddSingle(src[k], gain[k], dst);
+        VecAddScaled(src[k], gain[k], dst, gBlockLen);
 }
 
 void SumBaseline(const double* base, const double* const* src, const double* gain, int count, double* dst)
@@ -67,7 +56,6 @@ __attribute__((target("avx2"))) void SumWide(const double* base, const double* c
 {
     SumBlocks(base, src, gain, count, dst);
 }
-
 } // namespace
 
 void SumScaledBlocks(const double* base, const double* const* src, const double* gain, int count, double* dst)

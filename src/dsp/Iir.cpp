@@ -293,57 +293,86 @@ void IirRunI(double* srcDst, int n, IirState* state)
 namespace
 {
 
-// The full steps of the wavefront below with sections 2q and 2q + 1 as the low and high halves
-// of one four-lane vector: per lane the same operations in the same order. A section takes what
-// the section before it gave in the previous step, so each step first moves the last outputs one
-// half up: the high half of quad q - 1 and the low half of quad q make quad q's input.
+using LaneQuad = double __attribute__((vector_size(32)));
+
+// One step of the wavefront below with sections 2q and 2q + 1 as the low and high halves of one
+// four-lane vector: per lane the same operations in the same order. Sections first..last work;
+// a vector with one working half keeps the other half's memory. A section takes what the section
+// before it gave in the previous step, so each step first moves the last outputs one half up: the
+// high half of quad q - 1 and the low half of quad q make quad q's input. The last section's
+// output goes to *outL, *outR when it works.
+template <int Q>
+__attribute__((target("avx2"), always_inline)) inline void
+WaveStepWide(LaneQuad* y, LaneQuad* w1, LaneQuad* w2, const LaneQuad* b0, const LaneQuad* b1,
+             const LaneQuad* b2, const LaneQuad* a1, const LaneQuad* a2, double inL, double inR, int first,
+             int last, double* outL, double* outR)
+{
+    LaneQuad x[Q];
+    x[0] = __builtin_shufflevector(LaneQuad{inL, inR}, y[0], 0, 1, 4, 5);
+    for (int q = 1; q < Q; ++q)
+        x[q] = __builtin_shufflevector(y[q - 1], y[q], 2, 3, 4, 5);
+    for (int q = 0; q < Q; ++q)
+    {
+        const bool lo = first <= 2 * q && 2 * q <= last;
+        const bool hi = first <= 2 * q + 1 && 2 * q + 1 <= last;
+        if (!lo && !hi) continue;
+        const LaneQuad out = b0[q] * x[q] + w1[q];
+        const LaneQuad m1 = b1[q] * x[q] - a1[q] * out + w2[q];
+        const LaneQuad m2 = b2[q] * x[q] - a2[q] * out;
+        // A half that does not work this step keeps its memory; its output is never taken.
+        y[q] = out;
+        w1[q] = lo && hi ? m1
+                : lo     ? __builtin_shufflevector(m1, w1[q], 0, 1, 6, 7)
+                         : __builtin_shufflevector(w1[q], m1, 0, 1, 6, 7);
+        w2[q] = lo && hi ? m2
+                : lo     ? __builtin_shufflevector(m2, w2[q], 0, 1, 6, 7)
+                         : __builtin_shufflevector(w2[q], m2, 0, 1, 6, 7);
+    }
+    if (last == 2 * Q - 1)
+    {
+        *outL = y[Q - 1][2];
+        *outR = y[Q - 1][3];
+    }
+}
+
+// The whole wavefront below for a block at least as long as it, two sections to a vector.
 template <int S>
-__attribute__((target("avx2"))) void RunFullStepsWide(double* left, double* right, int from, int to,
-                                                      const LanePair (&c)[5][S], LanePair* z1, LanePair* z2,
-                                                      LanePair* carry)
+__attribute__((target("avx2"))) void RunWavefrontWide(double* left, double* right, int n,
+                                                      const LanePair (&c)[5][S], LanePair* z1, LanePair* z2)
 {
     static_assert(S % 2 == 0);
     constexpr int Q = S / 2;
-    using Quad = double __attribute__((vector_size(32)));
     // Lambdas do not take the function's target, so the halves are joined by hand.
-    Quad b0[Q], b1[Q], b2[Q], a1[Q], a2[Q], w1[Q], w2[Q], y[Q];
+    LaneQuad b0[Q], b1[Q], b2[Q], a1[Q], a2[Q], w1[Q], w2[Q], y[Q];
     for (int q = 0; q < Q; ++q)
     {
         const int lo = 2 * q, hi = 2 * q + 1;
-        b0[q] = Quad{c[0][lo][0], c[0][lo][1], c[0][hi][0], c[0][hi][1]};
-        b1[q] = Quad{c[1][lo][0], c[1][lo][1], c[1][hi][0], c[1][hi][1]};
-        b2[q] = Quad{c[2][lo][0], c[2][lo][1], c[2][hi][0], c[2][hi][1]};
-        a1[q] = Quad{c[3][lo][0], c[3][lo][1], c[3][hi][0], c[3][hi][1]};
-        a2[q] = Quad{c[4][lo][0], c[4][lo][1], c[4][hi][0], c[4][hi][1]};
-        w1[q] = Quad{z1[lo][0], z1[lo][1], z1[hi][0], z1[hi][1]};
-        w2[q] = Quad{z2[lo][0], z2[lo][1], z2[hi][0], z2[hi][1]};
-        // The outputs of the step before: what sections 2q + 1 and 2q + 2 take next.
-        const LanePair next = hi + 1 < S ? carry[hi + 1] : LanePair{};
-        y[q] = Quad{carry[hi][0], carry[hi][1], next[0], next[1]};
+        b0[q] = LaneQuad{c[0][lo][0], c[0][lo][1], c[0][hi][0], c[0][hi][1]};
+        b1[q] = LaneQuad{c[1][lo][0], c[1][lo][1], c[1][hi][0], c[1][hi][1]};
+        b2[q] = LaneQuad{c[2][lo][0], c[2][lo][1], c[2][hi][0], c[2][hi][1]};
+        a1[q] = LaneQuad{c[3][lo][0], c[3][lo][1], c[3][hi][0], c[3][hi][1]};
+        a2[q] = LaneQuad{c[4][lo][0], c[4][lo][1], c[4][hi][0], c[4][hi][1]};
+        w1[q] = LaneQuad{z1[lo][0], z1[lo][1], z1[hi][0], z1[hi][1]};
+        w2[q] = LaneQuad{z2[lo][0], z2[lo][1], z2[hi][0], z2[hi][1]};
+        y[q] = LaneQuad{};
     }
-    for (int t = from; t < to; ++t)
-    {
-        Quad x[Q];
-        x[0] = __builtin_shufflevector(Quad{left[t], right[t]}, y[0], 0, 1, 4, 5);
-        for (int q = 1; q < Q; ++q)
-            x[q] = __builtin_shufflevector(y[q - 1], y[q], 2, 3, 4, 5);
-        for (int q = 0; q < Q; ++q)
-        {
-            y[q] = b0[q] * x[q] + w1[q];
-            w1[q] = b1[q] * x[q] - a1[q] * y[q] + w2[q];
-            w2[q] = b2[q] * x[q] - a2[q] * y[q];
-        }
-        left[t - (S - 1)] = y[Q - 1][2];
-        right[t - (S - 1)] = y[Q - 1][3];
-    }
+    // Section s works from step s to step n - 1 + s.
+#pragma GCC unroll 16
+    for (int t = 0; t < S - 1; ++t)
+        WaveStepWide<Q>(y, w1, w2, b0, b1, b2, a1, a2, left[t], right[t], 0, t, nullptr, nullptr);
+    for (int t = S - 1; t < n; ++t)
+        WaveStepWide<Q>(y, w1, w2, b0, b1, b2, a1, a2, left[t], right[t], 0, S - 1, left + t - (S - 1),
+                        right + t - (S - 1));
+#pragma GCC unroll 16
+    for (int d = 0; d < S - 1; ++d)
+        WaveStepWide<Q>(y, w1, w2, b0, b1, b2, a1, a2, 0.0, 0.0, d + 1, S - 1, left + n + d - (S - 1),
+                        right + n + d - (S - 1));
     for (int q = 0; q < Q; ++q)
     {
         z1[2 * q] = LanePair{w1[q][0], w1[q][1]};
         z1[2 * q + 1] = LanePair{w1[q][2], w1[q][3]};
         z2[2 * q] = LanePair{w2[q][0], w2[q][1]};
         z2[2 * q + 1] = LanePair{w2[q][2], w2[q][3]};
-        carry[2 * q + 1] = LanePair{y[q][0], y[q][1]};
-        if (2 * q + 2 < S) carry[2 * q + 2] = LanePair{y[q][2], y[q][3]};
     }
 }
 
@@ -352,6 +381,23 @@ __attribute__((target("avx2"))) void RunFullStepsWide(double* left, double* righ
 // section before it gave in the previous step), and the chains of dependent multiply-adds of all
 // sections overlap. Per lane and per sample the operations are those of RunSection, in the same
 // order.
+// RunWavefrontWide where it applies; false where the two-lane form runs. Two sections are bound
+// by the latency of their recursions, not by the number of operations, and gain nothing from
+// wider vectors.
+template <int S>
+bool RunWideIfWorthIt(double* left, double* right, int n, const LanePair (&c)[5][S], LanePair* z1,
+                      LanePair* z2)
+{
+    if constexpr (S % 2 == 0 && S >= 4)
+    {
+        if (!WideLanes()) return false;
+        RunWavefrontWide<S>(left, right, n, c, z1, z2);
+        return true;
+    }
+    else
+        return false;
+}
+
 template <int S> void RunPairSections(double* left, double* right, int n, IirState* stL, IirState* stR)
 {
     LanePair coef[5][S], z1[S], z2[S];
@@ -400,7 +446,7 @@ template <int S> void RunPairSections(double* left, double* right, int n, IirSta
             for (int s = S - 1; s >= 0; --s)
                 if (s <= t && t - s < n) section(s, t);
     }
-    else
+    else if (!RunWideIfWorthIt<S>(left, right, n, coef, z1, z2))
     {
         // Section s starts at step s and ends at step n - 1 + s, so the ramps at both ends have
         // fixed shapes and unroll without a test.
@@ -409,16 +455,7 @@ template <int S> void RunPairSections(double* left, double* right, int n, IirSta
 #pragma GCC unroll 16
             for (int s = t; s >= 0; --s)
                 section(s, t);
-        int t = S - 1;
-        // Two sections are bound by the latency of their recursions, not by the number of
-        // operations, and gain nothing from wider vectors.
-        if constexpr (S % 2 == 0 && S >= 4)
-            if (WideLanes())
-            {
-                RunFullStepsWide<S>(left, right, t, n, coef, z1, z2, carry);
-                t = n;
-            }
-        for (; t < n; ++t)
+        for (int t = S - 1; t < n; ++t)
         {
 #pragma GCC unroll 12
             for (int s = S - 1; s >= 0; --s)

@@ -115,6 +115,7 @@ inline void AllpassTermsBody(const QLMMultiDelay& d, const float* delays, double
         u[i] = buf[p] * c[i] + buf[q];
     }
 }
+
 void AllpassTermsBaseline(const QLMMultiDelay& d, const float* delays, double* u, double* c)
 {
     AllpassTermsBody(d, delays, u, c);

@@ -295,7 +295,7 @@ namespace
 
 using LaneQuad = double __attribute__((vector_size(32)));
 
-// One step of the wavefront below with sections 2q and 2q + 1 as the low and high halves of one
+// One step of the wavefront of RunPairSections with sections 2q and 2q + 1 as the low and high halves of one
 // four-lane vector: per lane the same operations in the same order. Sections first..last work;
 // a vector with one working half keeps the other half's memory. A section takes what the section
 // before it gave in the previous step, so each step first moves the last outputs one half up: the
@@ -335,7 +335,7 @@ WaveStepWide(LaneQuad* y, LaneQuad* w1, LaneQuad* w2, const LaneQuad* b0, const 
     }
 }
 
-// The whole wavefront below for a block at least as long as it, two sections to a vector.
+// The whole wavefront of RunPairSections for a block at least as long as it, two sections to a vector.
 template <int S>
 __attribute__((target("avx2"))) void RunWavefrontWide(double* left, double* right, int n,
                                                       const LanePair (&c)[5][S], LanePair* z1, LanePair* z2)
@@ -376,11 +376,6 @@ __attribute__((target("avx2"))) void RunWavefrontWide(double* left, double* righ
     }
 }
 
-// Every section of both filters in one pass. The sections run as a wavefront: in step t section s
-// works on sample t - s, so within a step no section waits for another (each takes what the
-// section before it gave in the previous step), and the chains of dependent multiply-adds of all
-// sections overlap. Per lane and per sample the operations are those of RunSection, in the same
-// order.
 // RunWavefrontWide where it applies; false where the two-lane form runs. Two sections are bound
 // by the latency of their recursions, not by the number of operations, and gain nothing from
 // wider vectors.
@@ -398,6 +393,11 @@ bool RunWideIfWorthIt(double* left, double* right, int n, const LanePair (&c)[5]
         return false;
 }
 
+// Every section of both filters in one pass. The sections run as a wavefront: in step t section s
+// works on sample t - s, so within a step no section waits for another (each takes what the
+// section before it gave in the previous step), and the chains of dependent multiply-adds of all
+// sections overlap. Per lane and per sample the operations are those of RunSection, in the same
+// order.
 template <int S> void RunPairSections(double* left, double* right, int n, IirState* stL, IirState* stR)
 {
     LanePair coef[5][S], z1[S], z2[S];

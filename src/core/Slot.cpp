@@ -330,9 +330,45 @@ void Slot::ApplyRequests()
     }
 }
 
-void Slot::RunOff(SlotSumBuses& sums)
+void Slot::BeginBlock(const SlotBlockContext& ctx)
 {
     ApplyRequests();
+    BlockPlan& plan = mPlan;
+    plan.on = mOn;
+    plan.readDone = false;
+    if (!plan.on) return;
+    plan.route = mRoute;
+    plan.delayOn = mDelayOn;
+    const double unit = mTiming.Unit(ctx.secPerBeat, ctx.timeScale);
+    const double spread = gSampleRate * mSpreadMs * 0.001;
+    const DelayTimePair times =
+        ctx.routing->DelayTimes(mIndex, unit * mTiming.Time(0) + spread, unit * mTiming.Time(1) - spread);
+    plan.timeL = times.left;
+    plan.timeR = times.right;
+    // Main modulator wobble in samples; slots 1/2 and 3/4 take neighbouring output pairs.
+    const double m = mModulation * ctx.mainDepth;
+    const double* main = ctx.mainOut;
+    plan.wobbleR = main != nullptr ? m * main[static_cast<int>(mIndex * 0.5)] : 0.0;
+    plan.wobbleL = main != nullptr ? m * main[static_cast<int>(mIndex * 0.5 + 1.0)] : 0.0;
+}
+
+void Slot::ReadForwardTogether(Slot& a, Slot& b)
+{
+    if (!a.ReadsForwardPair() || !b.ReadsForwardPair()) return;
+    QLMMultiDelay* const lines[4] = {&a.mDelayL, &a.mDelayR, &b.mDelayL, &b.mDelayR};
+    const float delays[4] = {static_cast<float>(a.mPlan.timeL + a.mPlan.wobbleL),
+                             static_cast<float>(a.mPlan.timeR + a.mPlan.wobbleR),
+                             static_cast<float>(b.mPlan.timeL + b.mPlan.wobbleL),
+                             static_cast<float>(b.mPlan.timeR + b.mPlan.wobbleR)};
+    double* const outs[4] = {a.StageL(kStageDly), a.StageR(kStageDly), b.StageL(kStageDly),
+                             b.StageR(kStageDly)};
+    QLMMultiDelay::ReadForwardTwoPairs(lines, delays, outs);
+    a.mPlan.readDone = true;
+    b.mPlan.readDone = true;
+}
+
+void Slot::RunOff(SlotSumBuses& sums)
+{
     if (mIndex == 0)
         for (int side = 0; side < 2; ++side)
         {
@@ -347,7 +383,6 @@ void Slot::RunOff(SlotSumBuses& sums)
 
 void Slot::RunForward(const SlotBlockContext& ctx)
 {
-    ApplyRequests();
     double* inL = StageL(kStageIn);
     double* inR = StageR(kStageIn);
     double* preL = StageL(kStagePre);
@@ -363,18 +398,14 @@ void Slot::RunForward(const SlotBlockContext& ctx)
 
     RunOffset();
 
-    const int route = mRoute;
-    const bool delayOn = mDelayOn;
+    const int route = mPlan.route;
+    const bool delayOn = mPlan.delayOn;
     const bool monoL = route == DelayMixL && delayOn;
     const bool monoR = route == DelayMixR && delayOn;
     RunFxPosition(kFxPre, preL, preR, monoL, monoR);
 
-    const double unit = mTiming.Unit(ctx.secPerBeat, ctx.timeScale);
-    const double spread = gSampleRate * mSpreadMs * 0.001;
-    const DelayTimePair times =
-        routing.DelayTimes(mIndex, unit * mTiming.Time(0) + spread, unit * mTiming.Time(1) - spread);
-    const double tL = times.left;
-    const double tR = times.right;
+    const double tL = mPlan.timeL;
+    const double tR = mPlan.timeR;
 
     const double fb = routing.FeedbackAmount(mIndex, mFeedback + ctx.feedbackMaster);
     mFbL = route == DelayMix ? fb * kMixFeedbackScale : fb;
@@ -399,7 +430,7 @@ void Slot::RunForward(const SlotBlockContext& ctx)
     }
     else
     {
-        postDone = ReadDelay(ctx, tL, tR, monoL, monoR);
+        postDone = ReadDelay(ctx, monoL, monoR);
         SoftLimit(mFbOutL);
         SoftLimit(mFbOutR);
         // The other modes add the direct share as they fill the post stage.
@@ -478,18 +509,17 @@ void Slot::FillDelayInput()
     }
 }
 
-bool Slot::ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool monoL, bool monoR)
+bool Slot::ReadDelay(const SlotBlockContext& ctx, bool monoL, bool monoR)
 {
+    const double tL = mPlan.timeL;
+    const double tR = mPlan.timeR;
     double* dlyL = StageL(kStageDly);
     double* dlyR = StageR(kStageDly);
     double* postL = StageL(kStagePost);
     double* postR = StageR(kStagePost);
 
-    // Main modulator wobble in samples; slots 1/2 and 3/4 take neighbouring output pairs.
-    const double m = mModulation * ctx.mainDepth;
-    const double* main = ctx.mainOut;
-    const double mR = main != nullptr ? m * main[static_cast<int>(mIndex * 0.5)] : 0.0;
-    const double mL = main != nullptr ? m * main[static_cast<int>(mIndex * 0.5 + 1.0)] : 0.0;
+    const double mL = mPlan.wobbleL;
+    const double mR = mPlan.wobbleR;
 
     if (mMode == DelayTapped)
     {
@@ -525,7 +555,11 @@ bool Slot::ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool mon
     }
     else
     {
-        if (mMode == DelayForward && !monoL && !monoR)
+        if (mPlan.readDone)
+        {
+            // Read beside another slot's at the start of the block.
+        }
+        else if (mMode == DelayForward && !monoL && !monoR)
         {
             QLMMultiDelay::ReadForwardPair(mDelayL, mDelayR, static_cast<float>(tL + mL),
                                            static_cast<float>(tR + mR), dlyL, dlyR);

@@ -117,10 +117,25 @@ class Slot : private ITapFx
     // state a new run of the engine begins from. Same threads as Clear.
     void Restart();
 
-    // Audio thread, in block order.
+    // Audio thread, for every slot before any runs its block: pending requests, then the block's
+    // route, delay switch and delay times, taken once so that a read done early and the rest of
+    // the block agree.
+    void BeginBlock(const SlotBlockContext& ctx);
+    // The delay reads of two slots that both read both lines FORWARD, side by side so that their
+    // recursions overlap; each one's RunForward keeps its read. Does nothing for other slots.
+    // After BeginBlock; the lines are not written until every slot has run.
+    static void ReadForwardTogether(Slot& a, Slot& b);
+    // Whether this block reads both lines FORWARD, which another slot's read can share.
+    bool ReadsForwardPair() const
+    {
+        return mPlan.on && mPlan.delayOn && mMode == DelayForward && mPlan.route != DelayMixL &&
+               mPlan.route != DelayMixR;
+    }
+    // Whether the slot runs this block (RunForward) or not (RunOff), from BeginBlock.
+    bool OnThisBlock() const { return mPlan.on; }
+    // Audio thread, in block order, after BeginBlock.
     void RunForward(const SlotBlockContext& ctx);
-    // A slot that is off: pending clears, then the bus clearing (slots 1 and 2 start sums that
-    // later slots add to).
+    // A slot that is off: the bus clearing (slots 1 and 2 start sums that later slots add to).
     void RunOff(SlotSumBuses& sums);
     // The block's feedback (already scaled by the feedback gains) plus the slot's own delay input,
     // faded, goes into the lines.
@@ -210,7 +225,7 @@ class Slot : private ITapFx
     void FillDelayInput();
     // Reads the lines into the delay stage, or runs the taps; true when the taps ran the POST
     // effect per tap.
-    bool ReadDelay(const SlotBlockContext& ctx, double tL, double tR, bool monoL, bool monoR);
+    bool ReadDelay(const SlotBlockContext& ctx, bool monoL, bool monoR);
     // The tap engine's effect calls.
     void RunTapFx(double* buffer, int index) override;
     void RunFeedbackFx(double* left, double* right) override;
@@ -298,4 +313,18 @@ class Slot : private ITapFx
     // The position's wet amount of this block: the first module's mix plus the routed modulation.
     double FxMix(int position, int first) const;
     void ServeFxResets();
+
+    // This block's settings, from BeginBlock.
+    struct BlockPlan
+    {
+        bool on = false;
+        int route = DelayDual;
+        bool delayOn = true;
+        double timeL = 0.0; // delay times in samples before the main modulator's wobble
+        double timeR = 0.0;
+        double wobbleL = 0.0; // the main modulator's wobble in samples
+        double wobbleR = 0.0;
+        bool readDone = false; // the delay stage already holds the block's read
+    };
+    BlockPlan mPlan;
 };

@@ -1,5 +1,6 @@
 #include "delay/QLMMultiDelay.h"
 
+#include "delay/PairRead.h"
 #include "dsp/Denormals.h"
 #include "dsp/LanePair.h"
 #include "dsp/Vec.h"
@@ -8,6 +9,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+
+using pairread::LoopFilters;
+using pairread::PairRead;
 
 namespace
 {
@@ -136,51 +140,6 @@ void AllpassTerms(const QLMMultiDelay& d, const float* delays, double* u, double
         AllpassTermsBaseline(d, delays, u, c);
 }
 
-// The all-pass recursion of a line pair, s = u - s * c, then K one-section filters per sample, as
-// IirRun runs them: per lane the operations of the separate passes, in the same order. in[k]
-// keeps what filter k took (its history), out what the last one gave.
-template <int K>
-void ReadAndFilter(const double* uL, const double* cL, const double* uR, const double* cR, LanePair& s,
-                   IirSingleSection* secL, IirSingleSection* secR, double (*inL)[gBlockLen],
-                   double (*inR)[gBlockLen], double* outL, double* outR)
-{
-    LanePair b0[K + 1], b1[K + 1], b2[K + 1], a1[K + 1], a2[K + 1], z1[K + 1], z2[K + 1];
-    for (int k = 0; k < K; ++k)
-    {
-        b0[k] = LanePair{secL[k].b0, secR[k].b0};
-        b1[k] = LanePair{secL[k].b1, secR[k].b1};
-        b2[k] = LanePair{secL[k].b2, secR[k].b2};
-        a1[k] = LanePair{secL[k].a1, secR[k].a1};
-        a2[k] = LanePair{secL[k].a2, secR[k].a2};
-        z1[k] = LanePair{secL[k].z[0], secR[k].z[0]};
-        z2[k] = LanePair{secL[k].z[1], secR[k].z[1]};
-    }
-    LanePair a = s;
-    for (int i = 0; i < gBlockLen; ++i)
-    {
-        a = LanePair{uL[i], uR[i]} - a * LanePair{cL[i], cR[i]};
-        LanePair x = a;
-        for (int k = 0; k < K; ++k)
-        {
-            inL[k][i] = x[0];
-            inR[k][i] = x[1];
-            const LanePair y = b0[k] * x + z1[k];
-            z1[k] = b1[k] * x - a1[k] * y + z2[k];
-            z2[k] = b2[k] * x - a2[k] * y;
-            x = y;
-        }
-        outL[i] = x[0];
-        outR[i] = x[1];
-    }
-    s = a;
-    for (int k = 0; k < K; ++k)
-    {
-        secL[k].z[0] = z1[k][0];
-        secR[k].z[0] = z1[k][1];
-        secL[k].z[1] = z2[k][0];
-        secR[k].z[1] = z2[k][1];
-    }
-}
 } // namespace
 
 QLMMultiDelay::QLMMultiDelay(bool isRight)
@@ -398,103 +357,66 @@ const double* QLMMultiDelay::ReadTap(float delaySamples, int tap)
     return mMixOut;
 }
 
+template <int pairs>
+void QLMMultiDelay::ReadForwardPairs(QLMMultiDelay* const (&lines)[4], const float (&delays)[4],
+                                     double* const (&outs)[4])
+{
+    bool forward = true;
+    for (int k = 0; k < 2 * pairs; ++k)
+        forward = forward && lines[k]->mReadFn == &ReadForward;
+    if (!forward)
+    {
+        for (int k = 0; k < 2 * pairs; ++k)
+            VecCopy(lines[k]->ReadTap(delays[k], 0), outs[k], gBlockLen);
+        return;
+    }
+    double u[2 * pairs][gBlockLen], c[2 * pairs][gBlockLen];
+    PairRead r[pairs];
+    LoopFilters filters[pairs];
+    LoopFilters* f[pairs];
+    for (int p = 0; p < pairs; ++p)
+    {
+        QLMMultiDelay& left = *lines[2 * p];
+        QLMMultiDelay& right = *lines[2 * p + 1];
+        PrepareTermsPair(left, right, delays[2 * p], delays[2 * p + 1], 0, u[2 * p], c[2 * p], u[2 * p + 1],
+                         c[2 * p + 1]);
+        r[p] = pairread::StartRead(u[2 * p], c[2 * p], u[2 * p + 1], c[2 * p + 1], left.mApState[0],
+                                   right.mApState[0], outs[2 * p], outs[2 * p + 1]);
+        pairread::BeginLoopFilters(left, right, filters[p]);
+        f[p] = &filters[p];
+    }
+    // Two pairs whose loops run the same stages read side by side.
+    bool together = false;
+    if constexpr (pairs == 2)
+    {
+        together = filters[0].matched && filters[1].matched &&
+                   pairread::LoopStages(filters[0]) == pairread::LoopStages(filters[1]);
+        if (together) pairread::ReadTwoMatched(r, f);
+    }
+    for (int p = 0; p < pairs; ++p)
+    {
+        QLMMultiDelay& left = *lines[2 * p];
+        QLMMultiDelay& right = *lines[2 * p + 1];
+        if (!together) pairread::ReadPairAlone(r[p], filters[p], left, right);
+        left.mApState[0] = r[p].s[0];
+        right.mApState[0] = r[p].s[1];
+        if (filters[p].matched) pairread::EndLoopFilters(filters[p], r[p].outL, r[p].outR);
+    }
+}
+
 void QLMMultiDelay::ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
                                     double* outL, double* outR)
 {
-    const ReadFn readL = left.mReadFn;
-    const ReadFn readR = right.mReadFn;
-    if (readL != &ReadForward || readR != &ReadForward)
-    {
-        VecCopy(left.ReadTap(delayL, 0), outL, gBlockLen);
-        VecCopy(right.ReadTap(delayR, 0), outR, gBlockLen);
-        return;
-    }
-    double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
-    PrepareTermsPair(left, right, delayL, delayR, 0, uL, cL, uR, cR);
-    // The loop filters, high-pass first, where both lines run them. A pair of one section each
-    // runs inside the read's own loop, where the chains of the recursion and the filters overlap.
-    const bool highL = left.mHighOn && !left.mHighPass.mBypass;
-    const bool highR = right.mHighOn && !right.mHighPass.mBypass;
-    const bool lowL = left.mLowOn && !left.mLowPass.mBypass;
-    const bool lowR = right.mLowOn && !right.mLowPass.mBypass;
-    if (highL == highR && lowL == lowR)
-    {
-        IppBiquad* stagesL[2] = {nullptr, nullptr};
-        IppBiquad* stagesR[2] = {nullptr, nullptr};
-        int stages = 0;
-        if (highL)
-        {
-            stagesL[stages] = &left.mHighPass;
-            stagesR[stages++] = &right.mHighPass;
-        }
-        if (lowL)
-        {
-            stagesL[stages] = &left.mLowPass;
-            stagesR[stages++] = &right.mLowPass;
-        }
-        bool runL[2] = {false, false}, runR[2] = {false, false};
-        IirSingleSection secL[2], secR[2];
-        bool single = true;
-        for (int k = 0; k < stages; ++k)
-        {
-            runL[k] = stagesL[k]->BeginBlock();
-            runR[k] = stagesR[k]->BeginBlock();
-            single = single && runL[k] && runR[k] && stagesL[k]->mBlockLen == gBlockLen &&
-                     stagesR[k]->mBlockLen == gBlockLen && stagesL[k]->SingleSection(secL[k]) &&
-                     stagesR[k]->SingleSection(secR[k]);
-        }
-        LanePair s = LanePair{left.mApState[0], right.mApState[0]};
-        double inL[2][gBlockLen], inR[2][gBlockLen];
-        if (single && stages == 2)
-            ReadAndFilter<2>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
-        else if (single && stages == 1)
-            ReadAndFilter<1>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
-        else
-            ReadAndFilter<0>(uL, cL, uR, cR, s, secL, secR, inL, inR, outL, outR);
-        left.mApState[0] = s[0];
-        right.mApState[0] = s[1];
-        for (int k = 0; k < stages; ++k)
-        {
-            if (single)
-            {
-                stagesL[k]->EndBlock(inL[k], k + 1 < stages ? inL[k + 1] : outL);
-                stagesR[k]->EndBlock(inR[k], k + 1 < stages ? inR[k + 1] : outR);
-                continue;
-            }
-            if (runL[k]) stagesL[k]->RunBlockInPlace(outL);
-            if (runR[k]) stagesR[k]->RunBlockInPlace(outR);
-        }
-        return;
-    }
+    QLMMultiDelay* const lines[4] = {&left, &right, nullptr, nullptr};
+    const float delays[4] = {delayL, delayR, 0.0f, 0.0f};
+    double* const outs[4] = {outL, outR, nullptr, nullptr};
+    ReadForwardPairs<1>(lines, delays, outs);
+}
 
-    LanePair s = LanePair{left.mApState[0], right.mApState[0]};
-    ReadAndFilter<0>(uL, cL, uR, cR, s, nullptr, nullptr, nullptr, nullptr, outL, outR);
-    left.mApState[0] = s[0];
-    right.mApState[0] = s[1];
-
-    const auto filterPair = [outL, outR](IppBiquad& fl, bool onL, IppBiquad& fr, bool onR)
-    {
-        const bool runL = onL && !fl.mBypass;
-        const bool runR = onR && !fr.mBypass;
-        if (runL)
-        {
-            fl.mIn1 = outL;
-            fl.mOut1 = outL;
-        }
-        if (runR)
-        {
-            fr.mIn1 = outR;
-            fr.mOut1 = outR;
-        }
-        if (runL && runR)
-            IppBiquad::ProcessPair(fl, fr);
-        else if (runL)
-            fl.Process();
-        else if (runR)
-            fr.Process();
-    };
-    filterPair(left.mHighPass, left.mHighOn, right.mHighPass, right.mHighOn);
-    filterPair(left.mLowPass, left.mLowOn, right.mLowPass, right.mLowOn);
+void QLMMultiDelay::ReadForwardTwoPairs(QLMMultiDelay* const (&lines)[4], const float (&delays)[4],
+                                        double* const (&outs)[4])
+{
+    ReadForwardPairs<2>(lines, delays, outs);
 }
 
 void QLMMultiDelay::WriteBlock(const double* src)
@@ -513,10 +435,11 @@ void QLMMultiDelay::ReadTapPair(QLMMultiDelay& left, QLMMultiDelay& right, float
     }
     double uL[gBlockLen], cL[gBlockLen], uR[gBlockLen], cR[gBlockLen];
     tap = PrepareTermsPair(left, right, delayL, delayR, tap, uL, cL, uR, cR);
-    LanePair s = LanePair{left.mApState[tap], right.mApState[tap]};
-    ReadAndFilter<0>(uL, cL, uR, cR, s, nullptr, nullptr, nullptr, nullptr, left.mMixOut, right.mMixOut);
-    left.mApState[tap] = s[0];
-    right.mApState[tap] = s[1];
+    PairRead r = pairread::StartRead(uL, cL, uR, cR, left.mApState[tap], right.mApState[tap], left.mMixOut,
+                                     right.mMixOut);
+    pairread::ReadUnfiltered(&r, 1);
+    left.mApState[tap] = r.s[0];
+    right.mApState[tap] = r.s[1];
 }
 
 void QLMMultiDelay::ReadTwoTapPairs(QLMMultiDelay& left, QLMMultiDelay& right, const float* delayL,
@@ -536,22 +459,20 @@ void QLMMultiDelay::ReadTwoTapPairs(QLMMultiDelay& left, QLMMultiDelay& right, c
     double uL[2][gBlockLen], cL[2][gBlockLen], uR[2][gBlockLen], cR[2][gBlockLen];
     tapA = PrepareTermsPair(left, right, delayL[0], delayR[0], tapA, uL[0], cL[0], uR[0], cR[0]);
     tapB = PrepareTermsPair(left, right, delayL[1], delayR[1], tapB, uL[1], cL[1], uR[1], cR[1]);
-    // The recursion of ReadAndFilter<0>, s = u - s * c, for both heads side by side.
-    LanePair a = LanePair{left.mApState[tapA], right.mApState[tapA]};
-    LanePair b = LanePair{left.mApState[tapB], right.mApState[tapB]};
-    for (int i = 0; i < gBlockLen; ++i)
+    // Both heads' recursions side by side.
+    const int taps[2] = {tapA, tapB};
+    PairRead r[2];
+    for (int t = 0; t < 2; ++t)
     {
-        a = LanePair{uL[0][i], uR[0][i]} - a * LanePair{cL[0][i], cR[0][i]};
-        b = LanePair{uL[1][i], uR[1][i]} - b * LanePair{cL[1][i], cR[1][i]};
-        out[0][0][i] = a[0];
-        out[0][1][i] = a[1];
-        out[1][0][i] = b[0];
-        out[1][1][i] = b[1];
+        r[t] = pairread::StartRead(uL[t], cL[t], uR[t], cR[t], left.mApState[taps[t]],
+                                   right.mApState[taps[t]], out[t][0], out[t][1]);
     }
-    left.mApState[tapA] = a[0];
-    right.mApState[tapA] = a[1];
-    left.mApState[tapB] = b[0];
-    right.mApState[tapB] = b[1];
+    pairread::ReadUnfiltered(r, 2);
+    for (int t = 0; t < 2; ++t)
+    {
+        left.mApState[taps[t]] = r[t].s[0];
+        right.mApState[taps[t]] = r[t].s[1];
+    }
 }
 
 int QLMMultiDelay::PrepareTermsPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,

@@ -47,6 +47,11 @@ class QLMMultiDelay : public DSPShell
     // the other.
     static void ReadForwardPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
                                 double* outL, double* outR);
+    // ReadForwardPair of two line pairs, lines {left, right, left, right} into outs: where both
+    // pairs run the same loop filters, the four recursions run in one loop, so that the chains of
+    // the two pairs overlap. Each block comes out exactly as ReadForwardPair gives it.
+    static void ReadForwardTwoPairs(QLMMultiDelay* const (&lines)[4], const float (&delays)[4],
+                                    double* const (&outs)[4]);
     // ReadTap(delay, tap) of a left and a right line in TAPPED mode at once, each into its own
     // mMixOut, the two all-pass recursions as the lanes of one vector; each side comes out exactly
     // as its own ReadTap gives it. Lines in another mode read one after the other.
@@ -133,6 +138,10 @@ class QLMMultiDelay : public DSPShell
     // as two lanes; returns the head.
     static int PrepareTermsPair(QLMMultiDelay& left, QLMMultiDelay& right, float delayL, float delayR,
                                 int tap, double* uL, double* cL, double* uR, double* cR);
+    // ReadForwardPair of the first `pairs` (1 or 2) line pairs.
+    template <int pairs>
+    static void ReadForwardPairs(QLMMultiDelay* const (&lines)[4], const float (&delays)[4],
+                                 double* const (&outs)[4]);
     // Grain controls from their settings plus, where asked, their modulation inputs.
     void UpdateGrainSpeed(bool modulated);
     void UpdateGrainSize(bool modulated);

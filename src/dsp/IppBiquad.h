@@ -97,6 +97,8 @@ class IppBiquad : public QLMFilter
     // For a filter whose type never changes after construction: it keeps no input history, which
     // only a type change reads.
     void SetTypeFixed() { mKeepHistory = false; }
+    // Whether EndBlock reads the block's input (for the history a type change starts from).
+    bool KeepsHistory() const { return mKeepHistory; }
 
   private:
     // Process in three steps: the block's controls and history (false when nothing is to run),

@@ -288,9 +288,20 @@ void Quorvex::RunSlots()
     ctx.mfxInL = mMaster.mMfxInL;
     ctx.mfxInR = mMaster.mMfxInR;
     ctx.sums = &mSums;
+    // The lines are written only after every slot has run, so each slot's read can be done now,
+    // two slots side by side: a read's pace is set by its recursions, which then overlap.
+    Slot* pairable[kNumSlots];
+    int count = 0;
     for (Slot& slot : mSlots)
     {
-        if (slot.mOn)
+        slot.BeginBlock(ctx);
+        if (slot.ReadsForwardPair()) pairable[count++] = &slot;
+    }
+    for (int k = 0; k + 1 < count; k += 2)
+        Slot::ReadForwardTogether(*pairable[k], *pairable[k + 1]);
+    for (Slot& slot : mSlots)
+    {
+        if (slot.OnThisBlock())
             slot.RunForward(ctx);
         else
             slot.RunOff(mSums);
@@ -303,7 +314,7 @@ void Quorvex::WriteDelays()
 {
     for (Slot& slot : mSlots)
     {
-        if (!slot.mOn) continue;
+        if (!slot.OnThisBlock()) continue;
         if (!slot.mMatrixOn)
         {
             // Its own feedback, scaled and summed as it goes into the lines.
@@ -314,7 +325,7 @@ void Quorvex::WriteDelays()
         VecZero(mFbSumR, kBlockSize);
         for (const Slot& source : mSlots)
         {
-            if (!source.mOn || !source.mDelayOn) continue;
+            if (!source.OnThisBlock() || !source.mDelayOn) continue;
             const double m = slot.mMatrix[static_cast<std::size_t>(source.Index())];
             VecAddScaled(source.FbOutL(), m * slot.FbGainL(), mFbSumL, kBlockSize);
             VecAddScaled(source.FbOutR(), m * slot.FbGainR(), mFbSumR, kBlockSize);

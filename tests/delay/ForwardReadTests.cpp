@@ -115,3 +115,59 @@ TEST(MultiDelay, PairedForwardReadMatchesSingleReads)
     }
     EXPECT_TRUE(differing == 0 && nonzero > l.size()) << differing << " " << nonzero;
 }
+
+// Two pairs read together give each line bit for bit what its own read gives, in either lane
+// form and across blocks that change form: while their loop filters match, after one line of the
+// second pair drops its high-pass (its sides differ), then the other line (the pairs' stages
+// differ: each pair reads alone), and once the first pair drops it too (one stage each).
+TEST(MultiDelay, TwoPairsReadTogetherMatchSingleReads)
+{
+    RateGuard guard(48000.0);
+    std::vector<std::unique_ptr<QLMMultiDelay>> single, together;
+    for (int k = 0; k < 4; ++k)
+        for (auto* group : {&single, &together})
+        {
+            group->push_back(std::make_unique<QLMMultiDelay>(k % 2 == 1));
+            QLMMultiDelay& d = *group->back();
+            d.SetMaxDelay(5000.0);
+            d.SetLowPass((k < 2 ? 3000.0 : 7000.0) / gSampleRate);
+            d.SetHighPass((k < 2 ? 150.0 : 400.0) / gSampleRate);
+        }
+    const std::vector<double> input[4] = {Sine(431.0, 32 * 900), Sine(97.0, 32 * 900), Sine(1210.0, 32 * 900),
+                                          Sine(55.0, 32 * 900)};
+    std::size_t differing = 0, nonzero = 0;
+    for (std::size_t b = 0; b + gBlockLen <= input[0].size(); b += gBlockLen)
+    {
+        const std::size_t block = b / gBlockLen;
+        for (int k = 0; k < 4; ++k)
+            if (block == (k < 2 ? 600u : k == 2 ? 300u : 450u))
+                for (auto* group : {&single, &together})
+                    (*group)[std::size_t(k)]->SetHighPass(20.0 / gSampleRate);
+        // The first left line glides back and forth, the others hold still.
+        const float delays[4] = {block % 200 < 100 ? 1234.25f : 3100.5f, 2500.75f, 777.5f, 4100.0f};
+        SetWideLanes(false);
+        const double* own[4];
+        double ownCopy[4][gBlockLen];
+        for (int k = 0; k < 4; ++k)
+        {
+            own[k] = single[std::size_t(k)]->ReadTap(delays[k], 0);
+            std::copy(own[k], own[k] + gBlockLen, ownCopy[k]);
+        }
+        SetWideLanes(block % 3 != 0);
+        double out[4][gBlockLen];
+        QLMMultiDelay::ReadForwardTwoPairs(
+            {together[0].get(), together[1].get(), together[2].get(), together[3].get()}, delays,
+            {out[0], out[1], out[2], out[3]});
+        for (int k = 0; k < 4; ++k)
+            for (int i = 0; i < gBlockLen; ++i)
+            {
+                differing += ownCopy[k][i] != out[k][i];
+                nonzero += ownCopy[k][i] != 0.0;
+            }
+        for (int k = 0; k < 4; ++k)
+            for (auto* group : {&single, &together})
+                (*group)[std::size_t(k)]->WriteBlock(input[k].data() + b);
+    }
+    SetWideLanes(true);
+    EXPECT_TRUE(differing == 0 && nonzero > 3 * input[0].size()) << differing << " " << nonzero;
+}

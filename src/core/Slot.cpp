@@ -480,7 +480,7 @@ void Slot::FillDelayInput()
 {
     const double* preL = StageL(kStagePre);
     const double* preR = StageR(kStagePre);
-    const int route = mRoute;
+    const int route = mPlan.route;
     if (mMode == DelayTapped || mMode == DelayBackward || route == DelayDual)
     {
         // The pre stage keeps its block until the lines are written: no copy needed.
@@ -553,13 +553,9 @@ bool Slot::ReadDelay(const SlotBlockContext& ctx, bool monoL, bool monoR)
         VecCopy(mDelayL.ReadTap(static_cast<float>(unit * mTiming.Time(0)), 0), dlyL, N);
         VecCopy(mDelayR.ReadTap(static_cast<float>(unit * mTiming.Time(1)), 0), dlyR, N);
     }
-    else
+    else if (!mPlan.readDone) // a read beside another slot's is already in place
     {
-        if (mPlan.readDone)
-        {
-            // Read beside another slot's at the start of the block.
-        }
-        else if (mMode == DelayForward && !monoL && !monoR)
+        if (mMode == DelayForward && !monoL && !monoR)
         {
             QLMMultiDelay::ReadForwardPair(mDelayL, mDelayR, static_cast<float>(tL + mL),
                                            static_cast<float>(tR + mR), dlyL, dlyR);
@@ -574,7 +570,7 @@ bool Slot::ReadDelay(const SlotBlockContext& ctx, bool monoL, bool monoR)
     RunFxPosition(kFxFeedback, dlyL, dlyR, monoL, monoR);
     mDlyCellL = dlyL;
     mDlyCellR = dlyR;
-    RouteFeedback(mRoute);
+    RouteFeedback(mPlan.route);
     // The delay's share and the direct share of the post stage in one pass.
     const double* preL = StageL(kStagePre);
     const double* preR = StageR(kStagePre);

@@ -179,60 +179,55 @@ void EndLoopFilters(LoopFilters& f, double* outL, double* outR)
 
 namespace
 {
-// A read of P matched pairs whose loops run the same stages.
-template <int P> void ReadMatched(PairRead* r, LoopFilters* const* f)
+// ReadAndFilter of P pairs with `stages` stages each.
+template <int P, bool Keep> void ReadStages(PairRead* r, int stages)
 {
-    for (int p = 0; p < P; ++p)
-    {
-        r[p].secL = f[p]->secL;
-        r[p].secR = f[p]->secR;
-        r[p].inL = f[p]->inL;
-        r[p].inR = f[p]->inR;
-    }
-    bool history = false;
-    for (int p = 0; p < P; ++p)
-        history = history || f[p]->history;
-    if (P == 2 && !history && WideLanes())
-    {
-        const int stages = LoopStages(*f[0]);
-        if (stages == 2)
-            ReadTwoPairsWide<2>(r);
-        else if (stages == 1)
-            ReadTwoPairsWide<1>(r);
-        else
-            ReadTwoPairsWide<0>(r);
-        return;
-    }
-    switch (LoopStages(*f[0]) + (history ? 3 : 0))
-    {
-    case 2:
-        ReadAndFilter<2, P, false>(r);
-        break;
-    case 1:
-        ReadAndFilter<1, P, false>(r);
-        break;
-    case 5:
-        ReadAndFilter<2, P>(r);
-        break;
-    case 4:
-        ReadAndFilter<1, P>(r);
-        break;
-    default:
-        ReadAndFilter<0, P>(r);
-        break;
-    }
+    if (stages == 2)
+        ReadAndFilter<2, P, Keep>(r);
+    else if (stages == 1)
+        ReadAndFilter<1, P, Keep>(r);
+    else
+        ReadAndFilter<0, P, Keep>(r);
 }
 
+// A read of P matched pairs whose loops run the same stages.
+template <int P> void ReadMatched(PairRead* r, LoopFilters* f)
+{
+    bool history = false;
+    for (int p = 0; p < P; ++p)
+    {
+        r[p].secL = f[p].secL;
+        r[p].secR = f[p].secR;
+        r[p].inL = f[p].inL;
+        r[p].inR = f[p].inR;
+        history = history || f[p].history;
+    }
+    const int stages = LoopStages(f[0]);
+    if constexpr (P == 2)
+        if (!history && WideLanes())
+        {
+            if (stages == 2)
+                ReadTwoPairsWide<2>(r);
+            else if (stages == 1)
+                ReadTwoPairsWide<1>(r);
+            else
+                ReadTwoPairsWide<0>(r);
+            return;
+        }
+    if (history)
+        ReadStages<P, true>(r, stages);
+    else
+        ReadStages<P, false>(r, stages);
+}
 } // namespace
 
 // One pair's read on its own: stages both lines run inside its loop, other filters one pass each
 // after it.
 void ReadPairAlone(PairRead& r, LoopFilters& f, QLMMultiDelay& left, QLMMultiDelay& right)
 {
-    LoopFilters* const matched = &f;
     if (f.matched)
     {
-        ReadMatched<1>(&r, &matched);
+        ReadMatched<1>(&r, &f);
         return;
     }
     ReadAndFilter<0, 1>(&r);
@@ -271,7 +266,7 @@ void ReadUnfiltered(PairRead* r, int pairs)
         ReadAndFilter<0, 1>(r);
 }
 
-void ReadTwoMatched(PairRead* r, LoopFilters* const* f)
+void ReadTwoMatched(PairRead* r, LoopFilters* f)
 {
     ReadMatched<2>(r, f);
 }

@@ -60,8 +60,9 @@ inline int LoopStages(const LoopFilters& f)
 void EndLoopFilters(LoopFilters& f, double* outL, double* outR);
 // The all-pass recursions of `pairs` (1 or 2) pairs without filters, side by side.
 void ReadUnfiltered(PairRead* r, int pairs);
-// A read of two matched pairs whose loops run the same stages, side by side.
-void ReadTwoMatched(PairRead* r, LoopFilters* const* f);
+// A read of two matched pairs (r[0], f[0] and r[1], f[1]) whose loops run the same stages, side
+// by side.
+void ReadTwoMatched(PairRead* r, LoopFilters* f);
 // One pair's read on its own: stages both lines run inside its loop, other filters one pass each
 // after it.
 void ReadPairAlone(PairRead& r, LoopFilters& f, QLMMultiDelay& left, QLMMultiDelay& right);

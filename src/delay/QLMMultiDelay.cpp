@@ -373,7 +373,6 @@ void QLMMultiDelay::ReadForwardPairs(QLMMultiDelay* const (&lines)[4], const flo
     double u[2 * pairs][gBlockLen], c[2 * pairs][gBlockLen];
     PairRead r[pairs];
     LoopFilters filters[pairs];
-    LoopFilters* f[pairs];
     for (int p = 0; p < pairs; ++p)
     {
         QLMMultiDelay& left = *lines[2 * p];
@@ -383,7 +382,6 @@ void QLMMultiDelay::ReadForwardPairs(QLMMultiDelay* const (&lines)[4], const flo
         r[p] = pairread::StartRead(u[2 * p], c[2 * p], u[2 * p + 1], c[2 * p + 1], left.mApState[0],
                                    right.mApState[0], outs[2 * p], outs[2 * p + 1]);
         pairread::BeginLoopFilters(left, right, filters[p]);
-        f[p] = &filters[p];
     }
     // Two pairs whose loops run the same stages read side by side.
     bool together = false;
@@ -391,7 +389,7 @@ void QLMMultiDelay::ReadForwardPairs(QLMMultiDelay* const (&lines)[4], const flo
     {
         together = filters[0].matched && filters[1].matched &&
                    pairread::LoopStages(filters[0]) == pairread::LoopStages(filters[1]);
-        if (together) pairread::ReadTwoMatched(r, f);
+        if (together) pairread::ReadTwoMatched(r, filters);
     }
     for (int p = 0; p < pairs; ++p)
     {

@@ -226,11 +226,9 @@ void MasterLimiter::Process()
         double* t = mScratch;
         if (mode >= kLimiterFast)
         {
-            double env = mFollower[4].mEnv, held = mFollower[4].mHold;
             for (int i = 0; i < n; ++i)
-                t[i] = LookAheadPeakStep(AtLeastOne(std::fabs(mDetect[i])), env, held);
-            mFollower[4].mEnv = env;
-            mFollower[4].mHold = held;
+                t[i] = AtLeastOne(std::fabs(mDetect[i]));
+            mFollower[4].Run(t, gCoef05ms, 0.0, gCoef3ms, n);
         }
         for (int i = 0; i < n; ++i)
             mG1[i] = 1.0 / t[i];

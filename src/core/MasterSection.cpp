@@ -186,10 +186,14 @@ void MasterSection::RunOutput(double fade, double* outL, double* outR)
     // A bypassed limiter takes the path of the limiter off: unlimited, and still aligned.
     if (mLimiterMode == kLimiterOff || mLimiter.mBypass)
     {
-        VecAddScaled(mWetL, g, mDryL, kBlockSize);
-        VecAddScaled(mWetR, g, mDryR, kBlockSize);
-        mOutputDelayL.Run(mDryL, outL, delay);
-        mOutputDelayR.Run(mDryR, outR, delay);
+        // The sum goes into the delay as it is formed.
+        const auto run = [g, delay](OutputDelay& line, const double* dry, const double* wet, double* out)
+        {
+            line.Run(
+                delay, [=](int i) { return dry[i] + wet[i] * g; }, [out](int i, double v) { out[i] = v; });
+        };
+        run(mOutputDelayL, mDryL, mWetL, outL);
+        run(mOutputDelayR, mDryR, mWetR, outR);
         return;
     }
 
@@ -203,10 +207,14 @@ void MasterSection::RunOutput(double fade, double* outL, double* outR)
     mLimiter.mOut1 = mLimitL;
     mLimiter.mOut2 = mLimitR;
     mLimiter.Process();
-    mOutputDelayL.Run(mDryL, outL, delay);
-    mOutputDelayR.Run(mDryR, outR, delay);
-    VecAddScaled(mLimitL, g, outL, kBlockSize);
-    VecAddScaled(mLimitR, g, outR, kBlockSize);
+    // The limited wet signal joins the delayed dry one as it comes out.
+    const auto run = [g, delay](OutputDelay& line, const double* dry, const double* limited, double* out)
+    {
+        line.Run(
+            delay, [dry](int i) { return dry[i]; }, [=](int i, double v) { out[i] = v + limited[i] * g; });
+    };
+    run(mOutputDelayL, mDryL, mLimitL, outL);
+    run(mOutputDelayR, mDryR, mLimitR, outR);
 }
 
 double MasterSection::TickOutputMeter(int channel, const double* hostOut, int n)

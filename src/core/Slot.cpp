@@ -33,6 +33,14 @@ void SlotSumBuses::Clear()
     }
 }
 
+bool SlotSumBuses::Holds(const double* buffer) const
+{
+    for (int side = 0; side < 2; ++side)
+        if (buffer == sum12[side] || buffer == sum13[side] || buffer == sum23[side] || buffer == sum123[side])
+            return true;
+    return false;
+}
+
 Slot::Slot(int index) : mIndex(index)
 {
     mDelayL.Reserve(kLongestLine);
@@ -337,6 +345,8 @@ void Slot::BeginBlock(const SlotBlockContext& ctx)
     plan.on = mOn;
     plan.readDone = false;
     if (!plan.on) return;
+    plan.sourceL = mSourceL;
+    plan.sourceR = mSourceR;
     plan.route = mRoute;
     plan.delayOn = mDelayOn;
     const double unit = mTiming.Unit(ctx.secPerBeat, ctx.timeScale);
@@ -367,18 +377,19 @@ void Slot::ReadForwardTogether(Slot& a, Slot& b)
     b.mPlan.readDone = true;
 }
 
-void Slot::RunOff(SlotSumBuses& sums)
+void Slot::RunOff(SlotSumBuses* sums)
 {
+    if (sums == nullptr) return;
     if (mIndex == 0)
         for (int side = 0; side < 2; ++side)
         {
-            VecZero(sums.sum12[side], N);
-            VecZero(sums.sum13[side], N);
-            VecZero(sums.sum123[side], N);
+            VecZero(sums->sum12[side], N);
+            VecZero(sums->sum13[side], N);
+            VecZero(sums->sum123[side], N);
         }
     else if (mIndex == 1)
         for (int side = 0; side < 2; ++side)
-            VecZero(sums.sum23[side], N);
+            VecZero(sums->sum23[side], N);
 }
 
 void Slot::RunForward(const SlotBlockContext& ctx)
@@ -393,8 +404,8 @@ void Slot::RunForward(const SlotBlockContext& ctx)
     const ModRouting& routing = *ctx.routing;
     const double gain = routing.InputGainTarget(mIndex, mInputGain * ctx.attenuation);
     const double* gainRamp = mInputSmoother.RunD(gain * ctx.fade, N);
-    VecMul(mSourceL, gainRamp, inL, N);
-    VecMul(mSourceR, gainRamp, inR, N);
+    VecMul(mPlan.sourceL, gainRamp, inL, N);
+    VecMul(mPlan.sourceR, gainRamp, inR, N);
 
     RunOffset();
 
@@ -448,7 +459,7 @@ void Slot::RunForward(const SlotBlockContext& ctx)
     const double* ffL = mFeedForwardL;
     const double* ffR = mFeedForwardR;
     if (ffL != gNullBuffer) VecAdd(ffL, ffR, mMonoSum, N);
-    if (ffL != gNullBuffer) FeedSums(*ctx.sums);
+    if (ffL != gNullBuffer && ctx.sums != nullptr) FeedSums(*ctx.sums);
 }
 
 // Both sides pass the offset rings; only a side with an offset reads from its ring.

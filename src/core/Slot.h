@@ -37,6 +37,8 @@ struct SlotSumBuses
     double sum23[2][gBlockLen] = {};
     double sum123[2][gBlockLen] = {};
     void Clear();
+    // Whether `buffer` is one side of one of the sums.
+    bool Holds(const double* buffer) const;
 };
 
 // What the block loop lends every slot for one block.
@@ -55,7 +57,7 @@ struct SlotBlockContext
     double* wetR = nullptr;
     double* mfxInL = nullptr;
     double* mfxInR = nullptr;
-    SlotSumBuses* sums = nullptr;
+    SlotSumBuses* sums = nullptr; // null in a block in which no slot takes a sum as its input
 };
 
 class Slot : private ITapFx
@@ -133,10 +135,16 @@ class Slot : private ITapFx
     }
     // Whether the slot runs this block (RunForward) or not (RunOff), from BeginBlock.
     bool OnThisBlock() const { return mPlan.on; }
+    // Whether this block's input is one of the sums of earlier slots, from BeginBlock.
+    bool TakesSum(const SlotSumBuses& sums) const
+    {
+        return mPlan.on && (sums.Holds(mPlan.sourceL) || sums.Holds(mPlan.sourceR));
+    }
     // Audio thread, in block order, after BeginBlock.
     void RunForward(const SlotBlockContext& ctx);
-    // A slot that is off: the bus clearing (slots 1 and 2 start sums that later slots add to).
-    void RunOff(SlotSumBuses& sums);
+    // A slot that is off: the bus clearing (slots 1 and 2 start sums that later slots add to),
+    // when a later slot takes a sum this block (`sums` not null).
+    void RunOff(SlotSumBuses* sums);
     // The block's feedback (already scaled by the feedback gains) plus the slot's own delay input,
     // faded, goes into the lines.
     void WriteDelay(double* fbSumL, double* fbSumR, double fade);
@@ -324,7 +332,9 @@ class Slot : private ITapFx
         double timeR = 0.0;
         double wobbleL = 0.0; // the main modulator's wobble in samples
         double wobbleR = 0.0;
-        bool readDone = false; // the delay stage already holds the block's read
+        bool readDone = false;             // the delay stage already holds the block's read
+        const double* sourceL = gNoSignal; // the block's input
+        const double* sourceR = gNoSignal;
     };
     BlockPlan mPlan;
 };

@@ -287,7 +287,6 @@ void Quorvex::RunSlots()
     ctx.wetR = mMaster.mWetR;
     ctx.mfxInL = mMaster.mMfxInL;
     ctx.mfxInR = mMaster.mMfxInR;
-    ctx.sums = &mSums;
     // The lines are written only after every slot has run, so each slot's read can be done now,
     // two slots side by side: a read's pace is set by its recursions, which then overlap.
     Slot* pairable[kNumSlots];
@@ -299,12 +298,15 @@ void Quorvex::RunSlots()
     }
     for (int k = 0; k + 1 < count; k += 2)
         Slot::ReadForwardTogether(*pairable[k], *pairable[k + 1]);
+    // The sums are built afresh in every block that a slot takes one: nobody reads them otherwise.
+    for (const Slot& slot : mSlots)
+        if (slot.TakesSum(mSums)) ctx.sums = &mSums;
     for (Slot& slot : mSlots)
     {
         if (slot.OnThisBlock())
             slot.RunForward(ctx);
         else
-            slot.RunOff(mSums);
+            slot.RunOff(ctx.sums);
     }
 }
 

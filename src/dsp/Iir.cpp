@@ -554,6 +554,11 @@ void IirSetDelay(IirState* state, const double* delay)
         state->mZ[StateIndex(state, i)] = delay[i];
 }
 
+double& IirFirstDelay(IirState* state)
+{
+    return state->mZ[StateIndex(state, 0)];
+}
+
 void IirGetDelay(const IirState* state, double* delay)
 {
     if (state == nullptr || delay == nullptr) return;

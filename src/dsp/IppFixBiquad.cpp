@@ -18,29 +18,29 @@ IppFixBiquad::~IppFixBiquad()
     VecFree(mWork);
 }
 
+// A new design starts from silence: the memory belonged to the previous design and rate.
 void IppFixBiquad::Design(int order, double relFreq)
 {
     mOrder = std::clamp(order, 1, kIirMaxOrder);
-    ClearMemory();
     IirDesignLowpass(relFreq, 0.0, mOrder, mTaps, 0, mWork);
-    IirInit(&mState, mTaps, mOrder, mDelay, mWork);
+    IirInit(&mState, mTaps, mOrder, nullptr, mWork);
+}
+
+void IppFixBiquad::ClearMemory()
+{
+    static constexpr double kSilence[2 * kIirMaxOrder] = {};
+    IirSetDelay(mState, kSilence);
 }
 
 void IppFixBiquad::RunI(double* block, int n)
 {
-    IirSetDelay(mState, mDelay);
     IirRunI(block, n, mState);
-    IirGetDelay(mState, mDelay);
-    mDelay[0] = Undenormal(mDelay[0]);
+    IirFirstDelay(mState) = Undenormal(IirFirstDelay(mState));
 }
 
 void IppFixBiquad::RunPairI(IppFixBiquad& left, IppFixBiquad& right, double* blockL, double* blockR, int n)
 {
-    IirSetDelay(left.mState, left.mDelay);
-    IirSetDelay(right.mState, right.mDelay);
     IirRunPairI(blockL, blockR, n, left.mState, right.mState);
-    IirGetDelay(left.mState, left.mDelay);
-    IirGetDelay(right.mState, right.mDelay);
-    left.mDelay[0] = Undenormal(left.mDelay[0]);
-    right.mDelay[0] = Undenormal(right.mDelay[0]);
+    IirFirstDelay(left.mState) = Undenormal(IirFirstDelay(left.mState));
+    IirFirstDelay(right.mState) = Undenormal(IirFirstDelay(right.mState));
 }

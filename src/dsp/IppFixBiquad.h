@@ -19,9 +19,10 @@ class IppFixBiquad : public QLMFilter
     // below 0.5). The memory is cleared: it belonged to the previous design and rate.
     void Design(int order, double relFreq);
     // Forgets the signal it has seen: the next block passes as if the signal began there.
-    void ClearMemory() { VecZero(mDelay, 2 * kIirMaxOrder); }
+    void ClearMemory();
 
-    // Filters a block in place, the memory kept in mDelay between blocks.
+    // Filters a block in place, the memory kept in the state between blocks (no copies in and
+    // out: the design never moves while it runs).
     void RunI(double* block, int n);
     // The same for a left and a right filter at once, the pair as the lanes of one vector; each
     // side comes out exactly as its own RunI would give it.
@@ -30,6 +31,5 @@ class IppFixBiquad : public QLMFilter
     IirState* mState = nullptr;
     unsigned char* mWork = nullptr;
     double mTaps[2 * (kIirMaxOrder + 1)] = {};
-    double mDelay[2 * kIirMaxOrder] = {};
     int mOrder = 4;
 };

@@ -391,8 +391,8 @@ void Quorvex::ClearEngine()
     mInRead = 0;
     mOutRead = 0;
     // The band limit's memory too: a cleared engine hears nothing of what came before.
-    VecZero(mInputFilterL.mDelay, 2 * kIirMaxOrder);
-    VecZero(mInputFilterR.mDelay, 2 * kIirMaxOrder);
+    mInputFilterL.ClearMemory();
+    mInputFilterR.ClearMemory();
     for (Slot& slot : mSlots)
         slot.Restart();
     mEffects.ClearAll();

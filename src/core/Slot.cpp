@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <emmintrin.h>
 #include <numbers>
 
+#include "core/FeedbackSoftLimit.h"
 #include "dsp/LanePair.h"
 #include "dsp/Vec.h"
 
@@ -442,8 +444,8 @@ void Slot::RunForward(const SlotBlockContext& ctx)
     else
     {
         postDone = ReadDelay(ctx, monoL, monoR);
-        SoftLimit(mFbOutL);
-        SoftLimit(mFbOutR);
+        FeedbackSoftLimit(mFbOutL);
+        FeedbackSoftLimit(mFbOutR);
         // The other modes add the direct share as they fill the post stage.
         if (mMode == DelayTapped)
         {
@@ -626,29 +628,6 @@ void Slot::RouteFeedback(int route)
         VecCopy(dlyR, mFbOutL, N);
         VecCopy(dlyL, mFbOutR, N);
         break;
-    }
-}
-
-// Above 1 in size the feedback signal bends towards 1.5, which keeps 160 % feedback bounded.
-void Slot::SoftLimit(double* x) const
-{
-    // Mostly nothing is above 1: a pass two samples at a time finds that out.
-    using Mask = long long __attribute__((vector_size(16)));
-    static_assert(N % 2 == 0);
-    Mask outside = {0, 0};
-    for (int i = 0; i < N; i += 2)
-    {
-        const LanePair v = LoadPair(x + i);
-        outside |= (v > 1.0) | (v < -1.0);
-    }
-    if ((outside[0] | outside[1]) == 0) return;
-    for (int i = 0; i < N; ++i)
-    {
-        const double v = x[i];
-        if (v > 1.0)
-            x[i] = 1.0 + 0.5 * (v - 1.0) / v;
-        else if (v < -1.0)
-            x[i] = -1.0 - 0.5 * (v + 1.0) / v;
     }
 }
 

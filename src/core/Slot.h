@@ -238,7 +238,6 @@ class Slot : private ITapFx
     void RunTapFx(double* buffer, int index) override;
     void RunFeedbackFx(double* left, double* right) override;
     void RouteFeedback(int route);
-    void SoftLimit(double* x) const;
     void PanLevelWidth(const SlotBlockContext& ctx);
     void Output(const SlotBlockContext& ctx);
     void FeedSums(SlotSumBuses& sums) const;

@@ -11,6 +11,8 @@ namespace
 {
 // Block size used until the host states its own; big enough that ordinary hosts never split.
 constexpr int kDefaultBlockSize = 1024;
+// The frames of one engine call: the size of the channels' own buffers, fixed at construction.
+constexpr int kPieceFrames = 1024;
 // Longest bypass delay in samples. The engine reports at most 32 + 96 (1 ms at the top rate).
 constexpr int kMaxLatencyDelay = 4096;
 constexpr int kMaxLabels = 2;
@@ -56,6 +58,9 @@ IPlugBase::IPlugBase(const IPlugConfig& config)
     outChannels.resize(static_cast<std::size_t>(maxOut));
     mInPtrs.assign(inChannels.size(), nullptr);
     mOutPtrs.assign(outChannels.size(), nullptr);
+    for (auto* side : {&inChannels, &outChannels})
+        for (IChannel& ch : *side)
+            ch.mOwn.assign(kPieceFrames, 0.0);
     SetBlockSize(kDefaultBlockSize);
 
     if (maxIn > 0)
@@ -284,13 +289,12 @@ void IPlugBase::ZeroScratchBuffers()
             std::fill(ch.mOwn.begin(), ch.mOwn.end(), 0.0);
 }
 
+// Only noted: the own buffers never move, and a set-up allocates nothing. A host that announces a
+// new block size while its audio thread is still inside a call (which hosts must not do) then
+// finds nothing freed under that call.
 void IPlugBase::SetBlockSize(int samples)
 {
     if (samples <= 0) return;
-    for (auto* side : {&inChannels, &outChannels})
-        for (IChannel& ch : *side)
-            if (static_cast<int>(ch.mOwn.size()) < samples)
-                ch.mOwn.resize(static_cast<std::size_t>(samples), 0.0);
     blockSize = samples;
 }
 
@@ -345,12 +349,12 @@ void IPlugBase::ProcessBuffers(float, int nFrames) QUORVEX_NONBLOCKING
 }
 
 // The engine always works on doubles: a double host's buffers are used in place, a float host's
-// are converted into the channels' own buffers and back. Runs longer than the block size the host
-// announced go through in pieces, so the own buffers never need to grow here.
+// are converted into the channels' own buffers and back. Runs longer than those buffers go
+// through in pieces, whatever block size the host announced.
 void IPlugBase::ProcessInPieces(int nFrames, bool floatHost)
 {
     nFrames = std::max(nFrames, 0);
-    const int piece = blockSize;
+    const int piece = kPieceFrames;
     int done = 0;
     do
     {

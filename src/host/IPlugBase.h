@@ -142,7 +142,7 @@ class IPlugBase : public IEngineHost
     virtual void SetLatency(int samples);
     // Pushes every normalised value into the editor, if any, without telling the host.
     virtual void RedrawParamControls();
-    // Grows the per-channel buffers (UI thread, never while processing).
+    // Notes the largest block the host announced; the channels' own buffers keep their size.
     virtual void SetBlockSize(int samples);
 
     // ---- Parameters ----------------------------------------------------------------------------

@@ -589,12 +589,15 @@ bool Slot::ReadDelay(const SlotBlockContext& ctx, bool monoL, bool monoR)
     const double* preR = StageR(kStagePre);
     const double* cellL = mDlyCellL;
     const double* cellR = mDlyCellR;
-    const double wet = mWet;
-    const double direct = mDirect;
-    for (int i = 0; i < N; ++i)
+    // Two samples to a vector: the post stage is none of the arrays it reads, but the compiler
+    // can't know that and would test it first.
+    const LanePair wet = {mWet, mWet};
+    const LanePair direct = {mDirect, mDirect};
+    static_assert(N % 2 == 0);
+    for (int i = 0; i < N; i += 2)
     {
-        postL[i] = cellL[i] * wet + preL[i] * direct;
-        postR[i] = cellR[i] * wet + preR[i] * direct;
+        StorePair(postL + i, LoadPair(cellL + i) * wet + LoadPair(preL + i) * direct);
+        StorePair(postR + i, LoadPair(cellR + i) * wet + LoadPair(preR + i) * direct);
     }
     return false;
 }
@@ -635,6 +638,7 @@ void Slot::PanLevelWidth(const SlotBlockContext& ctx)
 {
     const double pan = ctx.routing->PanTarget(mIndex, mPanning);
     const double* p = mPanSmoother.RunD(pan, N);
+    const bool panHeld = mPanSmoother.HeldD();
     const double level = ctx.routing->LevelTarget(mIndex, mLevel);
     const double* lv = mLevelSmoother.RunD(level * ctx.fade, N);
 
@@ -644,36 +648,31 @@ void Slot::PanLevelWidth(const SlotBlockContext& ctx)
     double* outR = StageR(kStageOut);
     const double straight = mStraight;
     const double cross = mCross;
-    // The pan law min(1 -+ p, 1) times the level, two samples to a vector; the select is
-    // std::min's own (1 < x ? 1 : x).
-    const LanePair one = {1.0, 1.0};
     static_assert(N % 2 == 0);
-    const auto gains = [&](int i, LanePair& gl, LanePair& gr)
+    // The pan law min(1 -+ p, 1) times the level, two samples to a vector; the select is
+    // std::min's own (1 < x ? 1 : x). Both ramps as they were: the gains too.
+    if (!(panHeld && mLevelSmoother.HeldD() && mGainsHeld))
     {
-        const LanePair pv = LoadPair(p + i), lvv = LoadPair(lv + i);
-        const LanePair l = one - pv;
-        const LanePair r = one + pv;
-        gl = (one < l ? one : l) * lvv;
-        gr = (one < r ? one : r) * lvv;
-    };
-    if (cross == 0.0)
-    {
-        // Full width: the gains go straight onto the post stage, in one pass.
+        const LanePair one = {1.0, 1.0};
         for (int i = 0; i < N; i += 2)
         {
-            LanePair gl, gr;
-            gains(i, gl, gr);
-            StorePair(outL + i, LoadPair(postL + i) * gl);
-            StorePair(outR + i, LoadPair(postR + i) * gr);
+            const LanePair pv = LoadPair(p + i), lvv = LoadPair(lv + i);
+            const LanePair l = one - pv;
+            const LanePair r = one + pv;
+            StorePair(mGainL + i, (one < l ? one : l) * lvv);
+            StorePair(mGainR + i, (one < r ? one : r) * lvv);
+        }
+        mGainsHeld = true;
+    }
+    if (cross == 0.0)
+    {
+        // Full width: the gains go straight onto the post stage.
+        for (int i = 0; i < N; i += 2)
+        {
+            StorePair(outL + i, LoadPair(postL + i) * LoadPair(mGainL + i));
+            StorePair(outR + i, LoadPair(postR + i) * LoadPair(mGainR + i));
         }
         return;
-    }
-    for (int i = 0; i < N; i += 2)
-    {
-        LanePair gl, gr;
-        gains(i, gl, gr);
-        StorePair(mGainL + i, gl);
-        StorePair(mGainR + i, gr);
     }
     const auto width = [&](const double* l, const double* r)
     {

@@ -264,6 +264,7 @@ class Slot : private ITapFx
     double mMonoSum[gBlockLen] = {};
     double mGainL[gBlockLen] = {};
     double mGainR[gBlockLen] = {};
+    bool mGainsHeld = false; // the gains belong to the pan and level ramps the smoothers hold
     double mFxOutL[gBlockLen] = {};
     double mFxOutR[gBlockLen] = {};
     const double* mDlyCellL = nullptr;

@@ -41,7 +41,8 @@ const double* BlockSmoother::RunD(double target, int n)
     const double step = mGain * target;
     const double last = mLastD;
     const LastRun run{std::bit_cast<std::uint64_t>(target), std::bit_cast<std::uint64_t>(last), n};
-    if (run.n != mRunD.n || run.target != mRunD.target || run.last != mRunD.last)
+    mHeldD = run.n == mRunD.n && run.target == mRunD.target && run.last == mRunD.last;
+    if (!mHeldD)
     {
         mRunD = run;
         for (int i = 0; i < n; ++i)

@@ -19,6 +19,9 @@ class BlockSmoother
 
     // Smoothed block towards target; n <= gBlockLen. The state carries the 1e-15 guard.
     const double* RunD(double target, int n);
+    // Whether the last RunD gave the block the one before it gave (a settled smoother with a
+    // steady target), so that what a caller made of that block still holds.
+    bool HeldD() const { return mHeldD; }
     const float* RunF(float target, int n);
 
     // Adds a modulation block to a control value within lo..hi. For n < 2 it works on the scalar
@@ -47,6 +50,7 @@ class BlockSmoother
         int n = -1; // -1: no block since the tables were filled
     };
     LastRun mRunD;
+    bool mHeldD = false;
     LastRun mRunF;
 
     double mCoef = 0.0;

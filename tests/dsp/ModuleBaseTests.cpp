@@ -69,6 +69,29 @@ TEST(BlockSmoother, RepeatedRunsMatchAFreshSmootherInTheSameState)
     }
 }
 
+// HeldD tells a repeat of the block before from a new block: a settled smoother with a steady
+// target holds; a new target, the block after it and a retime do not.
+TEST(BlockSmoother, HeldOnlyWhileTheBlockRepeats)
+{
+    BlockSmoother s(5.0);
+    for (int b = 0; b < 2000; ++b)
+        s.RunD(0.3, 32);
+    EXPECT_TRUE(s.HeldD());
+    const double* block = s.RunD(0.3, 32);
+    const std::vector<double> settled(block, block + 32);
+    EXPECT_TRUE(s.HeldD());
+    s.RunD(0.31, 32);
+    EXPECT_FALSE(s.HeldD());
+    s.RunD(0.31, 32);
+    EXPECT_FALSE(s.HeldD()) << "the block after a step starts elsewhere";
+    for (int b = 0; b < 2000; ++b)
+        s.RunD(0.3, 32);
+    EXPECT_TRUE(s.HeldD() && std::equal(settled.begin(), settled.end(), s.RunD(0.3, 32)));
+    s.SetTime(7.0);
+    s.RunD(0.3, 32);
+    EXPECT_FALSE(s.HeldD()) << "after a retime";
+}
+
 TEST(BlockSmoother, ApplyModAddsSourceTimesDepthWithinBounds)
 {
     const double mod[4] = {1.0, -1.0, 0.5, 0.0};

@@ -190,7 +190,8 @@ void MasterSection::RunOutput(double fade, double* outL, double* outR)
         const auto run = [g, delay](OutputDelay& line, const double* dry, const double* wet, double* out)
         {
             line.Run(
-                delay, [=](int i) { return dry[i] + wet[i] * g; }, [out](int i, double v) { out[i] = v; });
+                delay, [=](int i) { return LoadPair(dry + i) + LoadPair(wet + i) * g; },
+                [out](int i, LanePair v) { StorePair(out + i, v); });
         };
         run(mOutputDelayL, mDryL, mWetL, outL);
         run(mOutputDelayR, mDryR, mWetR, outR);
@@ -211,7 +212,8 @@ void MasterSection::RunOutput(double fade, double* outL, double* outR)
     const auto run = [g, delay](OutputDelay& line, const double* dry, const double* limited, double* out)
     {
         line.Run(
-            delay, [dry](int i) { return dry[i]; }, [=](int i, double v) { out[i] = v + limited[i] * g; });
+            delay, [dry](int i) { return LoadPair(dry + i); },
+            [=](int i, LanePair v) { StorePair(out + i, v + LoadPair(limited + i) * g); });
     };
     run(mOutputDelayL, mDryL, mLimitL, outL);
     run(mOutputDelayR, mDryR, mLimitR, outR);

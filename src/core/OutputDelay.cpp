@@ -4,6 +4,6 @@
 
 void OutputDelay::Clear()
 {
-    VecZero(mRing, kLength);
+    VecZero(mRing, kLength + gBlockLen);
     mWrite = 0;
 }

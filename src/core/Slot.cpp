@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <emmintrin.h>
 #include <numbers>
 
 #include "core/FeedbackSoftLimit.h"

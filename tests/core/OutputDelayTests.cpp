@@ -20,8 +20,17 @@ TEST(OutputDelay, EveryBlockComesOutExactlyDelaySamplesLate)
             std::vector<double> out(kBlocks * gBlockLen, -1.0);
             for (int b = 0; b < kBlocks; ++b)
                 line.Run(
-                    delay, [b, pass](int i) { return 1.0 + b * gBlockLen + i + 1000.0 * pass; },
-                    [&out, b](int i, double v) { out[static_cast<std::size_t>(b * gBlockLen + i)] = v; });
+                    delay,
+                    [b, pass](int i)
+                    {
+                        const double v = 1.0 + b * gBlockLen + i + 1000.0 * pass;
+                        return LanePair{v, v + 1.0};
+                    },
+                    [&out, b](int i, LanePair v)
+                    {
+                        out[static_cast<std::size_t>(b * gBlockLen + i)] = v[0];
+                        out[static_cast<std::size_t>(b * gBlockLen + i + 1)] = v[1];
+                    });
             for (int i = 0; i < kBlocks * gBlockLen; ++i)
             {
                 const double want = i < expected ? 0.0 : 1.0 + (i - expected) + 1000.0 * pass;

@@ -395,8 +395,6 @@ void Slot::RunOff(SlotSumBuses* sums)
 
 void Slot::RunForward(const SlotBlockContext& ctx)
 {
-    double* inL = StageL(kStageIn);
-    double* inR = StageR(kStageIn);
     double* preL = StageL(kStagePre);
     double* preR = StageR(kStagePre);
     double* postL = StageL(kStagePost);
@@ -404,11 +402,7 @@ void Slot::RunForward(const SlotBlockContext& ctx)
 
     const ModRouting& routing = *ctx.routing;
     const double gain = routing.InputGainTarget(mIndex, mInputGain * ctx.attenuation);
-    const double* gainRamp = mInputSmoother.RunD(gain * ctx.fade, N);
-    VecMul(mPlan.sourceL, gainRamp, inL, N);
-    VecMul(mPlan.sourceR, gainRamp, inR, N);
-
-    RunOffset();
+    RunInputAndOffset(mInputSmoother.RunD(gain * ctx.fade, N));
 
     const int route = mPlan.route;
     const bool delayOn = mPlan.delayOn;
@@ -463,24 +457,30 @@ void Slot::RunForward(const SlotBlockContext& ctx)
     if (ffL != gNullBuffer && ctx.sums != nullptr) FeedSums(*ctx.sums);
 }
 
-// Both sides pass the offset rings; only a side with an offset reads from its ring.
-void Slot::RunOffset()
+// The input stage, source times the gain ramp, goes into the offset ring as it is formed, and on a
+// side without an offset straight on to the pre stage too; a side with an offset reads its ring.
+void Slot::RunInputAndOffset(const double* gainRamp)
 {
     const int mask = kOffsetRingSize - 1;
+    static_assert(N % 2 == 0);
     for (int side = 0; side < 2; ++side)
     {
-        const double* in = side == 0 ? StageL(kStageIn) : StageR(kStageIn);
+        const double* source = side == 0 ? mPlan.sourceL : mPlan.sourceR;
+        double* in = side == 0 ? StageL(kStageIn) : StageR(kStageIn);
         double* pre = side == 0 ? StageL(kStagePre) : StageR(kStagePre);
         double* ring = mOffsetRing[side].data();
         // The write position steps by whole blocks through a ring of whole blocks: no wrap inside.
         static_assert(kOffsetRingSize % N == 0);
-        VecCopy(in, ring + mOffsetWrite, N);
+        double* block = ring + mOffsetWrite;
         const double seconds = mOffsetSec[side];
-        if (seconds == 0.0)
+        for (int i = 0; i < N; i += 2)
         {
-            VecCopy(in, pre, N);
-            continue;
+            const LanePair v = LoadPair(source + i) * LoadPair(gainRamp + i);
+            StorePair(in + i, v);
+            StorePair(block + i, v);
+            if (seconds == 0.0) StorePair(pre + i, v);
         }
+        if (seconds == 0.0) continue;
         const int back = static_cast<int>(seconds * gSampleRate);
         for (int i = 0; i < N; ++i)
             pre[i] = ring[(mOffsetWrite + i - back) & mask];

@@ -229,7 +229,7 @@ class Slot : private ITapFx
 
   private:
     void ApplyRequests();
-    void RunOffset();
+    void RunInputAndOffset(const double* gainRamp);
     void FillDelayInput();
     // Reads the lines into the delay stage, or runs the taps; true when the taps ran the POST
     // effect per tap.

@@ -330,6 +330,7 @@ void IppBiquad::Reset()
 {
     DSPShell::Reset();
     VecZero(mDelay, 2 * kBiquadMaxSections);
+    IirSetDelay(mState, mDelay);
     VecZero(mHistory, kTypeChangeHistory);
     mHasRun = false;
     RetimeSmoothers();
@@ -349,6 +350,8 @@ void IppBiquad::ControlUpdate()
     mRippleScale = d == 0.0 ? 1.0 : std::min(0.01 / (d * d), 1.0);
     if (mMapFreq && type != kBqVowel) mFreq = MapFreqRel(float(mFreq), gInvSampleRate);
     const bool typeChanged = mDesignPending && mHasRun;
+    // A redesign starts the new state from mDelay: the memory the old one has run up goes there.
+    IirGetDelay(mState, mDelay);
     if (const StageFn update = mUpdate; update != nullptr) update(*this);
     if (typeChanged) WarmUpFromHistory();
     mDesignPending = false;
@@ -375,15 +378,14 @@ bool IppBiquad::PrepareControls(int type)
     {
         mClearPending = false;
         VecZero(mDelay, 2 * kBiquadMaxSections);
+        IirSetDelay(mState, mDelay);
         VecZero(mHistory, kTypeChangeHistory);
         mHasRun = false; // a new section count starts from silence
         mDirty = true;
     }
     mUpdatePhase = (mUpdatePhase - 1) & 1;
     if (mUpdatePhase == 0 || mDirty || mState == nullptr) ControlUpdate();
-    if (mState == nullptr) return false;
-    IirSetDelay(mState, mDelay);
-    return true;
+    return mState != nullptr;
 }
 
 void IppBiquad::KeepHistory(const double* input)
@@ -429,8 +431,7 @@ void IppBiquad::RunBlockInPlace(double* block)
 
 void IppBiquad::FinishRun(double* out, int type)
 {
-    IirGetDelay(mState, mDelay);
-    mDelay[0] = Undenormal(mDelay[0]);
+    IirFirstDelay(mState) = Undenormal(IirFirstDelay(mState));
     if (HasOutGain(type)) VecScaleI(double(mOutGain), out, mBlockLen);
 }
 

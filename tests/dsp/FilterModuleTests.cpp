@@ -224,6 +224,15 @@ TEST(IppBiquad, TypeChangeContinuesAsTheNewTypeAndOffStopsWriting)
         lost->SetType(forcing);
         EXPECT_EQ(testmeasure::Rms(RunBlocks(*lost, zeros)), 0.0) << forcing;
     }
+    // A reset forgets the signal, with or without a redesign before the next block.
+    for (const bool retyped : {false, true})
+    {
+        auto reset = Make(kBqLowpass, 2, 0.4);
+        RunBlocks(*reset, head);
+        if (retyped) reset->SetType(kBqHighpass);
+        reset->Reset();
+        EXPECT_EQ(testmeasure::Rms(RunBlocks(*reset, zeros)), 0.0) << retyped;
+    }
     // Switched off, a running filter stops writing: the output block keeps what the caller left.
     auto off = Make(kBqLowpass, 2, 0.3);
     RunBlocks(*off, head);

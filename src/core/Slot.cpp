@@ -473,14 +473,23 @@ void Slot::RunInputAndOffset(const double* gainRamp)
         static_assert(kOffsetRingSize % N == 0);
         double* block = ring + mOffsetWrite;
         const double seconds = mOffsetSec[side];
+        if (seconds == 0.0)
+        {
+            for (int i = 0; i < N; i += 2)
+            {
+                const LanePair v = LoadPair(source + i) * LoadPair(gainRamp + i);
+                StorePair(in + i, v);
+                StorePair(block + i, v);
+                StorePair(pre + i, v);
+            }
+            continue;
+        }
         for (int i = 0; i < N; i += 2)
         {
             const LanePair v = LoadPair(source + i) * LoadPair(gainRamp + i);
             StorePair(in + i, v);
             StorePair(block + i, v);
-            if (seconds == 0.0) StorePair(pre + i, v);
         }
-        if (seconds == 0.0) continue;
         const int back = static_cast<int>(seconds * gSampleRate);
         for (int i = 0; i < N; ++i)
             pre[i] = ring[(mOffsetWrite + i - back) & mask];

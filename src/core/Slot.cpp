@@ -305,7 +305,10 @@ void Slot::ServeFxResets()
 
 void Slot::ApplyRequests()
 {
-    ServeFxResets();
+    // Mostly no reset is asked for: the flags are read here, without the call.
+    if (std::any_of(mFxResetRequest.begin(), mFxResetRequest.end(),
+                    [](const Relaxed<bool>& r) { return bool(r); }))
+        ServeFxResets();
     if (mModeRequest != mMode)
     {
         mMode = mModeRequest;

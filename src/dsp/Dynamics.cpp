@@ -71,8 +71,26 @@ double Dynamics::RmsLevel(const double* block)
     double mean = 0.0;
     VecSqr(block, mScratch, mBlockLen);
     VecMean(mScratch, mBlockLen, &mean);
+    return RmsFromMeanSquare(mean);
+}
+
+double Dynamics::RmsFromMeanSquare(double mean)
+{
     mMeanSquare = mean * kMeanSquareStep + mMeanSquare * (1.0 - kMeanSquareStep) + kMeanSquareGuard;
     return std::sqrt(mMeanSquare - kMeanSquareGuard);
+}
+
+void Dynamics::MeanSquares(const double* a, const double* b, int n, double& meanA, double& meanB)
+{
+    if (n <= 0) return;
+    double sa = 0.0, sb = 0.0;
+    for (int i = 0; i < n; ++i)
+    {
+        sa += a[i] * a[i];
+        sb += b[i] * b[i];
+    }
+    meanA = sa / n;
+    meanB = sb / n;
 }
 
 double Dynamics::Follow(double x, double e) const

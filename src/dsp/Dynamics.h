@@ -34,6 +34,10 @@ class Dynamics : public DSPShell
     // One block (mBlockLen samples): mMeanSquare moves 1.5 % of the way to the block's mean
     // square (plus a 1e-9 guard); returns the RMS. Audio thread.
     double RmsLevel(const double* block);
+    // RmsLevel in two parts: the block's mean square, and the step with it. MeanSquares takes two
+    // blocks' at once, each summed in its own order, so that the two serial sums overlap.
+    double RmsFromMeanSquare(double meanSquare);
+    static void MeanSquares(const double* a, const double* b, int n, double& meanA, double& meanB);
 
     // The shared follower curve: release by a factor per block when x falls below e, else rise by
     // a factor per block but not beyond x; never below the floor.

@@ -114,15 +114,29 @@ void Envelope::ProcessPair(Envelope& a, Envelope& b)
             }
         IppBiquad::ProcessChainPair(a.mLowCut, b.mLowCut, a.mHighCut, b.mHighCut);
     }
-    a.Detect();
-    b.Detect();
+    DetectPair(a, b);
 }
 
 void Envelope::Detect()
 {
+    VecScaleI(mInputGain, mFiltered, mBlockLen);
+    DetectFrom(RmsLevel(mFiltered));
+}
+
+void Envelope::DetectPair(Envelope& a, Envelope& b)
+{
+    const int n = a.mBlockLen;
+    VecScaleI(a.mInputGain, a.mFiltered, n);
+    VecScaleI(b.mInputGain, b.mFiltered, n);
+    double meanA = 0.0, meanB = 0.0;
+    MeanSquares(a.mFiltered, b.mFiltered, n, meanA, meanB);
+    a.DetectFrom(a.RmsFromMeanSquare(meanA));
+    b.DetectFrom(b.RmsFromMeanSquare(meanB));
+}
+
+void Envelope::DetectFrom(double r)
+{
     const int n = mBlockLen;
-    VecScaleI(mInputGain, mFiltered, n);
-    const double r = RmsLevel(mFiltered);
     mRms = r;
 
     double level = 0.0;

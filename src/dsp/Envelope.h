@@ -58,8 +58,11 @@ class Envelope : public Dynamics
   private:
     // One band filter in place on mFiltered, unless bypassed.
     void RunBand(IppBiquad& filter);
-    // The level of the filtered block and the output.
+    // The level of the filtered block and the output; for two envelopes side by side.
     void Detect();
+    static void DetectPair(Envelope& a, Envelope& b);
+    // Detect from the block's RMS on.
+    void DetectFrom(double rms);
     // Steps the attack/hold/release machine by one block; returns the level.
     double StepGate(double r);
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <type_traits>
 
 #include "core/FeedbackSoftLimit.h"
 #include "dsp/LanePair.h"
@@ -475,24 +476,24 @@ void Slot::RunInputAndOffset(const double* gainRamp)
         // The write position steps by whole blocks through a ring of whole blocks: no wrap inside.
         static_assert(kOffsetRingSize % N == 0);
         double* block = ring + mOffsetWrite;
-        const double seconds = mOffsetSec[side];
-        if (seconds == 0.0)
+        // The form is chosen once per side, not once per pair of samples.
+        const auto form = [&](auto toPre)
         {
             for (int i = 0; i < N; i += 2)
             {
                 const LanePair v = LoadPair(source + i) * LoadPair(gainRamp + i);
                 StorePair(in + i, v);
                 StorePair(block + i, v);
-                StorePair(pre + i, v);
+                if constexpr (toPre) StorePair(pre + i, v);
             }
+        };
+        const double seconds = mOffsetSec[side];
+        if (seconds == 0.0)
+        {
+            form(std::true_type{});
             continue;
         }
-        for (int i = 0; i < N; i += 2)
-        {
-            const LanePair v = LoadPair(source + i) * LoadPair(gainRamp + i);
-            StorePair(in + i, v);
-            StorePair(block + i, v);
-        }
+        form(std::false_type{});
         const int back = static_cast<int>(seconds * gSampleRate);
         for (int i = 0; i < N; ++i)
             pre[i] = ring[(mOffsetWrite + i - back) & mask];

@@ -24,6 +24,7 @@
 // thread (no allocation, no lock, no exception).
 
 #include "dsp/Iir.h"
+#include "dsp/Denormals.h"
 #include "dsp/IirSections.h"
 #include "dsp/LanePair.h"
 #include "dsp/WideLanes.h"
@@ -554,9 +555,10 @@ void IirSetDelay(IirState* state, const double* delay)
         state->mZ[StateIndex(state, i)] = delay[i];
 }
 
-double& IirFirstDelay(IirState* state)
+void IirFlushFirstDelay(IirState* state)
 {
-    return state->mZ[StateIndex(state, 0)];
+    double& z = state->mZ[StateIndex(state, 0)];
+    z = Undenormal(z);
 }
 
 void IirGetDelay(const IirState* state, double* delay)

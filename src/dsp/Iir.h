@@ -38,9 +38,9 @@ struct IirSingleSection
 bool IirGetSingleSection(IirState* state, IirSingleSection& out);
 void IirSetDelay(IirState* state, const double* delay);
 void IirGetDelay(const IirState* state, double* delay);
-// The first of the delay doubles, in the state itself: for a holder that keeps its memory there
-// between blocks instead of in a delay array.
-double& IirFirstDelay(IirState* state);
+// Flushes a denormal first delay double to zero, in the state itself: for a holder that keeps its
+// memory there between blocks instead of in a delay array.
+void IirFlushFirstDelay(IirState* state);
 
 // Butterworth (kind 0, ripple ignored) or Chebyshev type I (kind 1, ripple = passband ripple in dB)
 // by an analogue prototype and the bilinear transform with pre-warping. relFreq is the corner as a

@@ -1,7 +1,6 @@
 #include "dsp/IppBiquad.h"
 
 #include "dsp/Decibels.h"
-#include "dsp/Denormals.h"
 #include "dsp/FreqMapping.h"
 #include "dsp/Vec.h"
 
@@ -431,7 +430,7 @@ void IppBiquad::RunBlockInPlace(double* block)
 
 void IppBiquad::FinishRun(double* out, int type)
 {
-    IirFirstDelay(mState) = Undenormal(IirFirstDelay(mState));
+    IirFlushFirstDelay(mState);
     if (HasOutGain(type)) VecScaleI(double(mOutGain), out, mBlockLen);
 }
 

@@ -1,11 +1,12 @@
 #pragma once
 // Cascade of up to twelve identical second-order sections (or a direct Chebyshev filter of order
 // 2 or 4), redesigned at block rate inside Process, whose signal memory stays in the filter state
-// between blocks and passes through mDelay at a redesign, and so survives every redesign. A type change of
-// equal section count hands the new design the memory it would have had, had it run all along (from a short
-// input history), so the change makes no click. Threads: constructor and destructor on the set-up thread (the
-// only allocation); SetParam, SetType, SetOrder and the QLMFilter slots on the parameter path (they store and
-// flag; a change of section count clears the memory at the start of the next block); Process on the audio
+// between blocks and passes through mDelay at a redesign, and so survives every redesign. A type
+// change of equal section count hands the new design the memory it would have had, had it run all
+// along (from a short input history), so the change makes no click.
+// Threads: constructor and destructor on the set-up thread (the only allocation); SetParam,
+// SetType, SetOrder and the QLMFilter slots on the parameter path (they store and flag; a change
+// of section count clears the memory at the start of the next block); Process on the audio
 // thread; Reset on the audio thread or while audio is held off.
 //
 // Types: 0 and others low-pass, 3 high-pass, 6 band-pass, 10/12 peak, 15/16 Chebyshev low-pass

@@ -1,6 +1,5 @@
 #include "dsp/IppFixBiquad.h"
 
-#include "dsp/Denormals.h"
 #include "dsp/Vec.h"
 
 #include <algorithm>
@@ -35,12 +34,12 @@ void IppFixBiquad::ClearMemory()
 void IppFixBiquad::RunI(double* block, int n)
 {
     IirRunI(block, n, mState);
-    IirFirstDelay(mState) = Undenormal(IirFirstDelay(mState));
+    IirFlushFirstDelay(mState);
 }
 
 void IppFixBiquad::RunPairI(IppFixBiquad& left, IppFixBiquad& right, double* blockL, double* blockR, int n)
 {
     IirRunPairI(blockL, blockR, n, left.mState, right.mState);
-    IirFirstDelay(left.mState) = Undenormal(IirFirstDelay(left.mState));
-    IirFirstDelay(right.mState) = Undenormal(IirFirstDelay(right.mState));
+    IirFlushFirstDelay(left.mState);
+    IirFlushFirstDelay(right.mState);
 }

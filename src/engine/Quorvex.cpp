@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <mutex>
 
 #include "dsp/Decibels.h"
@@ -299,8 +300,9 @@ void Quorvex::RunSlots()
     for (int k = 0; k + 1 < count; k += 2)
         Slot::ReadForwardTogether(*pairable[k], *pairable[k + 1]);
     // The sums are built afresh in every block that a slot takes one: nobody reads them otherwise.
-    for (const Slot& slot : mSlots)
-        if (slot.TakesSum(mSums)) ctx.sums = &mSums;
+    if (std::any_of(std::begin(mSlots), std::end(mSlots),
+                    [this](const Slot& s) { return s.TakesSum(mSums); }))
+        ctx.sums = &mSums;
     for (Slot& slot : mSlots)
     {
         if (slot.OnThisBlock())

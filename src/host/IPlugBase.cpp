@@ -9,9 +9,8 @@
 
 namespace
 {
-// Block size used until the host states its own; big enough that ordinary hosts never split.
-constexpr int kDefaultBlockSize = 1024;
-// The frames of one engine call: the size of the channels' own buffers, fixed at construction.
+// The frames of one engine call: the size of the channels' own buffers, fixed at construction, and
+// the block size noted until the host states its own.
 constexpr int kPieceFrames = 1024;
 // Longest bypass delay in samples. The engine reports at most 32 + 96 (1 ms at the top rate).
 constexpr int kMaxLatencyDelay = 4096;
@@ -61,7 +60,7 @@ IPlugBase::IPlugBase(const IPlugConfig& config)
     for (auto* side : {&inChannels, &outChannels})
         for (IChannel& ch : *side)
             ch.mOwn.assign(kPieceFrames, 0.0);
-    SetBlockSize(kDefaultBlockSize);
+    SetBlockSize(kPieceFrames);
 
     if (maxIn > 0)
     {
